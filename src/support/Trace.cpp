@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/Trace.h"
+
+namespace nearcast {
+
+void trace::append(std::string& text, Pointer pointer) {
+    char digits[16];
+    const auto value = reinterpret_cast<std::uintptr_t>(pointer.address);
+    text += "0x";
+    text.append(digits, std::to_chars(std::begin(digits), std::end(digits), value, 16).ptr);
+}
+
+void Trace::write(QXLogType type, const Lead& lead, std::string_view text) const {
+    LogWriter::sharedInstance().outputLogAsyncWithLogType(type, level, object_, lead.fileName, lead.lineNumber, method_,
+                                                          text);
+}
+
+}  // namespace nearcast
