@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/CBCentralManager.h"
+#include "platform/NSDate.h"
+#include "platform/NSJSONSerialization.h"
+#include "platform/NSLog.h"
+#include "platform/NSTimer.h"
+
+#include <chrono>
+#include <memory>
+
+namespace nearcast {
+
+/// Everything that the manager stands on, as one set whose parts fit each other: the timers run on the same clock that
+/// tells the date. It lives as long as the manager.
+class PlatformServices : public NSTimerService, public Console {
+public:
+    /// Opens the radio. Its callbacks go to `delegate`, on threads of the radio's own, and may begin at once.
+    virtual std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) = 0;
+    /// The present moment.
+    [[nodiscard]] virtual NSDate date() const = 0;
+    /// Blocks the calling thread for that long on the platform's clock.
+    virtual void usleep(std::chrono::microseconds duration) = 0;
+    [[nodiscard]] virtual const NSJSONSerialization& JSON() const = 0;
+};
+
+/// The platform that the manager of this process stands on: the one chosen, or else the default one, which is made now.
+/// It is fixed from the first call on and lives as long as the process. From any thread.
+/// @throws what the default platform throws when it cannot be made
+PlatformServices& currentPlatform();
+
+/// Chooses it, for those who bring a platform of their own: tests, and `nearcast run`.
+/// @throws std::logic_error once it is fixed
+void setCurrentPlatform(std::unique_ptr<PlatformServices> platform);
+
+}  // namespace nearcast
