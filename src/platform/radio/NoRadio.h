@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/radio/Radio.h"
+
+namespace nearcast {
+
+/// Stands where there is no radio: it is unsupported and hears nothing.
+class NoRadio : public Radio {
+public:
+    NoRadio(CBCentralManagerDelegate& delegate, Console& console)
+        : Radio(delegate, console, CBManagerStateUnsupported) {}
+};
+
+}  // namespace nearcast

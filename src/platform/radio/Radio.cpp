@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/radio/Radio.h"
+
+#include "platform/Guarded.h"
+
+#include <algorithm>
+
+namespace nearcast {
+
+Radio::Radio(CBCentralManagerDelegate& delegate, Console& console, CBManagerState state)
+    : delegate_(delegate), console_(console), state_(state) {}
+
+void Radio::scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& services, ScanOptions options) {
+    const Scan scan{services, options};
+    {
+        const MutexLock lock(mutex_);
+        scan_ = scan;
+    }
+    scanChanged(scan);
+}
+
+void Radio::stopScan() {
+    {
+        const MutexLock lock(mutex_);
+        scan_.reset();
+    }
+    scanChanged(std::nullopt);
+}
+
+void Radio::scanChanged(const std::optional<Scan>& /*scan*/) {}
+
+bool Radio::scanning() const {
+    const MutexLock lock(mutex_);
+    return scan_.has_value();
+}
+
+bool Radio::wanted(const AdvertisingReport& report) const {
+    const MutexLock lock(mutex_);
+    if (!scan_) return false;
+    if (!scan_->services) return true;
+    return std::any_of(scan_->services->begin(), scan_->services->end(), [&](const CBUUID& service) {
+        return std::find(report.services.begin(), report.services.end(), service) != report.services.end();
+    });
+}
+
+void Radio::deliver(const AdvertisingReport& report) {
+    if (!wanted(report)) return;
+    CBPeripheral peripheral;
+    if (report.name) peripheral.name = *report.name;
+    AdvertisementData data;
+    if (report.manufacturerData) data.manufacturerData = *report.manufacturerData;
+    guarded(console_, "an advertisement",
+            [&] { delegate_.centralManagerDidDiscoverPeripheral(*this, peripheral, data, report.RSSI); });
+}
+
+void Radio::changeState(CBManagerState state) {
+    state_.store(state, std::memory_order_release);
+    guarded(console_, "a change of the radio's state", [&] { delegate_.centralManagerDidUpdateState(*this); });
+}
+
+}  // namespace nearcast

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/radio/RadioString.h"
+
+#include <algorithm>
+#include <span>
+#include <stdexcept>
+
+namespace nearcast {
+
+namespace {
+
+enum class Argument { none, optional, needed };
+
+struct Kind {
+    std::string_view name;
+    Argument argument;
+    std::string_view argumentMeaning;
+    std::span<const std::string_view> options;
+};
+
+constexpr std::string_view simulatorOptions[] = {"seed", "speed"};
+constexpr std::string_view replayOptions[] = {"as", "services", "speed"};
+
+constexpr Kind kinds[] = {
+    {"auto", Argument::none, "", {}},
+    {"none", Argument::none, "", {}},
+    {"simulator", Argument::optional, "a scene file", simulatorOptions},
+    {"replay", Argument::needed, "a recording", replayOptions},
+};
+
+[[noreturn]] void refuse(std::string_view text, const std::string& why) {
+    throw std::invalid_argument("radio '" + std::string(text) + "': " + why);
+}
+
+const Kind& findKind(std::string_view text, std::string_view name) {
+    const auto* const found =
+        std::find_if(std::begin(kinds), std::end(kinds), [&](const Kind& kind) { return kind.name == name; });
+    if (found != std::end(kinds)) return *found;
+    std::string known;
+    for (const Kind& kind : kinds) known.append(known.empty() ? "" : ", ").append(kind.name);
+    refuse(text, "there is no radio '" + std::string(name) + "' (known: " + known + ")");
+}
+
+void addOption(RadioString& result, const Kind& kind, std::string_view word) {
+    const auto equals = word.find('=');
+    const std::string name(word.substr(0, equals));
+    if (std::find(kind.options.begin(), kind.options.end(), name) == kind.options.end()) {
+        refuse(result.text, "'" + result.kind + "' has no option '" + name + "'");
+    }
+    const std::string value(equals == std::string_view::npos ? "" : word.substr(equals + 1));
+    if (!result.options.emplace(name, value).second) refuse(result.text, "option '" + name + "' is given twice");
+}
+
+void checkArgument(const RadioString& result, const Kind& kind) {
+    if (kind.argument == Argument::needed && result.argument.empty()) {
+        refuse(result.text, "it needs " + std::string(kind.argumentMeaning) + ", as in " + result.kind + ":FILE");
+    }
+    if (kind.argument == Argument::none && !result.argument.empty()) refuse(result.text, "it takes no argument");
+}
+
+}  // namespace
+
+RadioString RadioString::parse(std::string_view text) {
+    RadioString result;
+    result.text = text;
+    const auto question = text.rfind('?');
+    const std::string_view body = text.substr(0, question);
+    const auto colon = body.find(':');
+    result.kind = body.substr(0, colon);
+    if (colon != std::string_view::npos) result.argument = body.substr(colon + 1);
+    const Kind& kind = findKind(text, result.kind);
+    checkArgument(result, kind);
+    if (question == std::string_view::npos) return result;
+    std::string_view rest = text.substr(question + 1);
+    while (true) {
+        const auto end = rest.find('&');
+        addOption(result, kind, rest.substr(0, end));
+        if (end == std::string_view::npos) return result;
+        rest.remove_prefix(end + 1);
+    }
+}
+
+std::string_view RadioString::option(std::string_view name, std::string_view otherwise) const {
+    const auto found = options.find(name);
+    return found == options.end() ? otherwise : std::string_view(found->second);
+}
+
+}  // namespace nearcast

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace nearcast {
+
+/// A radio string taken apart: `KIND`, `KIND:ARGUMENT`, `KIND?NAME=VALUE`, `KIND:ARGUMENT?NAME=VALUE&NAME=VALUE`. The
+/// options begin at the last "?"; a name without "=" has the value "".
+struct RadioString {
+    std::string text;  ///< as it was given, for messages
+    std::string kind;
+    std::string argument;
+    std::map<std::string, std::string, std::less<>> options;
+
+    /// @throws std::invalid_argument for an unknown kind, an unknown or repeated option, a missing or a needless
+    /// argument
+    static RadioString parse(std::string_view text);
+
+    /// An option's value, or `otherwise` where it is absent.
+    [[nodiscard]] std::string_view option(std::string_view name, std::string_view otherwise) const;
+};
+
+}  // namespace nearcast
