@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/NSTimer.h"
+#include "support/Mutex.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace nearcast {
+
+/// The timers of a timer service: which is due when. It has no clock and no thread; who drives it brings the time and
+/// fires what it takes out.
+///
+/// All operations may be called from any thread. The queue may go while timers live on; `clear` ends them.
+class TimerQueue : public std::enable_shared_from_this<TimerQueue> {
+public:
+    using Time = std::chrono::nanoseconds;  ///< since the start of the driver's clock
+    /// Told when something is due first, or nothing; called with the queue locked, so it may not call back. It lives as
+    /// long as the queue.
+    using FrontChanged = std::function<void(std::optional<Time> due)>;
+
+    class Timer;
+
+    explicit TimerQueue(FrontChanged frontChanged = nullptr);
+
+    /// Makes a timer that is due at `now` + `interval`, at `now` + 2 `interval`, and so on. One that was made earlier
+    /// is older.
+    /// @param interval at least one nanosecond is taken
+    std::shared_ptr<NSTimer> add(Time interval, NSTimer::Handler handler, Time now);
+    /// When the first timer is due.
+    [[nodiscard]] std::optional<Time> nextDue() const;
+    /// Takes the timer that is due first, of several the oldest, if it is due until `limit`. It is then due again at
+    /// the first of its times after `now`: those in between were missed.
+    /// @param now `limit` or later
+    std::shared_ptr<Timer> takeDue(Time limit, Time now);
+    /// Tells again what is due first.
+    void tellFront();
+    /// Invalidates all timers, and every one that is made afterwards.
+    void clear();
+
+private:
+    using Key = std::pair<Time, std::uint64_t>;  ///< due time, age
+
+    void remove(const Timer& timer);
+    void tellFrontIfChanged() NEARCAST_REQUIRES(mutex_);
+    [[nodiscard]] std::optional<Time> front() const NEARCAST_REQUIRES(mutex_);
+
+    const FrontChanged frontChanged_;
+    mutable Mutex mutex_;
+    std::map<Key, std::shared_ptr<Timer>> timers_ NEARCAST_GUARDED_BY(mutex_);
+    std::uint64_t made_ NEARCAST_GUARDED_BY(mutex_) = 0;
+    std::optional<Time> told_ NEARCAST_GUARDED_BY(mutex_);
+    bool cleared_ NEARCAST_GUARDED_BY(mutex_) = false;
+};
+
+/// A timer of the queue. Invalidating it lets go of the handler and what that holds, once no firing is under way.
+class TimerQueue::Timer : public NSTimer, public std::enable_shared_from_this<Timer> {
+public:
+    Timer(std::weak_ptr<TimerQueue> queue, Time interval, Handler handler, Key key);
+
+    void fire() override;
+    void invalidate() override;
+
+    /// Marks that a firing has been handed over to somebody who runs it later.
+    /// @return false when one was already
+    [[nodiscard]] bool beginHandOver() noexcept { return !handedOver_.exchange(true); }
+    void endHandOver() noexcept { handedOver_.store(false); }
+
+private:
+    friend class TimerQueue;
+
+    /// Lets go of the handler. @return whether there was one
+    bool disarm();
+
+    const std::weak_ptr<TimerQueue> queue_;
+    const Time interval_;
+    Key key_;  ///< the queue's, under its mutex
+    std::atomic<bool> handedOver_{false};
+    Mutex mutex_;
+    std::shared_ptr<const Handler> handler_ NEARCAST_GUARDED_BY(mutex_);
+};
+
+}  // namespace nearcast
