@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/timeline/Timeline.h"
+
+#include "platform/Guarded.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nearcast {
+
+/// The right to move the clock, for a scope. Who cannot have it at once waits until the clock has come to a target
+/// without him.
+class Timeline::Wheel {
+public:
+    Wheel(Timeline& timeline, Time target, bool interruptible) : timeline_(timeline) {
+        const auto alarm = alarmAt(target);
+        {
+            MutexLock lock(timeline.mutex_);
+            while (timeline.othersDrive() && timeline.present() < target && !timeline.ending_ &&
+                   !(interruptible && timeline.interrupted_)) {
+                timeline.moved_.wait(lock.native());
+            }
+            taken_ = !timeline.othersDrive() && !timeline.ending_;
+            if (taken_) {
+                timeline.driver_ = std::this_thread::get_id();
+                ++timeline.depth_;
+            }
+        }
+        if (alarm) alarm->invalidate();
+    }
+
+    ~Wheel() {
+        if (!taken_) return;
+        {
+            const MutexLock lock(timeline_.mutex_);
+            if (--timeline_.depth_ != 0) return;
+            timeline_.driver_ = {};
+        }
+        timeline_.moved_.notify_all();
+    }
+
+    Wheel(const Wheel&) = delete;
+    Wheel& operator=(const Wheel&) = delete;
+
+    [[nodiscard]] bool taken() const { return taken_; }
+
+private:
+    /// The driver stops only where something is due, so something has to be due where the wait ends.
+    std::shared_ptr<NSTimer> alarmAt(Time target) {
+        std::shared_ptr<NSTimer> alarm;
+        {
+            const MutexLock lock(timeline_.mutex_);
+            const Time now = timeline_.present();
+            if (!timeline_.othersDrive() || target <= now) return nullptr;
+            alarm = timeline_.timers_->add(
+                target - now, [](NSTimer&) {}, now);
+        }
+        if (timeline_.pace_) timeline_.pace_->wake();
+        return alarm;
+    }
+
+    Timeline& timeline_;
+    bool taken_ = false;
+};
+
+Timeline::Timeline(Console& console, std::unique_ptr<Pace> pace) : console_(console), pace_(std::move(pace)) {}
+
+Timeline::~Timeline() {
+    {
+        const MutexLock lock(mutex_);
+        ending_ = true;
+        interrupted_ = true;
+    }
+    moved_.notify_all();
+    if (pace_) pace_->wake();
+    if (thread_.joinable()) thread_.join();
+    timers_->clear();
+}
+
+Timeline::Time Timeline::now() const {
+    const MutexLock lock(mutex_);
+    return present();
+}
+
+/// Where the clock is: at the last stop, and while the driver waits for the next one on the way there.
+Timeline::Time Timeline::present() const {
+    if (!waitsFor_) return now_;
+    const auto reached = pace_->reached();
+    return reached ? std::clamp(*reached, now_, std::max(now_, *waitsFor_)) : now_;
+}
+
+bool Timeline::othersDrive() const { return driver_ != std::thread::id() && driver_ != std::this_thread::get_id(); }
+
+std::shared_ptr<NSTimer> Timeline::scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) {
+    constexpr std::chrono::nanoseconds longest = forever + Time{1};
+    const Time period = std::max(std::chrono::ceil<Time>(std::min(interval, longest)), Time{1});
+    std::shared_ptr<NSTimer> timer;
+    {
+        const MutexLock lock(mutex_);
+        timer = timers_->add(period, std::move(handler), present());
+    }
+    if (pace_) pace_->wake();  // the new timer may be the next one due
+    return timer;
+}
+
+void Timeline::setSource(TimelineSource* source) {
+    {
+        const MutexLock lock(mutex_);
+        source_ = source;
+        exhaustionTold_ = false;
+    }
+    if (pace_) pace_->wake();
+}
+
+TimelineSource* Timeline::source() const {
+    const MutexLock lock(mutex_);
+    return source_;
+}
+
+void Timeline::sourceChanged() {
+    if (pace_) pace_->wake();
+}
+
+Timeline::Next Timeline::next(Time target) {
+    auto* const from = source();
+    const auto happening = from != nullptr ? from->due() : std::nullopt;
+    const MutexLock lock(mutex_);
+    const auto timer = timers_->nextDue();
+    const Time due = timer ? std::chrono::floor<Time>(*timer) : forever + Time(1);
+    const Time happens = happening ? std::max(*happening, now_) : forever;
+    Next next{Next::Kind::nothing, std::max(target, now_)};
+    if (due <= std::min(target, happens)) {
+        next = {Next::Kind::timer, std::max(due, now_)};
+    } else if (happening && happens <= target) {
+        next = {Next::Kind::happening, happens};
+    }
+    if (pace_) waitsFor_ = next.at;
+    return next;
+}
+
+/// Moves the clock to a stop. @return false when something else may come first, wherever the clock is then
+bool Timeline::pass(const Next& stop) {
+    const bool come = !pace_ || pace_->waitUntil(stop.at);
+    {
+        const MutexLock lock(mutex_);
+        now_ = come ? std::max(now_, stop.at) : present();
+        waitsFor_.reset();
+    }
+    moved_.notify_all();
+    return come;
+}
+
+bool Timeline::step(Time target) {
+    const Next stop = next(target);
+    if (!pass(stop)) return false;
+    switch (stop.kind) {
+        case Next::Kind::timer: fireNextTimer(); break;
+        case Next::Kind::happening:
+            if (auto* const from = source()) from->happen();
+            break;
+        case Next::Kind::nothing: return true;
+    }
+    return false;
+}
+
+void Timeline::fireNextTimer() {
+    const Time at = now();
+    const auto timer = timers_->takeDue(at, at);
+    if (timer) guarded(console_, "a timer", [&] { timer->fire(); });  // else it was invalidated meanwhile
+}
+
+bool Timeline::takeInterruption() {
+    const MutexLock lock(mutex_);
+    return std::exchange(interrupted_, ending_);
+}
+
+bool Timeline::exhausted() {
+    auto* const from = source();
+    if (from == nullptr || from->due()) return false;
+    const MutexLock lock(mutex_);
+    return !std::exchange(exhaustionTold_, true);
+}
+
+Timeline::End Timeline::runUntil(Time target) {
+    const Wheel wheel(*this, target, true);
+    if (!wheel.taken()) return takeInterruption() ? End::interrupted : End::reached;
+    while (!takeInterruption()) {
+        if (exhausted()) return End::exhausted;
+        if (step(target)) return End::reached;
+    }
+    return End::interrupted;
+}
+
+void Timeline::runToLastHappening() {
+    const Wheel wheel(*this, forever, false);
+    while (!ending()) {
+        auto* const from = source();
+        const auto due = from != nullptr ? from->due() : std::nullopt;
+        if (!due || *due > forever) return;
+        step(forever);
+    }
+}
+
+void Timeline::sleep(Time duration) {
+    const Time target = now() + duration;
+    const Wheel wheel(*this, target, false);
+    if (!wheel.taken()) return;
+    while (!ending() && !step(target)) {
+    }
+}
+
+bool Timeline::ending() const {
+    const MutexLock lock(mutex_);
+    return ending_;
+}
+
+void Timeline::interrupt() {
+    {
+        const MutexLock lock(mutex_);
+        interrupted_ = true;
+    }
+    moved_.notify_all();
+    if (pace_) pace_->wake();
+}
+
+void Timeline::driveFromThread() {
+    thread_ = std::thread([this] {
+        while (!ending()) guarded(console_, "a happening", [this] { runUntil(forever); });
+    });
+}
+
+}  // namespace nearcast
