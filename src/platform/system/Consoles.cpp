@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/system/Consoles.h"
+
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+
+namespace nearcast {
+
+namespace {
+
+/// Writes two pieces as one. @return how much of them; 0 when it cannot be written
+std::size_t writeBoth(std::string_view first, std::string_view second) noexcept {
+    const iovec parts[] = {{const_cast<char*>(first.data()), first.size()},
+                           {const_cast<char*>(second.data()), second.size()}};
+    while (true) {
+        const ssize_t written = writev(STDERR_FILENO, parts, 2);
+        if (written >= 0) return static_cast<std::size_t>(written);
+        if (errno != EINTR) return 0;
+    }
+}
+
+}  // namespace
+
+void StandardErrorConsole::NSLog(std::string_view line) noexcept {
+    static Mutex mutex;  // of all such consoles: a pipe takes a long line in several pieces
+    const MutexLock lock(mutex);
+    std::string_view end = "\n";
+    while (!end.empty()) {
+        const std::size_t written = writeBoth(line, end);
+        if (written == 0) return;
+        end.remove_prefix(written > line.size() ? written - line.size() : 0);
+        line.remove_prefix(std::min(written, line.size()));
+    }
+}
+
+void CallbackConsole::NSLog(std::string_view line) noexcept {
+    const auto self = std::this_thread::get_id();
+    if (caller_.load(std::memory_order_relaxed) == self) {
+        StandardErrorConsole().NSLog(line);
+        return;
+    }
+    const MutexLock lock(mutex_);
+    caller_.store(self, std::memory_order_relaxed);
+    call(line);
+    caller_.store({}, std::memory_order_relaxed);
+}
+
+void CallbackConsole::call(std::string_view line) noexcept {
+    StandardErrorConsole instead;
+    try {
+        callback_(line);
+    } catch (const std::exception& error) {
+        instead.NSLog(line);
+        instead.NSLog(error.what());
+    } catch (...) {
+        instead.NSLog(line);
+    }
+}
+
+}  // namespace nearcast

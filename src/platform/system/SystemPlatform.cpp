@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/system/SystemPlatform.h"
+
+#include "platform/system/SystemClock.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nearcast {
+
+SystemPlatform::SystemPlatform(Console& console, const NSJSONSerialization& JSON, OpenRadio openRadio,
+                               TimerService::Loop loop, TimerService::Executor executor)
+    : console_(console), JSON_(JSON), openRadio_(std::move(openRadio)), timers_(console, loop, std::move(executor)) {}
+
+std::unique_ptr<CBCentralManager> SystemPlatform::centralManager(CBCentralManagerDelegate& delegate) {
+    return openRadio_(delegate);
+}
+
+NSDate SystemPlatform::date() const { return NSDate(SystemClock::now()); }
+
+void SystemPlatform::usleep(std::chrono::microseconds duration) {
+    constexpr std::chrono::microseconds longest = std::chrono::hours(24 * 365 * 100);
+    SystemClock::sleepUntil(SystemClock::now() + std::min(duration, longest));
+}
+
+std::shared_ptr<NSTimer> SystemPlatform::scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) {
+    return timers_.scheduledTimer(interval, std::move(handler));
+}
+
+}  // namespace nearcast

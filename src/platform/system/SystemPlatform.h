@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/system/TimerService.h"
+
+#include <functional>
+#include <memory>
+
+namespace nearcast {
+
+/// The platform of the machine: its clock, timers on it, and a radio that is brought along.
+class SystemPlatform : public PlatformServices {
+public:
+    using OpenRadio = std::function<std::unique_ptr<CBCentralManager>(CBCentralManagerDelegate& delegate)>;
+
+    /// @param console   where console lines go; lives longer
+    /// @param JSON      lives longer
+    /// @param openRadio opens the radio when the manager is made
+    /// @param loop, executor as `TimerService` has them
+    /// @throws std::system_error when the system gives no descriptors or no thread
+    SystemPlatform(Console& console, const NSJSONSerialization& JSON, OpenRadio openRadio, TimerService::Loop loop,
+                   TimerService::Executor executor);
+
+    std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) override;
+    [[nodiscard]] NSDate date() const override;
+    void usleep(std::chrono::microseconds duration) override;
+    [[nodiscard]] const NSJSONSerialization& JSON() const override { return JSON_; }
+    std::shared_ptr<NSTimer> scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) override;
+    void NSLog(std::string_view line) noexcept override { console_.NSLog(line); }
+
+    [[nodiscard]] TimerService& timers() noexcept { return timers_; }
+
+private:
+    Console& console_;
+    const NSJSONSerialization& JSON_;
+    const OpenRadio openRadio_;
+    TimerService timers_;
+};
+
+}  // namespace nearcast

@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/system/TimerService.h"
+
+#include "platform/Guarded.h"
+#include "platform/system/WakeUp.h"
+#include "platform/timers/TimerQueue.h"
+#include "support/Mutex.h"
+
+#include <pthread.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <csignal>
+#include <utility>
+#include <vector>
+
+namespace nearcast {
+
+namespace {
+
+using TimerPointer = std::shared_ptr<TimerQueue::Timer>;
+
+/// A firing that has been handed over. Its end, by being run or by being dropped, lets the next one be handed over.
+class HandOver {
+public:
+    explicit HandOver(TimerPointer timer) : timer_(std::move(timer)) {}
+    ~HandOver() { end(); }
+    HandOver(const HandOver&) = delete;
+    HandOver& operator=(const HandOver&) = delete;
+
+    /// The timer to fire; null the second time.
+    TimerPointer end() {
+        const TimerPointer timer = std::exchange(timer_, nullptr);
+        if (timer) timer->endHandOver();
+        return timer;
+    }
+
+private:
+    TimerPointer timer_;
+};
+
+/// Signals are for the application's threads. Blocked for a scope, they are in the threads that are made there.
+class SignalsBlocked {
+public:
+    SignalsBlocked() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsBlocked(const SignalsBlocked&) = delete;
+    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+private:
+    sigset_t before_{};
+};
+
+}  // namespace
+
+class TimerService::Core : public std::enable_shared_from_this<Core> {
+public:
+    Core(Console& console, Executor executor)
+        : console_(console),
+          executor_(std::move(executor)),
+          wakeUp_(std::make_shared<WakeUp>()),
+          queue_(std::make_shared<TimerQueue>(
+              [wakeUp = wakeUp_](std::optional<TimerQueue::Time> due) { wakeUp->setAlarm(due); })) {}
+
+    [[nodiscard]] TimerQueue& queue() noexcept { return *queue_; }
+    [[nodiscard]] int descriptor() const noexcept { return wakeUp_->alarmDescriptor(); }
+
+    void run() {
+        while (!ending_) {
+            wakeUp_->wait();
+            if (!ending_) dispatch();
+        }
+    }
+
+    void dispatch() {
+        wakeUp_->takeAlarm();
+        const auto due = SystemClock::now();
+        // What a timer misses while the handlers before it run is made up for by this firing of it.
+        while (const auto timer = queue_->takeDue(due, SystemClock::now())) {
+            if (executor_) {
+                handOver(timer);
+            } else {
+                fire(timer);
+            }
+        }
+        queue_->tellFront();  // the alarm that was taken may have been one for a timer that is not due yet
+    }
+
+    void end() {
+        ending_ = true;
+        queue_->clear();
+        wakeUp_->wake();
+    }
+
+    /// Returns when no firing is under way, but for those of this thread.
+    void awaitFirings() {
+        MutexLock lock(mutex_);
+        while (othersFire()) fired_.wait(lock.native());
+    }
+
+private:
+    void handOver(const TimerPointer& timer) {
+        if (!timer->beginHandOver()) return;
+        guarded(console_, "the timers' executor", [&] {
+            executor_([core = shared_from_this(), task = std::make_shared<HandOver>(timer)] {
+                if (const auto due = task->end()) core->fire(due);
+            });
+        });
+    }
+
+    void fire(const TimerPointer& timer) {
+        const auto self = std::this_thread::get_id();
+        {
+            const MutexLock lock(mutex_);
+            if (ending_) return;
+            firing_.push_back(self);
+        }
+        guarded(console_, "a timer", [&] { timer->fire(); });
+        const MutexLock lock(mutex_);
+        firing_.erase(std::find(firing_.begin(), firing_.end(), self));
+        fired_.notify_all();
+    }
+
+    [[nodiscard]] bool othersFire() const NEARCAST_REQUIRES(mutex_) {
+        return std::any_of(firing_.begin(), firing_.end(),
+                           [](std::thread::id thread) { return thread != std::this_thread::get_id(); });
+    }
+
+    Console& console_;
+    const Executor executor_;
+    const std::shared_ptr<WakeUp> wakeUp_;  ///< shared with the queue, which timers may keep alive
+    const std::shared_ptr<TimerQueue> queue_;
+    std::atomic<bool> ending_{false};
+    Mutex mutex_;
+    std::condition_variable fired_;
+    std::vector<std::thread::id> firing_ NEARCAST_GUARDED_BY(mutex_);  ///< the threads on which handlers run
+};
+
+TimerService::TimerService(Console& console, Loop loop, Executor executor)
+    : loop_(loop), core_(std::make_shared<Core>(console, std::move(executor))) {
+    if (loop == Loop::application) return;
+    const SignalsBlocked blocked;
+    thread_ = std::thread([core = core_] { core->run(); });
+    pthread_setname_np(thread_.native_handle(), "nearcast-timers");
+}
+
+TimerService::~TimerService() {
+    core_->end();
+    core_->awaitFirings();
+    if (!thread_.joinable()) return;
+    if (thread_.get_id() == std::this_thread::get_id()) {
+        thread_.detach();  // destroyed by a handler: the thread ends when that returns
+    } else {
+        thread_.join();
+    }
+}
+
+std::shared_ptr<NSTimer> TimerService::scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) {
+    return core_->queue().add(interval, std::move(handler), SystemClock::now());
+}
+
+int TimerService::descriptor() const noexcept { return loop_ == Loop::application ? core_->descriptor() : -1; }
+
+void TimerService::dispatch() {
+    if (loop_ != Loop::application) return;
+    const auto core = core_;  // a handler may destroy the service
+    core->dispatch();
+}
+
+}  // namespace nearcast

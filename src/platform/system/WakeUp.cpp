@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/system/WakeUp.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+
+namespace nearcast {
+
+namespace {
+
+bool taken(int descriptor) noexcept {
+    std::uint64_t count = 0;
+    return read(descriptor, &count, sizeof count) == static_cast<ssize_t>(sizeof count);
+}
+
+}  // namespace
+
+WakeUp::WakeUp()
+    : alarm_(timerfd_create(CLOCK_BOOTTIME, TFD_CLOEXEC | TFD_NONBLOCK), "no timer descriptor"),
+      wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "no event descriptor") {}
+
+void WakeUp::setAlarm(std::optional<SystemClock::Time> time) noexcept {
+    constexpr SystemClock::Time second = std::chrono::seconds(1);
+    itimerspec spec{};
+    if (time) {
+        // Zero would disarm it, and a moment that has passed rings at once.
+        const SystemClock::Time at = std::max(*time, SystemClock::Time(1));
+        spec.it_value = {at / second, (at % second).count()};
+    }
+    timerfd_settime(alarm_.get(), TFD_TIMER_ABSTIME, &spec, nullptr);
+}
+
+void WakeUp::wake() noexcept { eventfd_write(wake_.get(), 1); }
+
+void WakeUp::wait(int other) noexcept {
+    pollfd waiting[] = {{alarm_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}, {other, POLLIN, 0}};
+    while (poll(waiting, 3, -1) < 0 && errno == EINTR) {
+    }
+}
+
+bool WakeUp::takeAlarm() noexcept { return taken(alarm_.get()); }
+
+bool WakeUp::takeWake() noexcept { return taken(wake_.get()); }
+
+}  // namespace nearcast

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/system/Descriptor.h"
+#include "platform/system/SystemClock.h"
+
+#include <optional>
+
+namespace nearcast {
+
+/// What a thread waits at: a moment of the clock, or a call of `wake`.
+class WakeUp {
+public:
+    /// @throws std::system_error when the system gives no descriptors
+    WakeUp();
+
+    /// The moment to wake at, or none. From any thread, also while another one waits.
+    void setAlarm(std::optional<SystemClock::Time> time) noexcept;
+    /// Ends a wait that is under way, or else the next one. From any thread.
+    void wake() noexcept;
+    /// Waits for either, and for `other` to be readable where it is not negative. One thread at a time.
+    void wait(int other = -1) noexcept;
+    /// Forgets the alarm that has rung. @return whether one had
+    bool takeAlarm() noexcept;
+    /// Forgets the calls of `wake`. @return whether there was one
+    bool takeWake() noexcept;
+    /// Readable when the alarm has rung.
+    [[nodiscard]] int alarmDescriptor() const noexcept { return alarm_.get(); }
+
+private:
+    Descriptor alarm_;
+    Descriptor wake_;
+};
+
+}  // namespace nearcast
