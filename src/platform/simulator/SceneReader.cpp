@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/simulator/SceneReader.h"
+
+#include "platform/json/JSONSerialization.h"
+#include "platform/simulator/DongleReader.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <utility>
+
+namespace nearcast::simulator {
+
+namespace {
+
+constexpr std::size_t largestFile = 16 * 1024 * 1024;  // octets
+constexpr double year = 365.0 * 24 * 3600;             // seconds
+
+Wall readWall(const SceneNode& node, const Floor& floor) {
+    node.requireObject({"name", "points", "loss"});
+    Wall wall;
+    if (const auto name = node.member("name")) wall.name = name->text(200);
+    for (const SceneNode& point : node.need("points").list(2, 1000)) wall.points.push_back(readPlace(point, floor));
+    wall.loss = node.need("loss").number({0, 100, "dB"});
+    return wall;
+}
+
+Floor readFloor(const SceneNode& node) {
+    node.requireObject({"width", "depth", "walls"});
+    Floor floor;
+    floor.width = node.need("width").number({1, 10'000, "m"});
+    floor.depth = node.need("depth").number({1, 10'000, "m"});
+    if (const auto walls = node.member("walls")) {
+        for (const SceneNode& wall : walls->list(0, 1000)) floor.walls.push_back(readWall(wall, floor));
+    }
+    return floor;
+}
+
+Waypoint readWaypoint(const SceneNode& node, const Floor& floor) {
+    node.requireObject({"at", "pause", "facing"});
+    Waypoint waypoint;
+    waypoint.at = readPlace(node.need("at"), floor);
+    if (const auto pause = node.member("pause")) waypoint.pause = pause->number({0, 24 * 3600, "s"});
+    if (const auto facing = node.member("facing")) waypoint.facing = facing->number({-360, 360, "degrees"});
+    return waypoint;
+}
+
+User readUser(const SceneNode& node, const Floor& floor) {
+    node.requireObject({"path", "speed", "loop", "bodyLoss"});
+    User user;
+    for (const SceneNode& place : node.need("path").list(1, 10'000)) user.path.push_back(readWaypoint(place, floor));
+    readNumber(node, "speed", {0.01, 50, "m/s"}, user.speed);
+    if (const auto loop = node.member("loop")) user.loop = loop->boolean();
+    readNumber(node, "bodyLoss", {0, 60, "dB"}, user.bodyLoss);
+    return user;
+}
+
+Air readAir(const SceneNode& node) {
+    node.requireObject({"lossAtOneMetre", "exponent", "placeDeviation", "placeDistance", "driftDeviation", "driftTime",
+                        "echo", "jitterDeviation", "loss"});
+    Air air;
+    readNumber(node, "lossAtOneMetre", {0, 150, "dB"}, air.lossAtOneMetre);
+    readNumber(node, "exponent", {0, 10, ""}, air.exponent);
+    readNumber(node, "placeDeviation", {0, 30, "dB"}, air.placeDeviation);
+    readNumber(node, "placeDistance", {0.01, 1000, "m"}, air.placeDistance);
+    readNumber(node, "driftDeviation", {0, 30, "dB"}, air.driftDeviation);
+    readNumber(node, "driftTime", {0.01, 24 * 3600, "s"}, air.driftTime);
+    readNumber(node, "echo", {0, 0.95, ""}, air.echo);
+    readNumber(node, "jitterDeviation", {0, 30, "dB"}, air.jitterDeviation);
+    readNumber(node, "loss", {0, 1, ""}, air.loss);
+    return air;
+}
+
+Receiver readReceiver(const SceneNode& node) {
+    node.requireObject({"sensitivity", "channelTime", "unreadable"});
+    Receiver receiver;
+    readNumber(node, "sensitivity", {-200, 20, "dBm"}, receiver.sensitivity);
+    readNumber(node, "channelTime", {0.001, 100, "s"}, receiver.channelTime);
+    readNumber(node, "unreadable", {0, 1, ""}, receiver.unreadable);
+    return receiver;
+}
+
+RadioChange readRadioChange(const SceneNode& node, const std::vector<RadioChange>& before) {
+    node.requireObject({"at", "state"});
+    RadioChange change;
+    change.at = node.need("at").number({0, year, "s"});
+    if (!before.empty() && change.at <= before.back().at) {
+        node.need("at").refuse("expected a time after the one before it (" + written(before.back().at) + ")");
+    }
+    change.state = node.need("state").word<CBManagerState>({{"unknown", CBManagerStateUnknown},
+                                                            {"resetting", CBManagerStateResetting},
+                                                            {"unsupported", CBManagerStateUnsupported},
+                                                            {"unauthorized", CBManagerStateUnauthorized},
+                                                            {"poweredOff", CBManagerStatePoweredOff},
+                                                            {"poweredOn", CBManagerStatePoweredOn}});
+    return change;
+}
+
+Scene readRoot(const SceneNode& node) {
+    node.requireObject({"name", "seed", "duration", "floor", "user", "air", "receiver", "dongles", "radio"});
+    Scene scene;
+    if (const auto name = node.member("name")) scene.name = name->text(200);
+    if (const auto seed = node.member("seed")) scene.seed = seed->unsignedNumber();
+    if (const auto duration = node.member("duration")) scene.duration = duration->number({0, year, "s"});
+    scene.floor = readFloor(node.need("floor"));
+    scene.user = readUser(node.need("user"), scene.floor);
+    if (const auto air = node.member("air")) scene.air = readAir(*air);
+    if (const auto receiver = node.member("receiver")) scene.receiver = readReceiver(*receiver);
+    scene.dongles = readDongles(node.need("dongles"), scene.floor);
+    if (const auto radio = node.member("radio")) {
+        for (const SceneNode& change : radio->list(0, 10'000)) {
+            scene.radio.push_back(readRadioChange(change, scene.radio));
+        }
+    }
+    return scene;
+}
+
+std::string placeInText(std::string_view text, std::size_t offset) {
+    const std::string_view before = text.substr(0, std::min(offset, text.size()));
+    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+    const auto lineBegin = before.rfind('\n');
+    const std::size_t column = before.size() - (lineBegin == std::string_view::npos ? 0 : lineBegin + 1) + 1;
+    return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+
+[[noreturn]] void refuseFile(const std::string& path, const std::string& why) { throw SceneError(path + ": " + why); }
+
+}  // namespace
+
+Scene sceneFrom(const SettingValue& value, std::string_view name) {
+    try {
+        return readRoot(SceneNode(value, "$"));
+    } catch (const SceneError& error) {
+        throw SceneError(std::string(name) + ": " + error.what());
+    }
+}
+
+Scene readScene(std::string_view text, std::string_view name) {
+    const auto parsed = JSONSerialization::parse(text);
+    if (const auto* problem = std::get_if<JSONProblem>(&parsed)) {
+        refuseFile(std::string(name), "not JSON at " + placeInText(text, problem->offset) + ": " + problem->text);
+    }
+    return sceneFrom(std::get<SettingValue>(parsed), name);
+}
+
+Scene readSceneFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) refuseFile(path, std::string("cannot be opened: ") + std::strerror(errno));
+    std::string text(largestFile + 1, '\0');
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    if (file.bad()) refuseFile(path, "cannot be read");
+    text.resize(static_cast<std::size_t>(file.gcount()));
+    if (text.size() > largestFile) refuseFile(path, "larger than 16 MiB");
+    return readScene(text, path);
+}
+
+}  // namespace nearcast::simulator

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/radio/RadioString.h"
+#include "platform/simulator/Scene.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace nearcast::simulator {
+
+/// What a radio string of the kind `simulator` asks for: `simulator`, `simulator:SCENE.json`, with `seed=N` and
+/// `speed=X`.
+struct SimulatorOptions {
+    std::string sceneFile;              ///< empty: the built-in scene
+    std::optional<std::uint64_t> seed;  ///< absent: the scene's own
+    std::optional<double> speed = 1;    ///< simulated seconds per second; absent: "max", as fast as it goes
+
+    /// @throws std::invalid_argument naming the radio string, the option and what is wrong with it
+    static SimulatorOptions from(const RadioString& radio);
+
+    /// The scene asked for, with the seed asked for.
+    /// @throws SceneError when the file cannot be read or is no scene
+    [[nodiscard]] Scene scene() const;
+};
+
+}  // namespace nearcast::simulator
