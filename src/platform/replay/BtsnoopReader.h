@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/replay/PacketSource.h"
+#include "platform/replay/RecordingInput.h"
+
+#include <array>
+#include <string>
+
+namespace nearcast {
+
+/// The bytes that a btsnoop file begins with.
+inline constexpr std::array<std::uint8_t, 8> btsnoopMagic{'b', 't', 's', 'n', 'o', 'o', 'p', 0};
+
+/// Reads btsnoop files: the snoop format of RFC 1761 with Bluetooth datalinks, times in microseconds.
+class BtsnoopReader : public PacketSource {
+public:
+    /// Reads the file's header.
+    /// @param input at the file's begin; lives longer than the reader
+    /// @param name  of the file, for messages
+    /// @throws std::invalid_argument for a version or datalink that is not known
+    BtsnoopReader(RecordingInput& input, const std::string& name);
+    std::optional<Packet> next() override;
+
+private:
+    RecordingInput& input_;
+    PacketKind kind_;
+};
+
+}  // namespace nearcast

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/replay/LinkDecoder.h"
+#include "platform/replay/PacketSource.h"
+#include "platform/replay/RecordingReader.h"
+#include "platform/replay/SenderMemory.h"
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+
+namespace nearcast {
+
+/// Reads a recording out of captured packets.
+///
+/// An item's time is that since the capture's first packet, in whole microseconds; a packet that is earlier than its
+/// predecessor happens with it. Names that are not UTF-8 are made so (see `wellFormed`), for the recording may
+/// become JSON.
+class CaptureReader : public RecordingReader {
+public:
+    explicit CaptureReader(std::unique_ptr<PacketSource> packets) : packets_(std::move(packets)) {}
+    std::optional<RecordedItem> next() override;
+
+private:
+    void advance(const Packet& packet);
+    void add(const RawReport& raw);
+
+    std::unique_ptr<PacketSource> packets_;
+    LinkDecoder decoder_;
+    SenderMemory senders_;
+    std::optional<std::int64_t> first_;  // the first packet's time in nanoseconds
+    std::chrono::microseconds now_{0};
+    std::deque<RecordedReport> ready_;
+};
+
+/// The text with U+FFFD in place of every octet that is not part of well-formed UTF-8.
+std::string wellFormed(const std::string& text);
+
+}  // namespace nearcast

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/replay/RecordingInput.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+namespace nearcast {
+
+namespace {
+
+constexpr std::size_t chunk = 65536;
+constexpr const char* endsInside = "the file ends inside what begins here";
+
+}  // namespace
+
+bool RecordingInput::readMore() {
+    if (ended_) return false;
+    buffer_.erase(buffer_.begin(), buffer_.begin() + static_cast<std::ptrdiff_t>(begin_));
+    end_ -= begin_;
+    begin_ = 0;
+    if (buffer_.size() < end_ + chunk) buffer_.resize(end_ + chunk);
+    const std::size_t count = source_(std::span(buffer_).subspan(end_));
+    end_ += count;
+    ended_ = count == 0;
+    return !ended_;
+}
+
+void RecordingInput::consume(std::size_t count) noexcept {
+    begin_ += count;
+    offset_ += count;
+}
+
+std::span<const std::uint8_t> RecordingInput::peek(std::size_t count) {
+    while (end_ - begin_ < count && readMore()) {
+    }
+    return ahead().first(std::min(count, end_ - begin_));
+}
+
+std::span<const std::uint8_t> RecordingInput::take(std::size_t count) {
+    const auto taken = peek(count);
+    consume(taken.size());
+    return taken;
+}
+
+std::span<const std::uint8_t> RecordingInput::takeAll(std::size_t count, std::uint64_t start) {
+    const auto taken = take(count);
+    if (taken.size() < count) throw RecordingDamage(start, endsInside);
+    return taken;
+}
+
+void RecordingInput::skipAll(std::uint64_t count, std::uint64_t start) {
+    while (count > 0) {
+        const auto passed = take(static_cast<std::size_t>(std::min<std::uint64_t>(count, chunk)));
+        if (passed.empty()) throw RecordingDamage(start, endsInside);
+        count -= passed.size();
+    }
+}
+
+std::string_view RecordingInput::takeLine(std::size_t longest) {
+    std::size_t searched = 0;
+    const void* feed = nullptr;
+    do {
+        const auto bytes = ahead().subspan(searched);
+        if (!bytes.empty()) feed = std::memchr(bytes.data(), '\n', bytes.size());
+        searched += bytes.size();
+    } while (feed == nullptr && searched <= longest && readMore());
+    const auto bytes = ahead();
+    const auto* const text = reinterpret_cast<const char*>(bytes.data());
+    const std::size_t length =
+        feed == nullptr ? bytes.size() : static_cast<std::size_t>(static_cast<const char*>(feed) - text);
+    if (length > longest) {
+        throw RecordingDamage(offset_, "a line of more than " + std::to_string(longest) + " bytes");
+    }
+    consume(feed == nullptr ? length : length + 1);
+    return {text, length};
+}
+
+}  // namespace nearcast

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/replay/RecordingReader.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace nearcast {
+
+/// A recording's bytes from front to back, with as much read ahead as somebody asks to see at once. The views that it
+/// gives hold until the next call.
+class RecordingInput {
+public:
+    explicit RecordingInput(ByteSource source) : source_(std::move(source)) {}
+
+    /// Where the next byte stands in the recording.
+    [[nodiscard]] std::uint64_t offset() const noexcept { return offset_; }
+    [[nodiscard]] bool atEnd() { return peek(1).empty(); }
+
+    /// The next `count` bytes, fewer at the end; they stay the next ones.
+    std::span<const std::uint8_t> peek(std::size_t count);
+    /// The next `count` bytes, fewer at the end.
+    std::span<const std::uint8_t> take(std::size_t count);
+    /// The next `count` bytes, all of them.
+    /// @throws RecordingDamage at `start` when the recording ends before them
+    std::span<const std::uint8_t> takeAll(std::size_t count, std::uint64_t start);
+    /// Passes over `count` bytes.
+    /// @throws RecordingDamage at `start` when the recording ends before them
+    void skipAll(std::uint64_t count, std::uint64_t start);
+    /// The bytes up to the next line feed, which is passed over, or to the end.
+    /// @throws RecordingDamage when the line is longer than `longest`
+    std::string_view takeLine(std::size_t longest);
+
+private:
+    [[nodiscard]] std::span<const std::uint8_t> ahead() const noexcept {
+        return std::span(buffer_).subspan(begin_, end_ - begin_);
+    }
+    bool readMore();
+    void consume(std::size_t count) noexcept;
+
+    ByteSource source_;
+    std::vector<std::uint8_t> buffer_;
+    std::size_t begin_ = 0;
+    std::size_t end_ = 0;
+    std::uint64_t offset_ = 0;
+    bool ended_ = false;
+};
+
+}  // namespace nearcast

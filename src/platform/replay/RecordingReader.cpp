@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/replay/RecordingReader.h"
+
+#include "platform/replay/BtsnoopReader.h"
+#include "platform/replay/CaptureReader.h"
+#include "platform/replay/JsonLinesReader.h"
+#include "platform/replay/PcapReader.h"
+#include "platform/replay/PcapngReader.h"
+#include "platform/replay/RecordingInput.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+#include <utility>
+
+namespace nearcast {
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+/// A reader with the bytes it reads. It keeps the promise that damage is told once and nothing comes after it.
+class OwningReader : public RecordingReader {
+public:
+    explicit OwningReader(std::unique_ptr<RecordingInput> input) : input_(std::move(input)) {}
+
+    void open(const std::string& name);
+
+    std::optional<RecordedItem> next() override {
+        if (damage_) {
+            ended_ = true;
+            throw RecordingDamage(*std::exchange(damage_, std::nullopt));
+        }
+        if (ended_) return std::nullopt;
+        try {
+            auto item = reader_->next();
+            ended_ = !item;
+            return item;
+        } catch (const std::system_error& error) {
+            ended_ = true;
+            throw RecordingDamage(input_->offset(), error.code().message());
+        } catch (...) {
+            ended_ = true;
+            throw;
+        }
+    }
+
+private:
+    std::unique_ptr<RecordingReader> openFormat(const std::string& name);
+
+    std::unique_ptr<RecordingInput> input_;
+    std::unique_ptr<RecordingReader> reader_;
+    std::optional<RecordingDamage> damage_;  // of the file's header
+    bool ended_ = false;
+};
+
+/// Whether the bytes are the first ones of `magic`: all of it, or all that a cut file has.
+template <std::size_t size>
+bool beginsLike(Bytes bytes, const std::array<std::uint8_t, size>& magic) {
+    const std::size_t count = std::min(bytes.size(), size);
+    return std::equal(magic.begin(), magic.begin() + static_cast<std::ptrdiff_t>(count), bytes.begin());
+}
+
+/// Whether this can be the begin of JSON Lines: a byte order mark at most, white space, then a brace.
+bool beginsLikeJSONLines(Bytes bytes) {
+    constexpr std::array<std::uint8_t, 3> byteOrderMark{0xEF, 0xBB, 0xBF};
+    if (beginsLike(bytes, byteOrderMark)) bytes = bytes.subspan(std::min(bytes.size(), byteOrderMark.size()));
+    const auto first = std::find_if(bytes.begin(), bytes.end(), [](std::uint8_t octet) {
+        return octet != ' ' && octet != '\t' && octet != '\r' && octet != '\n';
+    });
+    return first == bytes.end() || *first == '{';
+}
+
+void OwningReader::open(const std::string& name) {
+    try {
+        reader_ = openFormat(name);
+    } catch (const RecordingDamage& damage) {
+        damage_ = damage;
+    }
+}
+
+std::unique_ptr<RecordingReader> OwningReader::openFormat(const std::string& name) {
+    constexpr std::size_t enough = 4096;
+    const Bytes bytes = input_->peek(enough);
+    // pcapng begins with white space of its own; a single line feed is no sign of it.
+    const bool pcapng = bytes.size() > 1 && beginsLike(bytes, pcapngMagic);
+    if (!pcapng && beginsLikeJSONLines(bytes)) return std::make_unique<JsonLinesReader>(*input_);
+    std::unique_ptr<PacketSource> packets;
+    if (pcapng) {
+        packets = std::make_unique<PcapngReader>(*input_);
+    } else if (beginsLike(bytes, btsnoopMagic)) {
+        packets = std::make_unique<BtsnoopReader>(*input_, name);
+    } else if (const auto form = pcapForm(bytes)) {
+        packets = std::make_unique<PcapReader>(*input_, *form, name);
+    } else {
+        throw std::invalid_argument(name + ": no recording (neither JSON Lines nor btsnoop, pcap or pcapng)");
+    }
+    return std::make_unique<CaptureReader>(std::move(packets));
+}
+
+/// The bytes of a file.
+class File {
+public:
+    explicit File(const std::string& path) : path_(path) {
+        std::FILE* const file = std::fopen(path.c_str(), "rbe");
+        if (file == nullptr) fail();
+        file_.reset(file, &std::fclose);
+    }
+    std::size_t operator()(std::span<std::uint8_t> room) const {
+        const std::size_t count = std::fread(room.data(), 1, room.size(), file_.get());
+        if (count == 0 && std::ferror(file_.get()) != 0) fail();
+        return count;
+    }
+
+private:
+    [[noreturn]] void fail() const { throw std::system_error(errno, std::generic_category(), path_); }
+
+    std::string path_;
+    std::shared_ptr<std::FILE> file_;
+};
+
+}  // namespace
+
+RecordingDamage::RecordingDamage(std::uint64_t offset, const std::string& what)
+    : std::runtime_error("damaged at byte " + std::to_string(offset) + ": " + what), offset_(offset) {}
+
+std::chrono::microseconds timeOf(const RecordedItem& item) {
+    return std::visit([](const auto& one) { return one.at; }, item);
+}
+
+std::unique_ptr<RecordingReader> openRecording(const std::string& path) { return openRecording(File(path), path); }
+
+std::unique_ptr<RecordingReader> openRecording(ByteSource source, const std::string& name) {
+    auto reader = std::make_unique<OwningReader>(std::make_unique<RecordingInput>(std::move(source)));
+    reader->open(name);
+    return reader;
+}
+
+}  // namespace nearcast

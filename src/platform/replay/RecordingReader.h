@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/hciformat/RawReport.h"
+#include "platform/radio/AdvertisingReport.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <variant>
+
+namespace nearcast {
+
+/// One advertisement of a recording.
+struct RecordedReport {
+    std::chrono::microseconds at{0};       ///< since the recording's begin
+    std::optional<DeviceAddress> address;  ///< nothing: the recording does not say, or the sender is anonymous
+    std::uint8_t addressType = 0;          ///< as in `RawReport`
+    AdvertisingReport report;
+    bool malformed = false;  ///< its AD structures break off; what precedes the break is in the report
+    bool scanResponse = false;
+};
+
+/// A change of the radio's state.
+struct RecordedState {
+    std::chrono::microseconds at{0};
+    std::int64_t state = 0;
+};
+
+/// Nothing happens, but the recording lasts that long.
+struct RecordedEnd {
+    std::chrono::microseconds at{0};
+};
+
+using RecordedItem = std::variant<RecordedReport, RecordedState, RecordedEnd>;
+
+/// When an item happens.
+std::chrono::microseconds timeOf(const RecordedItem& item);
+
+/// What comes after a place in a recording cannot be made sense of. `what()` reads "damaged at byte 1234: ...".
+class RecordingDamage : public std::runtime_error {
+public:
+    /// @param offset where the first thing begins that is not whole, in bytes from the file's begin
+    RecordingDamage(std::uint64_t offset, const std::string& what);
+    [[nodiscard]] std::uint64_t offset() const noexcept { return offset_; }
+
+private:
+    std::uint64_t offset_;
+};
+
+/// Reads a recording item by item, in bounded memory. Not for several threads at once.
+class RecordingReader {
+public:
+    virtual ~RecordingReader() = default;
+    /// The next item; nothing at the end.
+    /// @throws RecordingDamage once, at the damage; after that there is nothing more
+    virtual std::optional<RecordedItem> next() = 0;
+};
+
+/// Gives the next bytes of a recording: fills the span from its begin, and returns how much; 0 at the end only.
+/// @throws std::system_error
+using ByteSource = std::function<std::size_t(std::span<std::uint8_t> room)>;
+
+/// Opens a recording: JSON Lines, btsnoop, pcap or pcapng, told apart by their content.
+/// @throws std::system_error naming the file when it cannot be read
+/// @throws std::invalid_argument naming the file when it is of another format, or of an unknown version or link type
+std::unique_ptr<RecordingReader> openRecording(const std::string& path);
+/// The same from any bytes.
+/// @param name what to call them in messages
+std::unique_ptr<RecordingReader> openRecording(ByteSource source, const std::string& name);
+
+}  // namespace nearcast

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/replay/SenderMemory.h"
+
+namespace nearcast {
+
+namespace {
+
+constexpr std::size_t octetsPerSender = 256;
+constexpr std::size_t octetsPerService = sizeof(CBUUID) + 48;
+
+std::uint64_t keyOf(const DeviceAddress& address, std::uint8_t addressType) {
+    std::uint64_t key = addressType;
+    for (const std::uint8_t octet : address) key = key << 8 | octet;
+    return key;
+}
+
+}  // namespace
+
+std::size_t SenderMemory::Sender::octets() const {
+    return octetsPerSender + (name ? name->size() : 0) + services.size() * octetsPerService;
+}
+
+void SenderMemory::complete(RecordedReport& report) {
+    if (!report.address) return;
+    const std::uint64_t key = keyOf(*report.address, report.addressType);
+    if (report.scanResponse) learn(key, report.report);
+    const auto sender = find(key);
+    if (sender == senders_.end()) return;
+    if (!report.report.name) report.report.name = sender->name;
+    if (report.report.services.empty()) report.report.services = sender->services;
+}
+
+SenderMemory::Senders::iterator SenderMemory::find(std::uint64_t key) {
+    const auto place = places_.find(key);
+    if (place == places_.end()) return senders_.end();
+    senders_.splice(senders_.end(), senders_, place->second);
+    return place->second;
+}
+
+void SenderMemory::learn(std::uint64_t key, const AdvertisingReport& report) {
+    if (!report.name && report.services.empty()) return;
+    auto sender = find(key);
+    if (sender == senders_.end()) {
+        sender = senders_.insert(senders_.end(), Sender{key, {}, {}});
+        places_.emplace(key, sender);
+    } else {
+        octets_ -= sender->octets();
+    }
+    if (report.name) sender->name = report.name;
+    if (!report.services.empty()) sender->services = report.services;
+    octets_ += sender->octets();
+    while (senders_.size() > mostSenders_ || octets_ > mostOctets_) forget();
+}
+
+void SenderMemory::forget() {
+    octets_ -= senders_.front().octets();
+    places_.erase(senders_.front().key);
+    senders_.pop_front();
+}
+
+}  // namespace nearcast
