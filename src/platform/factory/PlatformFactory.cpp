@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/factory/PlatformFactory.h"
+
+#include "platform/factory/TimelineDrive.h"
+#include "platform/json/JSONSerialization.h"
+#include "platform/radio/NoRadio.h"
+#include "platform/radio/RadioString.h"
+#include "platform/replay/ReplayPlatform.h"
+#include "platform/simulator/SimulatorOptions.h"
+#include "platform/simulator/SimulatorPlatform.h"
+#include "platform/system/Consoles.h"
+#include "platform/system/RealPace.h"
+#include "platform/system/SystemDrive.h"
+#include "platform/system/SystemPlatform.h"
+
+#include <stdexcept>
+#include <utility>
+
+namespace nearcast {
+
+namespace {
+
+const JSONSerialization JSON;
+
+std::unique_ptr<Pace> paceFor(std::optional<double> speed, const RadioString& radio, const PlatformOptions& options) {
+    if (speed) return std::make_unique<RealPace>(*speed);
+    // On a thread of its own it would run ahead of the calls that it is meant to serve.
+    if (!options.ownLoop) {
+        throw std::invalid_argument("radio '" + radio.text +
+                                    "': speed=max is for applications that run it on their own loop");
+    }
+    return nullptr;
+}
+
+/// A platform with a time of its own runs on the application's thread, or else on one of its own.
+template <class TimelineBackEnd>
+void install(OpenedPlatform& opened, std::unique_ptr<TimelineBackEnd> platform, const PlatformOptions& options) {
+    if (!options.ownLoop) platform->timeline().driveFromThread();
+    opened.drive = std::make_unique<TimelineDrive>(*platform);
+    opened.services = std::move(platform);
+}
+
+void openReplay(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
+    auto replay = ReplayOptions::parse(radio);
+    auto pace = paceFor(replay.speed, radio, options);
+    install(opened, std::make_unique<ReplayPlatform>(*opened.console, JSON, std::move(pace), std::move(replay)),
+            options);
+}
+
+void openSimulator(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
+    using namespace simulator;
+    const auto simulation = SimulatorOptions::from(radio);
+    auto pace = paceFor(simulation.speed, radio, options);
+    auto platform = std::make_unique<SimulatorPlatform>(*opened.console, JSON, std::move(pace), simulation.scene());
+    install(opened, std::move(platform), options);
+}
+
+void openSystem(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
+    Console& console = *opened.console;
+    const bool automatic = radio.kind == "auto";
+    const auto openRadio = [&console, automatic](CBCentralManagerDelegate& delegate) {
+        if (automatic) console.NSLog("No Bluetooth radio is known on this machine; going on without one.");
+        return std::make_unique<NoRadio>(delegate, console);
+    };
+    const auto loop = options.ownLoop ? TimerService::Loop::application : TimerService::Loop::ownThread;
+    auto platform = std::make_unique<SystemPlatform>(console, JSON, openRadio, loop, options.timerExecutor);
+    opened.drive = std::make_unique<SystemDrive>(*platform);
+    opened.services = std::move(platform);
+}
+
+}  // namespace
+
+OpenedPlatform openPlatform(const PlatformOptions& options) {
+    const RadioString radio = RadioString::parse(options.radio);
+    OpenedPlatform opened;
+    if (options.console) {
+        opened.console = std::make_unique<CallbackConsole>(options.console);
+    } else {
+        opened.console = std::make_unique<StandardErrorConsole>();
+    }
+    if (radio.kind == "replay") {
+        openReplay(opened, radio, options);
+    } else if (radio.kind == "simulator") {
+        openSimulator(opened, radio, options);
+    } else {
+        openSystem(opened, radio, options);
+    }
+    return opened;
+}
+
+}  // namespace nearcast
