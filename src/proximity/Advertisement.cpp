@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/Manager.h"
+#include "proximity/DongleAddress.h"
+
+namespace nearcast {
+
+namespace {
+
+constexpr std::size_t addressOffset = 2;
+constexpr std::string_view nameMarker = "QX";
+
+bool isDonglePayload(std::span<const std::uint8_t> payload) {
+    return payload.size() >= addressOffset && payload[0] == 0xFF && payload[1] == 0xFF;
+}
+
+}  // namespace
+
+void Manager::centralManagerDidDiscoverPeripheral(CBCentralManager& central, const CBPeripheral& peripheral,
+                                                  const AdvertisementData& advertisementData, std::int32_t RSSI) {
+    const Trace trace = this->trace("-[QXNearcastManager centralManager:didDiscoverPeripheral:advertisementData:RSSI:]",
+                                    Trace::Audience::internal);
+    trace.start("", Pointer{&central}, ", ", Pointer{&peripheral}, ", ", Pointer{&advertisementData}, ", ", RSSI);
+    discover(trace, peripheral, advertisementData, RSSI);
+    trace.end("", Pointer{&central}, ", ", Pointer{&peripheral}, ", ", Pointer{&advertisementData}, ", ", RSSI);
+}
+
+void Manager::discover(const Trace& trace, const CBPeripheral& peripheral, const AdvertisementData& advertisementData,
+                       std::int32_t RSSI) {
+    if (delegate() == nullptr) return trace.process("self.delegate == nil, ", Pointer{nullptr});
+    if (!advertisementData.manufacturerData) return trace.process("manufactureData == nil, ", Pointer{nullptr});
+    DongleAddress address;
+    if (!readAddress(trace, peripheral, *advertisementData.manufacturerData, address)) return;
+    if (RSSI == kQXInvalidRSSI) return trace.error("RSSI.intValue == 127, ", RSSI);
+    if (address.text().find(nameMarker) != std::string_view::npos) {
+        return trace.error("[dongleMACAddress containsString:@\"QX\"] || (dongleMACAddress == nil), ", address.text());
+    }
+    if (sampleForCalibration(trace, address.text(), RSSI)) return;
+    const auto output = smooth(trace, address.text(), RSSI);
+    if (!output) return;
+    report(trace, address.text(), *output);
+}
+
+bool Manager::readAddress(const Trace& trace, const CBPeripheral& peripheral, std::span<const std::uint8_t> payload,
+                          DongleAddress& address) {
+    if (!isDonglePayload(payload)) {
+        address.take(getMACAddressFromName(peripheral.name));
+        return true;
+    }
+    trace.process("(manufactureDataBytes[0] == 0xff) && (manufactureDataBytes[1] == 0xff), ", payload[0], ", ",
+                  payload[1]);
+    if (payload.size() < addressOffset + DongleAddress::octets) {
+        trace.error("the address of 6 octets at offset 2 lies beyond the payload of ", payload.size(), " octets");
+        return false;
+    }
+    address.format(payload.subspan<addressOffset, DongleAddress::octets>());
+    return true;
+}
+
+bool Manager::sampleForCalibration(const Trace& trace, std::string_view address, std::int32_t RSSI) {
+    const NSLockGuard guard(_lockCalibrateActionAreaFlag);
+    if (!toCalibrateActionArea.load()) return false;
+    trace.process("toCalibrateActionArea == YES, ", true);
+    const auto wanted = macAddrForActionArea.load();
+    if (wanted == nullptr || *wanted != address) {
+        trace.process("[dongleMACAddress isEqualToString:macAddrForActionArea] == NO, ", address, ", ",
+                      wanted ? Text(*wanted) : Text());
+        return true;
+    }
+    const auto samples = rssiDataForActionArea.load();
+    if (samples == nullptr || samples->isEnough()) return true;
+    trace.process("isEnoughDataForActionArea == NO, ", false);
+    samples->append(RSSI);
+    if (samples->isEnough()) trace.process("rssiDataForActionArea.count >= 15, ", samples->count());
+    return true;
+}
+
+std::optional<std::int32_t> Manager::smooth(const Trace& trace, std::string_view address, std::int32_t RSSI) {
+    Smoothing::Result result;
+    const std::uint64_t samplingNumber = this->samplingNumber();
+    {
+        const NSLockGuard guard(_lockRssiDataFlag);
+        if (!rssiData.empty()) trace.process("rssiData.count != 0, ", rssiData.size());
+        const auto known = rssiData.find(address);
+        if (known == rssiData.end()) {
+            trace.process("lastRssiDic == nil, ", Pointer{nullptr});
+            rssiData.emplace(address, RSSIEntry{Smoothing(samplingNumber, RSSI), platform_.date()});
+            return std::nullopt;
+        }
+        RSSIEntry& entry = known->second;
+        result = entry.smoothing.add(RSSI, samplingNumber);
+        if (result.stage == Smoothing::Stage::filling) {
+            trace.process("rawRSSIQueue.count < self.samplingNumber, ", result.readings, ", ", samplingNumber);
+        } else if (result.stage == Smoothing::Stage::settling) {
+            trace.process("outputRSSIQueue.count < self.samplingNumber, ", result.outputs, ", ", samplingNumber);
+        }
+        entry.lastUpdate = platform_.date();
+    }
+    if (!result.output) trace.process("outputRssi == nil, ", Pointer{nullptr});
+    return result.output;
+}
+
+std::int32_t Manager::deviceTypeOf(std::string_view portName) {
+    const NSLockGuard guard(_lockMutableSettingsFlag);
+    const auto record = mutableSettings.find(portName);
+    if (record == mutableSettings.end()) return QXDeviceTypeUnknown;
+    const auto deviceType = record->second->find(kQXDeviceType);
+    return deviceType == record->second->end() ? QXDeviceTypeUnknown : deviceType->second.intValue();
+}
+
+void Manager::report(const Trace& trace, std::string_view address, std::int32_t output) {
+    const auto listener = delegate();
+    if (listener == nullptr || !listener->didDiscoverPort) {
+        return trace.process(
+            "[self.delegate respondsToSelector:@selector(didDiscoverPort:deviceType:MACAddr:RSSI:)] == NO, ",
+            Pointer{listener.get()}, ", ", Pointer{listener ? &listener->didDiscoverPort : nullptr});
+    }
+    const auto portName = getPortNameFromMACAddr(address);
+    std::int32_t deviceType = QXDeviceTypeUnknown;
+    if (portName) {
+        deviceType = deviceTypeOf(*portName);
+    } else {
+        trace.process("registeredPortName == nil, ", Pointer{nullptr});
+    }
+    // Read anew: the delegate may have been changed meanwhile.
+    if (const auto current = delegate(); current != nullptr && current->didDiscoverPort) {
+        current->didDiscoverPort(portName.value_or(""), static_cast<QXDeviceType>(deviceType), address, output);
+    }
+}
+
+}  // namespace nearcast

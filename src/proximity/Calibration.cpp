@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/Manager.h"
+
+#include <chrono>
+
+namespace nearcast {
+
+namespace {
+
+constexpr int passes = 14;
+constexpr std::chrono::milliseconds pause{500};
+
+}  // namespace
+
+std::int32_t Manager::calibrateActionArea(Text MACAddr) {
+    const Trace trace = this->trace("-[QXNearcastManager calibrateActionArea:]", Trace::Audience::publicAPI);
+    trace.start("", MACAddr);
+    const auto samples = std::make_shared<ActionAreaSamples>();
+    if (!isValidateMACAddr(MACAddr)) {
+        trace.error("[self isValidateMACAddr:MACAddr] == NO, ", Pointer{face_}, ", ", MACAddr);
+        console("UUID is invalid.");
+        trace.end("", MACAddr, ", -> ", kQXInvalidRSSI);
+        return kQXInvalidRSSI;
+    }
+    if (!armCalibration(trace, MACAddr, samples)) {
+        trace.end("", MACAddr, ", -> ", kQXInvalidRSSI);
+        return kQXInvalidRSSI;
+    }
+    awaitSamples(*samples);
+    stopScan();
+    {
+        const NSLockGuard guard(_lockCalibrateActionAreaFlag);
+        if (!samples->isEnough()) {
+            rssiDataForActionArea.clearIf(samples);
+            return kQXInvalidRSSI;  // without an exit record
+        }
+    }
+    const std::int32_t result = samples->secondStrongest();
+    rssiDataForActionArea.clearIf(samples);
+    trace.end("", MACAddr, ", -> ", result);
+    return result;
+}
+
+// A scan call that throws leaves the calibration armed until `stopScan`.
+bool Manager::armCalibration(const Trace& trace, Text MACAddr, const std::shared_ptr<ActionAreaSamples>& samples) {
+    const NSLockGuard guard(_lockStartScanFlag);
+    if (scanStart) {
+        trace.error("scanStart == YES, ", scanStart);
+        console("A duplicate execution reuest with 'startScan' or 'calibrateActionArea' was found.");
+        return false;
+    }
+    macAddrForActionArea.store(MACAddr ? std::make_shared<const std::string>(*MACAddr) : nullptr);
+    rssiDataForActionArea.store(samples);
+    toCalibrateActionArea.store(true);
+    if (auto* central = manager.load()) {
+        central->scanForPeripheralsWithServices(std::nullopt, ScanOptions{.allowDuplicates = true});
+    }
+    scanStart = true;
+    return true;
+}
+
+// Each calibration looks at samples of its own, so that one whose end overlaps the next one's start can neither be cut
+// short by it nor answer with its readings.
+void Manager::awaitSamples(const ActionAreaSamples& samples) {
+    for (int pass = 0; pass < passes; ++pass) {
+        bool enough = false;
+        {
+            const NSLockGuard guard(_lockCalibrateActionAreaFlag);
+            enough = samples.isEnough();
+        }
+        if (enough) return;
+        platform_.usleep(pause);
+    }
+}
+
+std::int32_t Manager::getRSSI(Text MACAddr) {
+    const Trace trace = this->trace("-[QXNearcastManager getRSSI:]", Trace::Audience::publicAPI);
+    trace.start("", MACAddr);
+    std::int32_t RSSI = kQXInvalidRSSI;
+    if (!isValidateMACAddr(MACAddr)) {
+        trace.error("[self isValidateMACAddr:MACAddr] == NO, ", Pointer{face_}, ", ", MACAddr);
+        console("UUID is invalid.");
+    } else {
+        const NSLockGuard guard(_lockRssiDataFlag);
+        if (!rssiData.empty()) {
+            trace.process("rssiData.count != 0, ", rssiData.size());
+            const auto found = MACAddr ? rssiData.find(*MACAddr) : rssiData.end();
+            if (found != rssiData.end()) {
+                trace.process("foundRssiDic != nil, ", Pointer{&found->second});
+                const std::int32_t* output = found->second.smoothing.lastOutput();
+                RSSI = output != nullptr ? *output : 0;
+            }
+        }
+    }
+    trace.end("", MACAddr, ", -> ", RSSI);
+    return RSSI;
+}
+
+}  // namespace nearcast

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "core/Manager.h"
+
+#include <chrono>
+
+namespace nearcast {
+
+namespace {
+
+constexpr std::chrono::seconds restartInterval{120};
+constexpr std::chrono::seconds sweepInterval{5};
+constexpr std::string_view dongleServiceUUID = "4F37D906-3F43-440C-98E0-9E709971CADF";
+
+}  // namespace
+
+bool Manager::startScan() {
+    const Trace trace = this->trace("-[QXNearcastManager startScan]", Trace::Audience::publicAPI);
+    trace.start("");
+    bool started = false;
+    if (!isLECapableHardware()) {
+        trace.error("[self isLECapableHardware] == NO, ", Pointer{face_});
+        console("Bluetooth Low Energy is not supported.");
+    } else if (const auto settings = getSettings(); settings == nullptr) {
+        trace.error("self.settings == nil, ", Pointer{nullptr});
+        console("settings is nil");
+    } else {
+        started = startScanning(trace);
+    }
+    trace.end("-> ", started);
+    return started;
+}
+
+bool Manager::startScanning(const Trace& trace) {
+    const NSLockGuard guard(_lockStartScanFlag);
+    if (scanStart) {
+        trace.error("scanStart == YES, ", scanStart);
+        console("A duplicate execution reuest with 'startScan' or 'calibrateActionArea' was found.");
+        return false;
+    }
+    p_restartScanTimer = platform_.scheduledTimer(restartInterval, [this](NSTimer& tm) { restartScan(tm); });
+    p_restartScanTimer->fire();
+    repeatTimer = platform_.scheduledTimer(sweepInterval, [this](NSTimer&) { eventRepeatTimer(); });
+    scanStart = true;
+    return true;
+}
+
+bool Manager::startScan(std::uint64_t samplingNumber) {
+    const Trace trace = this->trace("-[QXNearcastManager startScan:]", Trace::Audience::publicAPI);
+    trace.start("", samplingNumber);
+    bool started = false;
+    if (samplingNumber == 0) {
+        trace.error("samplingNumber == 0, ", samplingNumber);
+    } else {
+        _samplingNumber.store(samplingNumber);
+        started = startScan();
+    }
+    trace.end("", samplingNumber, ", -> ", started);
+    return started;
+}
+
+void Manager::restartScan(NSTimer& tm) {
+    const Trace trace = this->trace("-[QXNearcastManager restartScan:]", Trace::Audience::internal);
+    trace.start("", Pointer{&tm});
+    if (auto* central = manager.load()) {
+        central->stopScan();
+        central->scanForPeripheralsWithServices(std::vector{CBUUID::UUIDWithString(dongleServiceUUID)},
+                                                ScanOptions{.allowDuplicates = true});
+    }
+    trace.end("", Pointer{&tm});
+}
+
+void Manager::stopScan() {
+    const Trace trace = this->trace("-[QXNearcastManager stopScan]", Trace::Audience::publicAPI);
+    trace.start("");
+    {
+        const NSLockGuard guard(_lockStartScanFlag);
+        if (auto* central = manager.load()) {
+            trace.process("manager != nil, ", Pointer{central});
+            central->stopScan();
+        }
+        if (p_restartScanTimer) p_restartScanTimer->invalidate();
+        p_restartScanTimer.reset();
+        if (repeatTimer) repeatTimer->invalidate();
+        repeatTimer.reset();
+        toCalibrateActionArea.store(false);
+        scanStart = false;
+    }
+    trace.end("");
+}
+
+}  // namespace nearcast
