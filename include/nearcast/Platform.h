@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nearcast/Export.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace nearcast {
+
+/// What the manager stands on: a radio, a clock, timers and a console.
+struct PlatformOptions {
+    /// Which radio, as a radio string: `auto`, `none`, `simulator`, `simulator:SCENE.json`, `replay:FILE`, and what
+    /// docs/recordings.md and docs/simulator.md say of their options (`replay:FILE?speed=8`).
+    std::string radio = "auto";
+
+    /// Where the console lines go. Without one, standard error. Called from any thread, one call at a time.
+    std::function<void(std::string_view line)> console;
+
+    /// Where timer handlers run. Without one they run on the timers' own thread. With one, each firing is handed over
+    /// as a task that the application runs soon, on any one thread of its own. Radios with a time of their own
+    /// (recordings, the simulator) run handlers themselves and do not use it.
+    std::function<void(std::function<void()> task)> timerExecutor;
+
+    /// No thread is made for the timers: the application waits for `Platform::descriptor` to become readable and
+    /// then calls `Platform::dispatch`.
+    bool ownLoop = false;
+};
+
+/// Chooses and drives the platform of the process.
+class NEARCAST_EXPORT Platform {
+public:
+    Platform() = delete;
+
+    /// Chooses the platform. The radio is opened by the first `QXNearcastManager::sharedManager`.
+    /// @throws std::invalid_argument when the radio string is not understood
+    /// @throws std::logic_error once the manager exists
+    static void choose(PlatformOptions options);
+
+    /// @name For applications with a loop of their own (`PlatformOptions::ownLoop`)
+    /// Except for `interrupt` they throw std::logic_error before a platform is chosen.
+    /// @{
+
+    /// A file descriptor that is readable when a timer is due; -1 without `ownLoop`, and for a radio that has a time
+    /// of its own. It stays the platform's.
+    static int descriptor();
+    /// Runs the timers that are due, on the calling thread, and returns.
+    static void dispatch();
+    /// Runs timers, and a radio that has a time of its own (a recording, the simulator; at the speed that the radio
+    /// string asks for), on the calling thread, until `seconds` of the platform's time have passed, the recording has
+    /// ended, or `interrupt` was called.
+    /// @return false when the recording has ended: nothing more will come of it
+    static bool runFor(double seconds);
+    /// Makes a `runFor` that is under way, or else the next one, return soon. From any thread; before a platform is
+    /// chosen it does nothing.
+    static void interrupt();
+    /// @}
+
+    /// Why the radio's recording ended before its end ("...: damaged at byte 1234: ..."); empty when it did not.
+    static std::string failure();
+
+    /// The platform's time in seconds, from an arbitrary start; it never goes back and runs through suspend.
+    static double now();
+};
+
+}  // namespace nearcast
