@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Command.h"
+#include "platform/simulator/BuiltInScene.h"
+#include "platform/simulator/SceneReader.h"
+#include "platform/simulator/SimulatorOptions.h"
+#include "platform/simulator/SimulatorSettings.h"
+
+#include <nearcast/Platform.h>
+#include <nearcast/QXNearcastManager.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+
+namespace nearcast::cli {
+
+namespace {
+
+struct SceneArguments {
+    std::string file;
+    bool settings = false;
+};
+
+/// What the manager saves of a registry.
+std::string saved(Settings settings) {
+    PlatformOptions options;
+    options.radio = "none";
+    Platform::choose(options);
+    auto& manager = QXNearcastManager::sharedManager();
+    manager.setSettings(std::move(settings));
+    return manager.serializedSettings().value_or("") + "\n";
+}
+
+int scene(const SceneArguments& arguments) {
+    simulator::SimulatorOptions options;
+    options.sceneFile = arguments.file;
+    try {
+        const simulator::Scene read = options.scene();
+        if (arguments.settings) {
+            writeOut(saved(simulator::simulatorSettings(read)));
+        } else if (arguments.file.empty()) {
+            writeOut(simulator::builtInScene());
+        } else {
+            writeOut(arguments.file + ": a scene with " + std::to_string(read.dongles.size()) + " dongles\n");
+        }
+    } catch (const simulator::SceneError& error) {
+        return complain("scene", error.what(), exitUsage);
+    }
+    finishOut();
+    return exitGood;
+}
+
+}  // namespace
+
+void addScene(CLI::App& application, Action& chosen) {
+    auto* command =
+        application.add_subcommand("scene", "Print the simulator's built-in scene, or check one of your own");
+    auto arguments = std::make_shared<SceneArguments>();
+    command->add_option("FILE", arguments->file, "A scene to check");
+    command->add_flag("--settings", arguments->settings, "Print the scene's devices as a settings file for watch");
+    command->callback([arguments, &chosen] { chosen = [arguments] { return scene(*arguments); }; });
+}
+
+}  // namespace nearcast::cli

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Command.h"
+#include "watch/Interruption.h"
+#include "watch/SettingsFile.h"
+#include "watch/WatchSession.h"
+
+#include <nearcast/Platform.h>
+#include <nearcast/QXNearcastManager.h>
+
+#include <unistd.h>
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace nearcast::cli {
+
+namespace {
+
+constexpr double tickSeconds = 0.25;
+constexpr double longestWatch = 1e9;  // seconds; more than a working life
+
+struct WatchArguments {
+    std::string radio = "auto";
+    std::string settings;
+    std::optional<double> forSeconds;
+    bool json = false;
+};
+
+/// Why a text is no time to watch for; empty where it is one.
+std::string isTime(const std::string& text) {
+    char* end = nullptr;
+    const double seconds = std::strtod(text.c_str(), &end);
+    const bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= longestWatch;
+    return good ? "" : "'" + text + "' is no number of seconds from 0 to 1000000000";
+}
+
+std::unique_ptr<WatchView> viewFor(const WatchArguments& arguments) {
+    if (arguments.json) return makeJSONView();
+    return isatty(STDOUT_FILENO) != 0 ? makeTableView() : makeLinesView();
+}
+
+/// Lets time pass until the watch is over: the time is up, the recording has ended, or Ctrl-C.
+void passTime(WatchSession& session, const Interruption& interruption, std::optional<double> forSeconds) {
+    while (!interruption.happened() && !session.broken()) {
+        const double left = forSeconds ? *forSeconds - session.seconds() : tickSeconds;
+        if (left <= 0) return;
+        const bool more = Platform::runFor(left < tickSeconds ? left : tickSeconds);
+        session.tick();
+        if (!more && !forSeconds) return;
+    }
+}
+
+int watchWith(WatchSession& session, const Interruption& interruption, const WatchArguments& arguments) {
+    auto& manager = QXNearcastManager::sharedManager();
+    if (!arguments.settings.empty()) loadSettings(manager, arguments.settings);
+    session.begin();
+    manager.setDelegate(session.delegate());
+    if (!manager.startScan()) return complain("watch", "the scan cannot be started", exitFailed);
+    passTime(session, interruption, arguments.forSeconds);
+    manager.stopScan();
+    manager.setDelegate(nullptr);
+    session.end();
+    return Platform::failure().empty() ? exitGood : exitFailed;
+}
+
+int watch(const WatchArguments& arguments) {
+    const Interruption interruption([] { Platform::interrupt(); });
+    // What the platform calls lives as long as the process, as the platform does.
+    static WatchSession session(viewFor(arguments));
+    PlatformOptions options;
+    options.radio = arguments.radio;
+    options.ownLoop = true;
+    options.console = [](std::string_view line) { session.console(line); };
+    try {
+        Platform::choose(options);
+        return watchWith(session, interruption, arguments);
+    } catch (const SettingsFileError& error) {
+        return complain("watch", error.what(), exitUsage);
+    } catch (const std::invalid_argument& error) {
+        return complain("watch", error.what(), exitUsage);
+    } catch (const std::exception& error) {
+        return complain("watch", error.what(), exitFailed);
+    }
+}
+
+}  // namespace
+
+void addWatch(CLI::App& application, Action& chosen) {
+    auto* command = application.add_subcommand("watch", "Show which devices are near, and which have fallen silent");
+    auto arguments = std::make_shared<WatchArguments>();
+    command->add_option("--radio", arguments->radio, "The radio to listen with")
+        ->type_name("RADIO")
+        ->capture_default_str();
+    command
+        ->add_option("--settings", arguments->settings,
+                     "Registered devices, as the manager saves them; without it every dongle shows by its address")
+        ->type_name("FILE");
+    command->add_option("--for", arguments->forSeconds, "End after so many seconds of the radio's time")
+        ->type_name("SECONDS")
+        ->check(isTime);
+    command->add_flag("--json", arguments->json, "Print JSON Lines");
+    command->callback([arguments, &chosen] { chosen = [arguments] { return watch(*arguments); }; });
+}
+
+}  // namespace nearcast::cli

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "watch/WatchSession.h"
+
+#include <nearcast/Platform.h>
+
+#include <exception>
+#include <stdexcept>
+#include <utility>
+
+namespace nearcast::cli {
+
+WatchSession::WatchSession(std::unique_ptr<WatchView> view) : view_(std::move(view)) {}
+
+void WatchSession::begin() { start_ = Platform::now(); }
+
+double WatchSession::seconds() const { return Platform::now() - start_; }
+
+std::shared_ptr<QXNearcastManagerDelegate> WatchSession::delegate() {
+    auto delegate = std::make_shared<QXNearcastManagerDelegate>();
+    delegate->didDiscoverPort = [this](std::string_view portName, QXDeviceType deviceType, std::string_view MACAddr,
+                                       std::int32_t RSSI) { report(portName, deviceType, MACAddr, RSSI); };
+    delegate->didUpdateState = [this](std::string_view portName, std::string_view MACAddr) {
+        silent(portName, MACAddr);
+    };
+    return delegate;
+}
+
+/// Output that cannot be written ends the watch, not the thread that happened to write.
+template <class Show>
+void WatchSession::show(const Show& what) {
+    if (!broken_.empty()) return;
+    try {
+        what(*view_);
+    } catch (const std::exception& error) {
+        broken_ = error.what();
+    }
+}
+
+void WatchSession::report(std::string_view portName, QXDeviceType deviceType, std::string_view MACAddr,
+                          std::int32_t RSSI) {
+    const double at = seconds();
+    const MutexLock lock(mutex_);
+    WatchReport report{at, portName, deviceType, MACAddr, RSSI, std::nullopt};
+    const auto heard = heard_.find(MACAddr);
+    if (heard != heard_.end()) {
+        report.age = at - std::exchange(heard->second, at);
+    } else {
+        heard_.emplace(MACAddr, at);
+        if (known_.emplace(MACAddr).second) ++summary_.dongles;
+    }
+    ++summary_.reports;
+    show([&](WatchView& view) { view.report(report); });
+}
+
+void WatchSession::silent(std::string_view portName, std::string_view MACAddr) {
+    const double at = seconds();
+    const MutexLock lock(mutex_);
+    ++summary_.silences;
+    if (const auto heard = heard_.find(MACAddr); heard != heard_.end()) heard_.erase(heard);
+    show([&](WatchView& view) { view.silent(at, portName, MACAddr); });
+}
+
+void WatchSession::console(std::string_view line) {
+    const MutexLock lock(mutex_);
+    show([&](WatchView& view) { view.console(line); });
+}
+
+void WatchSession::tick() {
+    const double at = seconds();
+    const MutexLock lock(mutex_);
+    show([&](WatchView& view) { view.tick(at); });
+}
+
+bool WatchSession::broken() {
+    const MutexLock lock(mutex_);
+    return !broken_.empty();
+}
+
+void WatchSession::end() {
+    const double at = seconds();
+    const MutexLock lock(mutex_);
+    WatchSummary summary = summary_;
+    summary.seconds = at;
+    show([&](WatchView& view) { view.end(summary); });
+    if (!broken_.empty()) throw std::runtime_error(broken_);
+}
+
+}  // namespace nearcast::cli

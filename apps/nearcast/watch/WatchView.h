@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nearcast/QXBluetoothManager.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace nearcast::cli {
+
+/// A report of the manager, as `watch` shows it. The texts hold during the call.
+struct WatchReport {
+    double at = 0;  ///< seconds since the scan began
+    std::string_view portName;
+    QXDeviceType deviceType = QXDeviceTypeUnknown;
+    std::string_view MACAddr;
+    std::int32_t RSSI = 0;      ///< dBm
+    std::optional<double> age;  ///< seconds since the dongle's report before this one
+};
+
+/// What a watch has seen.
+struct WatchSummary {
+    double seconds = 0;
+    std::uint64_t reports = 0;
+    std::uint64_t dongles = 0;  ///< different ones that were reported
+    std::uint64_t silences = 0;
+};
+
+/// How a watch is shown. One call at a time, from any thread.
+class WatchView {
+public:
+    virtual ~WatchView() = default;
+    virtual void report(const WatchReport& report) = 0;
+    virtual void silent(double at, std::string_view portName, std::string_view MACAddr) = 0;
+    /// A line of the manager's for people.
+    virtual void console(std::string_view line) = 0;
+    /// Time has passed.
+    virtual void tick(double at) { static_cast<void>(at); }
+    virtual void end(const WatchSummary& summary) = 0;
+};
+
+/// One line a report, for people and their tools.
+std::unique_ptr<WatchView> makeLinesView();
+/// JSON Lines; console lines and errors go to standard error.
+std::unique_ptr<WatchView> makeJSONView();
+/// A table that is drawn again and again, for a terminal.
+std::unique_ptr<WatchView> makeTableView();
+
+/// "printer", "portable", "drawer", or "-".
+std::string_view typeName(QXDeviceType deviceType);
+/// What is seen and sums up, in a sentence.
+std::string sentence(const WatchSummary& summary);
+
+}  // namespace nearcast::cli
