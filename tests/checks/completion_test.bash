@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# What the completion for bash offers. Usage: completion_test.bash ROOT
+set -euo pipefail
+
+# shellcheck source=/dev/null
+source "$1/packaging/completion/nearcast.bash"
+# shellcheck disable=SC2317  # called by the completion
+compopt() { :; }  # the real one works only while the shell itself completes
+failures=0
+
+# offers LINE WORD...: for the line typed so far, exactly these words.
+offers() {
+    COMP_LINE=$1
+    COMP_POINT=${#COMP_LINE}
+    shift
+    COMPREPLY=()
+    _nearcast
+    if [[ "${COMPREPLY[*]-}" != "$*" ]]; then
+        printf "'%s': expected '%s', got '%s'\n" "$COMP_LINE" "$*" "${COMPREPLY[*]-}"
+        failures=$((failures + 1))
+    fi
+}
+
+cd "$(mktemp -d)"
+trap 'rm -r "$PWD"' EXIT
+touch shop.pcapng scene.json
+
+offers 'nearcast ' watch run import scene --version --help
+offers 'nearcast w' watch
+offers 'nearcast --v' --version
+offers 'nearcast watch -' --radio --settings --for --json --help
+offers 'nearcast watch --radio ' auto none simulator simulator: replay:
+offers 'nearcast watch --radio re' replay:
+offers 'nearcast watch --radio replay:sh' shop.pcapng
+offers 'nearcast watch --json --radio simulator:' scene.json shop.pcapng
+offers 'nearcast watch --for '
+offers 'nearcast run --' --trace --locks --help
+offers 'nearcast import --a' --as
+offers 'nearcast import --as ' dongles
+offers 'nearcast import --services ' any
+offers 'nearcast import --output '
+offers 'nearcast scene -' --settings --help
+offers 'nearcast scene '
+
+exit $((failures != 0))

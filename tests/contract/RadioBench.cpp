@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "contract/RadioBench.h"
+
+#include "doubles/TemporaryFolder.h"
+#include "platform/replay/ReplayPlatform.h"
+#include "platform/simulator/SceneReader.h"
+#include "platform/simulator/SimulatorPlatform.h"
+#include "platform/virtual/VirtualPlatform.h"
+#include "scenario/Line.h"
+
+#include <algorithm>
+
+namespace nearcast::contract {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto lost = 20s;
+constexpr auto back = 30s;
+constexpr auto advertisingInterval = 100ms;
+
+class TimelineBench : public RadioBench {
+public:
+    void pass(std::chrono::seconds duration) override {
+        Timeline& timeline = platform_->timeline();
+        const auto target = timeline.now() + duration;
+        while (timeline.runUntil(target) != Timeline::End::reached) {
+        }
+    }
+};
+
+/// The virtual radio does nothing by itself; timers of the bench make it hear.
+class VirtualBench : public TimelineBench {
+public:
+    VirtualBench() {
+        auto platform = std::make_unique<VirtualPlatform>(console, JSON);
+        radio_ = platform->centralManager(calls);
+        VirtualRadio& radio = *platform->radio();
+        dongle_ = platform->scheduledTimer(advertisingInterval, [&radio](NSTimer&) {
+            AdvertisingReport report;
+            report.manufacturerData = {{0xFF, 0xFF, 2, 0, 0, 0, 0, 1}};
+            report.services = {dongleService};
+            report.RSSI = -60;
+            radio.advertise(report);
+        });
+        adapter_ = platform->scheduledTimer(10s, [&radio, fired = 0](NSTimer&) mutable {
+            ++fired;
+            if (fired * 10s == lost) radio.setState(CBManagerStatePoweredOff);
+            if (fired * 10s == back) radio.setState(CBManagerStatePoweredOn);
+        });
+        platform_ = std::move(platform);
+    }
+    ~VirtualBench() override {
+        dongle_->invalidate();
+        adapter_->invalidate();
+    }
+
+private:
+    std::shared_ptr<NSTimer> dongle_;
+    std::shared_ptr<NSTimer> adapter_;
+};
+
+std::string recording() {
+    std::string lines;
+    for (auto at = 100ms; at <= 60s; at += advertisingInterval) {
+        scenario::Advertise advertise;
+        advertise.manufacturerData = {{0xFF, 0xFF, 2, 0, 0, 0, 0, 1}};
+        advertise.RSSI = -60;
+        lines += scenario::writeLine({at, advertise}) + "\n";
+        if (at == lost) lines += scenario::writeLine({at, scenario::RadioState{CBManagerStatePoweredOff}}) + "\n";
+        if (at == back) lines += scenario::writeLine({at, scenario::RadioState{CBManagerStatePoweredOn}}) + "\n";
+    }
+    return lines;
+}
+
+class ReplayBench : public TimelineBench {
+public:
+    ReplayBench() {
+        ReplayOptions options;
+        options.path = folder_.write("recording.jsonl", recording());
+        auto platform = std::make_unique<ReplayPlatform>(console, JSON, nullptr, options);
+        radio_ = platform->centralManager(calls);
+        platform_ = std::move(platform);
+    }
+
+private:
+    const TemporaryFolder folder_;
+};
+
+constexpr const char* benchScene = R"json({
+    "floor": {"width": 10, "depth": 10},
+    "user": {"path": [{"at": [5, 5]}]},
+    "air": {"loss": 0},
+    "dongles": [{"address": "02:00:00:00:00:01", "at": [5, 6], "txPower": 0, "interval": 0.1}],
+    "radio": [{"at": 20, "state": "poweredOff"}, {"at": 30, "state": "poweredOn"}]
+})json";
+
+class SimulatorBench : public TimelineBench {
+public:
+    SimulatorBench() {
+        auto platform = std::make_unique<simulator::SimulatorPlatform>(
+            console, JSON, nullptr, simulator::readScene(benchScene, "the bench's scene"));
+        radio_ = platform->centralManager(calls);
+        platform_ = std::move(platform);
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<RadioBench> virtualBench() { return std::make_unique<VirtualBench>(); }
+std::unique_ptr<RadioBench> replayBench() { return std::make_unique<ReplayBench>(); }
+std::unique_ptr<RadioBench> simulatorBench() { return std::make_unique<SimulatorBench>(); }
+
+}  // namespace nearcast::contract

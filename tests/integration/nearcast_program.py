@@ -1,0 +1,60 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What the tests of the command line share: the program, the recordings of others, a folder of their own."""
+
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+PROGRAM = os.environ["NEARCAST_PROGRAM"]
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+DATA = ROOT.parent / "shared" / "data"
+DEADLINE = 60  # seconds; far beyond what any of these takes
+
+
+def nearcast(*arguments, **options):
+    """Runs the program to its end."""
+    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, text=True, timeout=DEADLINE,
+                          stdin=subprocess.DEVNULL, **options)
+
+
+def events(output, *kinds):
+    """The events of these kinds in JSON Lines."""
+    return [event for event in map(json.loads, output.splitlines()) if event["event"] in kinds]
+
+
+def recording(*names):
+    """A recording made by others; where it is not there the test is skipped, loudly."""
+    path = DATA.joinpath(*names)
+    if not path.exists():
+        print(f"\n*** NOT TESTED: {path} is not there ***", file=sys.stderr)
+        raise unittest.SkipTest(f"{path} is not there")
+    return path
+
+
+class ProgramTest(unittest.TestCase):
+    """A test with a folder of its own."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+
+    def write(self, name, content):
+        path = self.folder / name
+        if isinstance(content, bytes):
+            path.write_bytes(content)
+        else:
+            path.write_text(content, encoding="utf-8")
+        return path
+
+
+def main():
+    """Runs the tests of the calling file; exit status 77 when some were skipped and none failed."""
+    program = unittest.main(module="__main__", exit=False, verbosity=2)
+    if not program.result.wasSuccessful():
+        sys.exit(1)
+    sys.exit(77 if program.result.skipped else 0)

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/json/JSONSerialization.h"
+#include "platform/virtual/VirtualPlatform.h"
+#include "watch/WatchSession.h"
+
+#include <nearcast/Platform.h>
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <vector>
+
+namespace nearcast::cli {
+namespace {
+
+class Silence : public Console {
+public:
+    void NSLog(std::string_view /*line*/) noexcept override {}
+};
+
+/// A view that notes what it was shown, and fails when it is told to.
+class Notes : public WatchView {
+public:
+    struct Kept {
+        std::vector<std::string> lines;
+        std::vector<std::optional<double>> ages;
+        std::optional<WatchSummary> summary;
+        bool fails = false;
+    };
+    explicit Notes(Kept& kept) : kept_(kept) {}
+
+    void report(const WatchReport& report) override {
+        if (kept_.fails) throw std::runtime_error("the disk is full");
+        kept_.lines.push_back("report " + std::string(report.MACAddr));
+        kept_.ages.push_back(report.age);
+    }
+    void silent(double /*at*/, std::string_view /*portName*/, std::string_view MACAddr) override {
+        kept_.lines.push_back("silent " + std::string(MACAddr));
+    }
+    void console(std::string_view line) override { kept_.lines.push_back("console " + std::string(line)); }
+    void end(const WatchSummary& summary) override { kept_.summary = summary; }
+
+private:
+    Kept& kept_;
+};
+
+class WatchSessionTest : public testing::Test {
+protected:
+    void SetUp() override {
+        auto platform = std::make_unique<VirtualPlatform>(console_, JSON_);
+        timeline_ = &platform->timeline();
+        setCurrentPlatform(std::move(platform));
+        session_.begin();
+    }
+
+    void report(std::string_view address) { delegate()->didDiscoverPort("", QXDeviceTypeUnknown, address, -60); }
+    void silent(std::string_view address) { delegate()->didUpdateState("", address); }
+    std::shared_ptr<QXNearcastManagerDelegate> delegate() { return session_.delegate(); }
+    void pass(int milliseconds) { timeline_->sleep(std::chrono::milliseconds(milliseconds)); }
+
+    Silence console_;
+    JSONSerialization JSON_;
+    Timeline* timeline_ = nullptr;
+    Notes::Kept kept_;
+    WatchSession session_{std::make_unique<Notes>(kept_)};
+};
+
+TEST_F(WatchSessionTest, TheFirstReportOfADongleHasNoAge) {
+    report("A");
+    EXPECT_EQ(kept_.ages.at(0), std::nullopt);
+}
+
+TEST_F(WatchSessionTest, ALaterReportIsAsOldAsTheOneBeforeItOfTheSameDongle) {
+    report("A");
+    pass(250);
+    report("B");
+    pass(250);
+    report("A");
+    EXPECT_DOUBLE_EQ(kept_.ages.at(2).value(), 0.5);
+}
+
+TEST_F(WatchSessionTest, ADongleThatWasSilentBeginsAnew) {
+    report("A");
+    silent("A");
+    report("A");
+    EXPECT_EQ(kept_.ages.at(1), std::nullopt);
+}
+
+TEST_F(WatchSessionTest, TheSummaryCountsReportsDonglesAndSilences) {
+    report("A");
+    report("A");
+    report("B");
+    silent("A");
+    report("A");
+    pass(2000);
+    session_.end();
+    ASSERT_TRUE(kept_.summary);
+    EXPECT_EQ(kept_.summary->reports, 4U);
+    EXPECT_EQ(kept_.summary->dongles, 2U);
+    EXPECT_EQ(kept_.summary->silences, 1U);
+    EXPECT_DOUBLE_EQ(kept_.summary->seconds, 2);
+}
+
+TEST_F(WatchSessionTest, AViewThatCannotBeWrittenEndsTheWatchWithItsReason) {
+    kept_.fails = true;
+    report("A");
+    EXPECT_TRUE(session_.broken());
+    EXPECT_THROW(session_.end(), std::runtime_error);
+}
+
+TEST(WatchSummary, IsSaidInASentence) {
+    EXPECT_EQ(sentence({20, 488, 6, 1}), "488 reports of 6 dongles in 20.0 s; 1 time a dongle fell silent.");
+    EXPECT_EQ(sentence({0.5, 1, 1, 0}), "1 report of 1 dongle in 0.5 s; 0 times a dongle fell silent.");
+}
+
+}  // namespace
+}  // namespace nearcast::cli

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/system/WakeUp.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <thread>
+
+namespace nearcast {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+bool readable(int descriptor) {
+    pollfd waiting{descriptor, POLLIN, 0};
+    return poll(&waiting, 1, 0) == 1;
+}
+
+TEST(WakeUp, WaitsForItsAlarm) {
+    WakeUp wakeUp;
+    const auto moment = SystemClock::now() + 2ms;
+    wakeUp.setAlarm(moment);
+    wakeUp.wait();
+    EXPECT_GE(SystemClock::now(), moment);
+    EXPECT_TRUE(readable(wakeUp.alarmDescriptor()));
+    EXPECT_TRUE(wakeUp.takeAlarm());
+    EXPECT_FALSE(wakeUp.takeAlarm());
+    EXPECT_FALSE(readable(wakeUp.alarmDescriptor()));
+    EXPECT_FALSE(wakeUp.takeWake());
+}
+
+TEST(WakeUp, RingsAtOnceForAMomentThatHasPassed) {
+    WakeUp wakeUp;
+    for (const auto moment : {SystemClock::now(), SystemClock::Time(0), SystemClock::Time(-5s)}) {
+        wakeUp.setAlarm(moment);
+        wakeUp.wait();
+        EXPECT_TRUE(wakeUp.takeAlarm());
+    }
+}
+
+TEST(WakeUp, ForgetsAnAlarmThatIsTakenBack) {
+    WakeUp wakeUp;
+    wakeUp.setAlarm(SystemClock::Time(1));
+    wakeUp.wait();
+    wakeUp.setAlarm(std::nullopt);
+    EXPECT_FALSE(readable(wakeUp.alarmDescriptor()));
+}
+
+TEST(WakeUp, KeepsACallForTheNextWait) {
+    WakeUp wakeUp;
+    wakeUp.wake();
+    wakeUp.wake();
+    wakeUp.wait();
+    EXPECT_TRUE(wakeUp.takeWake());
+    EXPECT_FALSE(wakeUp.takeWake());
+}
+
+TEST(WakeUp, IsWokenByAnotherThread) {
+    WakeUp wakeUp;
+    wakeUp.setAlarm(SystemClock::now() + 1h);
+    std::thread other([&] { wakeUp.wake(); });
+    wakeUp.wait();
+    EXPECT_TRUE(wakeUp.takeWake());
+    other.join();
+}
+
+TEST(WakeUp, WaitsForAnotherDescriptorToo) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    ASSERT_EQ(write(ends[1], "x", 1), 1);
+    WakeUp wakeUp;
+    wakeUp.wait(ends[0]);
+    EXPECT_FALSE(wakeUp.takeWake());
+    close(ends[0]);
+    close(ends[1]);
+}
+
+}  // namespace
+
+}  // namespace nearcast
