@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Expect.h"
+#include "platform/replay/Import.h"
+#include "platform/replay/RecordingReader.h"
+#include "scenario/Line.h"
+#include "scenario/PlainLine.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace nearcast::fuzz {
+
+/// The bytes as the source of a recording.
+inline ByteSource sourceOf(std::span<const std::uint8_t> bytes) {
+    return [rest = bytes](std::span<std::uint8_t> room) mutable {
+        const std::size_t count = std::min(room.size(), rest.size());
+        std::copy_n(rest.begin(), count, room.begin());
+        rest = rest.subspan(count);
+        return count;
+    };
+}
+
+struct Lines {
+    std::string text;
+    ImportResult result;
+    scenario::Time farthest{0};  ///< from the start, either way
+};
+
+/// Beyond this a time that is read as a double does not name each microsecond any more.
+inline constexpr scenario::Time exactTimes = std::chrono::seconds(4'000'000'000);
+
+/// What an import gives; nothing for what is no recording.
+inline std::unique_ptr<Lines> imported(std::span<const std::uint8_t> bytes, const RecordingOptions& options) {
+    std::unique_ptr<RecordingReader> reader;
+    try {
+        reader = openRecording(sourceOf(bytes), "input");
+    } catch (const std::invalid_argument&) {
+        return nullptr;
+    }
+    auto lines = std::make_unique<Lines>();
+    lines->result = importRecording(*reader, "input", options, [&](std::string_view line) {
+        lines->text.append(line).push_back('\n');
+        const auto plain = scenario::readPlainLine(line);
+        const scenario::Line parsed = scenario::parseJSONLine(line, {});
+        lines->farthest = std::max(lines->farthest, std::chrono::abs(parsed.at));
+        expect(!plain || scenario::writeLine(*plain) == scenario::writeLine(parsed), "a plain line is the JSON it is");
+    });
+    expect(!reader->next(), "nothing comes after the end or the damage");
+    return lines;
+}
+
+/// Reads any bytes as a recording, and checks what has to hold for all of them.
+inline void checkRecording(std::span<const std::uint8_t> bytes) {
+    for (const bool asDongles : {false, true}) {
+        const auto lines = imported(bytes, {.anyService = false, .asDongles = asDongles});
+        if (!lines) return;
+        expect(lines->result.malformed <= lines->result.reports, "malformed reports are reports");
+        const auto* const text = reinterpret_cast<const std::uint8_t*>(lines->text.data());
+        const auto again = imported(std::span(text, lines->text.size()), {});
+        expect(again && !again->result.damage, "what was imported is a recording");
+        if (lines->farthest > exactTimes) continue;
+        expect(again->text == lines->text, "importing what was imported changes nothing");
+    }
+}
+
+}  // namespace nearcast::fuzz
