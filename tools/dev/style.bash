@@ -1,0 +1,32 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: Apache-2.0
+# What decides on style.
+
+sources() {
+    find include src apps tests examples fuzz -name '*.cpp' -o -name '*.h'
+}
+
+scripts() {
+    echo dev
+    echo .ci/run
+    find tools tests packaging -name '*.bash'
+}
+
+check_format() {
+    sources | xargs clang-format --dry-run -Werror
+}
+
+check_scripts() {
+    scripts | xargs shellcheck
+}
+
+run_format() {
+    need clang-format
+    sources | xargs clang-format -i
+}
+
+run_tidy() {
+    need_to_test
+    run_stage "build" build dev
+    run_stage "clang-tidy" tools/tidy.py build/dev "$@"
+}

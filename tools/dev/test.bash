@@ -1,0 +1,69 @@
+# shellcheck shell=bash
+# SPDX-License-Identifier: Apache-2.0
+# Testing.
+
+# run_ctest DIRECTORY [CTEST OPTION...]
+run_ctest() {
+    local directory=$1
+    shift
+    # Whatever the tests do with time, it does not depend on where we are.
+    TZ=XXX-10:30 UBSAN_OPTIONS=print_stacktrace=1 TSAN_OPTIONS=second_deadlock_stack=1 "${without_random_addresses[@]}" \
+        ctest --test-dir "$directory" --output-on-failure --no-tests=error --parallel "$(nproc)" "$@"
+}
+
+# The thread sanitizer of clang 14 ends at once where addresses are spread wider than it knows (vm.mmap_rnd_bits 32,
+# the default of newer kernels).
+without_random_addresses=()
+if [[ $(cat /proc/sys/vm/mmap_rnd_bits 2>/dev/null || echo 0) -gt 28 ]] && setarch -R true 2>/dev/null; then
+    without_random_addresses=(setarch -R)
+fi
+
+# One ctest for the tests of several builds.
+join_builds() {
+    printf 'subdirs(%s)\n' "$*" >build/CTestTestfile.cmake
+}
+
+run_quick() {
+    need_to_test
+    run_stage "build" build dev
+    run_stage "tests" run_ctest build/dev ${1:+-R "$1"}
+}
+
+run_test() {
+    need_to_test
+    run_stage "format" check_format
+    run_stage "scripts" check_scripts
+    run_stage "build with g++" build dev
+    run_stage "build with clang and the thread sanitizer" build tsan
+    run_stage "build with g++ and the address and undefined-behaviour sanitizers" build asan
+    run_stage "clang-tidy" tools/tidy.py build/dev
+    join_builds dev asan tsan
+    tell_stages
+    run_stage "tests of all builds" run_ctest build
+}
+
+run_fuzzers() {
+    local seconds=$1 fuzzer name
+    for fuzzer in build/fuzz/fuzz/fuzz_*; do
+        [[ -x $fuzzer && -f $fuzzer ]] || continue
+        name=${fuzzer##*/fuzz_}
+        printf '\n--- %s, %d s\n' "$name" "$seconds"
+        mkdir -p "build/fuzz/corpus/$name" build/fuzz/found
+        "$fuzzer" -max_total_time="$seconds" -print_final_stats=1 -artifact_prefix="build/fuzz/found/$name-" \
+            "build/fuzz/corpus/$name" "fuzz/seeds/$name"
+    done
+}
+
+run_fuzz() {
+    need_to_test
+    run_stage "build the fuzzers" build fuzz
+    run_stage "fuzz" run_fuzzers "${1:-60}"
+}
+
+run_test_long() {
+    need_to_test
+    run_fuzz 600
+    run_stage "build with clang and the thread sanitizer" build tsan
+    run_stage "threads, again and again" run_ctest build/tsan --repeat until-fail:20
+    run_test
+}
