@@ -1,0 +1,57 @@
+# SPDX-License-Identifier: Apache-2.0
+# Completion of nearcast for bash.
+
+_nearcast_radio() {
+    local word=$1 files
+    case $word in
+        simulator:* | replay:*)
+            # bash splits words at colons, so only what follows the colon is completed.
+            mapfile -t files < <(compgen -f -- "${word#*:}")
+            COMPREPLY=("${files[@]}")
+            compopt -o filenames
+            ;;
+        *)
+            mapfile -t COMPREPLY < <(compgen -W 'auto none simulator simulator: replay:' -- "$word")
+            [[ ${COMPREPLY[0]-} == *: ]] && compopt -o nospace
+            ;;
+    esac
+}
+
+# The words of the line with those that bash split at a colon put together again: the last two of them.
+_nearcast_words() {
+    local line=${COMP_LINE:0:COMP_POINT} parts
+    read -ra parts <<<"$line"
+    [[ $line == *' ' ]] && parts+=('')
+    current=${parts[-1]}
+    previous=${parts[-2]-}
+    command=${parts[1]-}
+    [[ ${#parts[@]} -gt 2 ]] || command=
+}
+
+_nearcast() {
+    local current previous command options
+    _nearcast_words
+    COMPREPLY=()
+    case $previous in
+        --radio) _nearcast_radio "$current" && return ;;
+        --settings) [[ $command == watch ]] && compopt -o default && return ;;
+        --for) return ;;
+        --services) COMPREPLY=(any) && return ;;
+        --as) COMPREPLY=(dongles) && return ;;
+        -o | --output) compopt -o default && return ;;
+    esac
+    case $command in
+        watch) options='--radio --settings --for --json --help' ;;
+        run) options='--trace --locks --help' ;;
+        import) options='--services --as --output --help' ;;
+        scene) options='--settings --help' ;;
+        *) options='watch run import scene --version --help' ;;
+    esac
+    if [[ $current == -* || -z $command ]]; then
+        mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
+    else
+        compopt -o default
+    fi
+}
+
+complete -F _nearcast nearcast

@@ -1,0 +1,54 @@
+#compdef nearcast
+# SPDX-License-Identifier: Apache-2.0
+# Completion of nearcast for zsh.
+
+_nearcast_radio() {
+    if compset -P 1 '(simulator|replay):'; then
+        _files
+    else
+        compadd auto none simulator
+        compadd -S '' simulator: replay:
+    fi
+}
+
+_nearcast_command() {
+    local -a commands=(
+        'watch:show which devices are near, and which have fallen silent'
+        'run:run a scenario on a virtual clock and print what the manager shows'
+        'import:turn a recording of any kind into JSON Lines'
+        "scene:print the simulator's built-in scene, or check one of your own"
+    )
+    _describe command commands
+}
+
+_nearcast() {
+    local curcontext=$curcontext state line
+    _arguments -C '(- *)'{-h,--help}'[print help]' '(- *)--version[print the version]' \
+        '1: :_nearcast_command' '*:: :->arguments'
+    [[ $state == arguments ]] || return
+    case $words[1] in
+        watch)
+            _arguments '--radio[the radio to listen with]:radio:_nearcast_radio' \
+                '--settings[the registered devices]:file:_files' \
+                "--for[end after so many seconds of the radio's time]:seconds:" \
+                '--json[print JSON Lines]' '(- *)'{-h,--help}'[print help]'
+            ;;
+        run)
+            _arguments '--trace[print the trace records too]' \
+                '--locks[print the taking and releasing of the locks too]' \
+                '(- *)'{-h,--help}'[print help]' '*:scenario:_files'
+            ;;
+        import)
+            _arguments '--services[let every report pass the service filter]:services:(any)' \
+                '--as[let every sender play a dongle]:senders:(dongles)' \
+                '(-o --output)'{-o,--output}'[the file to write]:file:_files' \
+                '(- *)'{-h,--help}'[print help]' '1:capture:_files'
+            ;;
+        scene)
+            _arguments "--settings[print the scene's devices as a settings file]" \
+                '(- *)'{-h,--help}'[print help]' '1:scene:_files'
+            ;;
+    esac
+}
+
+_nearcast "$@"
