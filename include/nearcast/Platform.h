@@ -36,7 +36,7 @@ public:
     /// Chooses the platform. The radio is opened by the first `QXNearcastManager::sharedManager`.
     /// @throws std::invalid_argument when the radio string is not understood
     /// @throws std::logic_error once the manager exists
-    static void choose(PlatformOptions options);
+    static void choose(const PlatformOptions& options);
 
     /// @name For applications with a loop of their own (`PlatformOptions::ownLoop`)
     /// Except for `interrupt` they throw std::logic_error before a platform is chosen.

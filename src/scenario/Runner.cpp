@@ -65,7 +65,7 @@ private:
 class Script : public TimelineSource {
 public:
     Script(LineReader reader, Performer performer, EventWriter& writer)
-        : reader_(std::move(reader)), performer_(std::move(performer)), writer_(writer) {}
+        : reader_(std::move(reader)), performer_(performer), writer_(writer) {}
 
     std::optional<Time> due() override { return failure_ ? std::nullopt : reader_.peekTime(); }
 

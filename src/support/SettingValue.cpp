@@ -5,23 +5,13 @@
 
 namespace nearcast {
 
-namespace {
-
-struct IntValue {
-    std::int32_t operator()(bool value) const { return value ? 1 : 0; }
-    std::int32_t operator()(std::int64_t value) const { return clampedToInt32(value); }
-    std::int32_t operator()(std::uint64_t /*above the signed range*/) const { return INT32_MAX; }
-    std::int32_t operator()(double value) const { return int32FromNumber(value); }
-    std::int32_t operator()(const std::string& value) const { return int32FromText(value); }
-    template <class Other>
-    std::int32_t operator()(const Other& /*not a number*/) const {
-        return 0;
-    }
-};
-
-}  // namespace
-
-// NOLINTNEXTLINE(bugprone-exception-escape): a visit throws only for a value that a failed assignment has broken
-std::int32_t SettingValue::intValue() const noexcept { return std::visit(IntValue{}, storage_); }
+std::int32_t SettingValue::intValue() const noexcept {
+    if (const auto* value = as<bool>()) return *value ? 1 : 0;
+    if (const auto* value = as<std::int64_t>()) return clampedToInt32(*value);
+    if (as<std::uint64_t>() != nullptr) return INT32_MAX;  // held only above the signed range
+    if (const auto* value = as<double>()) return int32FromNumber(*value);
+    if (const auto* value = as<std::string>()) return int32FromText(*value);
+    return 0;
+}
 
 }  // namespace nearcast

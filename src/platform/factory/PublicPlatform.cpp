@@ -10,7 +10,7 @@
 
 namespace nearcast {
 
-void Platform::choose(PlatformOptions options) { choosePlatform(openPlatform(options)); }
+void Platform::choose(const PlatformOptions& options) { choosePlatform(openPlatform(options)); }
 
 int Platform::descriptor() { return currentDrive().descriptor(); }
 

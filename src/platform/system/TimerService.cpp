@@ -31,7 +31,7 @@ public:
 
     /// The timer to fire; null the second time.
     TimerPointer end() {
-        const TimerPointer timer = std::exchange(timer_, nullptr);
+        TimerPointer timer = std::exchange(timer_, nullptr);
         if (timer) timer->endHandOver();
         return timer;
     }

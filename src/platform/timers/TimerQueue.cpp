@@ -77,7 +77,7 @@ std::shared_ptr<TimerQueue::Timer> TimerQueue::takeDue(Time limit, Time now) {
     const MutexLock lock(mutex_);
     if (timers_.empty() || timers_.begin()->first.first > limit) return nullptr;
     auto node = timers_.extract(timers_.begin());
-    const auto timer = node.mapped();
+    auto timer = node.mapped();
     timer->key_.first = firstAfter(now, timer->key_.first, timer->interval_);
     node.key() = timer->key_;
     timers_.insert(std::move(node));
