@@ -2,6 +2,7 @@
 #pragma once
 
 #include <nearcast/Export.h>
+#include <nearcast/RadioHealth.h>
 
 #include <functional>
 #include <string>
@@ -22,6 +23,10 @@ struct PlatformOptions {
     /// as a task that the application runs soon, on any one thread of its own. Radios with a time of their own
     /// (recordings, the simulator) run handlers themselves and do not use it.
     std::function<void(std::function<void()> task)> timerExecutor;
+
+    /// Called when the state of the radio, its reason or the number of its restarts has changed; on the radio's
+    /// thread, one call at a time. What it throws ends on the console.
+    std::function<void(const RadioHealth& health)> radioHealthChanged;
 
     /// No thread is made for the timers: the application waits for `Platform::descriptor` to become readable and
     /// then calls `Platform::dispatch`.
@@ -59,6 +64,9 @@ public:
 
     /// Why the radio's recording ended before its end ("...: damaged at byte 1234: ..."); empty when it did not.
     static std::string failure();
+
+    /// How the radio is at this moment; before the manager is made, that no radio has been opened. From any thread.
+    static RadioHealth radioHealth();
 
     /// The platform's time in seconds, from an arbitrary start; it never goes back and runs through suspend.
     static double now();

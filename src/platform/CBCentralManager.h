@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <nearcast/RadioHealth.h>
+
 #include "platform/CBUUID.h"
 
 #include <cstdint>
@@ -10,16 +12,6 @@
 #include <vector>
 
 namespace nearcast {
-
-/// The radio's condition. Other values may come from a radio of the future.
-enum CBManagerState : std::int64_t {
-    CBManagerStateUnknown = 0,
-    CBManagerStateResetting = 1,
-    CBManagerStateUnsupported = 2,
-    CBManagerStateUnauthorized = 3,
-    CBManagerStatePoweredOff = 4,
-    CBManagerStatePoweredOn = 5,
-};
 
 /// The sender of an advertisement. Valid during the callback only.
 struct CBPeripheral {

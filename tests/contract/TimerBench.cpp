@@ -23,7 +23,9 @@ constexpr auto deadline = 20s;
 const JSONSerialization JSON;
 
 SystemPlatform::OpenRadio noRadio(Console& console) {
-    return [&console](CBCentralManagerDelegate& delegate) { return std::make_unique<NoRadio>(delegate, console); };
+    return [&console](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
+        return std::make_unique<NoRadio>(delegate, console, monitor);
+    };
 }
 
 /// An executor: one thread that runs tasks in order.
@@ -113,7 +115,7 @@ class TimelineWithoutRadio : public TimelinePlatform {
 public:
     using TimelinePlatform::TimelinePlatform;
     std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) override {
-        return std::make_unique<NoRadio>(delegate, *this);
+        return std::make_unique<NoRadio>(delegate, *this, monitor());
     }
 };
 

@@ -53,7 +53,7 @@ public:
         : ThreadedPlatform(console, JSON, new GivenPace) {}
 
     std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) override {
-        auto radio = std::make_unique<VirtualRadio>(delegate, console_, nullptr);
+        auto radio = std::make_unique<VirtualRadio>(delegate, console_, monitor(), nullptr);
         radio_ = radio.get();
         return radio;
     }

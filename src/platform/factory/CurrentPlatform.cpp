@@ -33,7 +33,7 @@ PlatformServices& currentPlatform() {
 }
 
 void setCurrentPlatform(std::unique_ptr<PlatformServices> platform) {
-    choosePlatform({nullptr, std::move(platform), nullptr});
+    choosePlatform({nullptr, std::move(platform), nullptr, nullptr});
 }
 
 void choosePlatform(OpenedPlatform platform) {
@@ -49,6 +49,12 @@ Drive* findDrive() {
     Choice& chosen = choice();
     const MutexLock lock(chosen.mutex);
     return chosen.platform.drive.get();
+}
+
+RadioMonitor* findMonitor() {
+    Choice& chosen = choice();
+    const MutexLock lock(chosen.mutex);
+    return chosen.platform.monitor;
 }
 
 Drive& currentDrive() {

@@ -37,6 +37,7 @@ template <class TimelineBackEnd>
 void install(OpenedPlatform& opened, std::unique_ptr<TimelineBackEnd> platform, const PlatformOptions& options) {
     if (!options.ownLoop) platform->timeline().driveFromThread();
     opened.drive = std::make_unique<TimelineDrive>(*platform);
+    opened.monitor = &platform->monitor();
     opened.services = std::move(platform);
 }
 
@@ -58,13 +59,14 @@ void openSimulator(OpenedPlatform& opened, const RadioString& radio, const Platf
 void openSystem(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
     Console& console = *opened.console;
     const bool automatic = radio.kind == "auto";
-    const auto openRadio = [&console, automatic](CBCentralManagerDelegate& delegate) {
+    const auto openRadio = [&console, automatic](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
         if (automatic) console.NSLog("No Bluetooth radio is known on this machine; going on without one.");
-        return std::make_unique<NoRadio>(delegate, console);
+        return std::make_unique<NoRadio>(delegate, console, monitor);
     };
     const auto loop = options.ownLoop ? TimerService::Loop::application : TimerService::Loop::ownThread;
     auto platform = std::make_unique<SystemPlatform>(console, JSON, openRadio, loop, options.timerExecutor);
     opened.drive = std::make_unique<SystemDrive>(*platform);
+    opened.monitor = &platform->monitor();
     opened.services = std::move(platform);
 }
 
@@ -85,6 +87,7 @@ OpenedPlatform openPlatform(const PlatformOptions& options) {
     } else {
         openSystem(opened, radio, options);
     }
+    opened.monitor->setHealthChanged(options.radioHealthChanged);
     return opened;
 }
 

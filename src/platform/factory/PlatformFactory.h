@@ -6,6 +6,7 @@
 #include "platform/Drive.h"
 #include "platform/NSLog.h"
 #include "platform/Platform.h"
+#include "platform/radio/RadioMonitor.h"
 
 #include <memory>
 
@@ -17,6 +18,7 @@ struct OpenedPlatform {
     std::unique_ptr<Console> console;
     std::unique_ptr<PlatformServices> services;
     std::unique_ptr<Drive> drive;
+    RadioMonitor* monitor = nullptr;  ///< belongs to `services`
 };
 
 /// Makes the platform that the options ask for; the only place that knows the back ends.
@@ -30,7 +32,9 @@ void choosePlatform(OpenedPlatform platform);
 
 /// The drive of the platform that was chosen; null when none was.
 Drive* findDrive();
-/// The same.
+/// The monitor of its radio; null when none was chosen.
+RadioMonitor* findMonitor();
+/// The drive of the platform that was chosen.
 /// @throws std::logic_error when none was chosen
 Drive& currentDrive();
 

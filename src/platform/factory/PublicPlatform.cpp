@@ -28,6 +28,13 @@ void Platform::interrupt() {
 
 std::string Platform::failure() { return currentDrive().failure(); }
 
+RadioHealth Platform::radioHealth() {
+    if (const RadioMonitor* monitor = findMonitor()) return monitor->health();
+    RadioHealth health;
+    health.why = "no radio has been opened";
+    return health;
+}
+
 double Platform::now() { return std::chrono::duration<double>(currentPlatform().date().sinceStart()).count(); }
 
 }  // namespace nearcast

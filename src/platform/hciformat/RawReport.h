@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <array>
+#include "platform/radio/AdvertisingReport.h"
+
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <span>
 
 namespace nearcast {
-
-/// A Bluetooth device address as people write it: most significant octet first.
-using DeviceAddress = std::array<std::uint8_t, 6>;
 
 /// The reading that says that there is none (Core Specification, Volume 4, Part E, 7.7.65.2).
 inline constexpr std::int32_t noRSSI = 127;

@@ -8,8 +8,8 @@ namespace nearcast {
 /// Stands where there is no radio: it is unsupported and hears nothing.
 class NoRadio : public Radio {
 public:
-    NoRadio(CBCentralManagerDelegate& delegate, Console& console)
-        : Radio(delegate, console, CBManagerStateUnsupported) {}
+    NoRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor)
+        : Radio(delegate, console, monitor, CBManagerStateUnsupported, "there is no radio") {}
 };
 
 }  // namespace nearcast

@@ -7,8 +7,11 @@
 
 namespace nearcast {
 
-Radio::Radio(CBCentralManagerDelegate& delegate, Console& console, CBManagerState state)
-    : delegate_(delegate), console_(console), state_(state) {}
+Radio::Radio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, CBManagerState state,
+             std::string why)
+    : delegate_(delegate), console_(console), monitor_(monitor), state_(state) {
+    monitor_.open(state, std::move(why));
+}
 
 void Radio::scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& services, ScanOptions options) {
     const Scan scan{services, options};
@@ -44,6 +47,7 @@ bool Radio::wanted(const AdvertisingReport& report) const {
 }
 
 void Radio::deliver(const AdvertisingReport& report) {
+    monitor_.heard(report);
     if (!wanted(report)) return;
     CBPeripheral peripheral;
     if (report.name) peripheral.name = *report.name;
@@ -53,8 +57,9 @@ void Radio::deliver(const AdvertisingReport& report) {
             [&] { delegate_.centralManagerDidDiscoverPeripheral(*this, peripheral, data, report.RSSI); });
 }
 
-void Radio::changeState(CBManagerState state) {
+void Radio::changeState(CBManagerState state, std::string why) {
     state_.store(state, std::memory_order_release);
+    monitor_.noteState(state, std::move(why));
     guarded(console_, "a change of the radio's state", [&] { delegate_.centralManagerDidUpdateState(*this); });
 }
 

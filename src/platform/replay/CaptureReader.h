@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/hciformat/SenderMemory.h"
 #include "platform/replay/LinkDecoder.h"
 #include "platform/replay/PacketSource.h"
 #include "platform/replay/RecordingReader.h"
-#include "platform/replay/SenderMemory.h"
 
 #include <cstdint>
 #include <deque>

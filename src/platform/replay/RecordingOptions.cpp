@@ -35,10 +35,10 @@ RecordingOptions RecordingOptions::parse(const RadioString& radio) {
 
 void RecordingOptions::apply(RecordedReport& report) const {
     if (anyService) addDongleService(report.report.services);
-    if (!asDongles || !report.address) return;
+    if (!asDongles || !report.report.address) return;
     addDongleService(report.report.services);
-    auto& payload = report.report.manufacturerData.emplace(2 + report.address->size(), std::uint8_t{0xFF});
-    std::copy(report.address->begin(), report.address->end(), payload.begin() + 2);
+    auto& payload = report.report.manufacturerData.emplace(2 + report.report.address->size(), std::uint8_t{0xFF});
+    std::copy(report.report.address->begin(), report.report.address->end(), payload.begin() + 2);
 }
 
 }  // namespace nearcast

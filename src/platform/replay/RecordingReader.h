@@ -18,12 +18,9 @@ namespace nearcast {
 
 /// One advertisement of a recording.
 struct RecordedReport {
-    std::chrono::microseconds at{0};       ///< since the recording's begin
-    std::optional<DeviceAddress> address;  ///< nothing: the recording does not say, or the sender is anonymous
-    std::uint8_t addressType = 0;          ///< as in `RawReport`
+    std::chrono::microseconds at{0};  ///< since the recording's begin
     AdvertisingReport report;
     bool malformed = false;  ///< its AD structures break off; what precedes the break is in the report
-    bool scanResponse = false;
 };
 
 /// A change of the radio's state.

@@ -20,7 +20,7 @@ ReplayPlatform::ReplayPlatform(Console& console, const NSJSONSerialization& JSON
 
 std::unique_ptr<CBCentralManager> ReplayPlatform::centralManager(CBCentralManagerDelegate& delegate) {
     auto reader = reader_ ? std::move(reader_) : openRecording(options_.path);
-    return std::make_unique<ReplayRadio>(delegate, *this, timeline(),
+    return std::make_unique<ReplayRadio>(delegate, *this, monitor(), timeline(),
                                          Recording{options_.path, std::move(reader), options_.recording}, failure_);
 }
 

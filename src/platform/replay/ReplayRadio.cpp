@@ -6,9 +6,9 @@
 
 namespace nearcast {
 
-ReplayRadio::ReplayRadio(CBCentralManagerDelegate& delegate, Console& console, Timeline& timeline, Recording recording,
-                         std::shared_ptr<ReplayFailure> failure)
-    : Radio(delegate, console, CBManagerStatePoweredOn),
+ReplayRadio::ReplayRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
+                         Timeline& timeline, Recording recording, std::shared_ptr<ReplayFailure> failure)
+    : Radio(delegate, console, monitor, CBManagerStatePoweredOn),
       timeline_(timeline),
       failure_(failure ? std::move(failure) : std::make_shared<ReplayFailure>()),
       recording_(std::move(recording)) {

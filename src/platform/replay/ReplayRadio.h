@@ -32,10 +32,10 @@ struct Recording {
 class ReplayRadio : public Radio, public TimelineSource {
 public:
     /// Becomes the timeline's source, until it is destroyed.
-    /// @param delegate, console, timeline live longer than the radio
+    /// @param delegate, console, monitor, timeline live longer than the radio
     /// @param failure told of damage; may be null
-    ReplayRadio(CBCentralManagerDelegate& delegate, Console& console, Timeline& timeline, Recording recording,
-                std::shared_ptr<ReplayFailure> failure = nullptr);
+    ReplayRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, Timeline& timeline,
+                Recording recording, std::shared_ptr<ReplayFailure> failure = nullptr);
     ~ReplayRadio() override;
     ReplayRadio(const ReplayRadio&) = delete;
     ReplayRadio& operator=(const ReplayRadio&) = delete;

@@ -12,7 +12,7 @@ SimulatorPlatform::SimulatorPlatform(Console& console, const NSJSONSerialization
     : TimelinePlatform(console, JSON, std::move(pace)), scene_(std::move(scene)) {}
 
 std::unique_ptr<CBCentralManager> SimulatorPlatform::centralManager(CBCentralManagerDelegate& delegate) {
-    return std::make_unique<SimulatorRadio>(delegate, *this, timeline(), scene_);
+    return std::make_unique<SimulatorRadio>(delegate, *this, monitor(), timeline(), scene_);
 }
 
 }  // namespace nearcast::simulator

@@ -50,8 +50,9 @@ AdvertisingReport reportOf(const Dongle& dongle) {
 
 }  // namespace
 
-SimulatorRadio::SimulatorRadio(CBCentralManagerDelegate& delegate, Console& console, Timeline& timeline, Scene scene)
-    : Radio(delegate, console, firstState(scene)),
+SimulatorRadio::SimulatorRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
+                               Timeline& timeline, Scene scene)
+    : Radio(delegate, console, monitor, firstState(scene)),
       timeline_(timeline.weak_from_this()),
       opened_(timeline.now()),
       shop_(std::move(scene)),

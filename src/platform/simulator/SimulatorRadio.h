@@ -29,9 +29,10 @@ class SimulatorRadio : public Radio, public TimelineSource {
 public:
     /// Becomes the timeline's source, until it is destroyed; not while the timeline is driven. It may be destroyed
     /// after the timeline, but not while that is driven.
-    /// @param delegate, console live longer than the radio
+    /// @param delegate, console, monitor live longer than the radio
     /// @param timeline lives as long as scans are started
-    SimulatorRadio(CBCentralManagerDelegate& delegate, Console& console, Timeline& timeline, Scene scene);
+    SimulatorRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, Timeline& timeline,
+                   Scene scene);
     ~SimulatorRadio() override;
     SimulatorRadio(const SimulatorRadio&) = delete;
     SimulatorRadio& operator=(const SimulatorRadio&) = delete;

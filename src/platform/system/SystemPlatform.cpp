@@ -10,10 +10,14 @@ namespace nearcast {
 
 SystemPlatform::SystemPlatform(Console& console, const NSJSONSerialization& JSON, OpenRadio openRadio,
                                TimerService::Loop loop, TimerService::Executor executor)
-    : console_(console), JSON_(JSON), openRadio_(std::move(openRadio)), timers_(console, loop, std::move(executor)) {}
+    : console_(console),
+      JSON_(JSON),
+      openRadio_(std::move(openRadio)),
+      timers_(console, loop, std::move(executor)),
+      monitor_(console, [this] { return date(); }) {}
 
 std::unique_ptr<CBCentralManager> SystemPlatform::centralManager(CBCentralManagerDelegate& delegate) {
-    return openRadio_(delegate);
+    return openRadio_(delegate, monitor_);
 }
 
 NSDate SystemPlatform::date() const { return NSDate(SystemClock::now()); }

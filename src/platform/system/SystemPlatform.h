@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/radio/RadioMonitor.h"
 #include "platform/system/TimerService.h"
 
 #include <functional>
@@ -12,7 +13,8 @@ namespace nearcast {
 /// The platform of the machine: its clock, timers on it, and a radio that is brought along.
 class SystemPlatform : public PlatformServices {
 public:
-    using OpenRadio = std::function<std::unique_ptr<CBCentralManager>(CBCentralManagerDelegate& delegate)>;
+    using OpenRadio =
+        std::function<std::unique_ptr<CBCentralManager>(CBCentralManagerDelegate& delegate, RadioMonitor& monitor)>;
 
     /// @param console   where console lines go; lives longer
     /// @param JSON      lives longer
@@ -30,12 +32,15 @@ public:
     void NSLog(std::string_view line) noexcept override { console_.NSLog(line); }
 
     [[nodiscard]] TimerService& timers() noexcept { return timers_; }
+    /// What is known of the radio beside what its delegate is told.
+    [[nodiscard]] RadioMonitor& monitor() noexcept { return monitor_; }
 
 private:
     Console& console_;
     const NSJSONSerialization& JSON_;
     const OpenRadio openRadio_;
     TimerService timers_;
+    RadioMonitor monitor_;
 };
 
 }  // namespace nearcast

@@ -6,7 +6,10 @@
 namespace nearcast {
 
 TimelinePlatform::TimelinePlatform(Console& console, const NSJSONSerialization& JSON, std::unique_ptr<Pace> pace)
-    : console_(console), JSON_(JSON), timeline_(std::make_shared<Timeline>(console, std::move(pace))) {}
+    : console_(console),
+      JSON_(JSON),
+      monitor_(console, [this] { return date(); }),
+      timeline_(std::make_shared<Timeline>(console, std::move(pace))) {}
 
 std::shared_ptr<NSTimer> TimelinePlatform::scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) {
     return timeline_->scheduledTimer(interval, std::move(handler));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Platform.h"
+#include "platform/radio/RadioMonitor.h"
 #include "platform/timeline/Timeline.h"
 
 #include <memory>
@@ -28,12 +29,15 @@ public:
 
     /// What drives everything: see `Timeline::runUntil`, `Timeline::driveFromThread`.
     [[nodiscard]] Timeline& timeline() noexcept { return *timeline_; }
+    /// What is known of the radio beside what its delegate is told.
+    [[nodiscard]] RadioMonitor& monitor() noexcept { return monitor_; }
     /// Why what the radio plays ended before its end; empty when it did not. From any thread.
     [[nodiscard]] virtual std::string failure() const { return {}; }
 
 private:
     Console& console_;
     const NSJSONSerialization& JSON_;
+    RadioMonitor monitor_;
     std::shared_ptr<Timeline> timeline_;
 };
 

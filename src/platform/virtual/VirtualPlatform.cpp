@@ -7,7 +7,7 @@ VirtualPlatform::VirtualPlatform(Console& console, const NSJSONSerialization& JS
     : TimelinePlatform(console, JSON, nullptr), observer_(observer) {}
 
 std::unique_ptr<CBCentralManager> VirtualPlatform::centralManager(CBCentralManagerDelegate& delegate) {
-    auto radio = std::make_unique<VirtualRadio>(delegate, *this, observer_);
+    auto radio = std::make_unique<VirtualRadio>(delegate, *this, monitor(), observer_);
     radio_ = radio.get();
     return radio;
 }

@@ -3,8 +3,9 @@
 
 namespace nearcast {
 
-VirtualRadio::VirtualRadio(CBCentralManagerDelegate& delegate, Console& console, VirtualRadioObserver* observer)
-    : Radio(delegate, console, CBManagerStatePoweredOn), observer_(observer) {}
+VirtualRadio::VirtualRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
+                           VirtualRadioObserver* observer)
+    : Radio(delegate, console, monitor, CBManagerStatePoweredOn), observer_(observer) {}
 
 void VirtualRadio::scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& services,
                                                   ScanOptions options) {

@@ -22,7 +22,8 @@ public:
 class VirtualRadio : public Radio {
 public:
     /// @param observer or null; lives longer than the radio
-    VirtualRadio(CBCentralManagerDelegate& delegate, Console& console, VirtualRadioObserver* observer);
+    VirtualRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
+                 VirtualRadioObserver* observer);
 
     void scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& services,
                                         ScanOptions options) override;

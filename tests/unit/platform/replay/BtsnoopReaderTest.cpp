@@ -18,7 +18,7 @@ TEST(BtsnoopReader, ReadsUARTPackets) {
                                       btsnoopRecord(1500, H4(event)) + btsnoopRecord(2500, H4(event)));
     EXPECT_FALSE(contents.damagedAt);
     EXPECT_EQ(contents.times(), (Times{1500, 2500}));
-    EXPECT_EQ(contents.reports().front().address, alice);
+    EXPECT_EQ(contents.reports().front().report.address, alice);
     EXPECT_EQ(contents.reports().front().report.RSSI, -60);
 }
 

@@ -79,11 +79,11 @@ TEST(CaptureReader, TellsWhoSentAndWhetherItWasAResponse) {
     const Octets event = legacyEvent({{.address = alice, .addressType = 1}, {.type = 4, .address = bob}});
     const auto reports = readAll(btsnoopHeader(1002) + btsnoopRecord(0, H4(event))).reports();
     ASSERT_EQ(reports.size(), 2U);
-    EXPECT_EQ(reports[0].address, alice);
-    EXPECT_EQ(reports[0].addressType, 1);
-    EXPECT_FALSE(reports[0].scanResponse);
-    EXPECT_EQ(reports[1].address, bob);
-    EXPECT_TRUE(reports[1].scanResponse);
+    EXPECT_EQ(reports[0].report.address, alice);
+    EXPECT_EQ(reports[0].report.addressType, 1);
+    EXPECT_FALSE(reports[0].report.scanResponse);
+    EXPECT_EQ(reports[1].report.address, bob);
+    EXPECT_TRUE(reports[1].report.scanResponse);
 }
 
 TEST(CaptureReader, CountsAMalformedReportWithWhatPrecedesTheBreak) {

@@ -36,7 +36,9 @@ std::vector<Delivery> played(const Octets& file, const RecordingOptions& options
     KeptLines console;
     const auto timeline = std::make_shared<Timeline>(console);
     Listener listener(*timeline);
-    ReplayRadio radio(listener, console, *timeline, Recording{"test", openRecording(sourceOf(file), "test"), options});
+    RadioMonitor monitor(console, [&] { return NSDate(timeline->now()); });
+    ReplayRadio radio(listener, console, monitor, *timeline,
+                      Recording{"test", openRecording(sourceOf(file), "test"), options});
     timeline->runUntil(std::chrono::seconds(5));
     std::optional<std::vector<CBUUID>> services;
     if (filter) services = {dongleUUID()};

@@ -24,7 +24,7 @@ TEST(JsonLinesReader, ReadsAdvertisements) {
     EXPECT_EQ(reports[0].report.manufacturerData, hex("FFFF0102"));
     EXPECT_EQ(reports[0].report.RSSI, -60);
     EXPECT_EQ(reports[0].report.services, (std::vector{CBUUID::UUIDWithShort(0x180F), CBUUID::UUIDWithString("X")}));
-    EXPECT_FALSE(reports[0].address);
+    EXPECT_FALSE(reports[0].report.address);
     EXPECT_FALSE(reports[0].malformed);
 }
 

@@ -19,7 +19,7 @@ TEST(PcapReader, ReadsBothByteOrders) {
                                           pcapRecord(1001, 0, packet, order) + pcapRecord(1002, 500, packet, order));
         EXPECT_FALSE(contents.damagedAt);
         EXPECT_EQ(contents.times(), (Times{0, 1, 1'000'501}));
-        EXPECT_EQ(contents.reports().front().address, alice);
+        EXPECT_EQ(contents.reports().front().report.address, alice);
     }
 }
 

@@ -20,7 +20,7 @@ TEST(PcapngReader, ReadsBothByteOrders) {
                                           file.enhanced(start + 250, packet));
         EXPECT_FALSE(contents.damagedAt) << contents.damage;
         EXPECT_EQ(contents.times(), (Times{0, 250}));
-        EXPECT_EQ(contents.reports().front().address, alice);
+        EXPECT_EQ(contents.reports().front().report.address, alice);
     }
 }
 

@@ -54,7 +54,7 @@ TEST_P(RealCaptures, HoldTheSendersThatAnotherReaderCounts) {
     std::set<DeviceAddress> senders;
     std::chrono::microseconds last{0};
     while (const auto item = reader->next()) {
-        senders.insert(std::get<RecordedReport>(*item).address.value());
+        senders.insert(std::get<RecordedReport>(*item).report.address.value());
         EXPECT_GE(timeOf(*item), last);
         last = timeOf(*item);
     }
@@ -66,7 +66,8 @@ std::vector<Delivery> played(const std::string& file, const RecordingOptions& op
     KeptLines console;
     const auto timeline = std::make_shared<Timeline>(console);
     Listener listener(*timeline);
-    ReplayRadio radio(listener, console, *timeline, Recording{file, openRecording(file), options});
+    RadioMonitor monitor(console, [&] { return NSDate(timeline->now()); });
+    ReplayRadio radio(listener, console, monitor, *timeline, Recording{file, openRecording(file), options});
     radio.scanForPeripheralsWithServices(std::vector{dongleUUID()}, {.allowDuplicates = true});
     timeline->runToLastHappening();
     EXPECT_EQ(radio.failure(), "");

@@ -18,7 +18,7 @@ RecordingOptions parse(std::string_view text) { return RecordingOptions::parse(R
 
 RecordedReport foreign() {
     RecordedReport report;
-    report.address = alice;
+    report.report.address = alice;
     report.report.name = "foreign";
     report.report.manufacturerData = hex("4C00 01");
     report.report.services = {battery};
@@ -83,7 +83,7 @@ TEST(RecordingOptions, MakeADongleOfASenderWithoutAPayload) {
 
 TEST(RecordingOptions, LeaveAReportWithoutASenderAsItIs) {
     RecordedReport nobody = foreign();
-    nobody.address.reset();
+    nobody.report.address.reset();
     const RecordedReport report = applied({.asDongles = true}, nobody);
     EXPECT_EQ(report.report.manufacturerData, hex("4C00 01"));
     EXPECT_EQ(report.report.services, std::vector{battery});

@@ -20,8 +20,8 @@ class ReplayRadioTest : public ::testing::Test {
 protected:
     void open(std::vector<RecordedItem> items, std::string damage = {}, RecordingOptions options = {}) {
         auto script = std::make_unique<Script>(std::move(items), std::move(damage));
-        radio =
-            std::make_unique<ReplayRadio>(listener, console, *timeline, Recording{"file", std::move(script), options});
+        radio = std::make_unique<ReplayRadio>(listener, console, monitor, *timeline,
+                                              Recording{"file", std::move(script), options});
     }
     void scan(std::optional<std::vector<CBUUID>> services = std::vector{dongleUUID()}) {
         radio->scanForPeripheralsWithServices(services, {.allowDuplicates = true});
@@ -31,6 +31,7 @@ protected:
     KeptLines console;
     std::shared_ptr<Timeline> timeline = std::make_shared<Timeline>(console);
     Listener listener{*timeline};
+    RadioMonitor monitor{console, [this] { return NSDate(timeline->now()); }};
     std::unique_ptr<ReplayRadio> radio;
 };
 
@@ -123,7 +124,7 @@ TEST_F(ReplayRadioTest, LetsEverySenderPlayADongle) {
     RecordedReport foreign = dongleReport(1'000, -1);
     foreign.report.services.clear();
     foreign.report.manufacturerData = hex("4C00 01");
-    foreign.address = alice;
+    foreign.report.address = alice;
     open({foreign}, {}, {.asDongles = true});
     scan();
     timeline->runToLastHappening();

@@ -23,7 +23,8 @@ protected:
 
     void open(std::vector<RecordedItem> items, std::string damage = {}) {
         auto script = std::make_unique<Script>(std::move(items), std::move(damage));
-        radio = std::make_unique<ReplayRadio>(listener, console, *timeline, Recording{"file", std::move(script), {}});
+        radio = std::make_unique<ReplayRadio>(listener, console, monitor, *timeline,
+                                              Recording{"file", std::move(script), {}});
         driver = std::thread([this] { timeline->runUntil(Timeline::forever); });
     }
     void scan() { radio->scanForPeripheralsWithServices(std::vector{dongleUUID()}, {.allowDuplicates = true}); }
@@ -36,6 +37,7 @@ protected:
     ManualPace* pace = new ManualPace;
     std::shared_ptr<Timeline> timeline = std::make_shared<Timeline>(console, std::unique_ptr<Pace>(pace));
     Listener listener{*timeline};
+    RadioMonitor monitor{console, [this] { return NSDate(timeline->now()); }};
     std::unique_ptr<ReplayRadio> radio;
     std::thread driver;
 };

@@ -57,7 +57,7 @@ private:
 
 /// A radio in a scene on a timeline that the test drives.
 struct RadioBench {
-    explicit RadioBench(Scene scene) : radio(listener, console, *timeline, std::move(scene)) {}
+    explicit RadioBench(Scene scene) : radio(listener, console, monitor, *timeline, std::move(scene)) {}
 
     void scan(ScanOptions options = {.allowDuplicates = true}) {
         radio.scanForPeripheralsWithServices(std::vector{CBUUID::UUIDWithString(dongleService)}, options);
@@ -69,6 +69,7 @@ struct RadioBench {
     LineConsole console;
     std::shared_ptr<Timeline> timeline = std::make_shared<Timeline>(console);
     Listener listener{*timeline};
+    RadioMonitor monitor{console, [this] { return NSDate(timeline->now()); }};
     SimulatorRadio radio;
 };
 

@@ -27,7 +27,9 @@ class Nobody : public CBCentralManagerDelegate {
 class SystemPlatformTest : public testing::Test {
 protected:
     SystemPlatform::OpenRadio noRadio() {
-        return [this](CBCentralManagerDelegate& delegate) { return std::make_unique<NoRadio>(delegate, console); };
+        return [this](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
+            return std::make_unique<NoRadio>(delegate, console, monitor);
+        };
     }
 
     KeptLines console;
@@ -56,7 +58,7 @@ TEST_F(SystemPlatformTest, OpensTheRadioThatWasBroughtAlong) {
 }
 
 TEST_F(SystemPlatformTest, PassesOnWhatTheRadioThrows) {
-    const auto refuses = [](CBCentralManagerDelegate&) -> std::unique_ptr<CBCentralManager> {
+    const auto refuses = [](CBCentralManagerDelegate&, RadioMonitor&) -> std::unique_ptr<CBCentralManager> {
         throw std::runtime_error("no adapter");
     };
     SystemPlatform broken(console, JSON, refuses, TimerService::Loop::application, nullptr);

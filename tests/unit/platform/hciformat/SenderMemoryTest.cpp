@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/SenderMemory.h"
+#include "platform/hciformat/SenderMemory.h"
 
 #include "unit/platform/hciformat/HciBytes.h"
 
@@ -15,25 +15,25 @@ namespace {
 const CBUUID battery = CBUUID::UUIDWithShort(0x180F);
 const CBUUID heart = CBUUID::UUIDWithShort(0x180D);
 
-RecordedReport heard(const DeviceAddress& address, std::optional<std::string> name = {},
-                     std::vector<CBUUID> services = {}) {
-    RecordedReport report;
+AdvertisingReport heard(const DeviceAddress& address, std::optional<std::string> name = {},
+                        std::vector<CBUUID> services = {}) {
+    AdvertisingReport report;
     report.address = address;
-    report.report.name = std::move(name);
-    report.report.services = std::move(services);
+    report.name = std::move(name);
+    report.services = std::move(services);
     return report;
 }
 
-RecordedReport response(const DeviceAddress& address, std::optional<std::string> name = {},
-                        std::vector<CBUUID> services = {}) {
-    RecordedReport report = heard(address, std::move(name), std::move(services));
+AdvertisingReport response(const DeviceAddress& address, std::optional<std::string> name = {},
+                           std::vector<CBUUID> services = {}) {
+    AdvertisingReport report = heard(address, std::move(name), std::move(services));
     report.scanResponse = true;
     return report;
 }
 
-AdvertisingReport completed(SenderMemory& memory, RecordedReport report) {
+AdvertisingReport completed(SenderMemory& memory, AdvertisingReport report) {
     memory.complete(report);
-    return report.report;
+    return report;
 }
 
 DeviceAddress numbered(std::size_t number) {
@@ -82,17 +82,17 @@ TEST(SenderMemory, KeepsSendersApartByAddressAndItsType) {
     SenderMemory memory;
     completed(memory, response(alice, "alice"));
     EXPECT_FALSE(completed(memory, heard(bob)).name);
-    RecordedReport random = heard(alice);
+    AdvertisingReport random = heard(alice);
     random.addressType = 1;
     EXPECT_FALSE(completed(memory, random).name);
 }
 
 TEST(SenderMemory, LeavesAnonymousSendersAlone) {
     SenderMemory memory;
-    RecordedReport anonymous = response(alice, "nobody");
+    AdvertisingReport anonymous = response(alice, "nobody");
     anonymous.address.reset();
     completed(memory, anonymous);
-    anonymous.report.name.reset();
+    anonymous.name.reset();
     EXPECT_FALSE(completed(memory, anonymous).name);
 }
 

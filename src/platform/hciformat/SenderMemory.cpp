@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/SenderMemory.h"
+#include "platform/hciformat/SenderMemory.h"
 
 namespace nearcast {
 
@@ -20,14 +20,14 @@ std::size_t SenderMemory::Sender::octets() const {
     return octetsPerSender + (name ? name->size() : 0) + services.size() * octetsPerService;
 }
 
-void SenderMemory::complete(RecordedReport& report) {
+void SenderMemory::complete(AdvertisingReport& report) {
     if (!report.address) return;
     const std::uint64_t key = keyOf(*report.address, report.addressType);
-    if (report.scanResponse) learn(key, report.report);
+    if (report.scanResponse) learn(key, report);
     const auto sender = find(key);
     if (sender == senders_.end()) return;
-    if (!report.report.name) report.report.name = sender->name;
-    if (report.report.services.empty()) report.report.services = sender->services;
+    if (!report.name) report.name = sender->name;
+    if (report.services.empty()) report.services = sender->services;
 }
 
 SenderMemory::Senders::iterator SenderMemory::find(std::uint64_t key) {

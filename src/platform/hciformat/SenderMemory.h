@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/replay/RecordingReader.h"
+#include "platform/radio/AdvertisingReport.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -27,7 +27,7 @@ public:
 
     /// Learns from a scan response, and gives any report without a name, or without services, those that are
     /// remembered of its sender. Anonymous senders are left alone.
-    void complete(RecordedReport& report);
+    void complete(AdvertisingReport& report);
 
 private:
     struct Sender {
