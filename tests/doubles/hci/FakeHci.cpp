@@ -177,6 +177,14 @@ void FakeHci::block(HciBlock blocked) {
     if (blocked) state_->up = false;
 }
 
+void FakeHci::cutOff() {
+    const MutexLock lock(state_->mutex);
+    state_->blocked.hard = true;
+    state_->up = false;
+    state_->controller.reset();
+    if (state_->access == HciAccess::alone) state_->lose(ENETDOWN);
+}
+
 void FakeHci::allow(Capabilities capabilities) {
     const MutexLock lock(state_->mutex);
     state_->capabilities = capabilities;

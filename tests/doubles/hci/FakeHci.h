@@ -20,10 +20,11 @@ public:
 
     /// @name What happens to the machine
     /// @{
-    void plug();                            ///< a controller, if there is none; it is there from the begin
-    void unplug();                          ///< ways to it are lost
-    void use(bool up);                      ///< another program switches it on, or off again
-    void block(HciBlock blocked);           ///< while a radio has it alone, the kernel refuses that
+    void plug();                   ///< a controller, if there is none; it is there from the begin
+    void unplug();                 ///< ways to it are lost
+    void use(bool up);             ///< another program switches it on, or off again
+    void block(HciBlock blocked);  ///< while a radio has it alone, the kernel refuses that
+    void cutOff();                 ///< a switch of the machine blocks it, whoever uses it; `block({})` ends that
     void allow(Capabilities capabilities);  ///< both are there from the begin
     void breakSockets(int error);           ///< the next read of an open socket fails with this
     void failNextOpen(int error);
