@@ -82,7 +82,8 @@ void appendDeviceProperties(sd_bus_message* message, const Device& device) {
         text(message, "Alias", Shop::text(device.address, '-'));
         appendBoolean(message, "Paired", false);
         appendBoolean(message, "Connected", false);
-        property(message, "UUIDs", "as", [&] { check(sd_bus_message_append(message, "as", 1, dongleService), "UUIDs"); });
+        property(message, "UUIDs", "as",
+                 [&] { check(sd_bus_message_append(message, "as", 1, dongleService), "UUIDs"); });
         property(message, "Adapter", "o", [&] { check(sd_bus_message_append(message, "o", adapterPath), "Adapter"); });
         reportProperties(message, device);
     });
@@ -97,9 +98,8 @@ void appendAdapterInterfaces(sd_bus_message* message, const AdapterState& adapte
 }
 
 void appendDeviceInterfaces(sd_bus_message* message, const Device& device) {
-    container(message, 'a', "{sa{sv}}", [&] {
-        interface(message, deviceInterface, [&] { appendDeviceProperties(message, device); });
-    });
+    container(message, 'a', "{sa{sv}}",
+              [&] { interface(message, deviceInterface, [&] { appendDeviceProperties(message, device); }); });
 }
 
 }  // namespace nearcast::bluezd

@@ -18,8 +18,7 @@ std::array<std::uint8_t, 6> numbered(std::size_t number) {
 
 }  // namespace
 
-Shop::Shop(std::size_t devices, double rate)
-    : interval_(rate > 0 ? Time(std::llround(1e9 / rate)) : Time::max()) {
+Shop::Shop(std::size_t devices, double rate) : interval_(rate > 0 ? Time(std::llround(1e9 / rate)) : Time::max()) {
     devices_.resize(devices);
     for (std::size_t index = 0; index < devices; ++index) {
         Device& device = devices_[index];
