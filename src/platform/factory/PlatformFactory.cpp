@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/factory/PlatformFactory.h"
 
+#include "platform/bluez/ThreadedBluezRadio.h"
 #include "platform/factory/TimelineDrive.h"
 #include "platform/json/JSONSerialization.h"
 #include "platform/radio/NoRadio.h"
@@ -58,9 +59,14 @@ void openSimulator(OpenedPlatform& opened, const RadioString& radio, const Platf
 
 void openSystem(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
     Console& console = *opened.console;
-    const bool automatic = radio.kind == "auto";
-    const auto openRadio = [&console, automatic](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
-        if (automatic) console.NSLog("No Bluetooth radio is known on this machine; going on without one.");
+    const auto openRadio = [&console, radio](CBCentralManagerDelegate& delegate,
+                                             RadioMonitor& monitor) -> std::unique_ptr<CBCentralManager> {
+        if (radio.kind == "bluez") {
+            return std::make_unique<bluez::ThreadedBluezRadio>(delegate, console, monitor, radio.argument);
+        }
+        if (radio.kind == "auto") {
+            console.NSLog("No Bluetooth radio is known on this machine; going on without one.");
+        }
         return std::make_unique<NoRadio>(delegate, console, monitor);
     };
     const auto loop = options.ownLoop ? TimerService::Loop::application : TimerService::Loop::ownThread;
