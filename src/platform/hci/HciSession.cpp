@@ -121,11 +121,7 @@ void HciSession::report(const RawReport& raw, Time now) {
     quiet_.heard(now);
     if (!condition_.why.empty()) become({CBManagerStatePoweredOn, ""});
     AdvertisingReport report;
-    report.address = raw.address;
-    report.addressType = raw.addressType;
-    report.scanResponse = raw.scanResponse;
-    report.RSSI = raw.RSSI;
-    readAdStructures(raw.data, report);  // what precedes a malformed structure is as good as any
+    readReport(raw, report);  // what precedes a malformed structure is as good as any
     senders_.complete(report);
     listener_.heard(report);
 }
