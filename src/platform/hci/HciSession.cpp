@@ -34,6 +34,8 @@ HciCondition HciSession::beginning(const HciTarget& target) {
 
 void HciSession::run(Time now, bool scanWanted) {
     wish(now, scanWanted);
+    if (socket_ && now - lastRun_ > longestGap) wakeUp(now);
+    lastRun_ = now;
     if (!socket_ && (!tryAt_ || now >= *tryAt_)) open(now);
     if (socket_ && now >= askAt_) ask(now);
     if (socket_) read(now);
@@ -85,6 +87,12 @@ void HciSession::open(Time now) {
         become({CBManagerStateResetting, target_.name() + " is being started"});
     }
     controller_.start(now);
+}
+
+void HciSession::wakeUp(Time now) {
+    if (!alone()) return;
+    controller_.start(now);
+    if (scans_) listener_.scanRestarted();
 }
 
 /// Asks whether the controller is still there, and for a raw socket whether it is on.
