@@ -52,9 +52,9 @@ HciCondition busy(const HciTarget& target, const HciAdapter& adapter) {
     return {CBManagerStateUnauthorized,
             target.name() +
                 " is in use by the Bluetooth service or another program: stop the service with `sudo systemctl stop "
-                "bluetooth`, or switch the controller off with `bluetoothctl power off`, or listen beside them with "
-                "hci:" +
-                std::to_string(target.index) + "?beside"};
+                "bluetooth`, or switch the controller off with `bluetoothctl power off` (without a service: `sudo "
+                "hciconfig " +
+                target.name() + " down`), or listen beside them with hci:" + std::to_string(target.index) + "?beside"};
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include "platform/hci/HciSession.h"
 #include "platform/radio/Radio.h"
 
-#include <atomic>
 #include <memory>
 
 namespace nearcast {

@@ -34,6 +34,8 @@ HciCondition HciSession::beginning(const HciTarget& target) {
 
 void HciSession::run(Time now, bool scanWanted) {
     wish(now, scanWanted);
+    if (socket_ && now - lastRun_ > longestGap) wakeUp(now);
+    lastRun_ = now;
     if (!socket_ && (!tryAt_ || now >= *tryAt_)) open(now);
     if (socket_ && now >= askAt_) ask(now);
     if (socket_) read(now);
@@ -87,6 +89,12 @@ void HciSession::open(Time now) {
     controller_.start(now);
 }
 
+void HciSession::wakeUp(Time now) {
+    if (!alone()) return;
+    controller_.start(now);
+    if (scans_) listener_.scanRestarted();
+}
+
 /// Asks whether the controller is still there, and for a raw socket whether it is on.
 void HciSession::ask(Time now) {
     askAt_ = now + askInterval;
@@ -121,11 +129,7 @@ void HciSession::report(const RawReport& raw, Time now) {
     quiet_.heard(now);
     if (!condition_.why.empty()) become({CBManagerStatePoweredOn, ""});
     AdvertisingReport report;
-    report.address = raw.address;
-    report.addressType = raw.addressType;
-    report.scanResponse = raw.scanResponse;
-    report.RSSI = raw.RSSI;
-    readAdStructures(raw.data, report);  // what precedes a malformed structure is as good as any
+    readReport(raw, report);  // what precedes a malformed structure is as good as any
     senders_.complete(report);
     listener_.heard(report);
 }

@@ -45,6 +45,8 @@ public:
     static constexpr Time longestWait = std::chrono::seconds(1);
     /// A way that has lasted that long, or has brought a report, is tried again at once when it is lost.
     static constexpr Time provenAfter = std::chrono::seconds(5);
+    /// Without a run for that long the machine has slept: a controller may have forgotten what it was told.
+    static constexpr Time longestGap = std::chrono::seconds(5);
     /// A scan that is ended runs on that long, since many are begun again at once. What it brings in is not told.
     static constexpr Time lingering = std::chrono::milliseconds(100);
 
@@ -75,6 +77,7 @@ private:
     void wish(Time now, bool scanWanted);
     void open(Time now);
     void ask(Time now);
+    void wakeUp(Time now);
     void read(Time now);
     void take(std::span<const std::uint8_t> packet, Time now);
     void report(const RawReport& raw, Time now);
@@ -102,6 +105,7 @@ private:
     Time wait_ = firstWait;
     std::optional<Time> tryAt_;  ///< nothing: at once
     Time askAt_{0};
+    Time lastRun_{0};
 };
 
 }  // namespace nearcast

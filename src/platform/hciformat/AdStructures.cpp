@@ -94,4 +94,12 @@ std::optional<std::size_t> readAdStructures(std::span<const std::uint8_t> data, 
     return std::nullopt;
 }
 
+std::optional<std::size_t> readReport(const RawReport& raw, AdvertisingReport& report) {
+    report.address = raw.address;
+    report.addressType = raw.addressType;
+    report.scanResponse = raw.scanResponse;
+    report.RSSI = raw.RSSI;
+    return readAdStructures(raw.data, report);
+}
+
 }  // namespace nearcast

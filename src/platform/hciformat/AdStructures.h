@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/hciformat/RawReport.h"
 #include "platform/radio/AdvertisingReport.h"
 
 #include <cstddef>
@@ -23,5 +24,8 @@ namespace nearcast {
 ///         end, a list that does not hold whole UUIDs, manufacturer data without a company. What precedes it is in
 ///         `report`, the rest of the data is not
 std::optional<std::size_t> readAdStructures(std::span<const std::uint8_t> data, AdvertisingReport& report);
+
+/// The same for a report whose data has not been taken apart; the sender and the signal are taken over.
+std::optional<std::size_t> readReport(const RawReport& raw, AdvertisingReport& report);
 
 }  // namespace nearcast

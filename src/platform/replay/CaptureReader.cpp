@@ -53,11 +53,7 @@ void CaptureReader::advance(const Packet& packet) {
 void CaptureReader::add(const RawReport& raw) {
     RecordedReport recorded;
     recorded.at = now_;
-    recorded.report.address = raw.address;
-    recorded.report.addressType = raw.addressType;
-    recorded.report.scanResponse = raw.scanResponse;
-    recorded.report.RSSI = raw.RSSI;
-    recorded.malformed = readAdStructures(raw.data, recorded.report).has_value();
+    recorded.malformed = readReport(raw, recorded.report).has_value();
     if (recorded.report.name) recorded.report.name = wellFormed(*recorded.report.name);
     senders_.complete(recorded.report);
     ready_.push_back(std::move(recorded));

@@ -180,6 +180,26 @@ TEST_F(HciRecovery, SurvivesAWriteThatFails) {
     EXPECT_TRUE(machine.scans());
 }
 
+TEST_F(HciRecovery, StartsTheControllerAgainWhenTheMachineHasSlept) {
+    scan();
+    advertiseFor(1s);
+    machine.controller([](FakeController& controller) { controller.reset(); });  // it lost its power meanwhile
+    now += HciSession::longestGap + 1ns;
+    settle();
+    EXPECT_TRUE(machine.scans());
+    EXPECT_EQ(restarts, 1);
+    EXPECT_EQ(machine.opens(), 1);
+    EXPECT_EQ(state(), CBManagerStatePoweredOn);
+}
+
+TEST_F(HciRecovery, DoesNotTakeAShortDelayForASleep) {
+    scan();
+    now += HciSession::longestGap;
+    settle();
+    EXPECT_EQ(machine.count(hci::reset), 1);
+    EXPECT_EQ(restarts, 0);
+}
+
 }  // namespace
 
 }  // namespace nearcast

@@ -152,6 +152,19 @@ TEST(AdStructures, CutAnywhereNeverReadTooFar) {
     }
 }
 
+TEST(RawReport, IsReadWithItsSenderItsSignalAndItsData) {
+    const Octets data = hex("05 09 51 58 30 31  1F FF");
+    AdvertisingReport report;
+    const auto malformedAt =
+        readReport({.address = bob, .addressType = 1, .scanResponse = true, .RSSI = -61, .data = data}, report);
+    EXPECT_EQ(malformedAt, 6U);
+    EXPECT_EQ(report.address, bob);
+    EXPECT_EQ(report.addressType, 1);
+    EXPECT_TRUE(report.scanResponse);
+    EXPECT_EQ(report.RSSI, -61);
+    EXPECT_EQ(report.name, "QX01");
+}
+
 }  // namespace
 
 }  // namespace nearcast

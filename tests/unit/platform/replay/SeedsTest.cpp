@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "../fuzz/CheckHciEvents.h"
+#include "../fuzz/CheckHciSession.h"
 #include "../fuzz/CheckRecording.h"
 #include "unit/platform/hciformat/HciBytes.h"
 
@@ -35,6 +36,10 @@ TEST(Seeds, OfRecordingsHoldWhatHasToHold) {
 
 TEST(Seeds, OfHciEventsHoldWhatHasToHold) {
     checkSeeds("hci_events", 12, [](const Octets& bytes) { fuzz::checkHciEvents(bytes); });
+}
+
+TEST(Seeds, OfHciSessionsHoldWhatHasToHold) {
+    checkSeeds("hci_session", 16, [](const Octets& bytes) { fuzz::checkHciSession(bytes); });
 }
 
 }  // namespace
