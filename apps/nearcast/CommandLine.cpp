@@ -30,6 +30,7 @@ int runChosen(int argc, char** argv) {
     application.require_subcommand(1);
     Action chosen;
     addWatch(application, chosen);
+    addRecord(application, chosen);
     addRun(application, chosen);
     addImport(application, chosen);
     addScene(application, chosen);

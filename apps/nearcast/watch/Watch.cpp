@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "Seconds.h"
 #include "watch/Interruption.h"
 #include "watch/SettingsFile.h"
 #include "watch/WatchSession.h"
@@ -9,7 +10,6 @@
 
 #include <unistd.h>
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -20,7 +20,6 @@ namespace nearcast::cli {
 namespace {
 
 constexpr double tickSeconds = 0.25;
-constexpr double longestWatch = 1e9;  // seconds; more than a working life
 
 struct WatchArguments {
     std::string radio = "auto";
@@ -28,14 +27,6 @@ struct WatchArguments {
     std::optional<double> forSeconds;
     bool json = false;
 };
-
-/// Why a text is no time to watch for; empty where it is one.
-std::string isTime(const std::string& text) {
-    char* end = nullptr;
-    const double seconds = std::strtod(text.c_str(), &end);
-    const bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= longestWatch;
-    return good ? "" : "'" + text + "' is no number of seconds from 0 to 1000000000";
-}
 
 std::unique_ptr<WatchView> viewFor(const WatchArguments& arguments) {
     if (arguments.json) return makeJSONView();
