@@ -47,7 +47,6 @@ void passTime(WatchSession& session, const Interruption& interruption, std::opti
 int watchWith(WatchSession& session, const Interruption& interruption, const WatchArguments& arguments) {
     auto& manager = QXNearcastManager::sharedManager();
     if (!arguments.settings.empty()) loadSettings(manager, arguments.settings);
-    session.begin();
     manager.setDelegate(session.delegate());
     if (!manager.startScan()) return complain("watch", "the scan cannot be started", exitFailed);
     passTime(session, interruption, arguments.forSeconds);
@@ -65,8 +64,10 @@ int watch(const WatchArguments& arguments) {
     options.radio = arguments.radio;
     options.ownLoop = true;
     options.console = [](std::string_view line) { session.console(line); };
+    options.radioHealthChanged = [](const RadioHealth& health) { session.health(health); };
     try {
         Platform::choose(options);
+        session.begin();
         return watchWith(session, interruption, arguments);
     } catch (const SettingsFileError& error) {
         return complain("watch", error.what(), exitUsage);
