@@ -34,6 +34,8 @@ int runChosen(int argc, char** argv) {
     addRun(application, chosen);
     addImport(application, chosen);
     addScene(application, chosen);
+    addRadios(application, chosen);
+    addDoctor(application, chosen);
     try {
         application.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

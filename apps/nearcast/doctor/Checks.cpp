@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "doctor/Checks.h"
+
+#include "platform/radio/RadioString.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nearcast::cli {
+
+namespace {
+
+constexpr Check all[] = {
+    {"kernel", anyWay, Elsewhere::note, checkKernel},
+    {"drivers", anyWay, Elsewhere::note, checkDrivers},
+    {"adapters", anyWay, Elsewhere::note, checkAdapters},
+    {"rfkill", anyWay, Elsewhere::note, checkSwitches},
+    {"capabilities", byUser, Elsewhere::note, checkTaking},
+    {"capabilities", byUser | byBeside, Elsewhere::note, checkListening},
+    {"bus", byBluez, Elsewhere::note, checkBus},
+    {"bluetoothd", byBluez, Elsewhere::note, checkDaemon},
+    {"policy", byBluez, Elsewhere::note, checkPolicy},
+    {"power", byBluez, Elsewhere::note, checkPower},
+    {"low energy", byBluez, Elsewhere::note, checkLowEnergy},
+    {"monitors", byBluez, Elsewhere::nothing, checkMonitors},
+    {"discovery", byBluez, Elsewhere::nothing, checkDiscovery},
+    {"discovery", byBeside, Elsewhere::nothing, checkSomebodyDiscovers},
+};
+
+}  // namespace
+
+std::span<const Check> checks() { return all; }
+
+Way wayOf(std::string_view radio) {
+    const auto question = radio.find('?');
+    const std::string_view kind = radio.substr(0, std::min(question, radio.find(':')));
+    if (kind == "bluez" || kind == "none") return byBluez;
+    if (kind != "hci") return noWay;
+    return RadioString::parse(radio).options.count("beside") != 0 ? byBeside : byUser;
+}
+
+std::vector<CheckedFinding> examine(const Machine& machine, Way way) {
+    std::vector<CheckedFinding> findings;
+    if (way == noWay) return findings;
+    for (const Check& check : all) {
+        const bool counts = (check.ways & way) != 0;
+        if (!counts && check.elsewhere == Elsewhere::nothing) continue;
+        for (Finding& finding : check.look(machine)) {
+            if (!counts && finding.level != Level::good) finding.level = Level::note;
+            findings.push_back({check.name, std::move(finding)});
+        }
+    }
+    return findings;
+}
+
+}  // namespace nearcast::cli

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "radios/RadioList.h"
+
+#include "doctor/Checks.h"
+#include "machine/Facts.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <optional>
+
+namespace nearcast::cli {
+
+namespace {
+
+using Look = std::vector<Finding> (*)(const Machine& machine);
+
+/// The first of these checks' faults.
+std::optional<Finding> faultIn(const Machine& machine, std::initializer_list<Look> looks) {
+    for (const Look look : looks) {
+        for (const Finding& finding : look(machine)) {
+            if (finding.level == Level::fault) return finding;
+        }
+    }
+    return std::nullopt;
+}
+
+RadioEntry entryFor(std::string radio, std::string about, const std::optional<Finding>& fault) {
+    if (fault) return {std::move(radio), false, fault->text, fault->advice};
+    return {std::move(radio), true, std::move(about), ""};
+}
+
+void addBluez(const Machine& machine, std::vector<RadioEntry>& entries) {
+    const auto fault = faultIn(machine, {checkBus, checkDaemon, checkPolicy, checkAdapters, checkPower});
+    entries.push_back(entryFor("bluez", "bluetoothd, by the first adapter that is powered on", fault));
+    for (const BusAdapter& adapter : machine.bus().adapters) {
+        std::optional<Finding> off;
+        if (!adapter.powered) off = Finding{Level::fault, adapter.address + ", powered off", "bluetoothctl power on"};
+        entries.push_back(entryFor("bluez:" + adapter.name, adapter.address + ", powered on", off));
+    }
+}
+
+void addController(const Machine& machine, const std::string& name, std::vector<RadioEntry>& entries) {
+    const std::string radio = "hci:" + name.substr(3);
+    auto fault = faultIn(machine, {checkSwitches, checkTaking, checkListening});
+    entries.push_back(entryFor(radio, name + " for nearcast alone, without bluetoothd", fault));
+    fault = faultIn(machine, {checkSwitches, checkListening, checkSomebodyDiscovers});
+    entries.push_back(entryFor(radio + "?beside", name + ", listening to what others discover", fault));
+}
+
+void addHci(const Machine& machine, std::vector<RadioEntry>& entries) {
+    const auto names = kernelAdapters(machine).value_or(std::vector<std::string>());
+    for (const std::string& name : names) addController(machine, name, entries);
+    if (names.empty()) entries.push_back(entryFor("hci", "", faultIn(machine, {checkKernel, checkAdapters})));
+}
+
+RadioEntry automatic(const Machine& machine, const std::vector<RadioEntry>& others) {
+    const std::string radio = automaticRadio(machine);
+    if (radio == "none") {
+        return {"auto", false, "there is neither bluetoothd nor an adapter", "nearcast doctor tells more"};
+    }
+    const auto taken = std::find_if(others.begin(), others.end(), [&](const auto& one) { return one.radio == radio; });
+    if (taken == others.end()) return {"auto", false, "takes " + radio, ""};
+    return {"auto", taken->opens, "takes " + radio + (taken->opens ? "" : ": " + taken->about), taken->advice};
+}
+
+}  // namespace
+
+std::vector<RadioEntry> radiosOf(const Machine& machine) {
+    std::vector<RadioEntry> entries;
+    addBluez(machine, entries);
+    addHci(machine, entries);
+    entries.insert(entries.begin(), automatic(machine, entries));
+    entries.push_back({"simulator", true, "a simulated shop", ""});
+    entries.push_back({"replay:FILE", true, "a recording", ""});
+    entries.push_back({"none", true, "no radio", ""});
+    return entries;
+}
+
+}  // namespace nearcast::cli

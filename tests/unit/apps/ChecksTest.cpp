@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "doctor/Checks.h"
+#include "machine/Facts.h"
+#include "unit/apps/FakeMachine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace nearcast::cli {
+namespace {
+
+Level worstOf(const std::vector<CheckedFinding>& findings, std::string_view check) {
+    Level worst = Level::good;
+    for (const auto& one : findings) {
+        if (one.check == check) worst = std::max(worst, one.finding.level);
+    }
+    return worst;
+}
+
+TEST(Checks, OnAGoodMachineNothingIsRemarked) {
+    for (const Way way : {byBluez, byUser}) {
+        const auto findings = examine(goodMachine(), way);
+        EXPECT_FALSE(findings.empty());
+        for (const auto& one : findings) EXPECT_EQ(one.finding.level, Level::good) << one.check;
+    }
+}
+
+TEST(Checks, WhatIsWrongElsewhereIsANote) {
+    FakeMachine machine = goodMachine();
+    machine.reading = {};
+    EXPECT_EQ(worstOf(examine(machine, byBluez), "bluetoothd"), Level::fault);
+    EXPECT_EQ(worstOf(examine(machine, byUser), "bluetoothd"), Level::note);
+    machine.files["/proc/self/status"] = "CapEff:\t0000000000000000\n";
+    EXPECT_EQ(worstOf(examine(machine, byUser), "capabilities"), Level::fault);
+    EXPECT_EQ(worstOf(examine(machine, byBluez), "capabilities"), Level::note);
+}
+
+TEST(Checks, ListeningBesideNeedsADiscoveryThatOthersDoNot) {
+    EXPECT_EQ(worstOf(examine(goodMachine(), byBeside), "discovery"), Level::fault);
+    EXPECT_EQ(worstOf(examine(goodMachine(), byUser), "discovery"), Level::good);
+}
+
+TEST(Checks, ARecordingNeedsNothingOfTheMachine) { EXPECT_TRUE(examine(FakeMachine(), noWay).empty()); }
+
+TEST(Checks, TheRadioStringTellsTheWay) {
+    EXPECT_EQ(wayOf("bluez"), byBluez);
+    EXPECT_EQ(wayOf("bluez:hci1"), byBluez);
+    EXPECT_EQ(wayOf("none"), byBluez);
+    EXPECT_EQ(wayOf("simulator?speed=max"), noWay);
+    EXPECT_EQ(wayOf("replay:hci.btsnoop"), noWay);
+}
+
+TEST(AutomaticRadio, IsBluezWhereTheBusHasItElseTheFirstControllerElseNone) {
+    FakeMachine machine = goodMachine();
+    EXPECT_EQ(automaticRadio(machine), "bluez");
+    machine.reading.bluetoothd = false;
+    machine.files["/sys/class/bluetooth/hci2/uevent"] = "";
+    EXPECT_EQ(automaticRadio(machine), "hci:0");
+    EXPECT_EQ(automaticRadio(FakeMachine()), "none");
+}
+
+}  // namespace
+}  // namespace nearcast::cli

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "radios/RadioList.h"
+#include "unit/apps/FakeMachine.h"
+
+#include <gtest/gtest.h>
+
+namespace nearcast::cli {
+namespace {
+
+RadioEntry entry(const Machine& machine, std::string_view radio) {
+    for (const RadioEntry& one : radiosOf(machine)) {
+        if (one.radio == radio) return one;
+    }
+    ADD_FAILURE() << "no radio " << radio;
+    return {};
+}
+
+bool refuses(const RadioEntry& entry, std::string_view about, std::string_view advice) {
+    return !entry.opens && entry.about.find(about) != std::string::npos &&
+           entry.advice.find(advice) != std::string::npos;
+}
+
+class RadioList : public testing::Test {
+protected:
+    FakeMachine machine_ = goodMachine();
+};
+
+TEST_F(RadioList, OnAGoodMachineBluezAndTheControllerOpen) {
+    for (const std::string_view radio : {"auto", "bluez", "bluez:hci0", "hci:0"}) {
+        EXPECT_TRUE(entry(machine_, radio).opens) << radio;
+    }
+    EXPECT_EQ(entry(machine_, "auto").about, "takes bluez");
+}
+
+TEST_F(RadioList, WhatNeedsNoRadioOpensAnywhere) {
+    for (const std::string_view radio : {"simulator", "replay:FILE", "none"}) {
+        EXPECT_TRUE(entry(FakeMachine(), radio).opens) << radio;
+    }
+}
+
+TEST_F(RadioList, AnAdapterThatIsOffDoesNotOpenByBluez) {
+    machine_.reading.adapters[0].powered = false;
+    EXPECT_TRUE(refuses(entry(machine_, "bluez:hci0"), "02:4E:43:00:00:AA, powered off", "power on"));
+    EXPECT_TRUE(refuses(entry(machine_, "bluez"), "powered off", "power on"));
+    EXPECT_TRUE(refuses(entry(machine_, "auto"), "takes bluez: hci0 (02:4E:43:00:00:AA) is powered off", "power on"));
+}
+
+TEST_F(RadioList, WithoutCapabilitiesTheControllerDoesNotOpen) {
+    machine_.files["/proc/self/status"] = "CapEff:\t0000000000000000\n";
+    EXPECT_TRUE(refuses(entry(machine_, "hci:0"), "CAP_NET_ADMIN", "setcap"));
+    EXPECT_TRUE(refuses(entry(machine_, "hci:0?beside"), "CAP_NET_RAW", "setcap"));
+    EXPECT_TRUE(entry(machine_, "bluez").opens);
+}
+
+TEST_F(RadioList, ListeningBesideOpensWhileSomebodyDiscovers) {
+    EXPECT_TRUE(refuses(entry(machine_, "hci:0?beside"), "nobody discovers", "scan"));
+    machine_.reading.adapters[0].discovering = true;
+    EXPECT_TRUE(entry(machine_, "hci:0?beside").opens);
+}
+
+TEST_F(RadioList, WithoutAnythingTheAutomaticRadioIsNone) {
+    const FakeMachine empty;
+    EXPECT_TRUE(refuses(entry(empty, "auto"), "neither bluetoothd nor an adapter", "doctor"));
+    EXPECT_TRUE(refuses(entry(empty, "hci"), "without Bluetooth", "modprobe"));
+    EXPECT_TRUE(refuses(entry(empty, "bluez"), "bluetoothd does not run", "systemctl"));
+}
+
+}  // namespace
+}  // namespace nearcast::cli
