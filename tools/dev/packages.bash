@@ -3,12 +3,12 @@
 # Debian packages that the commands need.
 
 need_to_build() {
-    need g++ cmake ninja-build ccache nlohmann-json3-dev libcli11-dev "$@"
+    need g++ cmake ninja-build ccache nlohmann-json3-dev libcli11-dev libsystemd-dev "$@"
 }
 
 need_to_test() {
     need_to_build clang libclang-rt-dev llvm clang-format clang-tidy libgtest-dev librapidcheck-dev pkg-config \
-        binutils dpkg-dev file python3 groff-base shellcheck
+        binutils dpkg-dev file python3 groff-base shellcheck dbus-daemon
 }
 
 # need PACKAGE...: installs those that are missing. Where all are there it needs neither root nor a network.

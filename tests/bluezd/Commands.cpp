@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the test makes happen, a line each on standard input.
+#include "Daemon.h"
+
+#include <cstdio>
+#include <ctime>
+#include <sstream>
+
+namespace nearcast::bluezd {
+
+void Daemon::command(const std::string& line) {
+    std::istringstream words(line);
+    std::string verb;
+    std::string what;
+    words >> verb >> what;
+    bool known = true;
+    if (verb == "power") {
+        power(what == "on");
+    } else if (verb == "plug" || verb == "unplug") {
+        plug(verb == "plug");
+    } else if (verb == "mute" || verb == "unmute") {
+        mute_ = verb == "mute";
+    } else if (verb == "silence" || verb == "wake") {
+        Device* device = shop_.find(what);
+        known = device != nullptr;
+        if (known) device->silent = verb == "silence";
+    } else if (verb == "fail") {
+        failing_ = what;
+        known = static_cast<bool>(words >> failure_);
+    } else if (verb == "lose") {  // another client has upset the discovery: it is over, and ours is forgotten
+        discoverers_.clear();
+        setDiscovering(false);
+    } else if (verb == "quit") {
+        quit_ = true;
+    } else {
+        known = verb == "count";
+    }
+    if (verb == "count") {
+        std::printf("sent %llu\n", static_cast<unsigned long long>(sent_));
+    } else {
+        std::printf("%s\n", known ? "done" : "what?");
+    }
+    std::fflush(stdout);
+}
+
+void Daemon::power(bool on) {
+    if (!adapter_.present || adapter_.powered == on) return;
+    adapter_.powered = on;
+    if (!on) {
+        discoverers_.clear();
+        removeDevices();
+        setDiscovering(false);
+    }
+    signalAdapter("Powered", on);
+}
+
+void Daemon::plug(bool in) {
+    if (adapter_.present == in) return;
+    if (!in) {
+        discoverers_.clear();
+        removeDevices();
+        setDiscovering(false);
+        signalInterfacesRemoved(adapterPath, adapterInterface);
+    }
+    adapter_.present = in;
+    adapter_.powered = true;
+    if (in) signalInterfacesAdded(adapterPath, nullptr);
+}
+
+void Daemon::setDiscovering(bool on) {
+    if (adapter_.discovering == on) return;
+    adapter_.discovering = on;
+    signalAdapter("Discovering", on);
+    if (!on) {
+        shop_.stop();
+        return;
+    }
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    shop_.start(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
+}
+
+void Daemon::removeDevices() {
+    for (Device& device : shop_.devices()) {
+        if (device.shown) signalInterfacesRemoved(device.path.c_str(), deviceInterface);
+        device.shown = false;
+    }
+}
+
+void Daemon::signalInterfacesAdded(const char* path, const Device* device) {
+    sd_bus_message* raw = nullptr;
+    check(sd_bus_message_new_signal(bus_.get(), &raw, "/", objectsInterface, "InterfacesAdded"), "a signal");
+    const Message message(raw);
+    check(sd_bus_message_append(raw, "o", path), "a path");
+    if (device != nullptr) {
+        appendDeviceInterfaces(raw, *device);
+    } else {
+        appendAdapterInterfaces(raw, adapter_, options_.monitors);
+    }
+    send(raw);
+}
+
+void Daemon::signalInterfacesRemoved(const char* path, const char* interface) {
+    check(sd_bus_emit_signal(bus_.get(), "/", objectsInterface, "InterfacesRemoved", "oas", path, 1, interface),
+          "a signal");
+}
+
+void Daemon::signalAdapter(const char* property, bool value) {
+    sd_bus_message* raw = nullptr;
+    check(sd_bus_message_new_signal(bus_.get(), &raw, adapterPath, propertiesInterface, "PropertiesChanged"),
+          "a signal");
+    const Message message(raw);
+    check(sd_bus_message_append(raw, "s", adapterInterface), "an interface");
+    check(sd_bus_message_open_container(raw, 'a', "{sv}"), "the properties");
+    appendBoolean(raw, property, value);
+    check(sd_bus_message_close_container(raw), "the properties");
+    check(sd_bus_message_append(raw, "as", 0), "invalidated properties");
+    send(raw);
+}
+
+}  // namespace nearcast::bluezd
