@@ -29,10 +29,10 @@ bool anyAdapter(const Machine& machine, bool BusAdapter::*property) {
 
 /// bluetoothd runs and shows its objects, but there is no adapter among them.
 std::vector<Finding> noAdapterOnTheBus(const Machine& machine) {
-    const auto adapters = kernelAdapters(machine);
-    if (!adapters || adapters->empty()) return {};  // which is said already
+    const auto& adapters = machine.controllers().adapters;
+    if (adapters.empty()) return {};  // which is said already
     return {
-        {Level::fault, "bluetoothd shows no adapter although the kernel has " + adapters->front(),
+        {Level::fault, "bluetoothd shows no adapter although the kernel has " + adapters.front().name,
          "end the program that has taken it ('hci:N', or a virtual machine); else sudo systemctl restart bluetooth"}};
 }
 

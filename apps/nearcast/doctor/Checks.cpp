@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/Checks.h"
 
-#include "platform/radio/RadioString.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -16,7 +14,8 @@ constexpr Check all[] = {
     {"adapters", anyWay, Elsewhere::note, checkAdapters},
     {"rfkill", anyWay, Elsewhere::note, checkSwitches},
     {"capabilities", byUser, Elsewhere::note, checkTaking},
-    {"capabilities", byUser | byBeside, Elsewhere::note, checkListening},
+    {"capabilities", byBeside, Elsewhere::note, checkListening},
+    {"controllers", byUser, Elsewhere::nothing, checkUse},
     {"bus", byBluez, Elsewhere::note, checkBus},
     {"bluetoothd", byBluez, Elsewhere::note, checkDaemon},
     {"policy", byBluez, Elsewhere::note, checkPolicy},
@@ -32,11 +31,12 @@ constexpr Check all[] = {
 std::span<const Check> checks() { return all; }
 
 Way wayOf(std::string_view radio) {
-    const auto question = radio.find('?');
-    const std::string_view kind = radio.substr(0, std::min(question, radio.find(':')));
+    const auto question = std::min(radio.size(), radio.rfind('?'));
+    const std::string_view body = radio.substr(0, question);
+    const std::string_view kind = body.substr(0, body.find(':'));
     if (kind == "bluez" || kind == "none") return byBluez;
     if (kind != "hci") return noWay;
-    return RadioString::parse(radio).options.count("beside") != 0 ? byBeside : byUser;
+    return radio.substr(question).find("beside") != std::string_view::npos ? byBeside : byUser;
 }
 
 std::vector<CheckedFinding> examine(const Machine& machine, Way way) {

@@ -3,6 +3,7 @@
 
 #include "machine/Machine.h"
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -48,7 +49,6 @@ struct Check {
 std::span<const Check> checks();
 
 /// The way that a radio string takes. Where there is no radio at all it is BlueZ's, which asks least of its user.
-/// @throws std::invalid_argument for a text that is no radio string
 Way wayOf(std::string_view radio);
 
 struct CheckedFinding {
@@ -65,6 +65,7 @@ std::vector<Finding> checkAdapters(const Machine& machine);
 std::vector<Finding> checkSwitches(const Machine& machine);
 std::vector<Finding> checkTaking(const Machine& machine);     ///< CAP_NET_ADMIN
 std::vector<Finding> checkListening(const Machine& machine);  ///< CAP_NET_RAW
+std::vector<Finding> checkUse(const Machine& machine);        ///< whether controllers can be taken
 std::vector<Finding> checkBus(const Machine& machine);
 std::vector<Finding> checkDaemon(const Machine& machine);
 std::vector<Finding> checkPolicy(const Machine& machine);
@@ -73,5 +74,8 @@ std::vector<Finding> checkLowEnergy(const Machine& machine);
 std::vector<Finding> checkMonitors(const Machine& machine);
 std::vector<Finding> checkDiscovery(const Machine& machine);
 std::vector<Finding> checkSomebodyDiscovers(const Machine& machine);
+
+/// Why a controller cannot be taken although everything else is right; nothing: it can be.
+std::optional<Finding> inUse(const HciAdapter& adapter);
 
 }  // namespace nearcast::cli

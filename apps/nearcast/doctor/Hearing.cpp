@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/Hearing.h"
 
+#include "doctor/Text.h"
 #include "platform/hciformat/RawReport.h"
 #include "scenario/Line.h"
 
@@ -13,17 +14,6 @@ namespace {
 
 constexpr std::size_t addressOctets = 6;
 constexpr std::string_view nameMarker = "QX";
-
-std::string addressText(std::span<const std::uint8_t> octets) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string text;
-    for (const std::uint8_t octet : octets) {
-        if (!text.empty()) text.push_back(':');
-        text.push_back(digits[octet >> 4]);
-        text.push_back(digits[octet & 15]);
-    }
-    return text;
-}
 
 bool hasDongleService(const AdvertisingReport& report) {
     static const CBUUID service = CBUUID::UUIDWithString(scenario::dongleService);

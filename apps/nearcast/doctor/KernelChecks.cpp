@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/Checks.h"
+#include "doctor/Text.h"
 #include "machine/Facts.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 
 namespace nearcast::cli {
 
@@ -18,15 +21,17 @@ std::string joined(const std::vector<std::string>& texts) {
     return all;
 }
 
-bool hasAdapters(const Machine& machine) {
-    const auto adapters = kernelAdapters(machine);
-    return adapters && !adapters->empty();
+/// One that has not been asked yet may have it.
+bool hasLowEnergy(const HciAdapter& adapter) { return adapter.lowEnergy.value_or(true); }
+
+std::string nameOf(const HciAdapter& adapter) {
+    const bool asked = adapter.address != DeviceAddress{};  // the kernel asks a controller when it first wakes it
+    return adapter.name + " (" + (asked ? addressText(adapter.address) + ", " : "") + std::string(adapter.bus) + ")";
 }
 
-Finding missing(const std::string& capability, const std::string& use) {
-    return {
-        Level::fault, "without " + capability + ", so " + use,
-        "sudo setcap cap_net_raw,cap_net_admin+eip \"$(command -v nearcast)\" (or your program), or run it as root"};
+Finding missing(const Machine& machine, const std::string& capability, const std::string& use) {
+    return {Level::fault, "without " + capability + ", so " + use,
+            "sudo setcap cap_net_raw,cap_net_admin+eip " + machine.program() + ", or run it as root"};
 }
 
 }  // namespace
@@ -34,7 +39,12 @@ Finding missing(const std::string& capability, const std::string& use) {
 std::vector<Finding> checkKernel(const Machine& machine) {
     const std::string release = machine.file("/proc/sys/kernel/osrelease").value_or("of an unknown release\n");
     const std::string name = "Linux " + release.substr(0, release.find('\n'));
-    if (machine.folder("/sys/class/bluetooth")) return {{Level::good, name + " with Bluetooth", ""}};
+    const int error = machine.controllers().error;
+    if (error == 0) return {{Level::good, name + " with Bluetooth", ""}};
+    if (error != EAFNOSUPPORT) {
+        return {{Level::fault, name + " does not say which adapters it has: " + std::strerror(error),
+                 "a sandbox or a container may forbid Bluetooth sockets: try it outside"}};
+    }
     return {{Level::fault, name + " without Bluetooth: the module 'bluetooth' is not loaded",
              "sudo modprobe bluetooth btusb; in a container or a virtual machine the host must pass its adapter on"}};
 }
@@ -45,15 +55,28 @@ std::vector<Finding> checkDrivers(const Machine& machine) {
         if (machine.folder(std::string("/sys/module/") + driver)) loaded.emplace_back(driver);
     }
     if (!loaded.empty()) return {{Level::good, joined(loaded), ""}};
-    if (hasAdapters(machine)) return {{Level::note, "none of those that are usual", ""}};
+    if (!machine.controllers().adapters.empty()) return {{Level::note, "none of those that are usual", ""}};
     return {{Level::fault, "no driver of Bluetooth controllers is loaded",
              "sudo modprobe btusb (a dongle or card on USB) or hci_uart (a chip on a serial line)"}};
 }
 
 std::vector<Finding> checkAdapters(const Machine& machine) {
-    if (hasAdapters(machine)) return {{Level::good, joined(*kernelAdapters(machine)), ""}};
-    return {{Level::fault, "the kernel knows no Bluetooth adapter",
-             "plug one in; if it is in, 'sudo dmesg | grep -i -e bluetooth -e firmware' tells what it lacks"}};
+    const auto& adapters = machine.controllers().adapters;
+    if (adapters.empty()) {
+        return {{Level::fault, "the kernel knows no Bluetooth adapter",
+                 "plug one in; if it is in, 'sudo dmesg | grep -i -e bluetooth -e firmware' tells what it lacks"}};
+    }
+    const bool one = std::any_of(adapters.begin(), adapters.end(), [](const auto& any) { return hasLowEnergy(any); });
+    std::vector<Finding> findings;
+    for (const HciAdapter& adapter : adapters) {
+        if (hasLowEnergy(adapter)) {
+            findings.push_back({Level::good, nameOf(adapter), ""});
+        } else {
+            findings.push_back({one ? Level::note : Level::fault, nameOf(adapter) + " cannot listen to Low Energy",
+                                "use an adapter of Bluetooth 4.0 or later"});
+        }
+    }
+    return findings;
 }
 
 std::vector<Finding> checkSwitches(const Machine& machine) {
@@ -75,13 +98,27 @@ std::vector<Finding> checkSwitches(const Machine& machine) {
 }
 
 std::vector<Finding> checkTaking(const Machine& machine) {
-    if (socketCapabilities(machine).netAdmin) return {{Level::good, "CAP_NET_ADMIN is there", ""}};
-    return {missing("CAP_NET_ADMIN", "'hci' cannot take a controller")};
+    if (machine.capabilities().netAdmin) return {{Level::good, "CAP_NET_ADMIN is there", ""}};
+    return {missing(machine, "CAP_NET_ADMIN", "'hci:N' cannot take a controller")};
 }
 
 std::vector<Finding> checkListening(const Machine& machine) {
-    if (socketCapabilities(machine).netRaw) return {{Level::good, "CAP_NET_RAW is there", ""}};
-    return {missing("CAP_NET_RAW", "'hci' would hear nothing")};
+    if (machine.capabilities().netRaw) return {{Level::good, "CAP_NET_RAW is there", ""}};
+    return {missing(machine, "CAP_NET_RAW", "'hci:N?beside' would hear nothing")};
+}
+
+std::vector<Finding> checkUse(const Machine& machine) {
+    std::vector<Finding> findings;
+    for (const HciAdapter& adapter : machine.controllers().adapters) {
+        if (const auto fault = inUse(adapter)) findings.push_back(*fault);
+    }
+    return findings;
+}
+
+std::optional<Finding> inUse(const HciAdapter& adapter) {
+    if (!adapter.up) return std::nullopt;
+    return Finding{Level::fault, adapter.name + " is in use, most likely by bluetoothd",
+                   "bluetoothctl power off, or sudo systemctl stop bluetooth; or listen by 'bluez'"};
 }
 
 }  // namespace nearcast::cli

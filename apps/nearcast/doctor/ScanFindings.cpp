@@ -2,23 +2,11 @@
 #include "doctor/ScanFindings.h"
 
 #include "RadioWords.h"
-
-#include <array>
-#include <cstdio>
+#include "doctor/Text.h"
 
 namespace nearcast::cli {
 
 namespace {
-
-std::string decimals(double value) {
-    std::array<char, 48> text{};
-    std::snprintf(text.data(), text.size(), "%.1f", value);
-    return text.data();
-}
-
-std::string counted(std::uint64_t count, const std::string& what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 Finding radioFinding(const Hearing& hearing, const RadioHealth& health) {
     if (health.state != CBManagerStatePoweredOn) {

@@ -11,9 +11,6 @@
 
 namespace nearcast::cli {
 
-/// The Bluetooth adapters that the kernel has, by name: "hci0". Nothing: the kernel has no Bluetooth.
-std::optional<std::vector<std::string>> kernelAdapters(const Machine& machine);
-
 /// A switch of the kernel's rfkill that belongs to Bluetooth.
 struct RadioSwitch {
     std::string name;   ///< "hci0", or that of a switch of the whole machine
@@ -22,13 +19,6 @@ struct RadioSwitch {
     [[nodiscard]] bool blocked() const { return soft || hard; }
 };
 std::vector<RadioSwitch> bluetoothSwitches(const Machine& machine);
-
-/// Which of the capabilities that Bluetooth sockets ask for this process has (capabilities(7)).
-struct SocketCapabilities {
-    bool netAdmin = false;  ///< to take a controller
-    bool netRaw = false;    ///< to hear on a raw socket
-};
-SocketCapabilities socketCapabilities(const Machine& machine);
 
 /// The bluetoothd that owns its name on the bus.
 struct Daemon {

@@ -59,6 +59,11 @@ std::optional<std::string> LinuxMachine::versionOf(const std::string& program) c
     return version;
 }
 
+const HciAdapterList& LinuxMachine::controllers() const {
+    if (!controllers_) controllers_ = hciAdapters();
+    return *controllers_;
+}
+
 const BusReading& LinuxMachine::bus() const {
     if (!bus_) bus_ = readBus();
     return *bus_;

@@ -11,9 +11,13 @@ public:
     [[nodiscard]] std::optional<std::string> file(const std::string& path) const override;
     [[nodiscard]] std::optional<std::vector<std::string>> folder(const std::string& path) const override;
     [[nodiscard]] std::optional<std::string> versionOf(const std::string& program) const override;
+    [[nodiscard]] const HciAdapterList& controllers() const override;
+    [[nodiscard]] Capabilities capabilities() const override { return ownCapabilities(); }
+    [[nodiscard]] std::string program() const override { return ownProgram(); }
     [[nodiscard]] const BusReading& bus() const override;
 
 private:
+    mutable std::optional<HciAdapterList> controllers_;
     mutable std::optional<BusReading> bus_;
 };
 

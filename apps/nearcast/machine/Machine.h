@@ -2,6 +2,8 @@
 #pragma once
 
 #include "machine/BusReading.h"
+#include "platform/hci/Capabilities.h"
+#include "platform/hci/HciAdapters.h"
 
 #include <optional>
 #include <string>
@@ -20,6 +22,12 @@ public:
     /// What a program prints when it is asked for its version; nothing when it is not there.
     /// @param program an absolute path
     [[nodiscard]] virtual std::optional<std::string> versionOf(const std::string& program) const = 0;
+    /// The controllers that the kernel has; read once, at the first call.
+    [[nodiscard]] virtual const HciAdapterList& controllers() const = 0;
+    /// What this process may do with them.
+    [[nodiscard]] virtual Capabilities capabilities() const = 0;
+    /// The path of this program.
+    [[nodiscard]] virtual std::string program() const = 0;
     /// Read once, at the first call.
     [[nodiscard]] virtual const BusReading& bus() const = 0;
 };

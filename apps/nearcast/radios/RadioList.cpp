@@ -39,18 +39,26 @@ void addBluez(const Machine& machine, std::vector<RadioEntry>& entries) {
     }
 }
 
-void addController(const Machine& machine, const std::string& name, std::vector<RadioEntry>& entries) {
-    const std::string radio = "hci:" + name.substr(3);
-    auto fault = faultIn(machine, {checkSwitches, checkTaking, checkListening});
-    entries.push_back(entryFor(radio, name + " for nearcast alone, without bluetoothd", fault));
-    fault = faultIn(machine, {checkSwitches, checkListening, checkSomebodyDiscovers});
-    entries.push_back(entryFor(radio + "?beside", name + ", listening to what others discover", fault));
+std::optional<Finding> blockOf(const HciAdapter& adapter) {
+    if (adapter.blocked.hard) return Finding{Level::fault, adapter.name + " is switched off at the machine", ""};
+    if (!adapter.blocked.soft) return std::nullopt;
+    return Finding{Level::fault, adapter.name + " is blocked", "sudo rfkill unblock bluetooth"};
+}
+
+void addController(const Machine& machine, const HciAdapter& adapter, std::vector<RadioEntry>& entries) {
+    const std::string radio = "hci:" + std::to_string(adapter.index);
+    const auto block = blockOf(adapter);
+    auto alone = block ? block : faultIn(machine, {checkTaking});
+    if (!alone) alone = inUse(adapter);
+    entries.push_back(entryFor(radio, adapter.name + " for nearcast alone, without bluetoothd", alone));
+    const auto beside = block ? block : faultIn(machine, {checkListening, checkSomebodyDiscovers});
+    entries.push_back(entryFor(radio + "?beside", adapter.name + ", listening to what others discover", beside));
 }
 
 void addHci(const Machine& machine, std::vector<RadioEntry>& entries) {
-    const auto names = kernelAdapters(machine).value_or(std::vector<std::string>());
-    for (const std::string& name : names) addController(machine, name, entries);
-    if (names.empty()) entries.push_back(entryFor("hci", "", faultIn(machine, {checkKernel, checkAdapters})));
+    const auto& adapters = machine.controllers().adapters;
+    for (const HciAdapter& adapter : adapters) addController(machine, adapter, entries);
+    if (adapters.empty()) entries.push_back(entryFor("hci", "", faultIn(machine, {checkKernel, checkAdapters})));
 }
 
 RadioEntry automatic(const Machine& machine, const std::vector<RadioEntry>& others) {

@@ -31,7 +31,7 @@ TEST(Checks, WhatIsWrongElsewhereIsANote) {
     machine.reading = {};
     EXPECT_EQ(worstOf(examine(machine, byBluez), "bluetoothd"), Level::fault);
     EXPECT_EQ(worstOf(examine(machine, byUser), "bluetoothd"), Level::note);
-    machine.files["/proc/self/status"] = "CapEff:\t0000000000000000\n";
+    machine.allowed = {};
     EXPECT_EQ(worstOf(examine(machine, byUser), "capabilities"), Level::fault);
     EXPECT_EQ(worstOf(examine(machine, byBluez), "capabilities"), Level::note);
 }
@@ -47,6 +47,9 @@ TEST(Checks, TheRadioStringTellsTheWay) {
     EXPECT_EQ(wayOf("bluez"), byBluez);
     EXPECT_EQ(wayOf("bluez:hci1"), byBluez);
     EXPECT_EQ(wayOf("none"), byBluez);
+    EXPECT_EQ(wayOf("hci"), byUser);
+    EXPECT_EQ(wayOf("hci:1"), byUser);
+    EXPECT_EQ(wayOf("hci:0?beside"), byBeside);
     EXPECT_EQ(wayOf("simulator?speed=max"), noWay);
     EXPECT_EQ(wayOf("replay:hci.btsnoop"), noWay);
 }
@@ -55,8 +58,8 @@ TEST(AutomaticRadio, IsBluezWhereTheBusHasItElseTheFirstControllerElseNone) {
     FakeMachine machine = goodMachine();
     EXPECT_EQ(automaticRadio(machine), "bluez");
     machine.reading.bluetoothd = false;
-    machine.files["/sys/class/bluetooth/hci2/uevent"] = "";
-    EXPECT_EQ(automaticRadio(machine), "hci:0");
+    machine.kernel.adapters = {controller(2), controller(3)};
+    EXPECT_EQ(automaticRadio(machine), "hci:2");
     EXPECT_EQ(automaticRadio(FakeMachine()), "none");
 }
 

@@ -15,6 +15,8 @@ class FakeMachine : public Machine {
 public:
     std::map<std::string, std::string> files;
     std::map<std::string, std::string> versions;
+    HciAdapterList kernel;
+    Capabilities allowed;
     BusReading reading;
 
     [[nodiscard]] std::optional<std::string> file(const std::string& path) const override {
@@ -36,18 +38,29 @@ public:
         const auto found = versions.find(program);
         return found == versions.end() ? std::nullopt : std::optional(found->second);
     }
+    [[nodiscard]] const HciAdapterList& controllers() const override { return kernel; }
+    [[nodiscard]] Capabilities capabilities() const override { return allowed; }
+    [[nodiscard]] std::string program() const override { return "/usr/bin/nearcast"; }
     [[nodiscard]] const BusReading& bus() const override { return reading; }
 };
+
+/// A controller that nothing is wrong with.
+inline HciAdapter controller(int index) {
+    HciAdapter adapter;
+    adapter.index = index;
+    adapter.name = "hci" + std::to_string(index);
+    adapter.address = {0x02, 0x4E, 0x43, 0x00, 0x00, 0xAA};
+    adapter.bus = "USB";
+    adapter.lowEnergy = true;
+    return adapter;
+}
 
 /// A machine on which everything is as it should be: one adapter, and bluetoothd.
 inline FakeMachine goodMachine() {
     FakeMachine machine;
     machine.files = {
         {"/proc/sys/kernel/osrelease", "6.1.0-18-amd64\n"},
-        {"/proc/self/status", "Name:\tnearcast\nCapEff:\t0000000000003000\nCapBnd:\t000001ffffffffff\n"},
         {"/proc/412/cmdline", std::string("/usr/libexec/bluetooth/bluetoothd\0", 34)},
-        {"/sys/class/bluetooth/hci0/uevent", "DEVTYPE=host\n"},
-        {"/sys/class/bluetooth/hci0:11/uevent", "DEVTYPE=link\n"},
         {"/sys/module/btusb/refcnt", "1\n"},
         {"/sys/class/rfkill/rfkill0/type", "wlan\n"},
         {"/sys/class/rfkill/rfkill0/soft", "1\n"},
@@ -57,6 +70,8 @@ inline FakeMachine goodMachine() {
         {"/sys/class/rfkill/rfkill1/hard", "0\n"},
     };
     machine.versions = {{"/usr/libexec/bluetooth/bluetoothd", "5.66"}};
+    machine.kernel.adapters = {controller(0)};
+    machine.allowed = {true, true};
     machine.reading.bluetoothd = true;
     machine.reading.process = 412;
     machine.reading.adapters = {{"hci0", "02:4E:43:00:00:AA", true, false, true, true}};

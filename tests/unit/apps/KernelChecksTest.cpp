@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 namespace nearcast::cli {
 namespace {
 
@@ -22,9 +24,13 @@ TEST_F(KernelChecks, AKernelWithBluetoothIsNamed) {
 }
 
 TEST_F(KernelChecks, AKernelWithoutBluetoothIsAFault) {
-    machine_.files.erase("/sys/class/bluetooth/hci0/uevent");
-    machine_.files.erase("/sys/class/bluetooth/hci0:11/uevent");
+    machine_.kernel = {{}, EAFNOSUPPORT};
     EXPECT_TRUE(says(checkKernel(machine_).at(0), Level::fault, "without Bluetooth", "modprobe bluetooth"));
+}
+
+TEST_F(KernelChecks, AKernelThatMayNotBeAskedIsAFault) {
+    machine_.kernel = {{}, EPERM};
+    EXPECT_TRUE(says(checkKernel(machine_).at(0), Level::fault, "Operation not permitted", "sandbox"));
 }
 
 TEST_F(KernelChecks, LoadedDriversAreNamed) {
@@ -35,18 +41,29 @@ TEST_F(KernelChecks, LoadedDriversAreNamed) {
 TEST_F(KernelChecks, NoDriverIsAFaultOnlyWhereThereIsNoAdapter) {
     machine_.files.erase("/sys/module/btusb/refcnt");
     EXPECT_EQ(checkDrivers(machine_).at(0).level, Level::note);
-    machine_.files.erase("/sys/class/bluetooth/hci0/uevent");
+    machine_.kernel.adapters.clear();
     EXPECT_TRUE(says(checkDrivers(machine_).at(0), Level::fault, "no driver", "modprobe btusb"));
 }
 
-TEST_F(KernelChecks, AdaptersAreNamedWithoutTheirConnections) {
-    machine_.files["/sys/class/bluetooth/hci10/uevent"] = "";
-    machine_.files["/sys/class/bluetooth/hci2/uevent"] = "";
-    EXPECT_EQ(checkAdapters(machine_).at(0).text, "hci0, hci2, hci10");
+TEST_F(KernelChecks, AdaptersAreNamedWithAddressAndBus) {
+    machine_.kernel.adapters.push_back(controller(1));
+    machine_.kernel.adapters[1].address = {};
+    const auto findings = checkAdapters(machine_);
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_EQ(findings[0].text, "hci0 (02:4E:43:00:00:AA, USB)");
+    EXPECT_EQ(findings[1].text, "hci1 (USB)");
+}
+
+TEST_F(KernelChecks, AnAdapterWithoutLowEnergyIsAFaultUnlessAnotherHasIt) {
+    machine_.kernel.adapters[0].lowEnergy = false;
+    EXPECT_TRUE(says(checkAdapters(machine_).at(0), Level::fault, "cannot listen to Low Energy", "Bluetooth 4.0"));
+    machine_.kernel.adapters.push_back(controller(1));
+    EXPECT_TRUE(says(checkAdapters(machine_).at(0), Level::note, "cannot listen to Low Energy"));
+    EXPECT_EQ(checkAdapters(machine_).at(1).level, Level::good);
 }
 
 TEST_F(KernelChecks, NoAdapterIsAFault) {
-    machine_.files.erase("/sys/class/bluetooth/hci0/uevent");
+    machine_.kernel.adapters.clear();
     EXPECT_TRUE(says(checkAdapters(machine_).at(0), Level::fault, "knows no Bluetooth adapter", "plug one in"));
 }
 
@@ -74,19 +91,18 @@ TEST_F(KernelChecks, ABlockIsARemarkWhereAnotherAdapterIsOpen) {
 }
 
 TEST_F(KernelChecks, EachCapabilityIsAskedForByItself) {
+    machine_.allowed = {true, false};
     EXPECT_EQ(checkTaking(machine_).at(0).level, Level::good);
-    EXPECT_EQ(checkListening(machine_).at(0).level, Level::good);
-    machine_.files["/proc/self/status"] = "CapEff:\t0000000000001000\n";  // bit 12: CAP_NET_ADMIN
-    EXPECT_EQ(checkTaking(machine_).at(0).level, Level::good);
-    EXPECT_TRUE(says(checkListening(machine_).at(0), Level::fault, "CAP_NET_RAW", "setcap"));
-    machine_.files["/proc/self/status"] = "CapEff:\t0000000000002000\n";  // bit 13: CAP_NET_RAW
-    EXPECT_TRUE(says(checkTaking(machine_).at(0), Level::fault, "CAP_NET_ADMIN", "setcap"));
+    EXPECT_TRUE(says(checkListening(machine_).at(0), Level::fault, "CAP_NET_RAW", "+eip /usr/bin/nearcast"));
+    machine_.allowed = {false, true};
+    EXPECT_TRUE(says(checkTaking(machine_).at(0), Level::fault, "CAP_NET_ADMIN", "+eip /usr/bin/nearcast"));
     EXPECT_EQ(checkListening(machine_).at(0).level, Level::good);
 }
 
-TEST_F(KernelChecks, WithoutAStatusThereAreNoCapabilities) {
-    machine_.files.erase("/proc/self/status");
-    EXPECT_EQ(checkTaking(machine_).at(0).level, Level::fault);
+TEST_F(KernelChecks, AControllerThatIsInUseCannotBeTaken) {
+    EXPECT_TRUE(checkUse(machine_).empty());
+    machine_.kernel.adapters[0].up = true;
+    EXPECT_TRUE(says(checkUse(machine_).at(0), Level::fault, "hci0 is in use", "power off"));
 }
 
 }  // namespace

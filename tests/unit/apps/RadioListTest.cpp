@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 namespace nearcast::cli {
 namespace {
 
@@ -46,10 +48,19 @@ TEST_F(RadioList, AnAdapterThatIsOffDoesNotOpenByBluez) {
 }
 
 TEST_F(RadioList, WithoutCapabilitiesTheControllerDoesNotOpen) {
-    machine_.files["/proc/self/status"] = "CapEff:\t0000000000000000\n";
+    machine_.allowed = {};
     EXPECT_TRUE(refuses(entry(machine_, "hci:0"), "CAP_NET_ADMIN", "setcap"));
     EXPECT_TRUE(refuses(entry(machine_, "hci:0?beside"), "CAP_NET_RAW", "setcap"));
     EXPECT_TRUE(entry(machine_, "bluez").opens);
+}
+
+TEST_F(RadioList, AControllerThatIsInUseOrBlockedDoesNotOpen) {
+    machine_.kernel.adapters[0].up = true;
+    EXPECT_TRUE(refuses(entry(machine_, "hci:0"), "in use", "power off"));
+    machine_.kernel.adapters[0].blocked.soft = true;
+    EXPECT_TRUE(refuses(entry(machine_, "hci:0"), "hci0 is blocked", "rfkill unblock"));
+    machine_.kernel.adapters[0].blocked.hard = true;
+    EXPECT_TRUE(refuses(entry(machine_, "hci:0?beside"), "switched off at the machine", ""));
 }
 
 TEST_F(RadioList, ListeningBesideOpensWhileSomebodyDiscovers) {
@@ -59,7 +70,8 @@ TEST_F(RadioList, ListeningBesideOpensWhileSomebodyDiscovers) {
 }
 
 TEST_F(RadioList, WithoutAnythingTheAutomaticRadioIsNone) {
-    const FakeMachine empty;
+    FakeMachine empty;
+    empty.kernel.error = EAFNOSUPPORT;
     EXPECT_TRUE(refuses(entry(empty, "auto"), "neither bluetoothd nor an adapter", "doctor"));
     EXPECT_TRUE(refuses(entry(empty, "hci"), "without Bluetooth", "modprobe"));
     EXPECT_TRUE(refuses(entry(empty, "bluez"), "bluetoothd does not run", "systemctl"));
