@@ -34,10 +34,11 @@ std::string stateInWords(const RadioHealth& health) {
 }
 
 std::string healthInWords(const RadioHealth& health, double now) {
-    std::string text = stateInWords(health) + " for " + decimals(std::max(0.0, now - health.since)) + " s, ";
+    std::string text = stateName(health.state) + " for " + decimals(std::max(0.0, now - health.since)) + " s, ";
     text += decimals(health.reportsPerSecond) + " reports/s, ";
     text += health.lastReportAge ? "last " + decimals(*health.lastReportAge) + " s ago" : "nothing heard yet";
-    return text + ", " + std::to_string(health.restarts) + (health.restarts == 1 ? " restart" : " restarts");
+    text += ", " + std::to_string(health.restarts) + (health.restarts == 1 ? " restart" : " restarts");
+    return text + (health.why.empty() ? "" : ": " + health.why);
 }
 
 bool differs(const RadioHealth& left, const RadioHealth& right) {

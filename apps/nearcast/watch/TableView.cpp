@@ -120,10 +120,18 @@ private:
         return text + values.data();
     }
 
+    /// The reason has a line of its own: a narrow terminal would cut it off.
+    void drawHealth(double now, std::size_t width) {
+        RadioHealth health = health_;
+        health.why.clear();
+        line("Radio " + healthInWords(health, now), width);
+        if (!health_.why.empty()) line("      " + health_.why, width);
+    }
+
     void draw(double now) {
         const Size size = terminalSize();
         const std::size_t width = size.columns - 1;
-        const std::size_t room = size.rows > 6 ? size.rows - 6 : 1;
+        const std::size_t room = size.rows > 7 ? size.rows - 7 : 1;
         line(column("PORT", 19) + column("TYPE", 9) + column("ADDRESS", 18) + column("  SIGNAL", 10) +
                  column("", barWidth + 4) + "AGE",
              width);
@@ -132,7 +140,7 @@ private:
             line(describe(*entries[index], now), width);
         }
         if (entries.size() > room) line("... and " + std::to_string(entries.size() - room) + " more", width);
-        line("Radio " + healthInWords(health_, now), width);
+        drawHealth(now, width);
         std::array<char, 80> foot{};
         std::snprintf(foot.data(), foot.size(), "%.1f s, %llu reports. Ctrl-C ends.", now,
                       static_cast<unsigned long long>(reports_));

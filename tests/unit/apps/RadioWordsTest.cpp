@@ -25,7 +25,7 @@ TEST(RadioWords, TellWhyTheRadioIsBlind) {
     health.why = "blocked by rfkill";
     health.restarts = 1;
     EXPECT_EQ(healthInWords(health, 3),
-              "powered off (blocked by rfkill) for 3.0 s, 0.0 reports/s, nothing heard yet, 1 restart");
+              "powered off for 3.0 s, 0.0 reports/s, nothing heard yet, 1 restart: blocked by rfkill");
 }
 
 TEST(RadioWords, AStateOfTheFutureIsItsNumber) { EXPECT_EQ(stateName(static_cast<CBManagerState>(17)), "17"); }
