@@ -111,7 +111,8 @@ std::vector<Finding> checkSomebodyDiscovers(const Machine& machine) {
     if (anyAdapter(machine, &BusAdapter::discovering)) {
         return {{Level::good, "somebody discovers, which 'hci?beside' listens to", ""}};
     }
-    return {{Level::fault, "nobody discovers, so that 'hci?beside' has nothing to listen to",
+    // Only a remark: somebody may scan without bluetoothd.
+    return {{Level::remark, "nobody discovers, so that 'hci?beside' has nothing to listen to",
              "let another program discover (bluetoothctl scan le), or listen by 'bluez' or 'hci:N'"}};
 }
 

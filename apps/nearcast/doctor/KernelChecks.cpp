@@ -41,7 +41,7 @@ std::vector<Finding> checkKernel(const Machine& machine) {
     const std::string name = "Linux " + release.substr(0, release.find('\n'));
     const int error = machine.controllers().error;
     if (error == 0) return {{Level::good, name + " with Bluetooth", ""}};
-    if (error != EAFNOSUPPORT) {
+    if (error != EAFNOSUPPORT && error != EPROTONOSUPPORT) {
         return {{Level::fault, name + " does not say which adapters it has: " + std::strerror(error),
                  "a sandbox or a container may forbid Bluetooth sockets: try it outside"}};
     }

@@ -51,7 +51,8 @@ void addController(const Machine& machine, const HciAdapter& adapter, std::vecto
     auto alone = block ? block : faultIn(machine, {checkTaking});
     if (!alone) alone = inUse(adapter);
     entries.push_back(entryFor(radio, adapter.name + " for nearcast alone, without bluetoothd", alone));
-    const auto beside = block ? block : faultIn(machine, {checkListening, checkSomebodyDiscovers});
+    auto beside = block ? block : faultIn(machine, {checkListening});
+    if (!beside && !adapter.up) beside = Finding{Level::fault, adapter.name + " is off", "bluetoothctl power on"};
     entries.push_back(entryFor(radio + "?beside", adapter.name + ", listening to what others discover", beside));
 }
 

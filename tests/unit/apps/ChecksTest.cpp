@@ -37,7 +37,7 @@ TEST(Checks, WhatIsWrongElsewhereIsANote) {
 }
 
 TEST(Checks, ListeningBesideNeedsADiscoveryThatOthersDoNot) {
-    EXPECT_EQ(worstOf(examine(goodMachine(), byBeside), "discovery"), Level::fault);
+    EXPECT_EQ(worstOf(examine(goodMachine(), byBeside), "discovery"), Level::remark);
     EXPECT_EQ(worstOf(examine(goodMachine(), byUser), "discovery"), Level::good);
 }
 

@@ -63,9 +63,9 @@ TEST_F(RadioList, AControllerThatIsInUseOrBlockedDoesNotOpen) {
     EXPECT_TRUE(refuses(entry(machine_, "hci:0?beside"), "switched off at the machine", ""));
 }
 
-TEST_F(RadioList, ListeningBesideOpensWhileSomebodyDiscovers) {
-    EXPECT_TRUE(refuses(entry(machine_, "hci:0?beside"), "nobody discovers", "scan"));
-    machine_.reading.adapters[0].discovering = true;
+TEST_F(RadioList, ListeningBesideOpensWhileTheAdapterIsOn) {
+    EXPECT_TRUE(refuses(entry(machine_, "hci:0?beside"), "hci0 is off", "power on"));
+    machine_.kernel.adapters[0].up = true;
     EXPECT_TRUE(entry(machine_, "hci:0?beside").opens);
 }
 
