@@ -78,9 +78,9 @@ void HearingCounter::heard(const AdvertisingReport& report, Time at) {
     DongleHearing& hearing = dongle.hearing;
     if (hearing.reports++ != 0) hearing.longestGap = std::max(hearing.longestGap, secondsOf(at - dongle.last));
     dongle.last = at;
-    hearing.services += service ? 1 : 0;
-    hearing.payloads += addressInPayload(report) ? 1 : 0;
-    hearing.names += addressInName(report) ? 1 : 0;
+    hearing.services += service ? 1U : 0U;
+    hearing.payloads += addressInPayload(report) ? 1U : 0U;
+    hearing.names += addressInName(report) ? 1U : 0U;
     if (report.RSSI == noRSSI) return;
     ++hearing.signals;
     dongle.sumRSSI += report.RSSI;
