@@ -32,6 +32,12 @@ struct DoctorArguments {
     bool json = false;
 };
 
+/// Somebody may be reading along.
+void say(const std::string& text) {
+    writeOut(text);
+    finishOut();
+}
+
 /// Tells what it finds as it finds it, or all in the end as JSON.
 class Doctor {
 public:
@@ -51,11 +57,6 @@ public:
     }
 
 private:
-    void say(const std::string& text) {
-        writeOut(text);
-        finishOut();
-    }
-
     void add(CheckedFinding finding) {
         if (!arguments_.json) say(findingInColumns(finding));
         diagnosis_.findings.push_back(std::move(finding));

@@ -56,6 +56,7 @@ void Listening::end() {
     opened_.monitor->setHealthChanged({});
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): everything that is heard is heard in here
 bool Listening::runFor(double seconds) {
     if (interrupted()) return false;
     const bool more = opened_.drive->runFor(Time(std::llround(seconds * 1e6)));
