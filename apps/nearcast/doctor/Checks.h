@@ -43,6 +43,7 @@ struct Check {
     unsigned ways = anyWay;
     Elsewhere elsewhere = Elsewhere::note;
     std::vector<Finding> (*look)(const Machine& machine);
+    bool hardware = false;  ///< about what an adapter that bluetoothd shows powered on must have
 };
 
 /// All of them, in the order from the hardware up.

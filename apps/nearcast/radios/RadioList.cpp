@@ -30,7 +30,8 @@ RadioEntry entryFor(std::string radio, std::string about, const std::optional<Fi
 }
 
 void addBluez(const Machine& machine, std::vector<RadioEntry>& entries) {
-    const auto fault = faultIn(machine, {checkBus, checkDaemon, checkPolicy, checkAdapters, checkPower});
+    auto fault = faultIn(machine, {checkBus, checkDaemon, checkPolicy, checkPower});
+    if (!fault && machine.bus().adapters.empty()) fault = faultIn(machine, {checkAdapters});
     entries.push_back(entryFor("bluez", "bluetoothd, by the first adapter that is powered on", fault));
     for (const BusAdapter& adapter : machine.bus().adapters) {
         std::optional<Finding> off;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace nearcast::cli {
 namespace {
@@ -34,6 +35,16 @@ TEST(Checks, WhatIsWrongElsewhereIsANote) {
     machine.allowed = {};
     EXPECT_EQ(worstOf(examine(machine, byUser), "capabilities"), Level::fault);
     EXPECT_EQ(worstOf(examine(machine, byBluez), "capabilities"), Level::note);
+}
+
+TEST(Checks, InAContainerThatHasTheBusAloneTheKernelDoesNotMatterToBluez) {
+    FakeMachine machine = goodMachine();
+    machine.kernel = {{}, EAFNOSUPPORT};
+    machine.files.erase("/sys/module/btusb/refcnt");
+    EXPECT_EQ(worstOf(examine(machine, byBluez), "kernel"), Level::note);
+    EXPECT_EQ(worstOf(examine(machine, byUser), "kernel"), Level::fault);
+    machine.reading.adapters[0].powered = false;
+    EXPECT_EQ(worstOf(examine(machine, byBluez), "kernel"), Level::fault);
 }
 
 TEST(Checks, ListeningBesideNeedsADiscoveryThatOthersDoNot) {

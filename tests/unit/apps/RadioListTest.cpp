@@ -54,6 +54,13 @@ TEST_F(RadioList, WithoutCapabilitiesTheControllerDoesNotOpen) {
     EXPECT_TRUE(entry(machine_, "bluez").opens);
 }
 
+TEST_F(RadioList, BluezOpensInAContainerThatHasTheBusAlone) {
+    machine_.kernel = {{}, EAFNOSUPPORT};
+    EXPECT_TRUE(entry(machine_, "bluez").opens);
+    machine_.reading.adapters.clear();
+    EXPECT_TRUE(refuses(entry(machine_, "bluez"), "knows no Bluetooth adapter", "plug one in"));
+}
+
 TEST_F(RadioList, AControllerThatIsInUseOrBlockedDoesNotOpen) {
     machine_.kernel.adapters[0].up = true;
     EXPECT_TRUE(refuses(entry(machine_, "hci:0"), "in use", "power off"));
