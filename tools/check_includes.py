@@ -63,7 +63,8 @@ RULES = {
     "src/platform/simulator": rule(PARTS, os=True),
     "src/platform/replay": rule(PARTS + ["scenario"], os=True),  # recordings are written in the scenario's lines
     "src/platform/system": rule(PARTS, os=True),
-    "src/platform/bluez": rule(PARTS, os=True, third_party=["systemd"]),
+    # They run on threads of their own, with the machine's clock.
+    "src/platform/bluez": rule(PARTS + ["platform/system"], os=True, third_party=["systemd"]),
     "src/platform/hci": rule(PARTS + ["platform/system"], os=True),
     "src/platform/factory": rule(PARTS + BACK_ENDS, os=True),  # the one place that knows the back ends
     "src/scenario": rule(PARTS + ["platform/virtual"]),

@@ -3,7 +3,7 @@
 # What decides on style.
 
 sources() {
-    find include src apps tests examples fuzz -name '*.cpp' -o -name '*.h'
+    find include src apps tests examples fuzz bench -name '*.cpp' -o -name '*.h'
 }
 
 scripts() {

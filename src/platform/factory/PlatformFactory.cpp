@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/factory/PlatformFactory.h"
 
+#include "platform/bluez/ThreadedBluezRadio.h"
+#include "platform/factory/AutomaticRadio.h"
 #include "platform/factory/TimelineDrive.h"
 #include "platform/hci/HciOptions.h"
 #include "platform/hci/HciRadio.h"
@@ -59,26 +61,41 @@ void openSimulator(OpenedPlatform& opened, const RadioString& radio, const Platf
     install(opened, std::move(platform), options);
 }
 
-SystemPlatform::OpenRadio noRadio(Console& console, bool automatic) {
-    return [&console, automatic](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
-        if (automatic) console.NSLog("No Bluetooth radio is known on this machine; going on without one.");
-        return std::make_unique<NoRadio>(delegate, console, monitor);
-    };
+using OpenedRadio = std::unique_ptr<CBCentralManager>;
+
+/// Opens a radio of this machine.
+OpenedRadio openRadio(const RadioString& radio, CBCentralManagerDelegate& delegate, Console& console,
+                      RadioMonitor& monitor) {
+    if (radio.kind == "bluez") {
+        return std::make_unique<bluez::ThreadedBluezRadio>(delegate, console, monitor, radio.argument);
+    }
+    if (radio.kind == "hci") {
+        HciTarget target = parseHciTarget(radio);
+        target.program = ownProgram();
+        return std::make_unique<HciRadio>(delegate, console, monitor, std::make_unique<KernelHciPort>(), target);
+    }
+    return std::make_unique<NoRadio>(delegate, console, monitor);
 }
 
-SystemPlatform::OpenRadio hciRadio(Console& console, const RadioString& radio) {
-    HciTarget target = parseHciTarget(radio);
-    target.program = ownProgram();
-    return [&console, target](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
-        return std::make_unique<HciRadio>(delegate, console, monitor, std::make_unique<KernelHciPort>(), target);
-    };
+/// What `auto` means on this machine at this moment, said on the console where it is not what one expects.
+RadioString chooseRadio(Console& console) {
+    const std::string chosen = automaticRadio(RadiosAtHand::ofThisMachine());
+    if (chosen == "none") {
+        console.NSLog("There is no Bluetooth radio on this machine; going on without one.");
+    } else if (chosen != "bluez") {
+        console.NSLog("There is no bluetoothd on the system bus; taking the radio " + chosen + ".");
+    }
+    return RadioString::parse(chosen);
 }
 
 void openSystem(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
     Console& console = *opened.console;
-    const auto openRadio = radio.kind == "hci" ? hciRadio(console, radio) : noRadio(console, radio.kind == "auto");
+    if (radio.kind == "hci") parseHciTarget(radio);  // what is wrong with it is said now
+    const auto open = [&console, radio](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
+        return openRadio(radio.kind == "auto" ? chooseRadio(console) : radio, delegate, console, monitor);
+    };
     const auto loop = options.ownLoop ? TimerService::Loop::application : TimerService::Loop::ownThread;
-    auto platform = std::make_unique<SystemPlatform>(console, JSON, openRadio, loop, options.timerExecutor);
+    auto platform = std::make_unique<SystemPlatform>(console, JSON, open, loop, options.timerExecutor);
     opened.drive = std::make_unique<SystemDrive>(*platform);
     opened.monitor = &platform->monitor();
     opened.services = std::move(platform);

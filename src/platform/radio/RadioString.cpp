@@ -16,14 +16,24 @@ struct Kind {
     Argument argument;
     std::string_view argumentMeaning;
     std::span<const std::string_view> options;
+    bool (*fits)(std::string_view argument) = nullptr;  ///< whether an argument can be one; null: every one can
 };
 
 constexpr std::string_view hciOptions[] = {"beside"};
 constexpr std::string_view simulatorOptions[] = {"seed", "speed"};
 constexpr std::string_view replayOptions[] = {"as", "services", "speed"};
 
+/// "hci0", "hci12": an adapter as the kernel names it.
+bool isAdapter(std::string_view argument) {
+    constexpr std::string_view prefix = "hci";
+    if (!argument.starts_with(prefix)) return false;
+    const std::string_view number = argument.substr(prefix.size());
+    return !number.empty() && number.size() <= 5 && number.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 constexpr Kind kinds[] = {
     {"auto", Argument::none, "", {}},
+    {"bluez", Argument::optional, "an adapter, as in bluez:hci0", {}, isAdapter},
     {"none", Argument::none, "", {}},
     {"hci", Argument::optional, "a controller's number", hciOptions},
     {"simulator", Argument::optional, "a scene file", simulatorOptions},
@@ -58,6 +68,9 @@ void checkArgument(const RadioString& result, const Kind& kind) {
         refuse(result.text, "it needs " + std::string(kind.argumentMeaning) + ", as in " + result.kind + ":FILE");
     }
     if (kind.argument == Argument::none && !result.argument.empty()) refuse(result.text, "it takes no argument");
+    if (kind.fits != nullptr && !result.argument.empty() && !kind.fits(result.argument)) {
+        refuse(result.text, "'" + result.argument + "' is not " + std::string(kind.argumentMeaning));
+    }
 }
 
 }  // namespace

@@ -37,10 +37,14 @@ void WakeUp::setAlarm(std::optional<SystemClock::Time> time) noexcept {
 
 void WakeUp::wake() noexcept { eventfd_write(wake_.get(), 1); }
 
-void WakeUp::wait(int other) noexcept {
-    pollfd waiting[] = {{alarm_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}, {other, POLLIN, 0}};
-    while (poll(waiting, 3, -1) < 0 && errno == EINTR) {
+const short WakeUp::readable = POLLIN;
+
+WakeUp::Found WakeUp::wait(int other, short events) noexcept {
+    pollfd waiting[] = {{alarm_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}, {other, events, 0}};
+    while (poll(waiting, 3, -1) < 0) {
+        if (errno != EINTR) return {};
     }
+    return {waiting[0].revents != 0, waiting[1].revents != 0, waiting[2].revents != 0};
 }
 
 bool WakeUp::takeAlarm() noexcept { return taken(alarm_.get()); }

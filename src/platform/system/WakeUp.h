@@ -18,8 +18,16 @@ public:
     void setAlarm(std::optional<SystemClock::Time> time) noexcept;
     /// Ends a wait that is under way, or else the next one. From any thread.
     void wake() noexcept;
-    /// Waits for either, and for `other` to be readable where it is not negative. One thread at a time.
-    void wait(int other = -1) noexcept;
+    /// What a wait has found. After a failure of the system it is nothing.
+    struct Found {
+        bool alarm = false;  ///< there until `takeAlarm`
+        bool wake = false;   ///< there until `takeWake`
+        bool other = false;
+    };
+
+    /// Waits for either, and for `other` where it is not negative. One thread at a time.
+    /// @param events what of `other` is waited for: `POLLIN`, where nothing is said
+    Found wait(int other = -1, short events = readable) noexcept;
     /// Forgets the alarm that has rung. @return whether one had
     bool takeAlarm() noexcept;
     /// Forgets the calls of `wake`. @return whether there was one
@@ -28,6 +36,8 @@ public:
     [[nodiscard]] int alarmDescriptor() const noexcept { return alarm_.get(); }
 
 private:
+    static const short readable;
+
     Descriptor alarm_;
     Descriptor wake_;
 };

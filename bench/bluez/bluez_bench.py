@@ -1,0 +1,100 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""What a report costs through the radio `bluez`, beside the least that a client of BlueZ can do.
+
+    bench/bluez/bluez_bench.py BUILD [--devices 400] [--rate 1000] [--seconds 10] [--runs 5] [--budget 1.3]
+
+Both clients hear the same stand-in of bluetoothd on a bus of their own, one after the other, again and again; each
+run gives the processor time of the client a report (user and system, from /proc). The ratio of the medians is
+compared with the budget: exit status 1 when it is over, or when a client lost reports.
+"""
+
+import argparse
+import os
+import pathlib
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "tests" / "integration"))
+from private_bus import Bluezd, PrivateBus  # noqa: E402
+
+
+def processor_seconds(pid):
+    """From schedstat, which counts nanoseconds where stat counts ticks."""
+    total = 0
+    for task in pathlib.Path(f"/proc/{pid}/task").iterdir():
+        total += int((task / "schedstat").read_text().split()[0])
+    return total / 1e9
+
+
+def resident(pid):
+    """The most memory that it had at once, in MiB."""
+    for line in pathlib.Path(f"/proc/{pid}/status").read_text().splitlines():
+        if line.startswith("VmHWM:"):
+            return int(line.split()[1]) / 1024
+    raise RuntimeError("no VmHWM")
+
+
+def count(bluezd):
+    return int(bluezd.ask("count").split()[1])
+
+
+def one_run(bus, program, options):
+    """Microseconds a report, MiB, reports sent and heard."""
+    bluezd = Bluezd(bus, "--devices", options.devices, "--rate", options.rate)
+    client = subprocess.Popen([program], env=bus.environment, stdout=subprocess.PIPE, text=True)
+    while count(bluezd) < 2 * options.devices:  # it knows every device
+        time.sleep(0.05)
+    begin, first = processor_seconds(client.pid), count(bluezd)
+    time.sleep(options.seconds)
+    used, sent = processor_seconds(client.pid) - begin, count(bluezd) - first
+    memory = resident(client.pid)
+    bluezd.ask("mute")
+    time.sleep(0.5)
+    total = count(bluezd)
+    client.terminate()
+    heard = int(client.communicate(timeout=30)[0])
+    bluezd.close()
+    return 1e6 * used / sent, memory, total, heard
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("--devices", type=int, default=400)
+    parser.add_argument("--rate", type=float, default=1000)
+    parser.add_argument("--seconds", type=float, default=10)
+    parser.add_argument("--runs", type=int, default=5)
+    parser.add_argument("--budget", type=float, default=1.3)
+    options = parser.parse_args()
+    build = options.build.resolve()
+    bluezd = next(build.glob("**/bluezd/bluezd"))
+    os.environ["NEARCAST_BLUEZD"] = str(bluezd)
+    costs, memories, lost = {"minimal": [], "ours": []}, {}, False
+    with tempfile.TemporaryDirectory() as folder:
+        bus = PrivateBus(folder)
+        for _ in range(options.runs):
+            for name, program in (("minimal", "minimal_client"), ("ours", "our_client")):
+                cost, memories[name], sent, heard = one_run(bus, build / "bench" / program, options)
+                # What precedes the client's match, and a first report in InterfacesAdded, the minimal one leaves out.
+                lost = lost or heard < sent - options.devices - options.rate
+                costs[name].append(cost)
+                print(f"{name:8} {cost:6.1f} us a report, {memories[name]:5.1f} MiB, {heard} of {sent} heard",
+                      flush=True)
+        bus.stop()
+    floor, ours = (statistics.median(costs[name]) for name in ("minimal", "ours"))
+    ratio = ours / floor
+    print(f"\nmedian of {options.runs}: minimal {floor:.1f} us, ours {ours:.1f} us, ratio {ratio:.2f} "
+          f"(budget {options.budget}); spread of ours {min(costs['ours']):.1f} to {max(costs['ours']):.1f}; "
+          f"{memories['ours']:.1f} MiB beside {memories['minimal']:.1f}")
+    if lost:
+        print("reports were lost")
+    return 1 if lost or ratio > options.budget else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

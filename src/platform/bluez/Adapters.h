@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/bluez/SystemBus.h"
+
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace nearcast::bluez {
+
+/// "hci0" of "/org/bluez/hci0".
+std::string_view adapterName(std::string_view path);
+
+/// What is known of one adapter.
+struct Adapter {
+    bool powered = false;
+    bool discovering = false;
+    PowerState powerState = PowerState::unknown;
+    bool monitors = false;  ///< takes advertisement monitors
+};
+
+/// The adapters that BlueZ shows, and which of them is ours. Not for several threads at once.
+class Adapters {
+public:
+    /// @param wanted "hci1", or empty for the first that is powered
+    explicit Adapters(std::string wanted) : wanted_(std::move(wanted)) {}
+
+    /// @return false where there are too many to be real
+    bool add(std::string_view path, const AdapterNews& news);
+    /// News of one that is not known are dropped.
+    void change(std::string_view path, const AdapterNews& news);
+    void offerMonitors(std::string_view path);
+    void remove(std::string_view path);
+    void clear();
+    /// All are known now: the first powered one is ours, whichever was told first.
+    void chooseAnew();
+
+    [[nodiscard]] const std::string& wanted() const noexcept { return wanted_; }
+    /// The path of ours, or empty: the one that is wanted; else the one that was ours while it is powered; else the
+    /// first powered one; else the first.
+    [[nodiscard]] const std::string& chosen() const noexcept { return chosen_; }
+    /// Ours; null where there is none.
+    [[nodiscard]] const Adapter* current() const;
+    /// The names of all, in their order, with commas.
+    [[nodiscard]] std::string names() const;
+
+private:
+    /// hci2 comes before hci10.
+    struct Order {
+        using is_transparent = void;
+        bool operator()(std::string_view left, std::string_view right) const {
+            return left.size() != right.size() ? left.size() < right.size() : left < right;
+        }
+    };
+    static constexpr std::size_t most = 64;
+
+    void choose();
+
+    const std::string wanted_;
+    std::map<std::string, Adapter, Order> adapters_;
+    std::string chosen_;
+};
+
+}  // namespace nearcast::bluez

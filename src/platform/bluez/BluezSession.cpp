@@ -1,0 +1,252 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/bluez/BluezSession.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nearcast::bluez {
+
+namespace {
+
+/// Between two questions about devices that are not known: a flood of them is not answered with one of calls.
+constexpr Time askInterval = std::chrono::milliseconds(20);
+
+bool isBelow(std::string_view path, std::string_view adapter) {
+    return !adapter.empty() && path.size() > adapter.size() && path.starts_with(adapter) && path[adapter.size()] == '/';
+}
+
+void takeEarlier(std::optional<Time>& earliest, const std::optional<Time>& other) {
+    if (other && (!earliest || *other < *earliest)) earliest = other;
+}
+
+bool takeDue(std::optional<Time>& moment, Time now) {
+    if (!moment || now < *moment) return false;
+    moment.reset();
+    return true;
+}
+
+}  // namespace
+
+BluezSession::BluezSession(SystemBus& bus, const Rfkill& rfkill, SessionListener& listener, std::string adapter)
+    : bus_(bus),
+      rfkill_(rfkill),
+      listener_(listener),
+      adapters_(std::move(adapter)),
+      discovery_(bus, {[this] { tell(); }, [this] { listener_.scanRestarted(); }}) {}
+
+void BluezSession::pass(Time now) {
+    now_ = now;
+    if (takeDue(connectAt_, now_)) connect();
+    if (takeDue(listAt_, now_)) list();
+    discovery_.pass(now_);
+    if (takeDue(settledAt_, now_)) tell();
+    if (takeDue(switchesAt_, now_)) update();
+}
+
+std::optional<Time> BluezSession::due() const {
+    std::optional<Time> earliest = discovery_.due();
+    for (const auto& moment : {connectAt_, listAt_, settledAt_, switchesAt_}) takeEarlier(earliest, moment);
+    return earliest;
+}
+
+void BluezSession::connect() {
+    const auto failure = bus_.connect(*this);
+    if (failure) return busLost(*failure);
+    connected_ = true;
+}
+
+void BluezSession::busLost(const Failure& failure) {
+    bus_.disconnect();
+    connected_ = false;
+    busFailure_ = failure;
+    daemon_ = Daemon::unknown;
+    connectAt_ = now_ + connectPause_.next();
+    forgetDaemon();
+    update();
+}
+
+void BluezSession::daemonChanged(bool there) {
+    connectPause_.reset();
+    listPause_.reset();
+    busFailure_.reset();
+    daemon_ = there ? Daemon::present : Daemon::absent;
+    forgetDaemon();
+    if (there) {
+        list();
+    } else {
+        wasAbsent_ = true;
+    }
+    update();
+}
+
+/// What was known of bluetoothd is no more.
+void BluezSession::forgetDaemon() {
+    ++epoch_;
+    listed_ = asking_ = false;
+    listFailure_.reset();
+    listAt_.reset();
+    settledAt_.reset();
+    adapters_.clear();
+    devices_.clear();
+    discovery_.loseMonitor();
+}
+
+void BluezSession::list() {
+    bus_.listObjects([this, epoch = epoch_](const std::optional<Failure>& failure) {
+        if (epoch == epoch_) listed(failure);
+    });
+}
+
+void BluezSession::listed(const std::optional<Failure>& failure) {
+    listFailure_ = failure;
+    if (failure) {
+        listAt_ = now_ + listPause_.next();
+    } else {
+        listed_ = true;
+        adapters_.chooseAnew();
+        if (std::exchange(wasAbsent_, false)) settledAt_ = now_ + settling;
+    }
+    update();
+}
+
+void BluezSession::adapterAdded(std::string_view path, const AdapterNews& news) {
+    if (listed_) settledAt_ = now_ + settling;
+    adapters_.add(path, news);
+    update();
+}
+
+void BluezSession::adapterChanged(std::string_view path, const AdapterNews& news) {
+    adapters_.change(path, news);
+    update();
+}
+
+void BluezSession::adapterRemoved(std::string_view path) {
+    if (path == adapters_.chosen()) discovery_.loseMonitor();
+    adapters_.remove(path);
+    update();
+}
+
+void BluezSession::monitorsOffered(std::string_view adapter) {
+    adapters_.offerMonitors(adapter);
+    update();
+}
+
+void BluezSession::monitorReleased() { discovery_.loseMonitor(); }
+
+void BluezSession::deviceListed(std::string_view path, const DeviceNews& news) { devices_.learn(path, news); }
+
+void BluezSession::deviceAdded(std::string_view path, const DeviceNews& news) {
+    tellReport(path, devices_.added(path, news).report);
+}
+
+void BluezSession::deviceChanged(std::string_view path, const DeviceNews& news) {
+    const auto heard = devices_.changed(path, news);
+    if (heard.stranger) askFor(path);
+    tellReport(path, heard.report);
+}
+
+void BluezSession::deviceRemoved(std::string_view path) { devices_.remove(path); }
+
+void BluezSession::tellReport(std::string_view path, const AdvertisingReport* report) {
+    if (report == nullptr || !isBelow(path, adapters_.chosen())) return;
+    discovery_.heard();
+    listener_.reportHeard(*report);
+}
+
+/// A device that was forgotten, or that came before the list: without its services no filter would let it pass.
+void BluezSession::askFor(std::string_view device) {
+    if (!listed_ || asking_ || now_ < askAfter_) return;
+    asking_ = true;
+    askAfter_ = now_ + askInterval;
+    bus_.listDevice(device, [this, epoch = epoch_](const std::optional<Failure>& /*failure*/) {
+        if (epoch == epoch_) asking_ = false;
+    });
+}
+
+/// Brings the discovery, the switches and what is told into line with what is known.
+void BluezSession::update() {
+    const Adapter* const adapter = adapters_.current();
+    const bool usable =
+        listed_ && adapter != nullptr && adapter->powered && adapter->powerState != PowerState::turningOff;
+    discovery_.setAdapter(usable ? std::optional(adapters_.chosen()) : std::nullopt, usable && adapter->monitors);
+    discovery_.setDiscovering(usable && adapter->discovering);
+    lookAtSwitches();
+    tell();
+}
+
+void BluezSession::lookAtSwitches() {
+    const Adapter* const adapter = adapters_.current();
+    if (!listed_ || adapter == nullptr || adapter->powered) {
+        block_ = Block::none;
+        switchesAt_.reset();
+        return;
+    }
+    block_ = rfkill_.blockOf(adapterName(adapters_.chosen()));
+    switchesAt_ = now_ + switchInterval;
+}
+
+void BluezSession::tell() {
+    Standing now = standing();
+    if (now == told_) return;
+    told_ = std::move(now);
+    listener_.stateChanged(told_.state, told_.why);
+}
+
+BluezSession::Standing BluezSession::standing() const {
+    if (!listed_) return standingWithoutAdapters();
+    if (const Adapter* const adapter = adapters_.current()) return standingOf(*adapter);
+    if (adapters_.wanted().empty() || adapters_.names().empty()) {
+        return {CBManagerStateUnsupported, "there is no Bluetooth adapter"};
+    }
+    return {CBManagerStateUnsupported,
+            "there is no adapter " + adapters_.wanted() + " (there is: " + adapters_.names() + ")"};
+}
+
+BluezSession::Standing BluezSession::standingWithoutAdapters() const {
+    if (const auto& failure = busFailure_) {
+        const bool denied = failure->name == error::accessDenied;
+        return {denied ? CBManagerStateUnauthorized : CBManagerStateUnknown,
+                "there is no connection to the system bus: " + failure->message};
+    }
+    if (daemon_ == Daemon::absent) {
+        return {CBManagerStateUnknown, "bluetoothd does not run (systemctl start bluetooth)"};
+    }
+    if (!listFailure_) return Standing();
+    const std::string why = listFailure_->name + ": " + listFailure_->message;
+    if (listFailure_->name == error::accessDenied) {
+        return {CBManagerStateUnauthorized, "the bus forbids to talk to bluetoothd: " + why};
+    }
+    return {CBManagerStateUnknown, "bluetoothd does not answer: " + why};
+}
+
+BluezSession::Standing BluezSession::standingOf(const Adapter& adapter) const {
+    const std::string name(adapterName(adapters_.chosen()));
+    if (adapter.powerState == PowerState::turningOff) return {CBManagerStateResetting, name + " is being switched off"};
+    if (adapter.powered) return standingOfScan();
+    if (block_ == Block::hard) return {CBManagerStatePoweredOff, name + " is blocked by a switch of the machine"};
+    if (block_ == Block::soft || adapter.powerState == PowerState::blocked) {
+        return {CBManagerStatePoweredOff, name + " is blocked (rfkill unblock bluetooth)"};
+    }
+    if (adapter.powerState == PowerState::turningOn || settledAt_) {
+        return {CBManagerStateResetting, name + " is coming up"};
+    }
+    return {CBManagerStatePoweredOff, name + " is switched off (bluetoothctl power on)"};
+}
+
+BluezSession::Standing BluezSession::standingOfScan() const {
+    const Failure& failure = discovery_.failure();
+    switch (discovery_.condition()) {
+        case Condition::well: break;
+        case Condition::denied:
+            return {CBManagerStateUnauthorized, "scanning is not allowed: " + failure.name + ": " + failure.message};
+        case Condition::failing:
+            return {CBManagerStatePoweredOn, "the scan cannot be started: " + failure.name + ": " + failure.message};
+        case Condition::quiet: return {CBManagerStatePoweredOn, "nothing at all is heard: quiet air or a blind radio"};
+        case Condition::inactive:
+            return {CBManagerStatePoweredOn,
+                    "nothing at all is heard, and bluetoothd says that it does not scan: the radio is blind"};
+    }
+    return {CBManagerStatePoweredOn, ""};
+}
+
+}  // namespace nearcast::bluez

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nearcast/RadioHealth.h>
+
+#include "platform/bluez/Adapters.h"
+#include "platform/bluez/BackOff.h"
+#include "platform/bluez/DeviceTable.h"
+#include "platform/bluez/Discovery.h"
+#include "platform/bluez/Rfkill.h"
+#include "platform/bluez/SystemBus.h"
+#include "platform/radio/AdvertisingReport.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace nearcast::bluez {
+
+/// What the session tells. Called from inside `SystemBus::process` and the session's own operations.
+class SessionListener {
+public:
+    virtual ~SessionListener() = default;
+    /// A report of ours or of others' discoveries; valid during the call.
+    virtual void reportHeard(const AdvertisingReport& report) = 0;
+    /// The state or its reason is another one.
+    virtual void stateChanged(CBManagerState state, const std::string& why) = 0;
+    /// The scan was begun again without a new wish.
+    virtual void scanRestarted() = 0;
+};
+
+/// A scan through BlueZ, kept up through whatever happens to the bus, to bluetoothd and to the adapter: all that this
+/// radio decides. It has no clock and no thread: `pass` brings the time, `due` says when it next needs it. Not for
+/// several threads at once.
+class BluezSession : private SystemBusListener {
+public:
+    /// How long an adapter that has just come may be off without counting as switched off.
+    static constexpr Time settling = std::chrono::seconds(3);
+    /// While the adapter is off: how often the kernel's switches are looked at.
+    static constexpr Time switchInterval = std::chrono::seconds(2);
+    static constexpr Time firstPause = std::chrono::milliseconds(250);
+    static constexpr Time longestPause = std::chrono::seconds(2);
+
+    /// @param bus, rfkill, listener live longer
+    /// @param adapter "hci1", or empty for the first that is powered
+    BluezSession(SystemBus& bus, const Rfkill& rfkill, SessionListener& listener, std::string adapter);
+    ~BluezSession() override { bus_.disconnect(); }
+    BluezSession(const BluezSession&) = delete;
+    BluezSession& operator=(const BluezSession&) = delete;
+
+    /// Whether a scan is wanted, from the time of the last `pass` on.
+    void want(bool scan) { discovery_.want(scan); }
+    /// The time moves on; never back. The first call connects.
+    void pass(Time now);
+    /// When `pass` is needed, at the latest.
+    [[nodiscard]] std::optional<Time> due() const;
+
+    [[nodiscard]] CBManagerState state() const noexcept { return told_.state; }
+    [[nodiscard]] const std::string& why() const noexcept { return told_.why; }
+
+private:
+    struct Standing {
+        CBManagerState state = CBManagerStateUnknown;
+        std::string why = "bluetoothd has not answered yet";
+        friend bool operator==(const Standing&, const Standing&) = default;
+    };
+    enum class Daemon { unknown, absent, present };
+
+    void busLost(const Failure& failure) override;
+    void daemonChanged(bool there) override;
+    void adapterAdded(std::string_view path, const AdapterNews& news) override;
+    void adapterChanged(std::string_view path, const AdapterNews& news) override;
+    void adapterRemoved(std::string_view path) override;
+    void monitorsOffered(std::string_view adapter) override;
+    void deviceListed(std::string_view path, const DeviceNews& news) override;
+    void deviceAdded(std::string_view path, const DeviceNews& news) override;
+    void deviceChanged(std::string_view path, const DeviceNews& news) override;
+    void deviceRemoved(std::string_view path) override;
+    void monitorReleased() override;
+
+    void connect();
+    void list();
+    void listed(const std::optional<Failure>& failure);
+    void askFor(std::string_view device);
+    void tellReport(std::string_view path, const AdvertisingReport* report);
+    void forgetDaemon();
+    void update();
+    void lookAtSwitches();
+    void tell();
+    [[nodiscard]] Standing standing() const;
+    [[nodiscard]] Standing standingWithoutAdapters() const;
+    [[nodiscard]] Standing standingOf(const Adapter& adapter) const;
+    [[nodiscard]] Standing standingOfScan() const;
+
+    SystemBus& bus_;
+    const Rfkill& rfkill_;
+    SessionListener& listener_;
+    Time now_{0};
+
+    bool connected_ = false;
+    std::optional<Failure> busFailure_;
+    std::optional<Time> connectAt_{Time(0)};
+    BackOff connectPause_{firstPause, longestPause};
+
+    Daemon daemon_ = Daemon::unknown;
+    bool wasAbsent_ = false;  ///< bluetoothd has come while we looked
+    bool listed_ = false;
+    std::uint64_t epoch_ = 0;  ///< answers of a former bluetoothd are of no interest
+    std::optional<Failure> listFailure_;
+    std::optional<Time> listAt_;
+    BackOff listPause_{firstPause, longestPause};
+
+    Adapters adapters_;
+    std::optional<Time> settledAt_;  ///< when an adapter that has just come is what it says
+    Block block_ = Block::none;
+    std::optional<Time> switchesAt_;
+
+    DeviceTable devices_;
+    bool asking_ = false;
+    Time askAfter_{0};
+
+    Discovery discovery_;
+    Standing told_;
+};
+
+}  // namespace nearcast::bluez

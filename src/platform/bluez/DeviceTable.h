@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/bluez/SystemBus.h"
+#include "platform/radio/AdvertisingReport.h"
+
+#include <cstddef>
+#include <list>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace nearcast::bluez {
+
+/// What is remembered of each device, so that a signal that carries a reading and little else becomes a whole report.
+/// Of too many devices the one that was silent for longest is forgotten. In the steady state nothing is allocated. Not
+/// for several threads at once.
+class DeviceTable {
+public:
+    static constexpr std::size_t defaultDevices = 8192;
+
+    struct Heard {
+        const AdvertisingReport* report = nullptr;  ///< null: the news are no report; valid until the next call
+        bool stranger = false;                      ///< nothing but this is known of the device
+    };
+
+    /// @param most how many devices are remembered
+    explicit DeviceTable(std::size_t most = defaultDevices) : most_(most) {}
+
+    /// Learns what is known of a device from before.
+    void learn(std::string_view path, const DeviceNews& news);
+    /// A device has come; that is a report where it has a reading.
+    Heard added(std::string_view path, const DeviceNews& news);
+    /// A device has changed; that is a report where it has a reading or manufacturer data. What it does not say is as
+    /// it was the last time.
+    Heard changed(std::string_view path, const DeviceNews& news);
+    void remove(std::string_view path);
+    void clear();
+    [[nodiscard]] std::size_t size() const noexcept { return devices_.size(); }
+
+private:
+    struct Device {
+        std::string path;
+        AdvertisingReport report;
+        bool described = false;
+    };
+    using Devices = std::list<Device>;  // the one heard last is the last
+
+    Device& reach(std::string_view path);
+
+    std::size_t most_;
+    Devices devices_;
+    std::unordered_map<std::string_view, Devices::iterator> places_;  // keys are the devices' own paths
+};
+
+}  // namespace nearcast::bluez

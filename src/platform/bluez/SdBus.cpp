@@ -1,0 +1,308 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/bluez/SdBus.h"
+
+#include "platform/Guarded.h"
+#include "platform/bluez/SdMessage.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <ctime>
+#include <system_error>
+
+namespace nearcast::bluez {
+
+namespace {
+
+constexpr const char* service = "org.bluez";
+constexpr const char* driver = "org.freedesktop.DBus";
+constexpr const char* driverPath = "/org/freedesktop/DBus";
+constexpr const char* noOwner = "org.freedesktop.DBus.Error.NameHasNoOwner";
+constexpr std::uint64_t answerLimit = 10'000'000;  // microseconds
+constexpr int mostMessages = 64;                   // at once, so that wishes and moments get their turn
+
+constexpr const char* ownerRule =
+    "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',interface='org.freedesktop.DBus',"
+    "member='NameOwnerChanged',arg0='org.bluez'";
+constexpr const char* propertiesRule =
+    "type='signal',sender='org.bluez',path_namespace='/org/bluez',interface='org.freedesktop.DBus.Properties',"
+    "member='PropertiesChanged'";
+// They come from "/", outside of /org/bluez.
+constexpr const char* objectsRule =
+    "type='signal',sender='org.bluez',path='/',interface='org.freedesktop.DBus.ObjectManager'";
+
+Failure failureOf(int result) {
+    const bool denied = result == -EACCES || result == -EPERM;
+    return {denied ? std::string(error::accessDenied) : "System.Error", std::generic_category().message(-result)};
+}
+
+std::optional<Failure> failureIn(sd_bus_message* reply) {
+    const sd_bus_error* const problem = sd_bus_message_get_error(reply);
+    if (problem == nullptr) return std::nullopt;
+    return Failure{problem->name == nullptr ? "" : problem->name, problem->message == nullptr ? "" : problem->message};
+}
+
+int appendFilter(sd_bus_message* message) {
+    return sd_bus_message_append(message, "a{sv}", 3, "Transport", "s", "le", "DuplicateData", "b", 1, "RSSI", "n",
+                                 -127);
+}
+
+int appendMonitors(sd_bus_message* message) { return sd_bus_message_append(message, "o", SdMonitor::root); }
+
+int appendDeviceInterface(sd_bus_message* message) { return sd_bus_message_append(message, "s", interface::device); }
+
+}  // namespace
+
+template <class Work>
+int SdBus::inside(void* self, Work&& work) noexcept {
+    SdBus& bus = *static_cast<SdBus*>(self);
+    guarded(bus.console_, "a message of the system bus", [&] { work(bus); });
+    return 0;
+}
+
+std::optional<Failure> SdBus::connect(SystemBusListener& listener) {
+    disconnect();
+    listener_ = &listener;
+    const int result = open();
+    if (result >= 0) return std::nullopt;
+    disconnect();
+    return failureOf(result);
+}
+
+int SdBus::open() {
+    sd_bus* bus = nullptr;
+    int result = sd_bus_open_system(&bus);
+    if (result < 0) return result;
+    bus_.reset(bus);
+    if ((result = watch(ownerRule, onOwnerChanged)) < 0) return result;
+    if ((result = watch(propertiesRule, onProperties)) < 0) return result;
+    if ((result = watch(objectsRule, onObjects)) < 0) return result;
+    if ((result = monitor_.exportOn(bus)) < 0) return result;
+    return askForDaemon();
+}
+
+void SdBus::disconnect() {
+    calls_.clear();
+    failed_.clear();
+    slots_.clear();
+    monitor_.forget();
+    bus_.reset();
+    lost_.reset();
+    daemon_.clear();
+    daemonKnown_ = false;
+}
+
+int SdBus::watch(const char* rule, sd_bus_message_handler_t handler) {
+    sd_bus_slot* slot = nullptr;
+    const int result = sd_bus_add_match_async(bus_.get(), &slot, rule, handler, onWatched, this);
+    if (result >= 0) slots_.emplace_back(slot);
+    return result;
+}
+
+int SdBus::askForDaemon() {
+    sd_bus_slot* slot = nullptr;
+    const int result = sd_bus_call_method_async(bus_.get(), &slot, driver, driverPath, driver, "GetNameOwner", onOwner,
+                                                this, "s", service);
+    if (result >= 0) slots_.emplace_back(slot);
+    return result;
+}
+
+/// @param name bluetoothd's own name; empty: it is not there
+void SdBus::setDaemon(std::string_view name) {
+    if (daemonKnown_ && name == daemon_) return;
+    const bool replaced = !daemon_.empty() && !name.empty();
+    daemonKnown_ = true;
+    daemon_ = name;
+    if (replaced) listener_->daemonChanged(false);
+    listener_->daemonChanged(!daemon_.empty());
+}
+
+bool SdBus::process() {
+    tellFailed();
+    if (!bus_) return false;
+    int result = 0;
+    for (int messages = 0; messages < mostMessages; ++messages) {
+        result = sd_bus_process(bus_.get(), nullptr);
+        if (result <= 0 || lost_) break;
+    }
+    if (result < 0 && !lost_) lost_ = failureOf(result);
+    if (!lost_ && sd_bus_is_open(bus_.get()) <= 0) lost_ = Failure{"System.Error", "the connection was closed"};
+    if (!lost_) return result > 0;
+    const Failure failure = *lost_;
+    disconnect();
+    listener_->busLost(failure);
+    return false;
+}
+
+int SdBus::descriptor() const { return bus_ ? sd_bus_get_fd(bus_.get()) : -1; }
+
+short SdBus::events() const {
+    const int events = bus_ ? sd_bus_get_events(bus_.get()) : 0;
+    return static_cast<short>(events < 0 ? POLLIN : events);
+}
+
+std::optional<Time> SdBus::left() const {
+    if (!failed_.empty()) return Time(0);
+    std::uint64_t due = UINT64_MAX;
+    if (!bus_ || sd_bus_get_timeout(bus_.get(), &due) < 0 || due == UINT64_MAX) return std::nullopt;
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    const Time present = std::chrono::seconds(now.tv_sec) + Time(now.tv_nsec);
+    return std::max(Time(0), std::chrono::microseconds(due) - present);
+}
+
+void SdBus::tellFailed() {
+    for (auto& [done, failure] : std::exchange(failed_, {})) done(failure);
+}
+
+void SdBus::call(const char* path, const char* interface, const char* member, Done done, Read read,
+                 const std::function<int(sd_bus_message*)>& fill) {
+    Call& call = calls_.emplace_back(Call{this, std::move(done), read, path, nullptr});
+    sd_bus_message* raw = nullptr;
+    int result = bus_ ? sd_bus_message_new_method_call(bus_.get(), &raw, service, path, interface, member) : -ENOTCONN;
+    const MessagePointer message(raw);
+    if (result >= 0 && fill) result = fill(raw);
+    if (result >= 0) result = send(raw, call);
+    if (result >= 0) return;
+    failed_.emplace_back(std::move(call.done), failureOf(result));
+    calls_.pop_back();
+}
+
+int SdBus::send(sd_bus_message* message, Call& call) {
+    sd_bus_message_set_auto_start(message, 0);  // whether bluetoothd runs is not for us to decide
+    sd_bus_slot* slot = nullptr;
+    const int result = sd_bus_call_async(bus_.get(), &slot, message, onAnswer, &call, answerLimit);
+    if (result >= 0) call.slot.reset(slot);
+    return result;
+}
+
+void SdBus::finish(Call& call, const std::optional<Failure>& failure) {
+    const Done done = std::move(call.done);
+    const auto place = std::find_if(calls_.begin(), calls_.end(), [&](const Call& other) { return &other == &call; });
+    if (place != calls_.end()) calls_.erase(place);
+    done(failure);
+}
+
+void SdBus::listObjects(Done done) {
+    call("/", interface::objectManager, "GetManagedObjects", std::move(done), &SdBus::takeObjects);
+}
+
+void SdBus::listDevice(std::string_view path, Done done) {
+    call(std::string(path).c_str(), interface::properties, "GetAll", std::move(done), &SdBus::takeDevice,
+         appendDeviceInterface);
+}
+
+void SdBus::setDiscoveryFilter(const std::string& adapter, Done done) {
+    call(adapter.c_str(), interface::adapter, "SetDiscoveryFilter", std::move(done), nullptr, appendFilter);
+}
+
+void SdBus::startDiscovery(const std::string& adapter, Done done) {
+    call(adapter.c_str(), interface::adapter, "StartDiscovery", std::move(done));
+}
+
+void SdBus::stopDiscovery(const std::string& adapter, Done done) {
+    call(adapter.c_str(), interface::adapter, "StopDiscovery", std::move(done));
+}
+
+void SdBus::registerMonitor(const std::string& adapter, Done done) {
+    call(adapter.c_str(), interface::monitorManager, "RegisterMonitor", std::move(done), nullptr, appendMonitors);
+}
+
+void SdBus::unregisterMonitor(const std::string& adapter, Done done) {
+    call(adapter.c_str(), interface::monitorManager, "UnregisterMonitor", std::move(done), nullptr, appendMonitors);
+}
+
+int SdBus::takeObjects(sd_bus_message* reply, const std::string& /*path*/) {
+    return readObjects(reply, news_, *listener_);
+}
+
+int SdBus::takeDevice(sd_bus_message* reply, const std::string& path) {
+    const int result = readDevice(reply, news_);
+    if (result >= 0) listener_->deviceListed(path, news_);
+    return result;
+}
+
+void SdBus::propertiesChanged(sd_bus_message* signal) {
+    const char* changed = nullptr;
+    if (sd_bus_message_read_basic(signal, 's', &changed) < 0) return;
+    const std::string_view name(changed);
+    const char* const path = sd_bus_message_get_path(signal);
+    if (name == interface::device) {
+        if (readDevice(signal, news_) < 0 || readInvalidated(signal, news_) < 0) return;
+        listener_->deviceChanged(path, news_);
+    } else if (name == interface::adapter) {
+        AdapterNews news;
+        if (readAdapter(signal, news) >= 0) listener_->adapterChanged(path, news);
+    }
+}
+
+void SdBus::objectsChanged(sd_bus_message* signal) {
+    if (sd_bus_message_is_signal(signal, nullptr, "InterfacesRemoved") > 0) return interfacesRemoved(signal);
+    const char* path = nullptr;
+    if (sd_bus_message_is_signal(signal, nullptr, "InterfacesAdded") <= 0) return;
+    if (sd_bus_message_read_basic(signal, 'o', &path) < 0) return;
+    readInterfaces(signal, path, false, news_, *listener_);
+}
+
+void SdBus::interfacesRemoved(sd_bus_message* signal) {
+    const char* path = nullptr;
+    const char* removed = nullptr;
+    if (sd_bus_message_read_basic(signal, 'o', &path) < 0) return;
+    if (sd_bus_message_enter_container(signal, 'a', "s") < 0) return;
+    while (sd_bus_message_read_basic(signal, 's', &removed) > 0) {
+        const std::string_view name(removed);
+        if (name == interface::device) listener_->deviceRemoved(path);
+        if (name == interface::adapter) listener_->adapterRemoved(path);
+    }
+}
+
+int SdBus::onWatched(sd_bus_message* reply, void* self, sd_bus_error* /*error*/) noexcept {
+    return inside(self, [&](SdBus& bus) {
+        if (const auto failure = failureIn(reply)) bus.lost_ = failure;
+    });
+}
+
+int SdBus::onOwner(sd_bus_message* reply, void* self, sd_bus_error* /*error*/) noexcept {
+    return inside(self, [&](SdBus& bus) {
+        const char* name = "";
+        const auto failure = failureIn(reply);
+        if (failure && failure->name != noOwner) {
+            bus.lost_ = failure;
+        } else if (failure || sd_bus_message_read_basic(reply, 's', &name) >= 0) {
+            bus.setDaemon(name);
+        }
+    });
+}
+
+int SdBus::onOwnerChanged(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) noexcept {
+    return inside(self, [&](SdBus& bus) {
+        const char* name = nullptr;
+        const char* before = nullptr;
+        const char* after = nullptr;
+        if (sd_bus_message_read(signal, "sss", &name, &before, &after) >= 0) bus.setDaemon(after);
+    });
+}
+
+int SdBus::onProperties(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) noexcept {
+    return inside(self, [&](SdBus& bus) { bus.propertiesChanged(signal); });
+}
+
+int SdBus::onObjects(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) noexcept {
+    return inside(self, [&](SdBus& bus) { bus.objectsChanged(signal); });
+}
+
+int SdBus::onAnswer(sd_bus_message* reply, void* call, sd_bus_error* /*error*/) noexcept {
+    Call& answered = *static_cast<Call*>(call);
+    return inside(answered.bus, [&](SdBus& bus) {
+        auto failure = failureIn(reply);
+        if (!failure && answered.read != nullptr) {
+            const int result = (bus.*answered.read)(reply, answered.path);
+            if (result < 0) failure = failureOf(result);
+        }
+        bus.finish(answered, failure);
+    });
+}
+
+}  // namespace nearcast::bluez

@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/bluez/SdMessage.h"
+
+#include <array>
+#include <utility>
+
+namespace nearcast::bluez {
+
+namespace {
+
+constexpr std::uint16_t dongleCompany = 0xFFFF;
+
+/// Calls `read` for each element of an array of dictionary entries; it reads the entry.
+template <class Read>
+int readEntries(sd_bus_message* message, const char* entry, Read&& read) {
+    const std::string_view contents(entry);
+    const std::array<char, 16> array = [contents] {
+        std::array<char, 16> text{};
+        text[0] = '{';
+        contents.copy(text.data() + 1, contents.size());
+        text[contents.size() + 1] = '}';
+        return text;
+    }();
+    int result = sd_bus_message_enter_container(message, 'a', array.data());
+    if (result < 0) return result;
+    while ((result = sd_bus_message_enter_container(message, 'e', entry)) > 0) {
+        result = read();
+        if (result >= 0) result = sd_bus_message_exit_container(message);
+        if (result < 0) return result;
+    }
+    return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
+/// Calls `read` inside of a variant that holds `contents`; one that holds something else is skipped.
+template <class Read>
+int readVariant(sd_bus_message* message, const char* contents, Read&& read) {
+    int result = sd_bus_message_enter_container(message, 'v', contents);
+    if (result == -ENXIO) return sd_bus_message_skip(message, "v");
+    if (result < 0) return result;
+    result = read();
+    return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
+int readBoolean(sd_bus_message* message, std::optional<bool>& value) {
+    return readVariant(message, "b", [&] {
+        int number = 0;
+        const int result = sd_bus_message_read_basic(message, 'b', &number);
+        if (result >= 0) value = number != 0;
+        return result;
+    });
+}
+
+template <class Take>
+int readText(sd_bus_message* message, Take&& take) {
+    return readVariant(message, "s", [&] {
+        const char* text = nullptr;
+        const int result = sd_bus_message_read_basic(message, 's', &text);
+        if (result >= 0) take(std::string_view(text));
+        return result;
+    });
+}
+
+int readRSSI(sd_bus_message* message, DeviceNews& news) {
+    return readVariant(message, "n", [&] {
+        std::int16_t value = 0;
+        const int result = sd_bus_message_read_basic(message, 'n', &value);
+        if (result >= 0) news.RSSI = value;
+        return result;
+    });
+}
+
+int readManufacturer(sd_bus_message* message, DeviceNews& news) {
+    std::uint16_t company = 0;
+    const int result = sd_bus_message_read_basic(message, 'q', &company);
+    if (result < 0) return result;
+    return readVariant(message, "ay", [&] {
+        const void* octets = nullptr;
+        std::size_t size = 0;
+        const int read = sd_bus_message_read_array(message, 'y', &octets, &size);
+        if (read >= 0 && (!news.manufacturer || company == dongleCompany)) {
+            news.manufacturer = DeviceNews::Manufacturer{company, {static_cast<const std::uint8_t*>(octets), size}};
+        }
+        return read;
+    });
+}
+
+int readManufacturers(sd_bus_message* message, DeviceNews& news) {
+    return readVariant(message, "a{qv}",
+                       [&] { return readEntries(message, "qv", [&] { return readManufacturer(message, news); }); });
+}
+
+int readServices(sd_bus_message* message, DeviceNews& news) {
+    return readVariant(message, "as", [&] {
+        news.hasServices = true;
+        int result = sd_bus_message_enter_container(message, 'a', "s");
+        const char* text = nullptr;
+        while (result >= 0 && (result = sd_bus_message_read_basic(message, 's', &text)) > 0) {
+            news.services.emplace_back(text);
+        }
+        return result < 0 ? result : sd_bus_message_exit_container(message);
+    });
+}
+
+PowerState powerStateOf(std::string_view text) {
+    if (text == "on") return PowerState::on;
+    if (text == "off") return PowerState::off;
+    if (text == "off-enabling") return PowerState::turningOn;
+    if (text == "on-disabling") return PowerState::turningOff;
+    return text == "off-blocked" ? PowerState::blocked : PowerState::unknown;
+}
+
+template <class Read>
+int readProperties(sd_bus_message* message, Read&& read) {
+    return readEntries(message, "sv", [&] {
+        const char* name = nullptr;
+        const int result = sd_bus_message_read_basic(message, 's', &name);
+        return result < 0 ? result : read(std::string_view(name));
+    });
+}
+
+int readDeviceProperty(sd_bus_message* message, std::string_view name, DeviceNews& news) {
+    if (name == "RSSI") return readRSSI(message, news);
+    if (name == "ManufacturerData") return readManufacturers(message, news);
+    if (name == "UUIDs") return readServices(message, news);
+    if (name == "Name") return readText(message, [&](std::string_view text) { news.name = text; });
+    if (name == "Address") return readText(message, [&](std::string_view text) { news.address = text; });
+    if (name == "AddressType") {
+        return readText(message, [&](std::string_view text) { news.randomAddress = text == "random"; });
+    }
+    return sd_bus_message_skip(message, "v");
+}
+
+int readAdapterProperty(sd_bus_message* message, std::string_view name, AdapterNews& news) {
+    if (name == "Powered") return readBoolean(message, news.powered);
+    if (name == "Discovering") return readBoolean(message, news.discovering);
+    if (name == "PowerState") {
+        return readText(message, [&](std::string_view text) { news.powerState = powerStateOf(text); });
+    }
+    return sd_bus_message_skip(message, "v");
+}
+
+}  // namespace
+
+int readAdapter(sd_bus_message* message, AdapterNews& news) {
+    return readProperties(message, [&](std::string_view name) { return readAdapterProperty(message, name, news); });
+}
+
+int readDevice(sd_bus_message* message, DeviceNews& news) {
+    news.clear();
+    return readProperties(message, [&](std::string_view name) { return readDeviceProperty(message, name, news); });
+}
+
+int readInvalidated(sd_bus_message* message, DeviceNews& news) {
+    int result = sd_bus_message_enter_container(message, 'a', "s");
+    const char* name = nullptr;
+    while (result >= 0 && (result = sd_bus_message_read_basic(message, 's', &name)) > 0) {
+        if (std::string_view(name) == "RSSI") news.noMoreRSSI = true;
+    }
+    return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
+int readInterfaces(sd_bus_message* message, std::string_view path, bool listed, DeviceNews& news,
+                   SystemBusListener& listener) {
+    AdapterNews adapter;
+    bool isAdapter = false;
+    bool isDevice = false;
+    bool offersMonitors = false;
+    const int result = readEntries(message, "sa{sv}", [&] {
+        const char* text = nullptr;
+        const int read = sd_bus_message_read_basic(message, 's', &text);
+        if (read < 0) return read;
+        const std::string_view name(text);
+        offersMonitors = offersMonitors || name == interface::monitorManager;
+        if (name == interface::adapter) {
+            isAdapter = true;
+            return readAdapter(message, adapter);
+        }
+        if (name != interface::device) return sd_bus_message_skip(message, "a{sv}");
+        isDevice = true;
+        return readDevice(message, news);
+    });
+    if (result < 0) return result;
+    if (isAdapter) listener.adapterAdded(path, adapter);
+    if (offersMonitors) listener.monitorsOffered(path);
+    if (isDevice && listed) listener.deviceListed(path, news);
+    if (isDevice && !listed) listener.deviceAdded(path, news);
+    return result;
+}
+
+int readObjects(sd_bus_message* message, DeviceNews& news, SystemBusListener& listener) {
+    return readEntries(message, "oa{sa{sv}}", [&] {
+        const char* path = nullptr;
+        const int result = sd_bus_message_read_basic(message, 'o', &path);
+        return result < 0 ? result : readInterfaces(message, path, true, news, listener);
+    });
+}
+
+}  // namespace nearcast::bluez

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/bluez/SdBusPointers.h"
+
+#include <functional>
+#include <string>
+
+namespace nearcast::bluez {
+
+/// Our side of an advertisement monitor (BlueZ, doc/advertisement-monitor-api.txt): an application root with an object
+/// manager and, below it, one monitor for manufacturer data of the dongles' company. What the monitor finds is of no
+/// interest, for the reports come as signals of the devices; that it exists is what makes the kernel ask for every
+/// report.
+class SdMonitor {
+public:
+    static constexpr const char* root = "/org/nearcast/monitors";
+
+    /// Puts the objects on the bus, on which they stay as long as this lives.
+    /// @param released called when bluetoothd lets go of the monitor
+    SdMonitor(const std::string& daemon, std::function<void()> released)
+        : daemon_(daemon), released_(std::move(released)) {}
+    SdMonitor(const SdMonitor&) = delete;
+    SdMonitor& operator=(const SdMonitor&) = delete;
+
+    /// @return a negative errno where that fails
+    int exportOn(sd_bus* bus);
+    void forget();
+
+private:
+    static int release(sd_bus_message* call, void* self, sd_bus_error* error) noexcept;
+    static int nothing(sd_bus_message* call, void* self, sd_bus_error* error) noexcept;
+    static int type(sd_bus* bus, const char* path, const char* interface, const char* property, sd_bus_message* reply,
+                    void* self, sd_bus_error* error) noexcept;
+    static int patterns(sd_bus* bus, const char* path, const char* interface, const char* property,
+                        sd_bus_message* reply, void* self, sd_bus_error* error) noexcept;
+    static const sd_bus_vtable methods[];
+
+    const std::string& daemon_;  ///< bluetoothd's name on the bus, the only one who may call
+    const std::function<void()> released_;
+    SlotPointer manager_;
+    SlotPointer object_;
+};
+
+}  // namespace nearcast::bluez
