@@ -4,6 +4,7 @@
 #include "Expect.h"
 #include "platform/replay/Import.h"
 #include "platform/replay/RecordingReader.h"
+#include "platform/replay/RecordingWriter.h"
 #include "scenario/Line.h"
 #include "scenario/PlainLine.h"
 
@@ -16,6 +17,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nearcast::fuzz {
 
@@ -58,6 +60,25 @@ inline std::unique_ptr<Lines> imported(std::span<const std::uint8_t> bytes, cons
     return lines;
 }
 
+/// Writes what a recording holds as btsnoop, and checks that it can be read again, item by item.
+inline void checkWriting(std::span<const std::uint8_t> bytes) {
+    const auto reader = openRecording(sourceOf(bytes), "input");
+    std::string written;
+    const auto writer = makeBtsnoopWriter([&](std::string_view some) { written += some; }, {});
+    std::vector<std::size_t> kinds;
+    while (const auto item = reader->next()) {
+        kinds.push_back(item->index());
+        writer->write(*item);
+    }
+    const auto* const text = reinterpret_cast<const std::uint8_t*>(written.data());
+    const auto again = openRecording(sourceOf(std::span(text, written.size())), "written");
+    for (const std::size_t kind : kinds) {
+        const auto item = again->next();
+        expect(item && item->index() == kind, "what was written is read again");
+    }
+    expect(!again->next(), "and nothing else");
+}
+
 /// Reads any bytes as a recording, and checks what has to hold for all of them.
 inline void checkRecording(std::span<const std::uint8_t> bytes) {
     for (const bool asDongles : {false, true}) {
@@ -69,6 +90,7 @@ inline void checkRecording(std::span<const std::uint8_t> bytes) {
         expect(again && !again->result.damage, "what was imported is a recording");
         if (lines->farthest > exactTimes) continue;
         expect(again->text == lines->text, "importing what was imported changes nothing");
+        if (!asDongles && !lines->result.damage) checkWriting(bytes);
     }
 }
 

@@ -26,6 +26,9 @@ int runCommandLine(int argc, char** argv);
 // Each adds its command to the application; `chosen` is set to its action when the command line names it.
 void addRun(CLI::App& application, Action& chosen);
 void addWatch(CLI::App& application, Action& chosen);
+void addDoctor(CLI::App& application, Action& chosen);
+void addRadios(CLI::App& application, Action& chosen);
+void addRecord(CLI::App& application, Action& chosen);
 void addImport(CLI::App& application, Action& chosen);
 void addScene(CLI::App& application, Action& chosen);
 

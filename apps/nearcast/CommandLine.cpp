@@ -15,6 +15,8 @@ namespace {
 constexpr const char* footer =
     "Radios (--radio):\n"
     "  auto                    the radio of this machine\n"
+    "  bluez[:hciN]            bluetoothd\n"
+    "  hci[:N]                 a controller of one's own; option beside: beside bluetoothd\n"
     "  simulator[:SCENE.json]  a simulated shop; options seed=N, speed=X or max\n"
     "  replay:FILE             a recording; options speed=X or max, as=dongles, services=any\n"
     "  none                    no radio\n"
@@ -30,9 +32,12 @@ int runChosen(int argc, char** argv) {
     application.require_subcommand(1);
     Action chosen;
     addWatch(application, chosen);
+    addRecord(application, chosen);
     addRun(application, chosen);
     addImport(application, chosen);
     addScene(application, chosen);
+    addRadios(application, chosen);
+    addDoctor(application, chosen);
     try {
         application.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

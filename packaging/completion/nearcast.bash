@@ -11,7 +11,7 @@ _nearcast_radio() {
             compopt -o filenames
             ;;
         *)
-            mapfile -t COMPREPLY < <(compgen -W 'auto none simulator simulator: replay:' -- "$word")
+            mapfile -t COMPREPLY < <(compgen -W 'auto bluez hci none simulator simulator: replay:' -- "$word")
             [[ ${COMPREPLY[0]-} == *: ]] && compopt -o nospace
             ;;
     esac
@@ -42,10 +42,13 @@ _nearcast() {
     esac
     case $command in
         watch) options='--radio --settings --for --json --help' ;;
+        record) options='--radio --for --output --help' ;;
         run) options='--trace --locks --help' ;;
         import) options='--services --as --output --help' ;;
         scene) options='--settings --help' ;;
-        *) options='watch run import scene --version --help' ;;
+        radios) options='--json --help' ;;
+        doctor) options='--radio --for --json --help' ;;
+        *) options='watch record run import scene radios doctor --version --help' ;;
     esac
     if [[ $current == -* || -z $command ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")

@@ -1,21 +1,28 @@
 # SPDX-License-Identifier: Apache-2.0
 # Completion of nearcast for fish.
 
-set -l commands watch run import scene
-set -l radios 'auto none simulator simulator: replay:'
+set -l commands watch record run import scene radios doctor
+set -l radios 'auto bluez hci none simulator simulator: replay:'
 
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -f
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -l version -d 'Print the version'
 complete -c nearcast -s h -l help -d 'Print help'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a watch -d 'Show which devices are near'
+complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a record -d 'Write down what a radio hears'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a run -d 'Run a scenario'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a import -d 'Turn a capture into a recording'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a scene -d 'Print or check a scene'
+complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a radios -d 'List the radios'
+complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a doctor -d 'Find out why a scan does not work'
 
 complete -c nearcast -n '__fish_seen_subcommand_from watch' -l radio -x -a "$radios" -d 'The radio'
 complete -c nearcast -n '__fish_seen_subcommand_from watch' -l settings -r -F -d 'The registered devices'
 complete -c nearcast -n '__fish_seen_subcommand_from watch' -l for -x -d "Seconds of the radio's time"
 complete -c nearcast -n '__fish_seen_subcommand_from watch' -l json -d 'Print JSON Lines'
+
+complete -c nearcast -n '__fish_seen_subcommand_from record' -l radio -x -a "$radios" -d 'The radio'
+complete -c nearcast -n '__fish_seen_subcommand_from record' -l for -x -d "Seconds of the radio's time"
+complete -c nearcast -n '__fish_seen_subcommand_from record' -s o -l output -r -F -d 'The file to write'
 
 complete -c nearcast -n '__fish_seen_subcommand_from run' -l trace -d 'Print the trace records too'
 complete -c nearcast -n '__fish_seen_subcommand_from run' -l locks -d 'Print the locks too'
@@ -25,3 +32,9 @@ complete -c nearcast -n '__fish_seen_subcommand_from import' -l as -x -a dongles
 complete -c nearcast -n '__fish_seen_subcommand_from import' -s o -l output -r -F -d 'The file to write'
 
 complete -c nearcast -n '__fish_seen_subcommand_from scene' -l settings -d "Print the scene's devices"
+
+complete -c nearcast -n '__fish_seen_subcommand_from radios' -l json -d 'Print a JSON array'
+
+complete -c nearcast -n '__fish_seen_subcommand_from doctor' -l radio -x -a "$radios" -d 'The radio'
+complete -c nearcast -n '__fish_seen_subcommand_from doctor' -l for -x -d 'Seconds to listen'
+complete -c nearcast -n '__fish_seen_subcommand_from doctor' -l json -d 'Print one JSON object'

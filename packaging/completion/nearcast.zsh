@@ -6,7 +6,7 @@ _nearcast_radio() {
     if compset -P 1 '(simulator|replay):'; then
         _files
     else
-        compadd auto none simulator
+        compadd auto bluez hci none simulator
         compadd -S '' simulator: replay:
     fi
 }
@@ -14,9 +14,12 @@ _nearcast_radio() {
 _nearcast_command() {
     local -a commands=(
         'watch:show which devices are near, and which have fallen silent'
+        'record:write down all that a radio hears'
         'run:run a scenario on a virtual clock and print what the manager shows'
         'import:turn a recording of any kind into JSON Lines'
         "scene:print the simulator's built-in scene, or check one of your own"
+        'radios:list the radios that can be opened here'
+        'doctor:find out what stands between you and a working scan'
     )
     _describe command commands
 }
@@ -33,6 +36,11 @@ _nearcast() {
                 "--for[end after so many seconds of the radio's time]:seconds:" \
                 '--json[print JSON Lines]' '(- *)'{-h,--help}'[print help]'
             ;;
+        record)
+            _arguments '--radio[the radio to listen with]:radio:_nearcast_radio' \
+                "--for[end after so many seconds of the radio's time]:seconds:" \
+                '(-o --output)'{-o,--output}'[the file to write]:file:_files' '(- *)'{-h,--help}'[print help]'
+            ;;
         run)
             _arguments '--trace[print the trace records too]' \
                 '--locks[print the taking and releasing of the locks too]' \
@@ -47,6 +55,14 @@ _nearcast() {
         scene)
             _arguments "--settings[print the scene's devices as a settings file]" \
                 '(- *)'{-h,--help}'[print help]' '1:scene:_files'
+            ;;
+        radios)
+            _arguments '--json[print a JSON array]' '(- *)'{-h,--help}'[print help]'
+            ;;
+        doctor)
+            _arguments '--radio[the radio to listen with]:radio:_nearcast_radio' \
+                '--for[listen for so many seconds]:seconds:' \
+                '--json[print one JSON object]' '(- *)'{-h,--help}'[print help]'
             ;;
     esac
 }

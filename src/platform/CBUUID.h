@@ -22,6 +22,8 @@ public:
 
     /// The text it was made from, or the canonical upper-case one.
     [[nodiscard]] const std::string& UUIDString() const noexcept { return text_; }
+    /// Its 128 bits; nothing where the text is no UUID.
+    [[nodiscard]] const std::optional<Bytes>& bytes() const noexcept { return bytes_; }
 
     friend bool operator==(const CBUUID& left, const CBUUID& right) noexcept {
         return left.bytes_ == right.bytes_ && (left.bytes_ || left.folded_ == right.folded_);

@@ -6,12 +6,17 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace nearcast::scenario {
 
 namespace {
+
 constexpr std::size_t handOver = std::size_t{1} << 16;
-}
+
+Time timeOf(double seconds) { return Time(std::llround(seconds * 1e6)); }
+
+}  // namespace
 
 EventWriter& EventWriter::begin(Time at, std::string_view event) {
     buffer_ += R"({"at": )";
@@ -40,6 +45,16 @@ EventWriter& EventWriter::number(std::string_view name, std::int64_t value) {
 
 EventWriter& EventWriter::boolean(std::string_view name, bool value) {
     this->name(name).buffer_ += value ? "true" : "false";
+    return *this;
+}
+
+EventWriter& EventWriter::seconds(std::string_view name, std::optional<Time> value) {
+    this->name(name);
+    if (value) {
+        appendSeconds(buffer_, *value);
+    } else {
+        buffer_ += "null";
+    }
     return *this;
 }
 
@@ -83,13 +98,16 @@ void EventWriter::discovered(Time at, std::string_view portName, std::int32_t de
 
 void EventWriter::discovered(Time at, std::string_view portName, std::int32_t deviceType, std::string_view MACAddr,
                              std::int32_t RSSI, std::optional<Time> age) {
-    beginDiscovered(at, portName, deviceType, MACAddr, RSSI).name("age");
-    if (age) {
-        appendSeconds(buffer_, *age);
-    } else {
-        buffer_ += "null";
-    }
-    end();
+    beginDiscovered(at, portName, deviceType, MACAddr, RSSI).seconds("age", age).end();
+}
+
+void EventWriter::radioHealth(Time at, const RadioHealth& health) {
+    begin(at, "radioHealth").number("state", health.state).text("why", health.why);
+    number("restarts", static_cast<std::int64_t>(health.restarts));
+    seconds("reportsPerSecond", timeOf(health.reportsPerSecond));
+    std::optional<Time> age;
+    if (health.lastReportAge) age = timeOf(*health.lastReportAge);
+    seconds("lastReportAge", age).end();
 }
 
 void EventWriter::summary(Time at, std::uint64_t reports, std::uint64_t dongles, std::uint64_t silences) {

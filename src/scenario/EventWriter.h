@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <nearcast/RadioHealth.h>
 #include <nearcast/SettingRecord.h>
 
 #include "scenario/Line.h"
@@ -38,6 +39,8 @@ public:
     void trace(Time at, std::int32_t type, std::string_view method, std::string_view text);
     void lock(Time at, std::string_view name, bool held);
 
+    /// How the radio of a watch is, when that has changed.
+    void radioHealth(Time at, const RadioHealth& health);
     /// What a watch has seen in all.
     void summary(Time at, std::uint64_t reports, std::uint64_t dongles, std::uint64_t silences);
 
@@ -52,6 +55,7 @@ private:
     EventWriter& begin(Time at, std::string_view event);
     EventWriter& text(std::string_view name, std::string_view value);
     EventWriter& number(std::string_view name, std::int64_t value);
+    EventWriter& seconds(std::string_view name, std::optional<Time> value);
     EventWriter& boolean(std::string_view name, bool value);
     EventWriter& name(std::string_view name);
     void end();

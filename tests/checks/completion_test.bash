@@ -26,15 +26,19 @@ cd "$(mktemp -d)"
 trap 'rm -r "$PWD"' EXIT
 touch shop.pcapng scene.json
 
-offers 'nearcast ' watch run import scene --version --help
+offers 'nearcast ' watch record run import scene radios doctor --version --help
 offers 'nearcast w' watch
 offers 'nearcast --v' --version
 offers 'nearcast watch -' --radio --settings --for --json --help
-offers 'nearcast watch --radio ' auto none simulator simulator: replay:
+offers 'nearcast watch --radio ' auto bluez hci none simulator simulator: replay:
 offers 'nearcast watch --radio re' replay:
 offers 'nearcast watch --radio replay:sh' shop.pcapng
 offers 'nearcast watch --json --radio simulator:' scene.json shop.pcapng
 offers 'nearcast watch --for '
+offers 'nearcast record -' --radio --for --output --help
+offers 'nearcast doctor --radio b' bluez
+offers 'nearcast doctor -' --radio --for --json --help
+offers 'nearcast radios -' --json --help
 offers 'nearcast run --' --trace --locks --help
 offers 'nearcast import --a' --as
 offers 'nearcast import --as ' dongles

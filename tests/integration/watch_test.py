@@ -98,6 +98,32 @@ class DamagedRecording(ProgramTest):
         self.assertIn(f"damaged at byte {len(self.head)}", result.stderr)
 
 
+class RadioHealth(ProgramTest):
+    """A dongle that is silent and a radio that is blind are told apart."""
+
+    def setUp(self):
+        super().setUp()
+        lines = ['{"at": %.1f, "do": "advertise", "manufacturerData": "FFFF020000000001", "RSSI": -60}\n' % (at / 10)
+                 for at in range(20)]
+        lines += ['{"at": 2.5, "do": "radio", "state": 4}\n', '{"at": 4, "do": "end"}\n']
+        self.radio = f"replay:{self.write('off.jsonl', ''.join(lines))}?speed=max"
+
+    def test_a_change_is_an_event(self):
+        result = nearcast("watch", "--radio", self.radio, "--json")
+        changes = events(result.stdout, "radioHealth")
+        self.assertEqual([(change["at"], change["state"], change["restarts"]) for change in changes], [(2.5, 4, 0)])
+        self.assertEqual(changes[0]["lastReportAge"], 0.6)
+
+    def test_a_change_is_a_line(self):
+        result = nearcast("watch", "--radio", self.radio)
+        self.assertRegex(result.stdout, r"(?m)^ +2\.500 s  radio powered off for 0\.0 s, ")
+
+    def test_stands_below_the_table(self):
+        output, _ = shown_on_a_terminal("watch", "--radio", self.radio)
+        self.assertIn("Radio powered on for ", output)
+        self.assertRegex(output, r"Radio powered off for 1\.\d s, \d+\.\d reports/s, last 2\.\d s ago, 0 restarts")
+
+
 class Interrupted(ProgramTest):
     def test_ctrl_c_ends_it_cleanly_with_a_summary(self):
         for ending in (signal.SIGINT, signal.SIGTERM):

@@ -3,11 +3,11 @@
 # Debian packages that the commands need.
 
 need_to_build() {
-    need g++ cmake ninja-build ccache nlohmann-json3-dev libcli11-dev libsystemd-dev "$@"
+    need g++ cmake ninja-build ccache nlohmann-json3-dev libcli11-dev libsystemd-dev pkg-config "$@"
 }
 
 need_to_test() {
-    need_to_build clang libclang-rt-dev llvm clang-format clang-tidy libgtest-dev librapidcheck-dev pkg-config \
+    need_to_build clang libclang-rt-dev llvm clang-format clang-tidy libgtest-dev librapidcheck-dev \
         binutils dpkg-dev file python3 groff-base shellcheck dbus-daemon
 }
 

@@ -27,6 +27,11 @@ public:
         handOver();
     }
 
+    void health(double at, const RadioHealth& health) override {
+        writer_.radioHealth(timeOf(at), health);
+        handOver();
+    }
+
     void console(std::string_view line) override { complain("watch", printable(line), exitGood); }
 
     void end(const WatchSummary& summary) override {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "RadioWords.h"
 #include "watch/Printable.h"
 #include "watch/WatchView.h"
 
@@ -31,6 +32,10 @@ public:
 
     void silent(double at, std::string_view portName, std::string_view MACAddr) override {
         write(head(at, portName, MACAddr) + "silent");
+    }
+
+    void health(double at, const RadioHealth& health) override {
+        write(seconds(at, 9, 3) + " s  radio " + printable(healthInWords(health, at)));
     }
 
     void console(std::string_view line) override { complain("watch", printable(line), exitGood); }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "RadioWords.h"
 #include "watch/Printable.h"
 #include "watch/WatchView.h"
 
@@ -65,7 +66,10 @@ public:
         complain("watch", printable(line), exitGood);
     }
 
-    void tick(double at) override {
+    void health(double /*at*/, const RadioHealth& /*health*/) override {}  // it stands below the table at any time
+
+    void tick(double at, const RadioHealth& health) override {
+        health_ = health;
         std::erase_if(rows_, [&](const auto& row) { return row.second.silent && at - row.second.at > silentFor; });
         erase();
         draw(at);
@@ -116,10 +120,18 @@ private:
         return text + values.data();
     }
 
+    /// The reason has a line of its own: a narrow terminal would cut it off.
+    void drawHealth(double now, std::size_t width) {
+        RadioHealth health = health_;
+        health.why.clear();
+        line("Radio " + healthInWords(health, now), width);
+        if (!health_.why.empty()) line("      " + health_.why, width);
+    }
+
     void draw(double now) {
         const Size size = terminalSize();
         const std::size_t width = size.columns - 1;
-        const std::size_t room = size.rows > 5 ? size.rows - 5 : 1;
+        const std::size_t room = size.rows > 7 ? size.rows - 7 : 1;
         line(column("PORT", 19) + column("TYPE", 9) + column("ADDRESS", 18) + column("  SIGNAL", 10) +
                  column("", barWidth + 4) + "AGE",
              width);
@@ -128,6 +140,7 @@ private:
             line(describe(*entries[index], now), width);
         }
         if (entries.size() > room) line("... and " + std::to_string(entries.size() - room) + " more", width);
+        drawHealth(now, width);
         std::array<char, 80> foot{};
         std::snprintf(foot.data(), foot.size(), "%.1f s, %llu reports. Ctrl-C ends.", now,
                       static_cast<unsigned long long>(reports_));
@@ -136,6 +149,7 @@ private:
     }
 
     std::map<std::string, Row> rows_;
+    RadioHealth health_;
     std::uint64_t reports_ = 0;
     std::size_t lines_ = 0;
 };

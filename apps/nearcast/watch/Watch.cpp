@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "Seconds.h"
 #include "watch/Interruption.h"
 #include "watch/SettingsFile.h"
 #include "watch/WatchSession.h"
@@ -9,7 +10,6 @@
 
 #include <unistd.h>
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -20,7 +20,6 @@ namespace nearcast::cli {
 namespace {
 
 constexpr double tickSeconds = 0.25;
-constexpr double longestWatch = 1e9;  // seconds; more than a working life
 
 struct WatchArguments {
     std::string radio = "auto";
@@ -28,14 +27,6 @@ struct WatchArguments {
     std::optional<double> forSeconds;
     bool json = false;
 };
-
-/// Why a text is no time to watch for; empty where it is one.
-std::string isTime(const std::string& text) {
-    char* end = nullptr;
-    const double seconds = std::strtod(text.c_str(), &end);
-    const bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= longestWatch;
-    return good ? "" : "'" + text + "' is no number of seconds from 0 to 1000000000";
-}
 
 std::unique_ptr<WatchView> viewFor(const WatchArguments& arguments) {
     if (arguments.json) return makeJSONView();
@@ -56,7 +47,6 @@ void passTime(WatchSession& session, const Interruption& interruption, std::opti
 int watchWith(WatchSession& session, const Interruption& interruption, const WatchArguments& arguments) {
     auto& manager = QXNearcastManager::sharedManager();
     if (!arguments.settings.empty()) loadSettings(manager, arguments.settings);
-    session.begin();
     manager.setDelegate(session.delegate());
     if (!manager.startScan()) return complain("watch", "the scan cannot be started", exitFailed);
     passTime(session, interruption, arguments.forSeconds);
@@ -74,8 +64,10 @@ int watch(const WatchArguments& arguments) {
     options.radio = arguments.radio;
     options.ownLoop = true;
     options.console = [](std::string_view line) { session.console(line); };
+    options.radioHealthChanged = [](const RadioHealth& health) { session.health(health); };
     try {
         Platform::choose(options);
+        session.begin();
         return watchWith(session, interruption, arguments);
     } catch (const SettingsFileError& error) {
         return complain("watch", error.what(), exitUsage);

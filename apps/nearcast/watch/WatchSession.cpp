@@ -65,10 +65,19 @@ void WatchSession::console(std::string_view line) {
     show([&](WatchView& view) { view.console(line); });
 }
 
+void WatchSession::health(RadioHealth health) {
+    const double at = seconds();
+    health.since -= start_;
+    const MutexLock lock(mutex_);
+    show([&](WatchView& view) { view.health(at, health); });
+}
+
 void WatchSession::tick() {
     const double at = seconds();
+    RadioHealth health = Platform::radioHealth();
+    health.since -= start_;
     const MutexLock lock(mutex_);
-    show([&](WatchView& view) { view.tick(at); });
+    show([&](WatchView& view) { view.tick(at, health); });
 }
 
 bool WatchSession::broken() {

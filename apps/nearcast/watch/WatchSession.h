@@ -19,11 +19,13 @@ class WatchSession {
 public:
     explicit WatchSession(std::unique_ptr<WatchView> view);
 
-    /// Time counts from here.
+    /// Time counts from here. Called before the radio is opened, and so before all others.
     void begin();
     /// Whom the manager tells.
     std::shared_ptr<QXNearcastManagerDelegate> delegate();
     void console(std::string_view line);
+    /// How the radio is, when that has changed.
+    void health(RadioHealth health);
     void tick();
     /// Shows the summary.
     /// @throws std::runtime_error when the view could not be written

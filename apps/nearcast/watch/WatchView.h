@@ -2,6 +2,7 @@
 #pragma once
 
 #include <nearcast/QXBluetoothManager.h>
+#include <nearcast/RadioHealth.h>
 
 #include <cstdint>
 #include <memory>
@@ -35,10 +36,13 @@ public:
     virtual ~WatchView() = default;
     virtual void report(const WatchReport& report) = 0;
     virtual void silent(double at, std::string_view portName, std::string_view MACAddr) = 0;
-    /// A line of the manager's for people.
+    /// A line of the manager's or the radio's for people.
     virtual void console(std::string_view line) = 0;
-    /// Time has passed.
-    virtual void tick(double at) { static_cast<void>(at); }
+    /// The state of the radio, its reason or the number of its restarts has changed.
+    /// @param health `since` counts as `at` does: from the begin of the watch
+    virtual void health(double at, const RadioHealth& health) = 0;
+    /// Time has passed; this is how the radio is now.
+    virtual void tick(double /*at*/, const RadioHealth& /*health*/) {}
     virtual void end(const WatchSummary& summary) = 0;
 };
 

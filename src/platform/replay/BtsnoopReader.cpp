@@ -12,10 +12,6 @@ namespace {
 constexpr std::size_t fileHeader = 16;
 constexpr std::size_t recordHeader = 24;
 
-// From the year 0, where btsnoop begins to count, to 1970, in microseconds. Times before that are of clocks that were
-// never set; only differences count, so the shift just keeps nanoseconds within 64 bits.
-constexpr std::uint64_t epoch = 0x00DCDDB30F2F8000;
-
 PacketKind kindOfDatalink(std::uint32_t datalink, const std::string& name) {
     switch (datalink) {
         case 1001: return PacketKind::hciByFlags;
@@ -38,8 +34,9 @@ PacketKind readHeader(RecordingInput& input, const std::string& name) {
 }
 
 std::int64_t nanosecondsOf(std::uint64_t microseconds) {
-    // Unsigned, for a damaged file may hold any time; it wraps rather than overflows.
-    return static_cast<std::int64_t>((microseconds - epoch) * 1000);
+    // Times before 1970 are of clocks that were never set; only differences count, so the shift just keeps nanoseconds
+    // within 64 bits. Unsigned, for a damaged file may hold any time; it wraps rather than overflows.
+    return static_cast<std::int64_t>((microseconds - btsnoopEpoch) * 1000);
 }
 
 }  // namespace

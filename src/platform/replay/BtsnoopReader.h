@@ -5,12 +5,16 @@
 #include "platform/replay/RecordingInput.h"
 
 #include <array>
+#include <cstdint>
 #include <string>
 
 namespace nearcast {
 
 /// The bytes that a btsnoop file begins with.
 inline constexpr std::array<std::uint8_t, 8> btsnoopMagic{'b', 't', 's', 'n', 'o', 'o', 'p', 0};
+
+/// From the year 0, where btsnoop begins to count, to 1970, in microseconds.
+inline constexpr std::uint64_t btsnoopEpoch = 0x00DCDDB30F2F8000;
 
 /// Reads btsnoop files: the snoop format of RFC 1761 with Bluetooth datalinks, times in microseconds.
 class BtsnoopReader : public PacketSource {

@@ -2,6 +2,7 @@
 #include "platform/replay/CaptureReader.h"
 
 #include "platform/hciformat/AdStructures.h"
+#include "platform/replay/RecordingNotes.h"
 #include "support/Utf8.h"
 
 #include <algorithm>
@@ -33,6 +34,10 @@ std::optional<RecordedItem> CaptureReader::next() {
         const auto packet = packets_->next();
         if (!packet) return std::nullopt;
         advance(*packet);
+        if (auto item = itemOfNote(*packet, now_)) {
+            ready_.push_back(std::move(*item));
+            continue;
+        }
         decoder_.read(*packet, [this](const RawReport& raw) { add(raw); });
     }
     RecordedItem item = std::move(ready_.front());

@@ -16,8 +16,8 @@ namespace nearcast {
 /// Reads a recording out of captured packets.
 ///
 /// An item's time is that since the capture's first packet, in whole microseconds; a packet that is earlier than its
-/// predecessor happens with it. Names that are not UTF-8 are made so (see `wellFormed`), for the recording may
-/// become JSON.
+/// predecessor happens with it. Changes of the radio's state and the end come of notes (RecordingNotes.h). Names that
+/// are not UTF-8 are made so (see `wellFormed`), for the recording may become JSON.
 class CaptureReader : public RecordingReader {
 public:
     explicit CaptureReader(std::unique_ptr<PacketSource> packets) : packets_(std::move(packets)) {}
@@ -32,7 +32,7 @@ private:
     SenderMemory senders_;
     std::optional<std::int64_t> first_;  // the first packet's time in nanoseconds
     std::chrono::microseconds now_{0};
-    std::deque<RecordedReport> ready_;
+    std::deque<RecordedItem> ready_;
 };
 
 /// The text with U+FFFD in place of every octet that is not part of well-formed UTF-8.

@@ -38,6 +38,9 @@ public:
         kept_.lines.push_back("silent " + std::string(MACAddr));
     }
     void console(std::string_view line) override { kept_.lines.push_back("console " + std::string(line)); }
+    void health(double at, const RadioHealth& health) override {
+        kept_.lines.push_back("health " + std::to_string(at) + " since " + std::to_string(health.since));
+    }
     void end(const WatchSummary& summary) override { kept_.summary = summary; }
 
 private:
@@ -99,6 +102,16 @@ TEST_F(WatchSessionTest, TheSummaryCountsReportsDonglesAndSilences) {
     EXPECT_EQ(kept_.summary->dongles, 2U);
     EXPECT_EQ(kept_.summary->silences, 1U);
     EXPECT_DOUBLE_EQ(kept_.summary->seconds, 2);
+}
+
+TEST_F(WatchSessionTest, TheHealthOfTheRadioIsTimedFromTheBeginOfTheWatch) {
+    pass(1000);
+    session_.begin();
+    pass(500);
+    RadioHealth health;
+    health.since = Platform::now() - 0.25;
+    session_.health(health);
+    EXPECT_EQ(kept_.lines, (std::vector<std::string>{"health 0.500000 since 0.250000"}));
 }
 
 TEST_F(WatchSessionTest, AViewThatCannotBeWrittenEndsTheWatchWithItsReason) {

@@ -46,6 +46,21 @@ TEST_F(EventWriterTest, WritesEachKindOfEventAsOneLine) {
     EXPECT_EQ(written(), "{\"at\": 5.0, \"event\": \"lock\", \"name\": \"_lock\", \"held\": false}\n");
 }
 
+TEST_F(EventWriterTest, WritesHowTheRadioIs) {
+    RadioHealth health;
+    health.state = CBManagerStatePoweredOff;
+    health.why = "blocked";
+    health.restarts = 2;
+    writer_.radioHealth(5s, health);
+    EXPECT_EQ(written(),
+              "{\"at\": 5.0, \"event\": \"radioHealth\", \"state\": 4, \"why\": \"blocked\", \"restarts\": 2, "
+              "\"reportsPerSecond\": 0.0, \"lastReportAge\": null}\n");
+    health.reportsPerSecond = 31.2;
+    health.lastReportAge = 0.25;
+    writer_.radioHealth(5s, health);
+    EXPECT_NE(written().find("\"reportsPerSecond\": 31.2, \"lastReportAge\": 0.25}"), std::string::npos);
+}
+
 TEST_F(EventWriterTest, WritesWhatTheRadioIsAsked) {
     writer_.centralStopped(0s);
     EXPECT_EQ(written(), "{\"at\": 0.0, \"event\": \"central\", \"call\": \"stopScan\"}\n");

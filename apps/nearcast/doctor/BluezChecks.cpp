@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "doctor/Checks.h"
+#include "machine/Facts.h"
+
+#include <algorithm>
+
+namespace nearcast::cli {
+
+namespace {
+
+constexpr const char* accessDenied = "org.freedesktop.DBus.Error.AccessDenied";
+
+std::string inWords(const BusProblem& problem) {
+    return problem.message + (problem.name.empty() ? "" : " (" + problem.name + ")");
+}
+
+/// One sentence about each adapter on the bus; nothing where bluetoothd shows none.
+template <class Describe>
+std::vector<Finding> eachAdapter(const Machine& machine, Describe describe) {
+    std::vector<Finding> findings;
+    for (const BusAdapter& adapter : machine.bus().adapters) findings.push_back(describe(adapter));
+    return findings;
+}
+
+bool anyAdapter(const Machine& machine, bool BusAdapter::*property) {
+    const auto& adapters = machine.bus().adapters;
+    return std::any_of(adapters.begin(), adapters.end(), [=](const BusAdapter& adapter) { return adapter.*property; });
+}
+
+/// bluetoothd runs and shows its objects, but there is no adapter among them.
+std::vector<Finding> noAdapterOnTheBus(const Machine& machine) {
+    const auto& adapters = machine.controllers().adapters;
+    if (adapters.empty()) return {};  // which is said already
+    return {
+        {Level::fault, "bluetoothd shows no adapter although the kernel has " + adapters.front().name,
+         "end the program that has taken it ('hci:N', or a virtual machine); else sudo systemctl restart bluetooth"}};
+}
+
+}  // namespace
+
+std::vector<Finding> checkBus(const Machine& machine) {
+    const auto& problem = machine.bus().unreachable;
+    if (!problem) return {{Level::good, "the system bus answers", ""}};
+    return {{Level::fault, "the system bus cannot be reached: " + inWords(*problem),
+             "sudo systemctl start dbus; a container needs the host's /run/dbus/system_bus_socket"}};
+}
+
+std::vector<Finding> checkDaemon(const Machine& machine) {
+    const BusReading& bus = machine.bus();
+    if (bus.unreachable) return {};
+    if (!bus.bluetoothd) {
+        return {
+            {Level::fault, "bluetoothd does not run", "sudo apt install bluez; sudo systemctl enable --now bluetooth"}};
+    }
+    const Daemon daemon = daemonOf(machine);
+    std::string text = daemon.version ? "version " + *daemon.version : "of an unknown version";
+    if (bus.process) text += ", process " + std::to_string(*bus.process);
+    return {{Level::good, text + (daemon.experimental ? ", experimental interfaces on" : ""), ""}};
+}
+
+std::vector<Finding> checkPolicy(const Machine& machine) {
+    const BusReading& bus = machine.bus();
+    if (!bus.bluetoothd) return {};
+    if (!bus.refused) return {{Level::good, "bluetoothd may be asked", ""}};
+    if (bus.refused->name == accessDenied) {
+        return {{Level::fault, "the bus policy forbids to speak with bluetoothd: " + inWords(*bus.refused),
+                 "allow it in /etc/dbus-1/system.d/bluetooth.conf, or join the group it names: "
+                 "sudo usermod -aG bluetooth \"$USER\", and log in again"}};
+    }
+    return {{Level::fault, "bluetoothd does not answer: " + inWords(*bus.refused), "sudo systemctl restart bluetooth"}};
+}
+
+std::vector<Finding> checkPower(const Machine& machine) {
+    const BusReading& bus = machine.bus();
+    if (!bus.bluetoothd || bus.refused) return {};
+    if (bus.adapters.empty()) return noAdapterOnTheBus(machine);
+    const Level off = anyAdapter(machine, &BusAdapter::powered) ? Level::note : Level::fault;
+    return eachAdapter(machine, [off](const BusAdapter& adapter) -> Finding {
+        const std::string name = adapter.name + " (" + adapter.address + ")";
+        if (adapter.powered) return {Level::good, name + " is powered on", ""};
+        return {off, name + " is powered off",
+                "bluetoothctl power on; to have it so after a restart: AutoEnable=true in /etc/bluetooth/main.conf"};
+    });
+}
+
+std::vector<Finding> checkLowEnergy(const Machine& machine) {
+    return eachAdapter(machine, [](const BusAdapter& adapter) -> Finding {
+        if (adapter.central.value_or(true)) return {Level::good, adapter.name + " listens to Low Energy", ""};
+        return {
+            Level::fault, adapter.name + " is of the classic kind, or Low Energy is off",
+            "use an adapter of Bluetooth 4.0 or later; ControllerMode in /etc/bluetooth/main.conf must not be bredr"};
+    });
+}
+
+std::vector<Finding> checkMonitors(const Machine& machine) {
+    return eachAdapter(machine, [](const BusAdapter& adapter) -> Finding {
+        if (adapter.advertisementMonitors) return {Level::good, adapter.name + " offers advertisement monitors", ""};
+        return {
+            Level::note, adapter.name + " offers no advertisement monitors",
+            "needed only where the controller keeps repeated reports to itself, about one of a dongle in ten seconds: "
+            "then start bluetoothd with -E"};
+    });
+}
+
+std::vector<Finding> checkDiscovery(const Machine& machine) {
+    if (!anyAdapter(machine, &BusAdapter::discovering)) return {};
+    return {{Level::note, "another program is discovering too; bluetoothd serves both", ""}};
+}
+
+std::vector<Finding> checkSomebodyDiscovers(const Machine& machine) {
+    if (anyAdapter(machine, &BusAdapter::discovering)) {
+        return {{Level::good, "somebody discovers, which 'hci?beside' listens to", ""}};
+    }
+    // Only a remark: somebody may scan without bluetoothd.
+    return {{Level::remark, "nobody discovers, so that 'hci?beside' has nothing to listen to",
+             "let another program discover (bluetoothctl scan le), or listen by 'bluez' or 'hci:N'"}};
+}
+
+}  // namespace nearcast::cli

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nearcast/RadioHealth.h>
+
+#include "doctor/Checks.h"
+#include "doctor/Hearing.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace nearcast::cli {
+
+/// What `doctor` ends with.
+enum Verdict : int {
+    verdictWell = 0,
+    verdictRemarks = 1,  ///< it works, but something could be better
+    verdictNoScan = 2,   ///< there is no working scan
+};
+
+/// All that `doctor` has found.
+struct Diagnosis {
+    std::string radio;  ///< the one that was listened with
+    std::vector<CheckedFinding> findings;
+    std::optional<Hearing> hearing;  ///< nothing: the radio could not be opened
+    RadioHealth health;              ///< at the end of the scan
+
+    [[nodiscard]] Verdict verdict() const;
+};
+
+/// One finding, with its advice on a line of its own.
+std::string findingInColumns(const CheckedFinding& finding);
+/// What was heard of each dongle.
+std::string hearingInColumns(const Hearing& hearing);
+std::string verdictInWords(Verdict verdict);
+/// Everything as one JSON object on one line.
+std::string diagnosisAsJSON(const Diagnosis& diagnosis);
+
+}  // namespace nearcast::cli

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Command.h"
+#include "Seconds.h"
+#include "doctor/Checks.h"
+#include "doctor/Diagnosis.h"
+#include "doctor/Hearing.h"
+#include "doctor/ScanFindings.h"
+#include "listen/Listening.h"
+#include "machine/Facts.h"
+#include "machine/LinuxMachine.h"
+#include "watch/Interruption.h"
+#include "watch/Printable.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace nearcast::cli {
+
+namespace {
+
+constexpr double stepSeconds = 0.25;
+
+struct DoctorArguments {
+    std::string radio = "auto";
+    double forSeconds = 10;
+    bool json = false;
+};
+
+/// Somebody may be reading along.
+void say(const std::string& text) {
+    writeOut(text);
+    finishOut();
+}
+
+/// Tells what it finds as it finds it, or all in the end as JSON.
+class Doctor {
+public:
+    explicit Doctor(const DoctorArguments& arguments) : arguments_(arguments) {}
+
+    int run(Listening& listening) {
+        const LinuxMachine machine;
+        diagnosis_.radio = arguments_.radio == "auto" ? automaticRadio(machine) : arguments_.radio;
+        for (CheckedFinding& one : examine(machine, wayOf(diagnosis_.radio))) add(std::move(one));
+        scan(listening);
+        if (arguments_.json) {
+            say(diagnosisAsJSON(diagnosis_) + "\n");
+        } else {
+            say("\n" + verdictInWords(diagnosis_.verdict()) + "\n");
+        }
+        return diagnosis_.verdict();
+    }
+
+private:
+    void add(CheckedFinding finding) {
+        if (!arguments_.json) say(findingInColumns(finding));
+        diagnosis_.findings.push_back(std::move(finding));
+    }
+
+    void scan(Listening& listening) {
+        try {
+            listening.open(arguments_.radio,
+                           [](std::string_view line) { complain("doctor", printable(line), exitGood); });
+        } catch (const std::invalid_argument&) {
+            throw;  // the command line is wrong, not the machine
+        } catch (const std::exception& error) {
+            return add({"scan", {Level::fault, std::string("the radio cannot be opened: ") + error.what(), ""}});
+        }
+        listen(listening);
+        for (Finding& one : scanFindings(*diagnosis_.hearing, diagnosis_.health)) add({"scan", std::move(one)});
+    }
+
+    void listen(Listening& listening) {
+        if (!arguments_.json) {
+            std::array<char, 64> time{};
+            std::snprintf(time.data(), time.size(), "%g s ...\n", arguments_.forSeconds);
+            say("\nListening by '" + printable(diagnosis_.radio) + "' for " + time.data());
+        }
+        // Shared with the radio's thread, which may be in it to the radio's end.
+        const auto counter = std::make_shared<HearingCounter>();
+        listening.begin({[counter](const AdvertisingReport& report, auto at) { counter->heard(report, at); },
+                         [](const RadioHealth& /*health*/, auto /*at*/) {}});
+        while (listening.seconds() < arguments_.forSeconds &&
+               listening.runFor(std::min(stepSeconds, arguments_.forSeconds - listening.seconds()))) {
+        }
+        diagnosis_.health = listening.health();
+        diagnosis_.hearing = counter->result(listening.now());
+        listening.end();
+        if (!arguments_.json) say("\n" + hearingInColumns(*diagnosis_.hearing));
+    }
+
+    const DoctorArguments& arguments_;
+    Diagnosis diagnosis_;
+};
+
+int doctor(const DoctorArguments& arguments) {
+    Listening listening;
+    const Interruption interruption([&] { listening.interrupt(); });
+    try {
+        return Doctor(arguments).run(listening);
+    } catch (const std::exception& error) {
+        return complain("doctor", error.what(), exitUsage);  // 1 would say that the scan works
+    }
+}
+
+}  // namespace
+
+void addDoctor(CLI::App& application, Action& chosen) {
+    auto* command = application.add_subcommand("doctor", "Find out what stands between you and a working scan");
+    auto arguments = std::make_shared<DoctorArguments>();
+    command->add_option("--radio", arguments->radio, "The radio to listen with")
+        ->type_name("RADIO")
+        ->capture_default_str();
+    command->add_option("--for", arguments->forSeconds, "Listen for so many seconds")
+        ->type_name("SECONDS")
+        ->capture_default_str()
+        ->check(isTime);
+    command->add_flag("--json", arguments->json, "Print one JSON object");
+    command->footer("Exit status: 0 the scan works; 1 it works, with remarks; 2 there is no working scan.");
+    command->callback([arguments, &chosen] { chosen = [arguments] { return doctor(*arguments); }; });
+}
+
+}  // namespace nearcast::cli

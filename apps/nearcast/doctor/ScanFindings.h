@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nearcast/RadioHealth.h>
+
+#include "doctor/Checks.h"
+#include "doctor/Hearing.h"
+
+#include <vector>
+
+namespace nearcast::cli {
+
+/// Seconds after which the manager takes a dongle for gone; one that was not heard for as long is remarked upon.
+inline constexpr double silence = 5;
+
+/// Whether the radio can hear and has heard.
+bool scanWorks(const Hearing& hearing, const RadioHealth& health);
+
+/// What a trial scan says of the radio and the dongles.
+std::vector<Finding> scanFindings(const Hearing& hearing, const RadioHealth& health);
+
+}  // namespace nearcast::cli

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Command.h"
+#include "machine/LinuxMachine.h"
+#include "radios/RadioList.h"
+#include "watch/Printable.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace nearcast::cli {
+
+namespace {
+
+constexpr std::size_t radioWidth = 16;
+constexpr std::size_t opensWidth = 7;
+
+struct RadiosArguments {
+    bool json = false;
+};
+
+std::string inColumns(const std::vector<RadioEntry>& entries) {
+    std::string text = column("RADIO", radioWidth) + column("OPENS", opensWidth) + "ABOUT\n";
+    for (const RadioEntry& entry : entries) {
+        text += column(entry.radio, radioWidth) + column(entry.opens ? "yes" : "no", opensWidth);
+        text += printable(entry.about) + "\n";
+        if (!entry.advice.empty()) {
+            text += std::string(radioWidth + opensWidth, ' ') + "-> " + printable(entry.advice) + "\n";
+        }
+    }
+    return text;
+}
+
+std::string asJSON(const std::vector<RadioEntry>& entries) {
+    auto list = nlohmann::ordered_json::array();
+    for (const RadioEntry& entry : entries) {
+        list.push_back(
+            {{"radio", entry.radio}, {"opens", entry.opens}, {"about", entry.about}, {"advice", entry.advice}});
+    }
+    return list.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+int radios(const RadiosArguments& arguments) {
+    const LinuxMachine machine;
+    const auto entries = radiosOf(machine);
+    writeOut(arguments.json ? asJSON(entries) : inColumns(entries));
+    finishOut();
+    return exitGood;
+}
+
+}  // namespace
+
+void addRadios(CLI::App& application, Action& chosen) {
+    auto* command =
+        application.add_subcommand("radios", "List the radios that can be opened here, and why others cannot");
+    auto arguments = std::make_shared<RadiosArguments>();
+    command->add_flag("--json", arguments->json, "Print a JSON array");
+    command->callback([arguments, &chosen] { chosen = [arguments] { return radios(*arguments); }; });
+}
+
+}  // namespace nearcast::cli

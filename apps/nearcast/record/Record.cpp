@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Command.h"
+#include "RadioWords.h"
+#include "Seconds.h"
+#include "listen/Listening.h"
+#include "platform/radio/RadioString.h"
+#include "record/OutputFile.h"
+#include "record/RecordSession.h"
+#include "watch/Interruption.h"
+#include "watch/Printable.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+namespace nearcast::cli {
+
+namespace {
+
+constexpr double stepSeconds = 0.25;
+
+struct RecordArguments {
+    std::string radio = "auto";
+    std::string output;
+    std::optional<double> forSeconds;
+    [[nodiscard]] bool toStandardOutput() const { return output.empty() || output == "-"; }
+};
+
+/// A recording that is played cannot be written over meanwhile.
+void refuseOwnTail(const RecordArguments& arguments) {
+    const RadioString radio = RadioString::parse(arguments.radio);
+    std::error_code none;
+    if (radio.kind == "replay" && std::filesystem::equivalent(radio.argument, arguments.output, none)) {
+        throw std::invalid_argument(arguments.output + " is the recording that is played");
+    }
+}
+
+RecordingWriter::Out outTo(const RecordArguments& arguments) {
+    if (arguments.toStandardOutput()) {
+        return [](std::string_view bytes) {
+            writeOut(bytes);
+            finishOut();
+        };
+    }
+    return [file = std::make_shared<OutputFile>(arguments.output)](std::string_view bytes) { file->write(bytes); };
+}
+
+std::unique_ptr<RecordingWriter> writerFor(const RecordArguments& arguments) {
+    if (!arguments.output.ends_with(".btsnoop")) return makeJsonLinesWriter(outTo(arguments));
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return makeBtsnoopWriter(outTo(arguments), std::chrono::duration_cast<std::chrono::microseconds>(now));
+}
+
+void passTime(Listening& listening, RecordSession& session, std::optional<double> forSeconds) {
+    bool more = true;
+    while (more && !session.broken()) {
+        const double left = forSeconds ? *forSeconds - listening.seconds() : stepSeconds;
+        if (left <= 0) return;
+        more = listening.runFor(std::min(left, stepSeconds));
+    }
+}
+
+int tell(const Listening& listening, RecordSession& session, const RecordArguments& arguments) {
+    if (session.reports() == 0 && listening.health().state != CBManagerStatePoweredOn) {
+        return complain("record", "nothing was heard: the radio is " + stateInWords(listening.health()), exitFailed);
+    }
+    if (!listening.failure().empty()) return complain("record", listening.failure(), exitFailed);
+    if (arguments.toStandardOutput()) return exitGood;
+    const std::string count = std::to_string(session.reports()) + " reports written to ";
+    return complain("record", count + arguments.output, exitGood);
+}
+
+int recordWith(Listening& listening, const RecordArguments& arguments) {
+    listening.open(arguments.radio, [](std::string_view line) { complain("record", printable(line), exitGood); });
+    // Shared with the radio's thread, which may be in it to the radio's end.
+    const auto session = std::make_shared<RecordSession>(writerFor(arguments));
+    session->begin(listening.health().state);
+    listening.begin({[session](const AdvertisingReport& report, auto at) { session->heard(report, at); },
+                     [session](const RadioHealth& health, auto at) { session->changed(health, at); }});
+    passTime(listening, *session, arguments.forSeconds);
+    const auto at = listening.now();
+    listening.end();
+    session->end(at);
+    return tell(listening, *session, arguments);
+}
+
+int record(const RecordArguments& arguments) {
+    Listening listening;
+    const Interruption interruption([&] { listening.interrupt(); });
+    try {
+        refuseOwnTail(arguments);
+        return recordWith(listening, arguments);
+    } catch (const std::invalid_argument& error) {
+        return complain("record", error.what(), exitUsage);
+    } catch (const std::exception& error) {
+        return complain("record", error.what(), exitFailed);
+    }
+}
+
+}  // namespace
+
+void addRecord(CLI::App& application, Action& chosen) {
+    auto* command = application.add_subcommand("record", "Write down all that a radio hears, to be played again");
+    auto arguments = std::make_shared<RecordArguments>();
+    command->add_option("--radio", arguments->radio, "The radio to listen with")
+        ->type_name("RADIO")
+        ->capture_default_str();
+    command
+        ->add_option(
+            "-o,--output", arguments->output,
+            "File to write: btsnoop where its name ends in .btsnoop, else JSON Lines; standard output if absent")
+        ->type_name("FILE");
+    command->add_option("--for", arguments->forSeconds, "End after so many seconds of the radio's time")
+        ->type_name("SECONDS")
+        ->check(isTime);
+    command->callback([arguments, &chosen] { chosen = [arguments] { return record(*arguments); }; });
+}
+
+}  // namespace nearcast::cli

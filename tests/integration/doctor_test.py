@@ -1,0 +1,107 @@
+# SPDX-License-Identifier: Apache-2.0
+"""nearcast doctor and radios as a person uses them: on this machine, and with a bus of their own."""
+
+import json
+import os
+
+from nearcast_program import ProgramTest, main, nearcast
+from private_bus import Bluezd, PrivateBus
+
+SHOP = "simulator?speed=max"
+
+
+class OnTheBus(ProgramTest):
+    """What is said of bluetoothd; whether this machine has Bluetooth does not matter."""
+
+    def bus(self, rules=""):
+        bus = PrivateBus(self.folder, rules)
+        self.addCleanup(bus.stop)
+        return bus
+
+    def bluezd(self, bus, *options):
+        self.addCleanup(Bluezd(bus, *options).close)
+
+    def entry(self, radio, environment):
+        result = nearcast("radios", "--json", env=environment)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return {one["radio"]: one for one in json.loads(result.stdout)}.get(radio)
+
+    def test_no_bus(self):
+        bluez = self.entry("bluez", {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.folder}/none"})
+        self.assertIs(bluez["opens"], False)
+        self.assertIn("the system bus cannot be reached", bluez["about"])
+
+    def test_a_bus_without_bluetoothd(self):
+        self.assertIn("bluetoothd does not run", self.entry("bluez", self.bus().environment)["about"])
+
+    def test_bluetoothd_without_an_adapter(self):
+        bus = self.bus()
+        self.bluezd(bus, "--absent")
+        self.assertIsNone(self.entry("bluez:hci0", bus.environment))
+
+    def test_an_adapter_that_is_powered_on_opens_and_auto_takes_bluez(self):
+        bus = self.bus()
+        self.bluezd(bus)
+        self.assertIs(self.entry("bluez:hci0", bus.environment)["opens"], True)
+        self.assertIn("takes bluez", self.entry("auto", bus.environment)["about"])
+
+    def test_an_adapter_that_is_off_does_not_open(self):
+        bus = self.bus()
+        self.bluezd(bus, "--off")
+        adapter = self.entry("bluez:hci0", bus.environment)
+        self.assertIs(adapter["opens"], False)
+        self.assertIn("powered off", adapter["about"])
+        self.assertIn("power on", adapter["advice"])
+
+    def test_a_policy_that_forbids(self):
+        bus = self.bus('<deny send_destination="org.bluez"/>')
+        self.bluezd(bus)
+        bluez = self.entry("bluez", bus.environment)
+        self.assertIn("the bus policy forbids", bluez["about"])
+        self.assertIn("org.freedesktop.DBus.Error.AccessDenied", bluez["about"])
+
+
+class Doctor(ProgramTest):
+    def test_a_scan_that_works_ends_with_0_and_shows_each_dongle(self):
+        result = nearcast("doctor", "--radio", f"replay:{self.shop(20)}?speed=max")
+        self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+        self.assertRegex(result.stdout, r"(?m)^02:00:00:00:00:01 +\d+ +10\.\d +100% +100% +0% +-60 dBm +0\.1 s$")
+        self.assertTrue(result.stdout.endswith("\nThe scan works.\n"))
+
+    def test_a_scan_with_remarks_ends_with_1(self):
+        result = nearcast("doctor", "--radio", SHOP)
+        self.assertEqual(result.returncode, 1, result.stderr)
+        self.assertRegex(result.stdout, r"scan +remark +02:4E:43:00:00:06 was not heard for")
+
+    def test_without_a_radio_it_ends_with_2_and_says_what_is_missing(self):
+        result = nearcast("doctor", "--radio", "none", "--for", 0.1)
+        self.assertEqual(result.returncode, 2)
+        self.assertRegex(result.stdout, r"scan +FAULT +the radio is unsupported \(there is no radio\)")
+        self.assertTrue(result.stdout.endswith("\nThere is no working scan.\n"))
+
+    def test_json_is_one_object_with_the_exit_status(self):
+        result = nearcast("doctor", "--radio", SHOP, "--json", "--for", 3)
+        said = json.loads(result.stdout)
+        self.assertEqual(said["status"], result.returncode)
+        self.assertEqual(said["radio"], SHOP)
+        self.assertEqual(said["scan"]["seconds"], 3)
+        self.assertGreaterEqual(len(said["scan"]["dongles"]), 5)
+
+    def test_a_radio_that_is_unknown_is_an_error_of_the_command_line(self):
+        result = nearcast("doctor", "--radio", "carrier-pigeon")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("there is no radio 'carrier-pigeon'", result.stderr)
+
+    def test_a_recording_that_is_missing_is_a_fault(self):
+        result = nearcast("doctor", "--radio", f"replay:{self.folder}/none.jsonl")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("the radio cannot be opened", result.stdout)
+
+    def shop(self, seconds):
+        """A recording of a dongle that says its address ten times a second."""
+        line = '{"at": %.1f, "do": "advertise", "manufacturerData": "FFFF020000000001", "RSSI": -60}\n'
+        return self.write("shop.jsonl", "".join(line % (at / 10) for at in range(10 * seconds)))
+
+
+if __name__ == "__main__":
+    main()
