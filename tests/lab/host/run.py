@@ -1,0 +1,153 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Boots the lab and runs its tests.
+
+    run.py --cache FOLDER --controller P --listener P --proximity P --nearcast P [--boot quick|full|long] [REGEX]
+    run.py --list
+
+Exit status 77 where it cannot run at all, which it says loudly.
+"""
+
+import argparse
+import json
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+
+LAB = pathlib.Path(__file__).resolve().parents[1]
+PROGRAMS = ("controller", "listener", "proximity", "nearcast")
+LONGEST = {"quick": 240, "full": 900, "long": 3600}  # seconds
+KERNEL = ("console=ttyS0 panic=-1 quiet cryptomgr.notests mitigations=off nokaslr random.trust_cpu=on tsc=reliable "
+          "lab={lab}")
+SHARE = "local,path={path},mount_tag={tag},security_model=none,readonly={readonly},multidevs=remap"
+
+
+def skip(why):
+    print(f"\n*** THE LAB HAS NOT RUN: {why} ***\n", flush=True)
+    sys.exit(77)
+
+
+def qemu(cache, results):
+    """The command of a machine that sees this one's files."""
+    return ["qemu-system-x86_64", "-accel", "tcg,thread=multi", "-cpu", "Nehalem", "-smp", "1", "-m", "768",
+            "-nodefaults", "-display", "none", "-serial", "stdio", "-no-reboot",
+            "-kernel", str(cache / "vmlinuz"), "-initrd", str(cache / "initrd"), "-append", KERNEL.format(lab=LAB),
+            "-virtfs", SHARE.format(path="/", tag="host", readonly="on"),
+            "-virtfs", SHARE.format(path=results, tag="results", readonly="off")]
+
+
+class Results:
+    """What the guest has written so far, printed as it comes."""
+
+    def __init__(self, path):
+        self.path = path
+        self.read = 0
+        self.good = 0
+        self.bad = []
+        self.running = None
+
+    def follow(self):
+        if not self.path.exists():
+            return
+        with open(self.path, encoding="utf-8") as file:
+            file.seek(self.read)
+            text = file.read()
+        whole = text[:text.rfind("\n") + 1]
+        self.read += len(whole.encode())
+        for line in whole.splitlines():
+            self.take(json.loads(line))
+
+    def take(self, event):
+        if event["event"] == "booted":
+            print(f"booted in {event['seconds']:.1f} s", flush=True)
+        elif event["event"] == "begin":
+            self.running = event["test"]
+        else:
+            self.running = None
+            self.tell(event)
+
+    def tell(self, event):
+        if event["good"]:
+            self.good += 1
+        else:
+            self.bad.append(event["test"])
+        print(f"{'PASS' if event['good'] else 'FAIL'}  {event['test']}  ({event['seconds']:.1f} s)")
+        for name, value in event["figures"]:
+            print(f"          {name}: {value}")
+        if event["why"]:
+            print("          " + event["why"].rstrip().replace("\n", "\n          "))
+        sys.stdout.flush()
+
+
+def boot(arguments, results):
+    """Runs one boot to its end; gives what it brought."""
+    config = {"debian": str(arguments.cache / "root"), "boot": arguments.boot, "pattern": arguments.pattern,
+              "programs": {name: str(getattr(arguments, name)) for name in PROGRAMS}}
+    (results / "config.json").write_text(json.dumps(config), encoding="utf-8")
+    found = Results(results / "results.jsonl")
+    end = time.monotonic() + LONGEST[arguments.boot]
+    with open(results / "console", "wb") as console:
+        machine = subprocess.Popen(qemu(arguments.cache, results), stdin=subprocess.DEVNULL, stdout=console,
+                                   stderr=subprocess.STDOUT)
+        try:
+            while machine.poll() is None and time.monotonic() < end:
+                time.sleep(0.2)
+                found.follow()
+        finally:
+            machine.kill()
+            machine.wait()
+    found.follow()
+    return found
+
+
+def judge(found, results):
+    """The exit status."""
+    finished = (results / "status").exists()
+    print(f"\n{found.good} passed, {len(found.bad)} failed")
+    for name in found.bad:
+        print(f"  failed: {name}")
+    if finished and not found.bad and found.good:
+        return 0
+    if not finished:
+        print(f"  the machine did not come to its end; it was at {found.running}")
+    for name in ("output", "console"):
+        path = results / name
+        text = path.read_text(encoding="utf-8", errors="replace") if path.exists() else ""
+        if text.strip():
+            print(f"--- {name}\n{text[-3000:]}")
+    print(f"--- more in {results}")
+    return 1
+
+
+def parse(argv):
+    parser = argparse.ArgumentParser(description="Boots the lab and runs its tests.")
+    parser.add_argument("--list", action="store_true")
+    parser.add_argument("--cache", type=lambda text: pathlib.Path(text).resolve())
+    parser.add_argument("--boot", choices=tuple(LONGEST), default="full")
+    for name in PROGRAMS:
+        parser.add_argument(f"--{name}", type=lambda text: pathlib.Path(text).resolve())
+    parser.add_argument("pattern", nargs="?", default="")
+    return parser.parse_args(argv)
+
+
+def main(argv):
+    arguments = parse(argv)
+    if arguments.list:
+        return subprocess.run([sys.executable, "-B", LAB / "guest" / "main.py", "--list"], check=False).returncode
+    if shutil.which("qemu-system-x86_64") is None:
+        skip("there is no qemu-system-x86_64 here; ./dev lab installs it")
+    if not (arguments.cache / "initrd").exists():
+        skip(f"nothing to boot in {arguments.cache}; ./dev lab fetches it")
+    results = pathlib.Path(tempfile.mkdtemp(prefix="nearcast-lab-"))
+    found = boot(arguments, results)
+    status = judge(found, results)
+    if status == 0:
+        shutil.rmtree(results)
+    return status
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
