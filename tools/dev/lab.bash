@@ -12,7 +12,12 @@ prepare_lab() {
         echo "*** THE LAB CANNOT BE SET UP HERE; ITS TESTS WILL BE SKIPPED ***" >&2
 }
 
-# lab BOOT [REGEX]
+build_lab() {
+    configure_in build/dev dev
+    cmake --build build/dev --target lab
+}
+
+# boot_lab BOOT [REGEX]
 boot_lab() {
     local boot=$1 programs=build/dev/tests/lab
     tests/lab/host/run.py --cache build/lab --boot "$boot" --controller $programs/lab_controller \
@@ -28,7 +33,7 @@ run_lab() {
     fi
     need_to_test
     need_for_lab
-    run_stage "build" build_in build/dev dev
+    run_stage "build" build_lab
     run_stage "set up the lab" prepare_lab
     local boot=full
     # A name that is tried for itself may be one of those that take long.

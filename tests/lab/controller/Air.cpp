@@ -15,6 +15,10 @@ void Air::put(const std::string& name, Dongle dongle, Time now) {
 }
 
 bool Air::silence(const std::string& name, bool silent) {
+    if (name == "*") {
+        for (auto& [each, emitter] : emitters_) emitter.dongle.silent = silent;
+        return true;
+    }
     const auto found = emitters_.find(name);
     if (found == emitters_.end()) return false;
     found->second.dongle.silent = silent;

@@ -38,6 +38,7 @@ public:
     void put(const std::string& name, Dongle dongle, Time now);
     /// @return false when there is none of that name
     bool remove(const std::string& name) { return emitters_.erase(name) != 0; }
+    /// @param name `*`: all of them
     bool silence(const std::string& name, bool silent);
     /// The scanner hears nothing, though it says that it scans.
     void setDeaf(bool deaf) { deaf_ = deaf; }

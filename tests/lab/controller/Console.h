@@ -17,7 +17,7 @@ namespace nearcast::lab {
 ///     plug [legacy|extended] [strict] [address=A]   as a new controller
 ///     unplug
 ///     dongle NAME SETTING...                         see readDongle
-///     remove NAME | silence NAME | speak NAME
+///     remove NAME | silence NAME | speak NAME       NAME may be * for the last two: all of them
 ///     mute on|off       the controller is dead: it answers nothing and reports nothing
 ///     deaf on|off       it obeys, but hears nothing
 ///     counters          as JSON

@@ -11,12 +11,16 @@ import time
 import dbus
 
 from framework import Failure, expect, wait_for
+from other_client import OtherClient
 from processes import Controller, Diary, Listener, Process
 
 NOBODY = 65534
 GROUPS = pathlib.Path("/etc/group")
+BUS = pathlib.Path("/run/dbus/system_bus_socket")
 WORK = pathlib.Path("/run/lab")
 POLICY = pathlib.Path("/etc/dbus-1/system.d/bluetooth.conf")
+
+bus_daemon = None
 
 
 def start_bus(config):
@@ -28,8 +32,14 @@ def start_bus(config):
         GROUPS.write_text(GROUPS.read_text() + "bluetooth:x:997:\n")  # as the package's installation does
     WORK.mkdir(exist_ok=True)
     WORK.chmod(0o755)
-    subprocess.run(["dbus-daemon", "--system", "--nopidfile"], check=True)
-    wait_for("the system bus", 10, pathlib.Path("/run/dbus/system_bus_socket").exists)
+    launch_bus()
+
+
+def launch_bus():
+    global bus_daemon
+    BUS.unlink(missing_ok=True)
+    bus_daemon = subprocess.Popen(["dbus-daemon", "--system", "--nofork", "--nopidfile"])
+    wait_for("the system bus", 10, BUS.exists)
 
 
 class Lab:
@@ -119,6 +129,11 @@ class Lab:
         command = [program or self.config["programs"]["listener"], radio, services]
         return self.add(Listener, "listener", command, user=user)
 
+    def other_client(self, adapter="hci0"):
+        client = OtherClient(adapter)
+        self.undo.append(client.close)
+        return client
+
     def proximity(self, radio, user=None):
         return self.add(Diary, "proximity", [self.config["programs"]["proximity"], radio], user=user)
 
@@ -147,6 +162,13 @@ class Lab:
         self.policy(text.replace('<policy context="default">\n    <allow send_destination="org.bluez"/>',
                                  '<policy context="default">\n    <deny send_destination="org.bluez"/>'))
         expect(POLICY.read_text() != text, "Debian's policy does not read as it did")
+
+    @staticmethod
+    def restart_bus():
+        """Everybody's connection is lost."""
+        bus_daemon.kill()
+        bus_daemon.wait()
+        launch_bus()
 
     def policy(self, text):
         POLICY.write_text(text)
@@ -178,12 +200,3 @@ class Lab:
 
 def sleep(seconds):
     time.sleep(seconds)
-
-
-def mean_rate(reports):
-    """Reports a second between the first and the last."""
-    if len(reports) < 2:
-        return 0.0
-    return (len(reports) - 1) / (reports[-1][0] - reports[0][0])
-
-

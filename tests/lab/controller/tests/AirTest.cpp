@@ -67,6 +67,14 @@ TEST_F(AirTest, IsQuietAboutASilentDongle) {
     EXPECT_FALSE(air.silence("b", true));
 }
 
+TEST_F(AirTest, SilencesAllAtOnce) {
+    air.put("a", dongle(10), Time(0));
+    air.put("b", dongle(10), Time(0));
+    EXPECT_TRUE(air.silence("*", true));
+    pass(seconds(1), passive);
+    EXPECT_TRUE(events.empty());
+}
+
 TEST_F(AirTest, HearsNothingWhileDeaf) {
     air.put("a", dongle(10), Time(0));
     air.setDeaf(true);
