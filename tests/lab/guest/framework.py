@@ -3,11 +3,10 @@
 
 import importlib
 import json
-import pathlib
 import time
 import traceback
 
-MODULES = ("states", "recovery", "clients", "rates", "manager", "shop")
+MODULES = ("facts", "states", "recovery", "clients", "rates", "manager", "shop")
 TESTS = []
 
 
@@ -35,8 +34,7 @@ def test(name, boot="full"):
 
 def load():
     for module in MODULES:
-        if pathlib.Path(__file__).with_name("tests").joinpath(module + ".py").exists():
-            importlib.import_module("tests." + module)
+        importlib.import_module("tests." + module)
     return TESTS
 
 

@@ -38,7 +38,8 @@ def start_bus(config):
 def launch_bus():
     global bus_daemon
     BUS.unlink(missing_ok=True)
-    bus_daemon = subprocess.Popen(["dbus-daemon", "--system", "--nofork", "--nopidfile"])
+    with open(WORK / "bus.log", "ab") as log:
+        bus_daemon = subprocess.Popen(["dbus-daemon", "--system", "--nofork", "--nopidfile"], stdout=log, stderr=log)
     wait_for("the system bus", 10, BUS.exists)
 
 
@@ -105,6 +106,18 @@ class Lab:
             return None
         finally:
             bus.close()
+
+    def devices(self, adapter="hci0"):
+        """What bluetoothd knows of the air: address, properties."""
+        bus = self.bus()
+        try:
+            proxy = bus.get_object("org.bluez", "/", introspect=False)
+            objects = proxy.GetManagedObjects(dbus_interface="org.freedesktop.DBus.ObjectManager", timeout=10)
+        finally:
+            bus.close()
+        devices = [interfaces["org.bluez.Device1"] for path, interfaces in objects.items()
+                   if path.startswith(f"/org/bluez/{adapter}/") and "org.bluez.Device1" in interfaces]
+        return {str(device["Address"]): device for device in devices}
 
     def wait_powered(self, adapter="hci0", powered=True):
         def is_so():
@@ -189,6 +202,7 @@ class Lab:
         if keep_logs:
             with open(self.logs / "kernel.log", "wb") as log:
                 subprocess.run(["dmesg"], stdout=log, check=False)
+            shutil.copy(WORK / "bus.log", self.logs)
             shutil.copytree(self.logs, pathlib.Path("/run/results/logs", self.name), dirs_exist_ok=True)
         shutil.rmtree(self.logs)
         try:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Runs the tests of one boot; on any machine, `main.py --list [BOOT]` says which there are."""
+"""Runs the tests of one boot."""
 
 import json
 import pathlib
@@ -9,6 +9,7 @@ import sys
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 
 import framework  # noqa: E402
+import lab  # noqa: E402
 
 RESULTS = pathlib.Path("/run/results")
 
@@ -24,8 +25,6 @@ def run():
     config = json.loads((RESULTS / "config.json").read_text(encoding="utf-8"))
     report = framework.Report(RESULTS / "results.jsonl")
     report.write(event="booted", seconds=framework.now())
-    import lab  # needs the guest's bus
-
     lab.start_bus(config)
     good = True
     for one in chosen(config["boot"], config["pattern"]):
@@ -33,15 +32,5 @@ def run():
     return 0 if good else 1
 
 
-def main(arguments):
-    if arguments[:1] == ["--list"]:
-        for boot in arguments[1:] or ("quick", "full", "long"):
-            for one in chosen(boot, ""):
-                if len(arguments) > 1 or one.boot == boot:
-                    print(f"{boot:5}  {one.name}")
-        return 0
-    return run()
-
-
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1:]))
+    sys.exit(run())

@@ -5,16 +5,6 @@ from framework import expect, test
 from lab import NOBODY, sleep
 
 
-@test("TheRealServiceTakesTheVirtualControllerForAnAdapter", boot="quick")
-def adapter(lab):
-    controller = lab.controller()
-    lab.bluetoothd()
-    properties = lab.adapter()
-    expect(properties["Address"] == "00:AA:01:00:00:01", f"another address: {properties['Address']}")
-    unknown = controller.counters()["unknown"]
-    expect(not unknown, f"the kernel wants commands that the controller does not know: {unknown}")
-
-
 @test("WithoutBluetoothdTheStateIsUnknown", boot="quick")
 def no_bluetoothd(lab):
     lab.controller()
