@@ -6,7 +6,7 @@ import json
 import time
 import traceback
 
-MODULES = ("facts", "states", "recovery", "clients", "rates", "manager", "shop")
+MODULES = ("rates", "recovery", "clients", "manager", "states", "facts", "shop")
 TESTS = []
 
 

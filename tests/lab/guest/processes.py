@@ -65,15 +65,15 @@ class Controller(Process):
     def plug(self, *words):
         return int(self.do(" ".join(("plug",) + words)))
 
-    def dongle(self, name=None, **settings):
-        """Puts a dongle on the air, with an address and a payload of its own; gives its name."""
+    def dongle(self, handle=None, **settings):
+        """Puts a dongle on the air, with an address and a payload of its own; gives what it is called here."""
         self.dongles += 1
         number = self.dongles
-        name = name or f"d{number}"
+        handle = handle or f"d{number}"
         settings.setdefault("address", f"C0:00:00:00:00:{number:02X}")
         settings.setdefault("payload", f"024e430000{number:02x}")
-        self.do(f"dongle {name} " + " ".join(f"{key}={value}" for key, value in settings.items()))
-        return name
+        self.do(f"dongle {handle} " + " ".join(f"{key}={value}" for key, value in settings.items()))
+        return handle
 
     def counters(self):
         return json.loads(self.do("counters"))

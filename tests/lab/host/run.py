@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Boots the lab and runs its tests.
 
-    run.py --cache FOLDER --controller P --listener P --proximity P --nearcast P [--boot quick|full|long|any] [REGEX]
+    run.py --cache FOLDER --controller P --listener P --proximity P --nearcast P [--boot quick|full|long|any] [--machines N] [REGEX]
     run.py --list
 
 Exit status 77 where it cannot run at all, which it says loudly.
@@ -10,6 +10,7 @@ Exit status 77 where it cannot run at all, which it says loudly.
 
 import argparse
 import json
+import os
 import pathlib
 import re
 import shutil
@@ -22,7 +23,7 @@ LAB = pathlib.Path(__file__).resolve().parents[1]
 PROGRAMS = ("controller", "listener", "proximity", "nearcast")
 LONGEST = {"quick": 240, "full": 900, "long": 3600, "any": 3600}  # seconds
 KERNEL = ("console=ttyS0 panic=-1 quiet cryptomgr.notests mitigations=off nokaslr random.trust_cpu=on tsc=reliable "
-          "lab={lab}")
+          "lab={lab} machine={machine}")
 SHARE = "local,path={path},mount_tag={tag},security_model=none,readonly={readonly},multidevs=remap"
 
 TEST = re.compile(r'^@test\("(\w+)"(?:, boot="(\w+)")?\)$', re.MULTILINE)
@@ -33,39 +34,55 @@ def skip(why):
     sys.exit(77)
 
 
-def qemu(cache, results):
+def qemu(cache, results, machine):
     """The command of a machine that sees this one's files."""
     return ["qemu-system-x86_64", "-accel", "tcg,thread=multi", "-cpu", "Nehalem", "-smp", "1", "-m", "768",
             "-nodefaults", "-display", "none", "-serial", "stdio", "-no-reboot",
-            "-kernel", str(cache / "vmlinuz"), "-initrd", str(cache / "initrd"), "-append", KERNEL.format(lab=LAB),
+            "-kernel", str(cache / "vmlinuz"), "-initrd", str(cache / "initrd"),
+            "-append", KERNEL.format(lab=LAB, machine=machine),
             "-virtfs", SHARE.format(path="/", tag="host", readonly="on"),
             "-virtfs", SHARE.format(path=results, tag="results", readonly="off")]
 
 
-class Results:
-    """What the guest has written so far, printed as it comes."""
+class Machine:
+    """One machine, and what its guest has written so far, printed as it comes."""
 
-    def __init__(self, path):
-        self.path = path
+    def __init__(self, cache, results, number):
+        self.number = number
+        self.folder = results / f"machine{number}"
+        self.folder.mkdir()
         self.read = 0
         self.good = 0
         self.bad = []
         self.running = None
+        with open(self.folder / "console", "wb") as console:
+            self.process = subprocess.Popen(qemu(cache, results, number), stdin=subprocess.DEVNULL, stdout=console,
+                                            stderr=subprocess.STDOUT)
+
+    def stop(self):
+        self.process.kill()
+        self.process.wait()
+        self.follow()
+
+    def finished(self):
+        """It came to its end by itself."""
+        return (self.folder / "status").exists()
 
     def follow(self):
-        if not self.path.exists():
+        path = self.folder / "results.jsonl"
+        if not path.exists():
             return
-        with open(self.path, encoding="utf-8") as file:
+        with open(path, "rb") as file:
             file.seek(self.read)
             text = file.read()
-        whole = text[:text.rfind("\n") + 1]
-        self.read += len(whole.encode())
+        whole = text[:text.rfind(b"\n") + 1]
+        self.read += len(whole)
         for line in whole.splitlines():
             self.take(json.loads(line))
 
     def take(self, event):
         if event["event"] == "booted":
-            print(f"booted in {event['seconds']:.1f} s", flush=True)
+            print(f"machine {self.number} booted in {event['seconds']:.1f} s", flush=True)
         elif event["event"] == "begin":
             self.running = event["test"]
         else:
@@ -84,43 +101,47 @@ class Results:
             print("          " + event["why"].rstrip().replace("\n", "\n          "))
         sys.stdout.flush()
 
+    def last_words(self):
+        for name in ("output", "console"):
+            path = self.folder / name
+            text = path.read_text(encoding="utf-8", errors="replace") if path.exists() else ""
+            if text.strip():
+                print(f"--- {name} of machine {self.number}\n{text[-3000:]}")
+
 
 def boot(arguments, results):
-    """Runs one boot to its end; gives what it brought."""
+    """Runs the tests on machines that share them, to their end."""
     config = {"debian": str(arguments.cache / "root"), "boot": arguments.boot, "pattern": arguments.pattern,
               "programs": {name: str(getattr(arguments, name)) for name in PROGRAMS}}
     (results / "config.json").write_text(json.dumps(config), encoding="utf-8")
-    found = Results(results / "results.jsonl")
     end = time.monotonic() + LONGEST[arguments.boot]
-    with open(results / "console", "wb") as console:
-        machine = subprocess.Popen(qemu(arguments.cache, results), stdin=subprocess.DEVNULL, stdout=console,
-                                   stderr=subprocess.STDOUT)
-        try:
-            while machine.poll() is None and time.monotonic() < end:
-                time.sleep(0.2)
-                found.follow()
-        finally:
-            machine.kill()
-            machine.wait()
-    found.follow()
-    return found
+    machines = []
+    try:
+        for number in range(1, arguments.machines + 1):
+            machines.append(Machine(arguments.cache, results, number))
+        while any(one.process.poll() is None for one in machines) and time.monotonic() < end:
+            time.sleep(0.2)
+            for one in machines:
+                one.follow()
+    finally:
+        for one in machines:
+            one.stop()
+    return machines
 
 
-def judge(found, results):
+def judge(machines, results):
     """The exit status."""
-    finished = (results / "status").exists()
-    print(f"\n{found.good} passed, {len(found.bad)} failed")
-    for name in found.bad:
+    good, bad = sum(one.good for one in machines), [name for one in machines for name in one.bad]
+    print(f"\n{good} passed, {len(bad)} failed")
+    for name in bad:
         print(f"  failed: {name}")
-    if finished and not found.bad and found.good:
+    cut = [one for one in machines if not one.finished()]
+    for one in cut:
+        print(f"  machine {one.number} did not come to its end; it was at {one.running}")
+    if good and not bad and not cut:
         return 0
-    if not finished:
-        print(f"  the machine did not come to its end; it was at {found.running}")
-    for name in ("output", "console"):
-        path = results / name
-        text = path.read_text(encoding="utf-8", errors="replace") if path.exists() else ""
-        if text.strip():
-            print(f"--- {name}\n{text[-3000:]}")
+    for one in machines:
+        one.last_words()
     print(f"--- more in {results}")
     return 1
 
@@ -137,6 +158,7 @@ def parse(argv):
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--cache", type=lambda text: pathlib.Path(text).resolve())
     parser.add_argument("--boot", choices=tuple(LONGEST), default="full")
+    parser.add_argument("--machines", type=int, default=min(2, os.cpu_count() or 1))
     for name in PROGRAMS:
         parser.add_argument(f"--{name}", type=lambda text: pathlib.Path(text).resolve())
     parser.add_argument("pattern", nargs="?", default="")
@@ -152,8 +174,7 @@ def main(argv):
     if not (arguments.cache / "initrd").exists():
         skip(f"nothing to boot in {arguments.cache}; ./dev lab fetches it")
     results = pathlib.Path(tempfile.mkdtemp(prefix="nearcast-lab-"))
-    found = boot(arguments, results)
-    status = judge(found, results)
+    status = judge(boot(arguments, results), results)
     if status == 0:
         shutil.rmtree(results)
     return status
