@@ -34,7 +34,7 @@ def bluez_return(lab):
     return now()
 
 
-@test("AReplacedAdapterIsHeardAgainThroughBluez", boot="quick")
+@test("AnAdapterPluggedInAgainIsHeardThroughBluez", boot="quick")
 def replugged(lab):
     controller, listener = hearing(lab)
     for turn in range(2):
@@ -127,7 +127,7 @@ def quiet(lab):
     lab.figure("the dongle speaks: heard again", f"after {first:.2f} s")
 
 
-@test("AReplacedAdapterIsHeardAgainOnTheUserChannel", boot="quick")
+@test("AControllerPluggedInAgainIsHeardOnTheUserChannel", boot="quick")
 def replugged_alone(lab):
     controller, listener = hearing(lab, "hci:0")
     for turn in range(2):
