@@ -64,7 +64,7 @@ RULES = {
     "src/platform/replay": rule(PARTS + ["scenario"], os=True),  # recordings are written in the scenario's lines
     "src/platform/system": rule(PARTS, os=True),
     "src/platform/bluez": rule(PARTS, os=True, third_party=["systemd"]),
-    "src/platform/hci": rule(PARTS, os=True),
+    "src/platform/hci": rule(PARTS + ["platform/system"], os=True),
     "src/platform/factory": rule(PARTS + BACK_ENDS, os=True),  # the one place that knows the back ends
     "src/scenario": rule(PARTS + ["platform/virtual"]),
     "apps": rule(["*"], os=True, third_party=THIRD_PARTY),

@@ -2,6 +2,9 @@
 #include "platform/factory/PlatformFactory.h"
 
 #include "platform/factory/TimelineDrive.h"
+#include "platform/hci/HciOptions.h"
+#include "platform/hci/HciRadio.h"
+#include "platform/hci/KernelHciPort.h"
 #include "platform/json/JSONSerialization.h"
 #include "platform/radio/NoRadio.h"
 #include "platform/radio/RadioString.h"
@@ -56,13 +59,24 @@ void openSimulator(OpenedPlatform& opened, const RadioString& radio, const Platf
     install(opened, std::move(platform), options);
 }
 
-void openSystem(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
-    Console& console = *opened.console;
-    const bool automatic = radio.kind == "auto";
-    const auto openRadio = [&console, automatic](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
+SystemPlatform::OpenRadio noRadio(Console& console, bool automatic) {
+    return [&console, automatic](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
         if (automatic) console.NSLog("No Bluetooth radio is known on this machine; going on without one.");
         return std::make_unique<NoRadio>(delegate, console, monitor);
     };
+}
+
+SystemPlatform::OpenRadio hciRadio(Console& console, const RadioString& radio) {
+    HciTarget target = parseHciTarget(radio);
+    target.program = ownProgram();
+    return [&console, target](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
+        return std::make_unique<HciRadio>(delegate, console, monitor, std::make_unique<KernelHciPort>(), target);
+    };
+}
+
+void openSystem(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
+    Console& console = *opened.console;
+    const auto openRadio = radio.kind == "hci" ? hciRadio(console, radio) : noRadio(console, radio.kind == "auto");
     const auto loop = options.ownLoop ? TimerService::Loop::application : TimerService::Loop::ownThread;
     auto platform = std::make_unique<SystemPlatform>(console, JSON, openRadio, loop, options.timerExecutor);
     opened.drive = std::make_unique<SystemDrive>(*platform);

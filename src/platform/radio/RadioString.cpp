@@ -18,12 +18,14 @@ struct Kind {
     std::span<const std::string_view> options;
 };
 
+constexpr std::string_view hciOptions[] = {"beside"};
 constexpr std::string_view simulatorOptions[] = {"seed", "speed"};
 constexpr std::string_view replayOptions[] = {"as", "services", "speed"};
 
 constexpr Kind kinds[] = {
     {"auto", Argument::none, "", {}},
     {"none", Argument::none, "", {}},
+    {"hci", Argument::optional, "a controller's number", hciOptions},
     {"simulator", Argument::optional, "a scene file", simulatorOptions},
     {"replay", Argument::needed, "a recording", replayOptions},
 };

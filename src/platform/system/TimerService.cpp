@@ -2,6 +2,7 @@
 #include "platform/system/TimerService.h"
 
 #include "platform/Guarded.h"
+#include "platform/system/SignalsBlocked.h"
 #include "platform/system/WakeUp.h"
 #include "platform/timers/TimerQueue.h"
 #include "support/Mutex.h"
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
-#include <csignal>
 #include <utility>
 #include <vector>
 
@@ -38,22 +38,6 @@ public:
 
 private:
     TimerPointer timer_;
-};
-
-/// Signals are for the application's threads. Blocked for a scope, they are in the threads that are made there.
-class SignalsBlocked {
-public:
-    SignalsBlocked() {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
-private:
-    sigset_t before_{};
 };
 
 }  // namespace

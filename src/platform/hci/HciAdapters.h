@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/radio/AdvertisingReport.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nearcast {
+
+/// Whether a controller is kept from sending and hearing (the kernel's rfkill; Documentation/ABI/stable/sysfs-class-
+/// rfkill): both may be.
+struct HciBlock {
+    bool soft = false;  ///< by a program; `rfkill unblock` lifts it
+    bool hard = false;  ///< by a switch of the machine's
+    explicit operator bool() const noexcept { return soft || hard; }
+};
+
+/// A Bluetooth controller as the kernel knows it.
+struct HciAdapter {
+    int index = 0;            ///< its number: 0 for hci0
+    std::string name;         ///< "hci0"
+    DeviceAddress address{};  ///< zeros as long as the kernel has not asked the controller
+    std::string_view bus;     ///< how it is attached: "USB", "UART", "virtual", ...
+    bool up = false;          ///< in use; one that the kernel keeps awake on its own after plugging counts as down
+    std::optional<bool> lowEnergy;  ///< whether it can Bluetooth Low Energy; nothing: it has not been asked
+    HciBlock blocked;
+};
+
+/// The controllers of this machine, by their numbers. No capability is needed. From any thread.
+struct HciAdapterList {
+    std::vector<HciAdapter> adapters;
+    /// Why the kernel cannot be asked, as `errno` has it; 0 when it answered. EAFNOSUPPORT: it has no Bluetooth.
+    int error = 0;
+};
+HciAdapterList hciAdapters();
+
+/// One of them.
+/// @param error as in `HciAdapterList`; ENODEV when there is none of that number
+std::optional<HciAdapter> hciAdapter(int index, int& error);
+
+/// Whether a controller is blocked.
+/// @param controllers the folder of the kernel's controllers
+HciBlock hciBlock(std::string_view name, const std::string& controllers = "/sys/class/bluetooth");
+
+/// The kernel's answer to HCIGETDEVINFO taken apart, but for the block; the fields' places are those of `struct
+/// hci_dev_info` (include/net/bluetooth/hci_sock.h).
+inline constexpr std::size_t hciDeviceInfoOctets = 92;
+HciAdapter readHciDeviceInfo(const std::uint8_t (&info)[hciDeviceInfoOctets]);
+
+}  // namespace nearcast

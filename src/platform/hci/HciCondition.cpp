@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/hci/HciCondition.h"
+
+#include <cerrno>
+#include <system_error>
+
+namespace nearcast {
+
+namespace {
+
+std::string textOf(int error) { return std::generic_category().message(error); }
+
+HciCondition unanswered(const HciTarget& target, int error) {
+    switch (error) {
+        case ENODEV:
+            return {CBManagerStateUnsupported, "there is no " + target.name() + ": plug a Bluetooth adapter in"};
+        case EAFNOSUPPORT:
+        case EPROTONOSUPPORT:
+            return {CBManagerStateUnsupported,
+                    "this system has no Bluetooth sockets: load the kernel's module with `sudo modprobe bluetooth`; a "
+                    "container needs the network and the system calls of its host"};
+        case EPERM:
+        case EACCES:
+            return {CBManagerStateUnauthorized,
+                    "this program may not open Bluetooth sockets (" + textOf(error) +
+                        "): a container or a service's sandbox forbids it (systemd: RestrictAddressFamilies)"};
+        default:
+            return {CBManagerStateResetting, "the kernel does not tell of " + target.name() + ": " + textOf(error)};
+    }
+}
+
+HciCondition blocked(const HciTarget& target, const HciBlock& block) {
+    if (block.hard) return {CBManagerStatePoweredOff, target.name() + " is blocked by a switch of this machine"};
+    return {CBManagerStatePoweredOff, target.name() + " is blocked: unblock it with `rfkill unblock bluetooth`"};
+}
+
+HciCondition forbidden(const HciTarget& target, const Capabilities& capabilities) {
+    const bool alone = target.access == HciAccess::alone;
+    const std::string needed = alone ? "CAP_NET_ADMIN" : "CAP_NET_RAW";
+    const std::string wanted = alone ? "take " + target.name() + " for itself" : "hear beside others";
+    if (alone ? capabilities.netAdmin : capabilities.netRaw) {
+        return {CBManagerStateUnauthorized, "this program may not " + wanted + " although it has " + needed +
+                                                ": a container has it for itself only; run it outside"};
+    }
+    return {CBManagerStateUnauthorized, "this program may not " + wanted + " without " + needed +
+                                            ": allow it with `sudo setcap cap_net_raw,cap_net_admin+eip " +
+                                            target.program + "`"};
+}
+
+HciCondition busy(const HciTarget& target, const HciAdapter& adapter) {
+    if (!adapter.up) return {CBManagerStateResetting, target.name() + " is being set up by the kernel"};
+    return {CBManagerStateUnauthorized,
+            target.name() +
+                " is in use by the Bluetooth service or another program: stop the service with `sudo systemctl stop "
+                "bluetooth`, or switch the controller off with `bluetoothctl power off`, or listen beside them with "
+                "hci:" +
+                std::to_string(target.index) + "?beside"};
+}
+
+}  // namespace
+
+std::optional<HciCondition> obstacle(const HciTarget& target, const HciPort::Asked& asked) {
+    if (!asked.adapter) return unanswered(target, asked.error);
+    const HciAdapter& adapter = *asked.adapter;
+    // A controller that is blocked is refused while it is opened, after all others have been told that it is gone.
+    if (adapter.blocked) return blocked(target, adapter.blocked);
+    if (adapter.lowEnergy == false) {
+        return HciCondition{CBManagerStateUnsupported, target.name() + " is a controller without Bluetooth Low Energy"};
+    }
+    if (target.access == HciAccess::beside && !adapter.up) {
+        return HciCondition{CBManagerStatePoweredOff,
+                            target.name() + " is switched off: switch it on with `bluetoothctl power on`"};
+    }
+    return std::nullopt;
+}
+
+HciCondition refusal(const HciTarget& target, const HciAdapter& adapter, const Capabilities& capabilities, int error) {
+    switch (error) {
+        case ENODEV: return unanswered(target, error);
+        case EPERM:
+        case EACCES: return forbidden(target, capabilities);
+        case EBUSY: return busy(target, adapter);
+        case EUSERS:
+            return {CBManagerStateUnauthorized,
+                    "another program has " + target.name() + " for itself: end that program first"};
+        case ERFKILL: return blocked(target, adapter.blocked);
+        default: return {CBManagerStateResetting, target.name() + " cannot be opened: " + textOf(error)};
+    }
+}
+
+}  // namespace nearcast

@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/hci/HciController.h"
+
+#include <array>
+#include <cstdio>
+#include <system_error>
+#include <utility>
+
+namespace nearcast {
+
+namespace {
+
+// Bits of Read Local Supported Features and of Read Local Supported Commands: Core Specification, Volume 2, Part C,
+// 3.3, and Volume 4, Part E, 6.27.
+struct Bit {
+    std::size_t octet;
+    unsigned bit;
+    [[nodiscard]] bool in(std::span<const std::uint8_t> mask) const {
+        return octet < mask.size() && (mask[octet] >> bit & 1) != 0;
+    }
+};
+constexpr Bit lowEnergy{4, 6};
+constexpr Bit writeLEHostSupportCommand{24, 6};
+constexpr Bit extendedScanParametersCommand{37, 5};
+constexpr Bit extendedScanEnableCommand{37, 6};
+
+// Volume 4, Part E, 7.3.1: what is on after a reset, and LE Meta.
+const hci::Command setEventMask{hci::setEventMask, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x1F, 0x00, 0x20}};
+// 7.8.1: LE Advertising Report, and LE Extended Advertising Report where the controller knows of it.
+const hci::Command reportEvents{hci::leSetEventMask, {0x02, 0, 0, 0, 0, 0, 0, 0}};
+const hci::Command extendedReportEvents{hci::leSetEventMask, {0x02, 0x10, 0, 0, 0, 0, 0, 0}};
+// 7.3.79: a controller of both kinds takes its host for one without Low Energy until it is told.
+const hci::Command supportLE{hci::writeLEHostSupport, {0x01, 0x00}};
+
+// 7.8.10 and 7.8.64: passive; a window as long as the interval, 60 ms, so that it listens all the time; own address
+// public (it is never sent); every advertiser; on the 1M PHY, where the dongles are.
+const hci::Command parameters{hci::leSetScanParameters, {0x00, 0x60, 0x00, 0x60, 0x00, 0x00, 0x00}};
+const hci::Command extendedParameters{hci::leSetExtendedScanParameters,
+                                      {0x00, 0x00, 0x01, 0x00, 0x60, 0x00, 0x60, 0x00}};
+// 7.8.11 and 7.8.65: duplicates are not filtered; without an end.
+const hci::Command enable{hci::leSetScanEnable, {0x01, 0x00}};
+const hci::Command disable{hci::leSetScanEnable, {0x00, 0x00}};
+const hci::Command extendedEnable{hci::leSetExtendedScanEnable, {0x01, 0x00, 0, 0, 0, 0}};
+const hci::Command extendedDisable{hci::leSetExtendedScanEnable, {0x00, 0x00, 0, 0, 0, 0}};
+
+std::string inHex(const char* format, unsigned value) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), format, value);
+    return text.data();
+}
+
+std::string nameOf(std::uint16_t opcode) { return inHex("command 0x%04X", opcode); }
+
+}  // namespace
+
+void HciController::start(Time now) {
+    phase_ = Phase::starting;
+    failure_.clear();
+    steps_.clear();
+    underWay_ = false;
+    room_ = true;
+    due_.reset();
+    scans_ = false;
+    add({hci::reset, {}});
+    add({hci::readLocalSupportedFeatures, {}});
+    add({hci::readLocalSupportedCommands, {}}, true);
+    advance(now);
+}
+
+void HciController::setScan(bool wanted, Time now) {
+    if (std::exchange(wanted_, wanted) != wanted) advance(now);
+}
+
+void HciController::restartScan(Time now) {
+    if (!scanning()) return;
+    queueDisable();
+    queueScan();
+    advance(now);
+}
+
+void HciController::queueDisable() { add(extended_ ? extendedDisable : disable, true); }
+
+void HciController::queueScan() {
+    add(extended_ ? extendedParameters : parameters);
+    add(extended_ ? extendedEnable : enable);
+}
+
+/// Does the next step, where nothing is under way.
+void HciController::advance(Time now) {
+    if (!lives() || underWay_) return;
+    if (steps_.empty()) {
+        phase_ = Phase::ready;
+        if (std::exchange(scans_, wanted_) == wanted_) return;
+        if (wanted_) {
+            queueScan();
+        } else {
+            queueDisable();
+        }
+    }
+    if (room_) send(now);
+}
+
+void HciController::send(Time now) {
+    const hci::Command& command = steps_.front().command;
+    if (const int error = send_(command.packet())) {
+        return fail("took no " + nameOf(command.opcode) + ": " + std::generic_category().message(error));
+    }
+    underWay_ = true;
+    due_ = now + answerLimit;
+}
+
+void HciController::received(std::span<const std::uint8_t> event, Time now) {
+    if (!lives()) return;
+    if (event.size() >= 3 && event[0] == hci::hardwareErrorEvent) {
+        return fail("reported " + inHex("hardware error 0x%02X", event[2]));
+    }
+    hci::Answer answer;
+    if (!hci::readAnswer(event, answer)) return;
+    room_ = answer.room > 0;
+    if (room_ && !underWay_) due_.reset();
+    if (underWay_ && answer.complete && answer.opcode == steps_.front().command.opcode) {
+        answered(answer, now);
+    } else {
+        advance(now);
+    }
+}
+
+void HciController::answered(const hci::Answer& answer, Time now) {
+    const Step step = std::move(steps_.front());
+    steps_.pop_front();
+    underWay_ = false;
+    due_.reset();
+    if (!room_) due_ = now + answerLimit;
+    if (answer.status == hci::success) {
+        learn(answer);
+    } else if (step.mayFail) {
+        learn({.opcode = answer.opcode});
+    } else {
+        return fail("answered " + nameOf(answer.opcode) + inHex(" with error 0x%02X", answer.status));
+    }
+    advance(now);
+}
+
+/// Takes from an answer what it tells of the controller; from one without content, that it tells nothing.
+void HciController::learn(const hci::Answer& answer) {
+    if (answer.opcode == hci::readLocalSupportedCommands) learnCommands(answer.returned);
+    if (answer.opcode != hci::readLocalSupportedFeatures || lowEnergy.in(answer.returned)) return;
+    phase_ = Phase::unsuited;
+    failure_ = "is a controller without Bluetooth Low Energy";
+    due_.reset();
+}
+
+void HciController::learnCommands(std::span<const std::uint8_t> commands) {
+    extended_ = extendedScanParametersCommand.in(commands) && extendedScanEnableCommand.in(commands);
+    add(setEventMask);
+    if (writeLEHostSupportCommand.in(commands)) add(supportLE, true);
+    add(extended_ ? extendedReportEvents : reportEvents);
+}
+
+void HciController::tick(Time now) {
+    if (!due_ || now < *due_) return;
+    if (underWay_) return fail("did not answer " + nameOf(steps_.front().command.opcode));
+    // It never said that it has room again; it may have forgotten to.
+    due_.reset();
+    room_ = true;
+    advance(now);
+}
+
+void HciController::fail(std::string why) {
+    phase_ = Phase::failed;
+    failure_ = std::move(why);
+    due_.reset();
+}
+
+}  // namespace nearcast

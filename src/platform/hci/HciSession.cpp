@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/hci/HciSession.h"
+
+#include "platform/hciformat/AdStructures.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace nearcast {
+
+namespace {
+
+constexpr const char* quietAlone =
+    "nothing has been heard for a while although the controller answers: the air is quiet, or the aerial is dead";
+constexpr const char* quietBeside =
+    "nothing has been heard for a while: the air is quiet, or no other program scans; start one, for instance "
+    "`bluetoothctl scan le`, or take the controller alone, without ?beside";
+
+}  // namespace
+
+HciSession::HciSession(HciPort& port, HciTarget target, HciSessionListener& listener)
+    : port_(port),
+      target_(std::move(target)),
+      listener_(listener),
+      condition_(beginning(target_)),
+      controller_(
+          [this](std::span<const std::uint8_t> packet) { return socket_ ? socket_->write(packet) : ENOTCONN; }) {}
+
+HciCondition HciSession::beginning(const HciTarget& target) {
+    return {CBManagerStateUnknown, target.name() + " is being started"};
+}
+
+void HciSession::run(Time now, bool scanWanted) {
+    wish(now, scanWanted);
+    if (!socket_ && (!tryAt_ || now >= *tryAt_)) open(now);
+    if (socket_ && now >= askAt_) ask(now);
+    if (socket_) read(now);
+    if (socket_) follow(now);
+    if (socket_) watch(now);
+}
+
+void HciSession::wish(Time now, bool scanWanted) {
+    if (scanWanted) {
+        scans_ = true;
+        endScan_.reset();
+    } else if (scans_ && !endScan_) {
+        endScan_ = now + lingering;
+    } else if (endScan_ && now >= *endScan_) {
+        scans_ = false;
+        endScan_.reset();
+    }
+}
+
+HciSession::Time HciSession::due() const {
+    Time first = socket_ ? askAt_ : tryAt_.value_or(Time::min());
+    if (endScan_) first = std::min(first, *endScan_);
+    if (!socket_) return first;
+    if (alone() && controller_.due()) first = std::min(first, *controller_.due());
+    if (quiet_.due()) first = std::min(first, *quiet_.due());
+    return first;
+}
+
+/// The next try is set before anything can go wrong.
+void HciSession::open(Time now) {
+    tryAt_ = now + wait_;
+    wait_ = std::min(wait_ * 2, longestWait);
+    const HciPort::Asked asked = port_.adapter(target_.index);
+    if (const auto reason = obstacle(target_, asked)) {
+        unsuited_ = false;
+        return become(*reason);
+    }
+    if (unsuited_) return;
+    HciPort::Opened opened = port_.open(target_.index, target_.access);
+    if (!opened.socket) return become(refusal(target_, *asked.adapter, port_.capabilities(), opened.error));
+    socket_ = std::move(opened.socket);
+    askAt_ = now + askInterval;
+    events_ = HciEvents();
+    proven_ = false;
+    if (!alone()) return listening(now);
+    // Before it has first been ready that is not yet known; later it is a way back.
+    if (condition_.state != CBManagerStateUnknown && condition_.state != CBManagerStateResetting) {
+        become({CBManagerStateResetting, target_.name() + " is being started"});
+    }
+    controller_.start(now);
+}
+
+/// Asks whether the controller is still there, and for a raw socket whether it is on.
+void HciSession::ask(Time now) {
+    askAt_ = now + askInterval;
+    const HciPort::Asked asked = port_.adapter(target_.index);
+    if (!asked.adapter && asked.error != ENODEV) return;  // nothing could be learnt
+    if (asked.adapter && alone()) return;                 // nobody can switch it off or block it while it is ours
+    if (const auto reason = obstacle(target_, asked)) lose(now, *reason);
+}
+
+void HciSession::read(Time now) {
+    for (int i = 0; i < mostPackets && socket_; ++i) {
+        const HciSocket::Received received = socket_->read();
+        if (received.error != 0) {
+            return lose(now, {CBManagerStateResetting,
+                              target_.name() + " is lost: " + std::generic_category().message(received.error)});
+        }
+        if (received.packet.empty()) return;
+        take(received.packet, now);
+    }
+}
+
+void HciSession::take(std::span<const std::uint8_t> packet, Time now) {
+    if (packet[0] != hci::eventPacket) return;
+    const auto event = packet.subspan(1);
+    const auto outcome = events_.read(event, [&](const RawReport& raw) { report(raw, now); });
+    if (outcome == HciEvents::Outcome::other && alone()) controller_.received(event, now);
+}
+
+void HciSession::report(const RawReport& raw, Time now) {
+    if (!scans_) return;  // beside others reports come unasked
+    proven_ = true;
+    quiet_.heard(now);
+    if (!condition_.why.empty()) become({CBManagerStatePoweredOn, ""});
+    AdvertisingReport report;
+    report.address = raw.address;
+    report.addressType = raw.addressType;
+    report.scanResponse = raw.scanResponse;
+    report.RSSI = raw.RSSI;
+    readAdStructures(raw.data, report);  // what precedes a malformed structure is as good as any
+    senders_.complete(report);
+    listener_.heard(report);
+}
+
+/// Makes the controller do what is wished, and the condition what the controller is.
+void HciSession::follow(Time now) {
+    if (!alone()) return;
+    controller_.setScan(scans_, now);
+    controller_.tick(now);
+    switch (controller_.phase()) {
+        case HciController::Phase::idle:
+        case HciController::Phase::starting: break;
+        case HciController::Phase::ready:
+            if (!listeningSince_) listening(now);
+            break;
+        case HciController::Phase::failed:
+            lose(now,
+                 {CBManagerStateResetting, target_.name() + " " + controller_.failure() + "; it is started again"});
+            break;
+        case HciController::Phase::unsuited:
+            unsuited_ = true;
+            lose(now, {CBManagerStateUnsupported, target_.name() + " " + controller_.failure()});
+            break;
+    }
+}
+
+void HciSession::listening(Time now) {
+    listeningSince_ = now;
+    become({CBManagerStatePoweredOn, ""});
+}
+
+/// What goes quiet alone is begun again: first the scan, then the whole controller. Beside others nothing is ours to
+/// begin.
+void HciSession::watch(Time now) {
+    if (listens() && now - *listeningSince_ >= provenAfter) proven_ = true;
+    quiet_.scan(scans_ && listens(), now);
+    const bool again = quiet_.quiet();
+    if (!quiet_.rings(now)) return;
+    become({CBManagerStatePoweredOn, alone() ? quietAlone : quietBeside});
+    if (!alone()) return;
+    if (again) {
+        controller_.start(now);
+    } else {
+        controller_.restartScan(now);
+    }
+    listener_.scanRestarted();
+}
+
+void HciSession::lose(Time now, const HciCondition& condition) {
+    socket_.reset();
+    listeningSince_.reset();
+    quiet_.scan(false, now);
+    if (proven_) {
+        wait_ = firstWait;
+        tryAt_.reset();
+    } else {
+        tryAt_ = now + wait_;
+    }
+    become(condition);
+}
+
+void HciSession::become(const HciCondition& condition) {
+    if (condition == condition_) return;
+    condition_ = condition;
+    listener_.conditionChanged(condition_);
+}
+
+}  // namespace nearcast
