@@ -139,15 +139,29 @@ def replugged_alone(lab):
         expect_back(lab, listener, now(), f"replugged, {turn + 1}")
 
 
-@test("ABlockedAdapterIsHeardAgainOnTheUserChannelWhenUnblocked")
+@test("ABlockedControllerIsHeardOnTheUserChannelWhenUnblocked")
 def blocked_alone(lab):
-    _, listener = hearing(lab, "hci:0")
+    controller = lab.controller()
+    controller.dongle(rate=10)
     lab.block(True)
+    listener = lab.listen("hci:0")
     listener.wait_state("PoweredOff")
-    lab.figure("why", listener.why())
     sleep(1)
     lab.block(False)
     expect_back(lab, listener, now(), "rfkill")
+
+
+@test("ABlockDoesNotReachAControllerThatIsOnTheUserChannel")
+def block_refused(lab):
+    """The kernel refuses it (hci_rfkill_set_block gives EBUSY), so there is nothing to come back from."""
+    controller, listener = hearing(lab, "hci:0")
+    lab.block(True)
+    blocked_at = now()
+    sleep(3)
+    heard = len(listener.reports(blocked_at))
+    lab.figure("reports in 3 s of block", heard)
+    expect(heard > 20 and listener.state()[0] == "PoweredOn", f"it is {listener.state()}")
+    expect(controller.counters()["scanning"], "the scan has ended")
 
 
 @test("ADeadControllerOnTheUserChannelIsResetUntilItAnswers")
