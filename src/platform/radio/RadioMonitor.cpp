@@ -44,7 +44,8 @@ void RadioMonitor::setTap(Tap tap) { tap_.store(shared(std::move(tap))); }
 void RadioMonitor::open(CBManagerState state, std::string why) {
     const MutexLock lock(mutex_);
     opened_ = clock_();
-    health_ = RadioHealth{.state = state, .since = secondsOf(opened_.sinceStart()), .why = std::move(why)};
+    health_ = RadioHealth{
+        .state = state, .since = secondsOf(opened_.sinceStart()), .why = std::move(why), .lastReportAge = {}};
     last_.reset();
     counts_.fill(0);
 }
