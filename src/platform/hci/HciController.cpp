@@ -134,7 +134,7 @@ void HciController::answered(const hci::Answer& answer, Time now) {
     if (answer.status == hci::success) {
         learn(answer);
     } else if (step.mayFail) {
-        learn({.opcode = answer.opcode});
+        learn({.opcode = answer.opcode, .returned = {}});
     } else {
         return fail("answered " + nameOf(answer.opcode) + inHex(" with error 0x%02X", answer.status));
     }
