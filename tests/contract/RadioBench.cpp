@@ -2,6 +2,8 @@
 #include "contract/RadioBench.h"
 
 #include "doubles/TemporaryFolder.h"
+#include "doubles/hci/FakeHci.h"
+#include "platform/hci/HciReceiver.h"
 #include "platform/replay/ReplayPlatform.h"
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorPlatform.h"
@@ -106,10 +108,96 @@ public:
     }
 };
 
+/// Has neither a thread nor a radio of its own: the receiver is run where a thread would run it.
+class BarePlatform : public TimelinePlatform {
+public:
+    using TimelinePlatform::TimelinePlatform;
+    std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& /*delegate*/) override {
+        return nullptr;
+    }
+};
+
+/// A receiver that is run by the timeline.
+class TimelineReceiver : public HciReceiver, public TimelineSource {
+public:
+    TimelineReceiver(CBCentralManagerDelegate& delegate, Console& console, TimelinePlatform& platform,
+                     const FakeHci& machine, HciAccess access)
+        : HciReceiver(delegate, console, platform.monitor(), machine.port(), HciTarget{.access = access}),
+          machine_(machine),
+          timeline_(platform.timeline()) {
+        timeline_.setSource(this);
+        run(timeline_.now());
+    }
+    ~TimelineReceiver() override { timeline_.setSource(nullptr); }
+    TimelineReceiver(const TimelineReceiver&) = delete;
+    TimelineReceiver& operator=(const TimelineReceiver&) = delete;
+
+    std::optional<std::chrono::microseconds> due() override {
+        if (scanAsked_ || machine_.waits()) return timeline_.now();
+        return std::chrono::ceil<std::chrono::microseconds>(HciReceiver::due());
+    }
+    void happen() override {
+        scanAsked_ = false;
+        run(timeline_.now());
+    }
+
+private:
+    void scanChanged(const std::optional<Scan>& /*scan*/) override {
+        scanAsked_ = true;
+        timeline_.sourceChanged();
+    }
+
+    const FakeHci& machine_;
+    Timeline& timeline_;
+    bool scanAsked_ = false;
+};
+
+LegacyReport benchAdvertisement() {
+    // The service's octets come last one first.
+    return {.data = hex("11 07 DFCA7199709EE0980C44433F06D9374F  09 FF FFFF 020000000001"), .RSSI = -60};
+}
+
+class HciBench : public TimelineBench {
+public:
+    explicit HciBench(HciAccess access) {
+        auto platform = std::make_unique<BarePlatform>(console, JSON, nullptr);
+        if (access == HciAccess::beside) {
+            machine_.use(true);
+            machine_.othersScan(true);
+        }
+        radio_ = std::make_unique<TimelineReceiver>(calls, console, *platform, machine_, access);
+        calls.states.clear();  // that of the start
+        dongle_ = platform->scheduledTimer(advertisingInterval,
+                                           [this](NSTimer&) { machine_.advertise(benchAdvertisement()); });
+        adapter_ = platform->scheduledTimer(10s, [this, access, fired = 0](NSTimer&) mutable {
+            ++fired;
+            // Nobody else can switch off what the radio has for itself, but for a switch of the machine.
+            if (fired * 10s == lost) machine_.cutOff();
+            if (fired * 10s == back) {
+                machine_.block({});
+                machine_.use(access == HciAccess::beside);
+            }
+        });
+        platform_ = std::move(platform);
+    }
+    ~HciBench() override {
+        dongle_->invalidate();
+        adapter_->invalidate();
+        radio_.reset();
+    }
+
+private:
+    FakeHci machine_;
+    std::shared_ptr<NSTimer> dongle_;
+    std::shared_ptr<NSTimer> adapter_;
+};
+
 }  // namespace
 
 std::unique_ptr<RadioBench> virtualBench() { return std::make_unique<VirtualBench>(); }
 std::unique_ptr<RadioBench> replayBench() { return std::make_unique<ReplayBench>(); }
 std::unique_ptr<RadioBench> simulatorBench() { return std::make_unique<SimulatorBench>(); }
+std::unique_ptr<RadioBench> hciBench() { return std::make_unique<HciBench>(HciAccess::alone); }
+std::unique_ptr<RadioBench> hciBesideBench() { return std::make_unique<HciBench>(HciAccess::beside); }
 
 }  // namespace nearcast::contract

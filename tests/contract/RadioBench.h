@@ -60,5 +60,7 @@ protected:
 std::unique_ptr<RadioBench> virtualBench();
 std::unique_ptr<RadioBench> replayBench();
 std::unique_ptr<RadioBench> simulatorBench();
+std::unique_ptr<RadioBench> hciBench();
+std::unique_ptr<RadioBench> hciBesideBench();
 
 }  // namespace nearcast::contract

@@ -162,7 +162,8 @@ TEST_P(Radio, ReportsAgainAfterTheReturnOfItsAdapterWithoutBeingAsked) {
 
 INSTANTIATE_TEST_SUITE_P(EveryBackEnd, Radio,
                          testing::Values(BackEnd{"Virtual", virtualBench}, BackEnd{"Replay", replayBench},
-                                         BackEnd{"Simulator", simulatorBench}),
+                                         BackEnd{"Simulator", simulatorBench}, BackEnd{"Hci", hciBench},
+                                         BackEnd{"HciBeside", hciBesideBench}),
                          [](const auto& backEnd) { return backEnd.param.name; });
 
 }  // namespace

@@ -50,6 +50,7 @@ void HciSession::wish(Time now, bool scanWanted) {
     } else if (endScan_ && now >= *endScan_) {
         scans_ = false;
         endScan_.reset();
+        if (listens()) become({CBManagerStatePoweredOn, ""});  // a quiet that was told has ended too
     }
 }
 

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/hci/HciController.h"
+
+#include "doubles/hci/FakeController.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <deque>
+
+namespace nearcast {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Phase = HciController::Phase;
+using Opcodes = std::vector<std::uint16_t>;
+
+class HciControllerTest : public testing::Test {
+protected:
+    void start() {
+        controller.start(now);
+        talk();
+    }
+    void scan(bool wanted) {
+        controller.setScan(wanted, now);
+        talk();
+    }
+    /// Hands over the answers until there are no more.
+    void talk() {
+        while (!answers.empty()) {
+            const Octets answer = answers.front();
+            answers.pop_front();
+            controller.received(std::span(answer).subspan(1), now);
+        }
+    }
+    void event(const char* text) { controller.received(hex(text), now); }
+    void at(HciController::Time time) {
+        now = time;
+        controller.tick(now);
+        talk();
+    }
+    Opcodes commandsOf(const std::function<void()>& deed) {
+        const std::size_t before = fake.commands().size();
+        deed();
+        return {fake.commands().begin() + static_cast<std::ptrdiff_t>(before), fake.commands().end()};
+    }
+
+    FakeController fake;
+    std::deque<Octets> answers;
+    int writeError = 0;
+    HciController::Time now = 100s;
+    HciController controller{[this](std::span<const std::uint8_t> packet) {
+        if (writeError != 0) return writeError;
+        for (Octets& answer : fake.take(packet)) answers.push_back(std::move(answer));
+        return 0;
+    }};
+};
+
+TEST_F(HciControllerTest, DoesNothingBeforeItIsStarted) {
+    scan(true);
+    EXPECT_EQ(controller.phase(), Phase::idle);
+    EXPECT_TRUE(fake.commands().empty());
+    EXPECT_FALSE(controller.due());
+}
+
+TEST_F(HciControllerTest, IsResetAndAskedBeforeItIsReady) {
+    controller.start(now);
+    EXPECT_EQ(controller.phase(), Phase::starting);
+    talk();
+    EXPECT_EQ(controller.phase(), Phase::ready);
+    EXPECT_EQ(fake.commands(), (Opcodes{hci::reset, hci::readLocalSupportedFeatures, hci::readLocalSupportedCommands,
+                                        hci::setEventMask, hci::leSetEventMask}));
+    EXPECT_FALSE(controller.due());
+}
+
+TEST_F(HciControllerTest, TellsAControllerOfBothKindsThatItsHostHasLowEnergy) {
+    fake.classic = true;
+    start();
+    EXPECT_EQ(fake.count(hci::writeLEHostSupport), 1);
+    scan(true);
+    EXPECT_TRUE(fake.hear({}));
+}
+
+TEST_F(HciControllerTest, ScansPassivelyWithDuplicates) {
+    start();
+    EXPECT_EQ(commandsOf([&] { scan(true); }), (Opcodes{hci::leSetScanParameters, hci::leSetScanEnable}));
+    EXPECT_TRUE(controller.scanning());
+    EXPECT_TRUE(fake.passive());
+    EXPECT_TRUE(fake.hear({}));
+    EXPECT_TRUE(fake.hear({}));
+}
+
+TEST_F(HciControllerTest, UsesTheExtendedCommandsWhereTheControllerHasThem) {
+    fake.extended = true;
+    start();
+    EXPECT_EQ(commandsOf([&] { scan(true); }),
+              (Opcodes{hci::leSetExtendedScanParameters, hci::leSetExtendedScanEnable}));
+    EXPECT_TRUE(fake.passive());
+    EXPECT_TRUE(fake.hear({}));
+    EXPECT_TRUE(fake.hear({}));
+    EXPECT_EQ(commandsOf([&] { scan(false); }), (Opcodes{hci::leSetExtendedScanEnable}));
+    EXPECT_FALSE(fake.scans());
+}
+
+TEST_F(HciControllerTest, TakesAControllerThatDoesNotTellItsCommandsForAnOldOne) {
+    fake.failNext(hci::readLocalSupportedCommands, 0x01);
+    start();
+    scan(true);
+    EXPECT_EQ(fake.count(hci::leSetScanEnable), 1);
+    EXPECT_TRUE(fake.hear({}));
+}
+
+TEST_F(HciControllerTest, KeepsAWishThatComesWhileItIsBeingStarted) {
+    controller.start(now);
+    controller.setScan(true, now);
+    EXPECT_FALSE(controller.scanning());
+    talk();
+    EXPECT_TRUE(fake.scans());
+}
+
+TEST_F(HciControllerTest, KeepsTheWishThroughANewStart) {
+    start();
+    scan(true);
+    start();
+    EXPECT_TRUE(fake.scans());
+    EXPECT_EQ(fake.count(hci::reset), 2);
+}
+
+TEST_F(HciControllerTest, FollowsTheLastOfSeveralWishes) {
+    start();
+    controller.setScan(true, now);
+    controller.setScan(false, now);
+    controller.setScan(true, now);
+    controller.setScan(false, now);
+    talk();
+    EXPECT_FALSE(fake.scans());
+    EXPECT_FALSE(controller.scanning());
+}
+
+TEST_F(HciControllerTest, BeginsAScanAgainByEndingItFirst) {
+    start();
+    scan(true);
+    EXPECT_EQ(commandsOf([&] {
+                  controller.restartScan(now);
+                  talk();
+              }),
+              (Opcodes{hci::leSetScanEnable, hci::leSetScanParameters, hci::leSetScanEnable}));
+    EXPECT_TRUE(fake.scans());
+}
+
+TEST_F(HciControllerTest, DoesNotMindAScanThatHadEndedAlready) {
+    start();
+    scan(true);
+    fake.failNext(hci::leSetScanEnable, hci::commandDisallowed);
+    scan(false);
+    EXPECT_EQ(controller.phase(), Phase::ready);
+}
+
+TEST_F(HciControllerTest, SendsOneCommandAtATime) {
+    controller.start(now);
+    EXPECT_EQ(fake.commands().size(), 1U);
+    event("0F 04 00 01 03 0C");  // begun, not done
+    event("0E 04 01 03 10 00");  // an answer to a command that is not under way
+    event("0E 03 01 00 00");     // and one to none
+    EXPECT_EQ(fake.commands().size(), 1U);
+}
+
+TEST_F(HciControllerTest, WaitsWhileTheControllerHasNoRoom) {
+    fake.roomless = true;
+    start();
+    EXPECT_EQ(fake.commands().size(), 1U);
+    event("0E 03 01 00 00");
+    EXPECT_EQ(fake.commands().size(), 2U);
+}
+
+TEST_F(HciControllerTest, TriesAControllerThatForgetsToTellOfItsRoom) {
+    fake.roomless = true;
+    start();
+    at(102s - 1ns);
+    EXPECT_EQ(fake.commands().size(), 1U);
+    at(102s);
+    EXPECT_EQ(fake.commands().size(), 2U);
+}
+
+TEST_F(HciControllerTest, FailsWhenAnAnswerDoesNotComeInTime) {
+    fake.mute = true;
+    start();
+    EXPECT_EQ(controller.due(), 102s);
+    at(102s - 1ns);
+    EXPECT_EQ(controller.phase(), Phase::starting);
+    at(102s);
+    EXPECT_EQ(controller.phase(), Phase::failed);
+    EXPECT_EQ(controller.failure(), "did not answer command 0x0C03");
+    EXPECT_FALSE(controller.due());
+}
+
+TEST_F(HciControllerTest, FailsWhenACommandIsRefused) {
+    start();
+    fake.failNext(hci::leSetScanParameters, 0x12);
+    scan(true);
+    EXPECT_EQ(controller.phase(), Phase::failed);
+    EXPECT_EQ(controller.failure(), "answered command 0x200B with error 0x12");
+}
+
+TEST_F(HciControllerTest, FailsWhenACommandCannotBeSent) {
+    writeError = ENETDOWN;
+    start();
+    EXPECT_EQ(controller.phase(), Phase::failed);
+    EXPECT_EQ(controller.failure(), "took no command 0x0C03: Network is down");
+}
+
+TEST_F(HciControllerTest, FailsOnAHardwareError) {
+    start();
+    event("10 01 42");
+    EXPECT_EQ(controller.phase(), Phase::failed);
+    EXPECT_EQ(controller.failure(), "reported hardware error 0x42");
+}
+
+TEST_F(HciControllerTest, WorksAgainAfterANewStart) {
+    start();
+    scan(true);
+    event("10 01 42");
+    start();
+    EXPECT_EQ(controller.phase(), Phase::ready);
+    EXPECT_TRUE(controller.failure().empty());
+    EXPECT_TRUE(fake.scans());
+}
+
+TEST_F(HciControllerTest, IsUnsuitedWithoutLowEnergy) {
+    fake.lowEnergy = false;
+    start();
+    EXPECT_EQ(controller.phase(), Phase::unsuited);
+    EXPECT_FALSE(controller.due());
+    scan(true);
+    EXPECT_EQ(fake.count(hci::leSetScanEnable), 0);
+}
+
+TEST_F(HciControllerTest, IsNotConfusedByEventsThatAreCut) {
+    start();
+    const std::size_t before = fake.commands().size();
+    for (const char* cut : {"", "0E", "0E 01", "0E 03 01 03", "0F 01", "10", "10 00"}) event(cut);
+    EXPECT_EQ(controller.phase(), Phase::ready);
+    EXPECT_EQ(fake.commands().size(), before);
+}
+
+}  // namespace
+
+}  // namespace nearcast

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "unit/platform/hci/HciSessionFixture.h"
+
+namespace nearcast {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// What a session does when a scan brings nothing.
+using HciQuiet = HciSessionFixture;
+
+TEST_F(HciQuiet, BeginsTheScanAgainAfterThirtySeconds) {
+    scan();
+    const int before = machine.count(hci::leSetScanEnable);
+    pass(30s - 1ns);
+    EXPECT_EQ(restarts, 0);
+    EXPECT_EQ(why(), "");
+    pass(1ns);
+    EXPECT_EQ(restarts, 1);
+    EXPECT_EQ(machine.count(hci::leSetScanEnable), before + 2);
+    EXPECT_EQ(state(), CBManagerStatePoweredOn);
+    EXPECT_TRUE(says("although the controller answers"));
+}
+
+TEST_F(HciQuiet, StartsTheWholeControllerAgainWhereThatDidNotHelp) {
+    scan();
+    pass(30s);
+    EXPECT_EQ(machine.count(hci::reset), 1);
+    pass(60s);
+    EXPECT_EQ(machine.count(hci::reset), 2);
+    EXPECT_EQ(restarts, 2);
+    EXPECT_EQ(state(), CBManagerStatePoweredOn);
+    EXPECT_TRUE(machine.scans());
+}
+
+TEST_F(HciQuiet, DisturbsAnEmptyAirLessAndLessOften) {
+    scan();
+    pass(1h);
+    EXPECT_LE(restarts, 4 + 60 / 8);
+    EXPECT_GE(restarts, 4);
+    EXPECT_EQ(machine.opens(), 1);
+}
+
+TEST_F(HciQuiet, EndsWithTheFirstReport) {
+    scan();
+    pass(30s);
+    advertise();
+    EXPECT_EQ(why(), "");
+    EXPECT_EQ(reports.size(), 1U);
+    pass(30s - 1ns);
+    EXPECT_EQ(restarts, 1);
+    pass(1ns);
+    EXPECT_EQ(restarts, 2);
+    EXPECT_EQ(machine.count(hci::reset), 1);
+}
+
+TEST_F(HciQuiet, IsNotNoticedWithoutAScan) {
+    settle();
+    pass(10min);
+    EXPECT_EQ(restarts, 0);
+    EXPECT_EQ(why(), "");
+}
+
+TEST_F(HciQuiet, ShowsADeadController) {
+    scan();
+    advertiseFor(1s);
+    machine.controller([](FakeController& controller) { controller.mute = true; });
+    pass(30s + HciController::answerLimit);
+    EXPECT_EQ(state(), CBManagerStateResetting);
+    EXPECT_TRUE(says("did not answer"));
+}
+
+TEST_F(HciQuiet, IsNotToldBesideTheEndOfAScan) {
+    scan();
+    pass(30s);
+    EXPECT_NE(why(), "");
+    scan(false);
+    pass(1s);
+    EXPECT_EQ(why(), "");
+}
+
+}  // namespace
+
+}  // namespace nearcast

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/hci/HciRadio.h"
+
+#include "doubles/KeptLines.h"
+#include "doubles/hci/FakeHci.h"
+#include "platform/hci/HciPacket.h"
+#include "platform/system/SystemClock.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <stdexcept>
+#include <thread>
+
+namespace nearcast {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Counts what a radio tells, and lets others wait for it.
+class Listener : public CBCentralManagerDelegate {
+public:
+    void centralManagerDidUpdateState(CBCentralManager& /*central*/) override {
+        const MutexLock lock(mutex_);
+        changed_.notify_all();
+    }
+    void centralManagerDidDiscoverPeripheral(CBCentralManager& central, const CBPeripheral& /*peripheral*/,
+                                             const AdvertisementData& /*data*/, std::int32_t /*RSSI*/) override {
+        if (onReport) onReport(central);
+        const MutexLock lock(mutex_);
+        ++reports_;
+        changed_.notify_all();
+    }
+    void await(const std::function<bool(int reports)>& condition) {
+        MutexLock lock(mutex_);
+        while (!condition(reports_)) changed_.wait(lock.native());
+    }
+    void awaitReports(int count) {
+        await([count](int reports) { return reports >= count; });
+    }
+    int reports() {
+        const MutexLock lock(mutex_);
+        return reports_;
+    }
+
+    std::function<void(CBCentralManager& central)> onReport;  ///< set before a scan
+
+private:
+    Mutex mutex_;
+    std::condition_variable changed_;
+    int reports_ NEARCAST_GUARDED_BY(mutex_) = 0;
+};
+
+/// The radio on a thread of its own. The machine is a fake, so nothing here waits for time to pass.
+class HciRadioTest : public testing::Test {
+protected:
+    void open() {
+        radio = std::make_unique<HciRadio>(listener, console, monitor, machine.port(), HciTarget{});
+        listener.await([this](int) { return radio->state() == CBManagerStatePoweredOn; });
+    }
+    void scan() {
+        radio->scanForPeripheralsWithServices(std::nullopt, ScanOptions{.allowDuplicates = true});
+        machine.await([](FakeController& controller) { return controller.scans(); });
+    }
+
+    FakeHci machine;
+    KeptLines console;
+    RadioMonitor monitor{console, [] { return NSDate(SystemClock::now()); }};
+    Listener listener;
+    std::unique_ptr<HciRadio> radio;
+};
+
+TEST_F(HciRadioTest, BecomesPoweredOnByItself) {
+    open();
+    EXPECT_EQ(monitor.health().state, CBManagerStatePoweredOn);
+    EXPECT_FALSE(machine.scans());
+}
+
+TEST_F(HciRadioTest, TellsWhatIsHeardOnAThreadOfItsOwn) {
+    std::atomic<std::thread::id> thread;
+    listener.onReport = [&](CBCentralManager&) { thread = std::this_thread::get_id(); };
+    open();
+    scan();
+    machine.advertise({});
+    listener.awaitReports(1);
+    EXPECT_NE(thread.load(), std::thread::id());
+    EXPECT_NE(thread.load(), std::this_thread::get_id());
+    EXPECT_EQ(monitor.health().lastReportAge.has_value(), true);
+}
+
+TEST_F(HciRadioTest, EndsTheScanOfTheController) {
+    open();
+    scan();
+    radio->stopScan();
+    machine.await([](FakeController& controller) { return !controller.scans(); });
+    EXPECT_EQ(listener.reports(), 0);
+}
+
+TEST_F(HciRadioTest, CanBeStoppedFromInsideAReport) {
+    listener.onReport = [](CBCentralManager& central) { central.stopScan(); };
+    open();
+    scan();
+    for (int i = 0; i < 10; ++i) machine.advertise({});
+    machine.await([](FakeController& controller) { return !controller.scans(); });
+    EXPECT_EQ(listener.reports(), 1);
+}
+
+TEST_F(HciRadioTest, CanBeStoppedWhileAReportIsUnderWay) {
+    std::atomic<bool> inside{false};
+    std::atomic<bool> stopped{false};
+    listener.onReport = [&](CBCentralManager&) {
+        inside = true;
+        inside.notify_all();
+        stopped.wait(false);
+    };
+    open();
+    scan();
+    machine.advertise({});
+    machine.advertise({});
+    inside.wait(false);
+    radio->stopScan();  // does not wait for the report, which may want what the caller holds
+    stopped = true;
+    stopped.notify_all();
+    machine.await([](FakeController& controller) { return !controller.scans(); });
+    EXPECT_EQ(listener.reports(), 1);
+}
+
+TEST_F(HciRadioTest, TellsTheLossOfItsAdapter) {
+    open();
+    machine.unplug();
+    listener.await([this](int) { return radio->state() == CBManagerStateUnsupported; });
+    EXPECT_NE(monitor.health().why.find("there is no hci0"), std::string::npos);
+}
+
+TEST_F(HciRadioTest, GoesOnAfterAHandlerThatThrows) {
+    std::atomic<int> calls{0};
+    listener.onReport = [&](CBCentralManager&) {
+        if (++calls == 1) throw std::runtime_error("the application failed");
+    };
+    open();
+    scan();
+    machine.advertise({});
+    machine.advertise({});
+    listener.awaitReports(1);
+    ASSERT_EQ(console.lines().size(), 1U);
+    EXPECT_NE(console.lines()[0].find("the application failed"), std::string::npos);
+}
+
+TEST_F(HciRadioTest, GivesTheControllerBackAtItsEnd) {
+    open();
+    scan();
+    EXPECT_TRUE(machine.opened());
+    radio.reset();
+    EXPECT_FALSE(machine.opened());
+}
+
+TEST_F(HciRadioTest, AgreesWithItsLastWishAfterManyFromSeveralThreads) {
+    open();
+    const auto wish = [this] {
+        for (int i = 0; i < 200; ++i) {
+            radio->scanForPeripheralsWithServices(std::nullopt, {});
+            radio->stopScan();
+        }
+    };
+    std::thread one(wish);
+    std::thread other(wish);
+    one.join();
+    other.join();
+    scan();
+    machine.advertise({});
+    listener.awaitReports(1);
+    radio->stopScan();
+    machine.await([](FakeController& controller) { return !controller.scans(); });
+}
+
+}  // namespace
+
+}  // namespace nearcast

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "doubles/hci/FakeHci.h"
+#include "platform/hci/HciSession.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace nearcast {
+
+/// A session on a machine with a controller, on a clock that moves when told to.
+class HciSessionFixture : public testing::Test, protected HciSessionListener {
+protected:
+    using Time = HciSession::Time;
+
+    explicit HciSessionFixture(HciAccess access = HciAccess::alone)
+        : port_(machine.port()), session(*port_, HciTarget{.access = access}, *this) {}
+
+    /// Runs the session as its thread would, as long as there is something to do at this moment.
+    void settle() {
+        for (int runs = 0; runs < mostRuns; ++runs) {
+            session.run(now, wanted);
+            if (!machine.waits() && session.due() > now) return;
+        }
+        ADD_FAILURE() << "the session does not come to rest";
+    }
+    void pass(Time duration) {
+        const Time target = now + duration;
+        while (now < target) {
+            now = std::clamp(session.due(), now, target);
+            settle();
+        }
+    }
+    void scan(bool wish = true) {
+        wanted = wish;
+        settle();
+    }
+    void advertise(const LegacyReport& report = {}) {
+        machine.advertise(report);
+        settle();
+    }
+    /// Ten reports a second.
+    void advertiseFor(Time duration) {
+        for (Time passed{0}; passed < duration; passed += std::chrono::milliseconds(100)) {
+            pass(std::chrono::milliseconds(100));
+            advertise();
+        }
+    }
+    [[nodiscard]] CBManagerState state() const { return session.condition().state; }
+    [[nodiscard]] const std::string& why() const { return session.condition().why; }
+    [[nodiscard]] bool says(const char* words) const { return why().find(words) != std::string::npos; }
+
+    FakeHci machine;
+
+private:
+    static constexpr int mostRuns = 1000;
+
+    void conditionChanged(const HciCondition& condition) override { conditions.push_back(condition); }
+    void scanRestarted() override { ++restarts; }
+    void heard(const AdvertisingReport& report) override { reports.push_back(report); }
+
+    const std::unique_ptr<HciPort> port_;
+
+protected:
+    HciSession session;
+    Time now = std::chrono::seconds(1000);
+    bool wanted = false;
+    std::vector<HciCondition> conditions;
+    std::vector<AdvertisingReport> reports;
+    int restarts = 0;
+};
+
+}  // namespace nearcast
