@@ -2,14 +2,19 @@
 # SPDX-License-Identifier: Apache-2.0
 # Building, and what is made of the builds.
 
-# build_in DIRECTORY PRESET [CMAKE OPTION...]
-build_in() {
+# configure_in DIRECTORY PRESET [CMAKE OPTION...]
+configure_in() {
     local directory=$1 preset=$2
     shift 2
     mkdir -p "$directory"
     cmake --preset "$preset" -B "$directory" -DCMAKE_CXX_COMPILER_LAUNCHER=ccache "$@" >"$directory/configure.log" 2>&1 ||
         { cat "$directory/configure.log" && return 1; }
-    cmake --build "$directory" -- -k 0  # all errors at once
+}
+
+# build_in DIRECTORY PRESET [CMAKE OPTION...]
+build_in() {
+    configure_in "$@"
+    cmake --build "$1" -- -k 0  # all errors at once
 }
 
 # build PRESET [CMAKE OPTION...]

@@ -31,12 +31,14 @@ run_quick() {
 
 run_test() {
     need_to_test
+    need_for_lab
     run_stage "format" check_format
     run_stage "scripts" check_scripts
     run_stage "build with g++" build dev
     run_stage "build with clang and the thread sanitizer" build tsan
     run_stage "build with g++ and the address and undefined-behaviour sanitizers" build asan
     run_stage "clang-tidy" tools/tidy.py build/dev
+    run_stage "set up the lab" prepare_lab
     join_builds dev asan tsan
     tell_stages
     run_stage "tests of all builds" run_ctest build
@@ -66,4 +68,5 @@ run_test_long() {
     run_stage "build with clang and the thread sanitizer" build tsan
     run_stage "threads, again and again" run_ctest build/tsan --repeat until-fail:20
     run_test
+    run_stage "the lab, all of it" run_ctest build/dev -C long -R '^lab[.](full|long)$'
 }

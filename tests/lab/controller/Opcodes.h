@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+namespace nearcast::lab {
+
+/// HCI commands (Core Specification, Volume 4, Part E, 7.3, 7.4 and 7.8) that the controller knows.
+enum Opcode : unsigned {
+    setEventMask = 0x0c01,
+    reset = 0x0c03,
+    readLocalVersion = 0x1001,
+    readLocalCommands = 0x1002,
+    readLocalFeatures = 0x1003,
+    readAddress = 0x1009,
+    leSetEventMask = 0x2001,
+    leReadBufferSize = 0x2002,
+    leReadLocalFeatures = 0x2003,
+    leSetRandomAddress = 0x2005,
+    leSetAdvertisingParameters = 0x2006,
+    leReadAdvertisingPower = 0x2007,
+    leSetAdvertisingData = 0x2008,
+    leSetScanResponseData = 0x2009,
+    leSetAdvertisingEnable = 0x200a,
+    leSetScanParameters = 0x200b,
+    leSetScanEnable = 0x200c,
+    leReadAcceptListSize = 0x200f,
+    leClearAcceptList = 0x2010,
+    leAddToAcceptList = 0x2011,
+    leRemoveFromAcceptList = 0x2012,
+    leReadSupportedStates = 0x201c,
+    leSetExtendedScanParameters = 0x2041,
+    leSetExtendedScanEnable = 0x2042,
+};
+
+}  // namespace nearcast::lab

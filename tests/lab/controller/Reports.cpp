@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/controller/Reports.h"
+
+namespace nearcast::lab {
+
+namespace {
+
+unsigned legacyType(Advertising advertising, bool scanResponse) {
+    if (scanResponse) return 0x04;
+    switch (advertising) {
+        case Advertising::connectable: return 0x00;
+        case Advertising::scannable: return 0x02;
+        case Advertising::nonConnectable: break;
+    }
+    return 0x03;
+}
+
+unsigned extendedType(Advertising advertising, bool scanResponse) {
+    constexpr unsigned connectable = 0x01;
+    constexpr unsigned scannable = 0x02;
+    constexpr unsigned response = 0x08;
+    constexpr unsigned legacy = 0x10;
+    unsigned type = legacy;
+    if (advertising == Advertising::connectable) type |= connectable | scannable;
+    if (advertising == Advertising::scannable) type |= scannable;
+    return scanResponse ? type | response : type;
+}
+
+void addAddress(Packet& event, const Address& address) {
+    event.u8(0x00);  // public
+    event.add(Bytes(address.rbegin(), address.rend()));
+}
+
+Packet legacyReport(const Dongle& dongle, int rssi, bool scanResponse, const Bytes& data) {
+    Packet report{0x02, 0x01};
+    report.u8(legacyType(dongle.advertising, scanResponse));
+    addAddress(report, dongle.address);
+    report.u8(static_cast<unsigned>(data.size())).add(data).u8(static_cast<unsigned>(rssi));
+    return report;
+}
+
+Packet extendedReport(const Dongle& dongle, int rssi, bool scanResponse, const Bytes& data) {
+    constexpr unsigned lePhy1M = 0x01;
+    constexpr unsigned none = 0x00;
+    constexpr unsigned noSet = 0xff;
+    constexpr unsigned noTxPower = 0x7f;
+    constexpr std::size_t directAddressWithType = 7;
+    Packet report{0x0d, 0x01};
+    report.u16(extendedType(dongle.advertising, scanResponse));
+    addAddress(report, dongle.address);
+    report.u8(lePhy1M).u8(none).u8(noSet).u8(noTxPower).u8(static_cast<unsigned>(rssi)).u16(0);
+    report.zeros(directAddressWithType).u8(static_cast<unsigned>(data.size())).add(data);
+    return report;
+}
+
+}  // namespace
+
+Bytes reportEvent(const Dongle& dongle, int rssi, bool extended, bool scanResponse) {
+    const Bytes data = scanResponse ? scanResponseData(dongle) : advertisingData(dongle);
+    const Packet report =
+        extended ? extendedReport(dongle, rssi, scanResponse, data) : legacyReport(dongle, rssi, scanResponse, data);
+    constexpr unsigned leMeta = 0x3e;
+    return Packet().u8(leMeta).u8(static_cast<unsigned>(report.size())).add(report.bytes()).bytes();
+}
+
+}  // namespace nearcast::lab

@@ -1,0 +1,125 @@
+# SPDX-License-Identifier: Apache-2.0
+"""How much of what is on the air reaches the delegate."""
+
+from framework import expect, test, wait_for
+from lab import sleep
+
+SECONDS = 30
+
+
+def put_dongles(controller, reports_per_second, **settings):
+    """So many advertisements a second, of a handful of dongles."""
+    count = 10 if reports_per_second >= 100 else 2
+    for number in range(count):
+        controller.dongle(rate=reports_per_second / count, rssi=f"{-50 - number},{-51 - number}", **settings)
+    return count
+
+
+def measure(controller, listeners, seconds, senders):
+    """Advertisements put on the air in some time, and how many of them reached each listener. Before and after it the
+    air is silent, so that each advertisement is counted on both sides or on none."""
+    for listener in listeners:
+        wait_for(f"reports of all {senders} dongles", 20,
+                 lambda one=listener: len({rest.split(" ")[0] for _, rest in one.reports()}) == senders)
+    controller.do("silence *")
+    sleep(1)
+    aired, heard = controller.aired(), [len(listener.reports()) for listener in listeners]
+    controller.do("speak *")
+    sleep(seconds)
+    controller.do("silence *")
+    sleep(1)
+    aired = controller.aired() - aired
+    return aired, [len(listener.reports()) - before for listener, before in zip(listeners, heard)]
+
+
+def expect_share(lab, name, got, aired, least):
+    share = 100 * got / aired
+    lab.figure(name, f"{got} of {aired} ({share:.1f} %), at least {least} % wanted")
+    expect(share >= least, f"{name}: {share:.1f} %")
+    expect(got <= aired, f"{name}: more than was sent")
+
+
+def beside_bluetoothd(lab, reports_per_second, *words, seconds=SECONDS):
+    """One run, two ways to hear it: through bluetoothd, and on the raw socket beside it."""
+    controller = lab.controller(*words)
+    count = put_dongles(controller, reports_per_second)
+    lab.bluetoothd()
+    bluez = lab.listen("bluez")
+    bluez.wait_state("PoweredOn")
+    beside = lab.listen("hci:0?beside")
+    aired, (through_bluez, through_socket) = measure(controller, [bluez, beside], seconds, count)
+    expect_share(lab, f"bluez at {reports_per_second}/s", through_bluez, aired, 97)
+    told = controller.counters()["dongles"]
+    lab.figure("of these the controller handed over", sum(one["reported"] for one in told.values()))
+    expect_share(lab, f"hci:0?beside at {reports_per_second}/s", through_socket, aired, 97)
+
+
+def on_the_user_channel(lab, reports_per_second, *words, seconds=SECONDS):
+    controller = lab.controller(*words)
+    count = put_dongles(controller, reports_per_second)
+    listener = lab.listen("hci:0")
+    listener.wait_state("PoweredOn")
+    aired, (got,) = measure(controller, [listener], seconds, count)
+    expect_share(lab, f"hci:0 at {reports_per_second}/s", got, aired, 100)
+
+
+@test("AtAHundredReportsASecondAShortTimeLosesNothing", boot="quick")
+def short(lab):
+    beside_bluetoothd(lab, 100, seconds=12)
+
+
+@test("AtTenReportsASecondAllButEdgesArriveThroughBluezAndBesideIt")
+def ten(lab):
+    beside_bluetoothd(lab, 10)
+
+
+@test("AtAHundredReportsASecondAllButEdgesArriveThroughBluezAndBesideIt")
+def hundred(lab):
+    beside_bluetoothd(lab, 100)
+
+
+@test("AnExtendedControllerIsHeardAsWellThroughBluezAndBesideIt")
+def hundred_extended(lab):
+    beside_bluetoothd(lab, 100, "extended")
+
+
+@test("AtTenReportsASecondAllArriveOnTheUserChannel")
+def ten_alone(lab):
+    on_the_user_channel(lab, 10)
+
+
+@test("AtAHundredReportsASecondAllArriveOnTheUserChannel")
+def hundred_alone(lab):
+    on_the_user_channel(lab, 100)
+
+
+@test("AnExtendedControllerIsHeardAsWellOnTheUserChannel")
+def extended_alone(lab):
+    on_the_user_channel(lab, 100, "extended")
+
+
+@test("AControllerThatFiltersStrictlyIsHeardThroughBluetoothdWithExperimentalInterfaces")
+def strict(lab):
+    controller = lab.controller("strict")
+    count = put_dongles(controller, 10)
+    lab.bluetoothd("-E")
+    listener = lab.listen("bluez")
+    listener.wait_state("PoweredOn")
+    aired, (got,) = measure(controller, [listener], SECONDS, count)
+    lab.figure("the kernel asks for a duplicate filter", controller.counters()["filterDuplicates"])
+    expect_share(lab, "bluez, strict filter, bluetoothd -E", got, aired, 90)
+
+
+@test("AControllerThatFiltersStrictlyIsAllButUnheardWithoutThem")
+def strict_plain(lab):
+    """What the monitor is registered for; without this one the test above could not fail."""
+    controller = lab.controller("strict")
+    put_dongles(controller, 10)
+    lab.bluetoothd()
+    listener = lab.listen("bluez")
+    listener.wait_reports(1, within=20)
+    controller_before, before = controller.aired(), len(listener.reports())
+    sleep(12)
+    aired, got = controller.aired() - controller_before, len(listener.reports()) - before
+    lab.figure("bluez, strict filter, plain bluetoothd", f"{got} of {aired}")
+    expect(got < aired / 4, "the controller does not filter")
