@@ -38,6 +38,9 @@ public:
     /// that can be read, and else at that of the line before it.
     std::optional<Time> peekTime();
 
+    /// The file and the number of the line that was read last, to name it in a message.
+    [[nodiscard]] std::string place() const;
+
 private:
     struct Closer {
         void operator()(std::FILE* file) const noexcept;
@@ -51,7 +54,6 @@ private:
     void parse();
     bool readText();
     bool fill();
-    [[nodiscard]] std::string place() const;
 
     std::vector<Input> inputs_;
     std::size_t current_ = 0;

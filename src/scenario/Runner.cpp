@@ -72,7 +72,13 @@ public:
     void happen() override {
         try {
             const auto line = reader_.next();
-            if (line) performer_.perform(line->action);
+            if (!line) return;
+            if (depth_ == deepest)
+                throw ScenarioError(reader_.place() + ": " + std::to_string(deepest) +
+                                    " calls sleep inside one another already");
+            ++depth_;
+            performer_.perform(line->action);
+            --depth_;
         } catch (const ScenarioError& error) {
             failure_ = error;
             writer_.flush();
@@ -83,9 +89,13 @@ public:
     [[nodiscard]] const std::optional<ScenarioError>& failure() const { return failure_; }
 
 private:
+    // A line inside a sleep runs on the stack of the call that sleeps, which is not endless.
+    static constexpr int deepest = 500;
+
     LineReader reader_;
     Performer performer_;
     EventWriter& writer_;
+    int depth_ = 0;  ///< lines that have begun to happen and not ended
     std::optional<ScenarioError> failure_;
 };
 

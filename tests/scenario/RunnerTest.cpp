@@ -64,6 +64,24 @@ TEST(Runner, ACallThatSleepsInsideAnothersSleepEndsFirstAndMakesItLate) {
               (Shown{"calibrateActionArea 7.95", "console 7.95", "startScan 7.95"}));
 }
 
+/// Starts that each wait for the radio inside the wait of the one before.
+std::vector<std::string> nestedStarts(std::size_t count) {
+    std::vector<std::string> lines{R"({"do":"radio","state":0})"};
+    lines.insert(lines.end(), count, R"({"do":"startScan"})");
+    return lines;
+}
+
+TEST(Runner, FiveHundredCallsMayRunInsideOneAnothersSleep) {
+    const Outcome outcome = runInChild(nestedStarts(500), {});
+    EXPECT_TRUE(outcome.clean) << outcome.problem;
+    EXPECT_EQ(readEvents(outcome.output).size(), 2U * 500U);
+}
+
+TEST(Runner, OneMoreEndsTheRunAndNamesItsLine) {
+    const Outcome outcome = runInChild(nestedStarts(100'000), {});
+    EXPECT_NE(outcome.problem.find(":502: "), std::string::npos) << outcome.problem;
+}
+
 TEST(Runner, ASleepRunsPastTheLastLine) {
     EXPECT_EQ(shownBy({R"({"do":"calibrateActionArea","MACAddr":"A"})"}), Shown{"calibrateActionArea 7.0"});
 }

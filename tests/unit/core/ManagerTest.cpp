@@ -53,5 +53,19 @@ TEST(ManagerWithoutARadio, CanBeInitialisedAgainAfterTheRadioFailedToOpen) {
     manager.stopScan();
 }
 
+TEST_F(ManagerTest, TheLimitsOfASignalAreTheOnesOfTheRadio) {
+    EXPECT_EQ(kQXMinRSSI, -127);
+    EXPECT_EQ(kQXInvalidRSSI, 127);
+}
+
+TEST(ManagerWithoutARadio, KeepsTheDelegateThatItHadBeforeItWasInitialised) {
+    doubles::ManagerBench bench;
+    Manager manager(&bench, bench.platform);
+    const auto delegate = bench.listener();
+    manager.setDelegate(delegate);
+    manager.init();
+    EXPECT_EQ(manager.delegate(), delegate);
+}
+
 }  // namespace
 }  // namespace nearcast

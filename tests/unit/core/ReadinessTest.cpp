@@ -100,5 +100,25 @@ TEST_F(Readiness, AChangeOfStateLeavesTwoRecordsAndNothingElse) {
     EXPECT_EQ(journal.lines(), (Lines{once[0], once[1], once[0], once[1]}));
 }
 
+TEST_F(Readiness, AsksOnceWhereTheRadioVouchesForItsState) {
+    for (const std::int64_t state : {1, 2, 3, 4, 5}) {
+        radio().setState(state);
+        journal.clear();
+        journal.watchTraces();
+        manager.isLECapableHardware();
+        const std::string number = std::to_string(state);
+        EXPECT_EQ(journal.lines("trace 6 "), Lines{"trace 6 isLECapableHardware: manager.state: " + number});
+        EXPECT_EQ(journal.lines("trace 3 "),
+                  Lines{"trace 3 isLECapableHardware: -> " + std::string(state == 5 ? "1" : "0")});
+    }
+}
+
+TEST_F(Readiness, AsksAgainAfterASleepForAStateThatNobodyKnows) {
+    radio().setState(0);
+    platform.onSleep = [&] { radio().setState(6); };
+    EXPECT_FALSE(manager.isLECapableHardware());
+    EXPECT_EQ(platform.sleeps, 1) << "each kind of attempt counts";
+}
+
 }  // namespace
 }  // namespace nearcast

@@ -173,5 +173,106 @@ TEST_F(Advertisement, EachDongleHasWindowsOfItsOwn) {
     EXPECT_EQ(reports(), (Lines{"discover  0 00:11:22:AA:BB:DD -71", "discover  0 00:11:22:AA:BB:CC -61"}));
 }
 
+const std::string takeTable = "take _lockRssiDataFlag";
+const std::string releaseTable = "release _lockRssiDataFlag";
+
+TEST_F(Advertisement, ANewDongleIsTracedUnderTheTablesLockAndDropped) {
+    hear(secondDongle, -60);
+    journal.clear();
+    journal.watchLocks();
+    journal.watchTraces();
+    hear(dongle, -60);
+    const std::string arguments = method + "<ptr>, <ptr>, <ptr>, -60";
+    const std::string mark = "(manufactureDataBytes[0] == 0xff) && (manufactureDataBytes[1] == 0xff), 255, 255";
+    EXPECT_EQ(journal.lines(),
+              (Lines{"trace 2 " + arguments, "trace 6 " + method + mark, "take _lockCalibrateActionAreaFlag",
+                     "release _lockCalibrateActionAreaFlag", takeTable, "trace 6 " + method + "rssiData.count != 0, 1",
+                     "trace 6 " + method + "lastRssiDic == nil, <ptr>", releaseTable, "trace 3 " + arguments}));
+}
+
+TEST_F(Advertisement, AnEmptyTableIsNotTracedByItsCount) {
+    journal.watchTraces();
+    hear(dongle, -60);
+    EXPECT_EQ(journal.lines("trace 6 " + method + "rssiData.count"), Lines{});
+}
+
+TEST_F(Advertisement, AWindowThatFillsIsTracedUnderTheTablesLockAndItsMissingOutputAfterIt) {
+    manager.startScan(3);
+    hear(dongle, -60);
+    journal.watchLocks();
+    journal.watchTraces();
+    hear(dongle, -60);
+    const auto lines = journal.lines();
+    ASSERT_GE(lines.size(), 6U);
+    const Lines end(lines.end() - 6, lines.end());
+    EXPECT_EQ(end, (Lines{takeTable, "trace 6 " + method + "rssiData.count != 0, 1",
+                          "trace 6 " + method + "rawRSSIQueue.count < self.samplingNumber, 2, 3", releaseTable,
+                          "trace 6 " + method + "outputRssi == nil, <ptr>",
+                          "trace 3 " + method + "<ptr>, <ptr>, <ptr>, -60"}));
+}
+
+TEST_F(Advertisement, AHistoryThatFillsIsTracedAndAFullOneIsNot) {
+    manager.startScan(2);
+    hear(dongle, -60);
+    journal.watchTraces();
+    hearTimes(3, dongle, -60);
+    const std::string text = "trace 6 " + method + "outputRSSIQueue.count < self.samplingNumber, ";
+    EXPECT_EQ(journal.lines("trace 6 " + method + "outputRSSIQueue"), (Lines{text + "0, 2", text + "1, 2"}));
+    EXPECT_EQ(reports().size(), 3U);
+}
+
+TEST_F(Advertisement, AnOutputOfARegisteredDongleTakesItsLocksOneAfterAnother) {
+    addPrinter("A", dongle);
+    hear(dongle, -60);
+    journal.clear();
+    journal.watchLocks();
+    hear(dongle, -60);
+    const std::string take = "take _lockMutableSettingsFlag";
+    const std::string release = "release _lockMutableSettingsFlag";
+    EXPECT_EQ(journal.lines(),
+              (Lines{"take _lockCalibrateActionAreaFlag", "release _lockCalibrateActionAreaFlag", takeTable,
+                     releaseTable, take, release, take, release, "discover A 1 00:11:22:AA:BB:CC -60"}));
+}
+
+TEST_F(Advertisement, AnUnregisteredDongleIsTracedAndLookedUpOnce) {
+    hear(dongle, -60);
+    journal.watchLocks();
+    journal.watchTraces();
+    hear(dongle, -60);
+    EXPECT_EQ(journal.count("trace 6 " + method + "registeredPortName == nil, <ptr>"), 1U);
+    EXPECT_EQ(journal.count("take _lockMutableSettingsFlag"), 1U);
+}
+
+TEST_F(Advertisement, ADelegateThatDoesNotAskForReportsIsTracedAndNothingIsLookedUp) {
+    auto deaf = listener();
+    deaf->didDiscoverPort = nullptr;
+    manager.setDelegate(deaf);
+    hear(dongle, -60);
+    journal.watchTraces();
+    hear(dongle, -60);
+    EXPECT_EQ(journal.count("trace 6 " + method +
+                            "[self.delegate respondsToSelector:@selector(didDiscoverPort:deviceType:MACAddr:RSSI:)] "
+                            "== NO, <ptr>, <ptr>"),
+              1U);
+    EXPECT_EQ(journal.lines("trace 2 getPortNameFromMACAddr:"), Lines{});
+    EXPECT_EQ(reports(), Lines{});
+}
+
+TEST_F(Advertisement, TheMarkerIsFoundInTheCutAddressAcrossNoColon) {
+    hear(Payload{}, "..QX0123456789", -60);  // QX:01:23:45:67:89
+    hear(Payload{}, "..QX0123456789", -60);
+    EXPECT_EQ(reports(), Lines{});
+    hear(Payload{}, "...QX123456789", -60);  // .Q:X1:23:45:67:89
+    hear(Payload{}, "...QX123456789", -60);
+    EXPECT_EQ(reports(), Lines{"discover  0 .Q:X1:23:45:67:89 -60"});
+}
+
+TEST_F(Advertisement, ARecordWithoutATypeIsReportedAsOfTypeUnknown) {
+    const SettingRecord record{{"MAC Address", std::string(dongle)}};
+    manager.setSettings(Settings{{"A", std::make_shared<const SettingRecord>(record)}});
+    hearTimes(2, dongle, -60);
+    EXPECT_EQ(reports(), Lines{"discover A 0 00:11:22:AA:BB:CC -60"});
+}
+
 }  // namespace
 }  // namespace nearcast

@@ -230,5 +230,71 @@ TEST_F(Calibration, ThatBeginsInsideAnotherOfTheSameDongleEvaluatesItsOwnSamples
     EXPECT_EQ(second, -40);
 }
 
+TEST_F(Calibration, IsArmedUnderTheScansLockAndLooksUnderItsOwn) {
+    hearInFirstSleep(15, -60);
+    journal.watchLocks();
+    manager.calibrateActionArea(dongle);
+    const Lines look{"take _lockCalibrateActionAreaFlag", "release _lockCalibrateActionAreaFlag"};
+    Lines expected{"take _lockStartScanFlag", "central scan all", "release _lockStartScanFlag"};
+    for (int times = 0; times < 1 + 15 + 1; ++times) expected.insert(expected.end(), look.begin(), look.end());
+    expected.insert(expected.end(), {"take _lockStartScanFlag", "central stop", "release _lockStartScanFlag"});
+    expected.insert(expected.end(), look.begin(), look.end());
+    EXPECT_EQ(journal.lines(), expected) << "a look, fifteen samples, a look, the stop, the last look";
+}
+
+TEST_F(Calibration, TracesItsResult) {
+    hearInFirstSleep(15, -60);
+    journal.watchTraces();
+    manager.calibrateActionArea(dongle);
+    EXPECT_EQ(journal.lines("trace 0 " + method), Lines{"trace 0 " + method + "00:11:22:AA:BB:CC"});
+    EXPECT_EQ(journal.lines("trace 1 " + method), Lines{"trace 1 " + method + "00:11:22:AA:BB:CC, -> -60"});
+}
+
+TEST_F(Calibration, TracesEachSampleAndThatTheFifteenthIsEnough) {
+    hearInFirstSleep(16, -60);
+    journal.watchTraces();
+    manager.calibrateActionArea(dongle);
+    const std::string handler = "trace 6 centralManager:didDiscoverPeripheral:advertisementData:RSSI:: ";
+    EXPECT_EQ(journal.count(handler + "toCalibrateActionArea == YES, 1"), 16U);
+    EXPECT_EQ(journal.count(handler + "isEnoughDataForActionArea == NO, 0"), 15U);
+    EXPECT_EQ(journal.lines(handler + "rssiDataForActionArea.count"),
+              Lines{handler + "rssiDataForActionArea.count >= 15, 15"});
+}
+
+TEST_F(Calibration, TracesADongleThatIsNotTheOne) {
+    platform.onSleep = [&] { hear(secondDongle, platform.sleeps == 1 ? -60 : 127); };
+    journal.watchTraces();
+    manager.calibrateActionArea(dongle);
+    const std::string handler = "trace 6 centralManager:didDiscoverPeripheral:advertisementData:RSSI:: ";
+    EXPECT_EQ(journal.lines(handler + "[dongle"),
+              Lines{handler + "[dongleMACAddress isEqualToString:macAddrForActionArea] == NO, 00:11:22:AA:BB:DD, "
+                              "00:11:22:AA:BB:CC"});
+}
+
+TEST_F(Calibration, NeedsADelegateForItsSamples) {
+    manager.setDelegate(nullptr);
+    hearInFirstSleep(15, -60);
+    EXPECT_EQ(manager.calibrateActionArea(dongle), 127);
+}
+
+TEST_F(Calibration, HearsTheDongleUnderTheExactTextAlone) {
+    platform.onSleep = [&] { hearTimes(15, dongle, -60); };
+    EXPECT_EQ(manager.calibrateActionArea("00:11:22:aa:bb:cc"), 127);
+    EXPECT_EQ(manager.calibrateActionArea(""), 127);
+}
+
+TEST_F(Calibration, StopsAScanThatWasStartedAfterItWasStopped) {
+    platform.onSleep = [&] {
+        if (platform.sleeps != 1) return;
+        manager.stopScan();
+        EXPECT_TRUE(manager.startScan());
+    };
+    EXPECT_EQ(manager.calibrateActionArea(dongle), 127);
+    EXPECT_FALSE(radio().scanning()) << "its end stops whatever runs then";
+    journal.clear();
+    pass(600s);
+    EXPECT_EQ(journal.lines(), Lines{});
+}
+
 }  // namespace
 }  // namespace nearcast

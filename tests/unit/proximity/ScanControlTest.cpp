@@ -216,5 +216,62 @@ TEST_F(ScanControl, ARestartTakesNoLock) {
     EXPECT_EQ(journal.lines("take"), Lines{"take _lockRssiDataFlag"}) << "that is the sweep's";
 }
 
+TEST_F(ScanControl, EachRefusalOfAStartIsTracedBeforeTheConsoleHearsOfIt) {
+    radio().setState(4);
+    journal.watchTraces();
+    manager.startScan();
+    EXPECT_EQ(journal.lines("trace 7 "), Lines{"trace 7 startScan: [self isLECapableHardware] == NO, <ptr>"});
+    radio().setState(5);
+    manager.startScan();
+    journal.clear();
+    manager.startScan();
+    const auto lines = journal.lines();
+    ASSERT_GE(lines.size(), 3U);
+    const Lines end(lines.end() - 3, lines.end());
+    EXPECT_EQ(end, (Lines{"trace 7 startScan: scanStart == YES, 1", duplicate, "trace 1 startScan: -> 0"}));
+}
+
+TEST_F(ScanControl, AStartIsTracedStepByStep) {
+    journal.watchTraces();
+    manager.startScan();
+    EXPECT_EQ(journal.lines(),
+              (Lines{"trace 0 startScan: ", "trace 2 isLECapableHardware: ",
+                     "trace 6 isLECapableHardware: manager.state: 5", "trace 3 isLECapableHardware: -> 1",
+                     "trace 2 getSettings: ", "trace 3 getSettings: <ptr>", "trace 2 restartScan:: <ptr>", restart[0],
+                     restart[1], "trace 3 restartScan:: <ptr>", "trace 1 startScan: -> 1"}));
+}
+
+TEST_F(ScanControl, ARefusedStartLeavesTheNumberItCameWithAndZeroLeavesTheOneBefore) {
+    radio().setState(4);
+    EXPECT_FALSE(manager.startScan(3));
+    EXPECT_EQ(manager.samplingNumber(), 3U);
+    EXPECT_FALSE(manager.startScan(0));
+    EXPECT_EQ(manager.samplingNumber(), 3U);
+}
+
+TEST_F(ScanControl, AStartAfterAStopRestartsTheRadioOnItsOwnSchedule) {
+    manager.startScan();
+    pass(100s);
+    manager.stopScan();
+    manager.startScan();
+    journal.clear();
+    pass(119'999'999us);
+    EXPECT_EQ(journal.lines(), Lines{});
+    pass(1us);
+    EXPECT_EQ(journal.lines(), restart);
+}
+
+TEST_F(ScanControl, AChangeOfTheRadiosStateStartsAndStopsNothing) {
+    listen();
+    manager.startScan(1);
+    journal.clear();
+    radio().setState(4);
+    hearTimes(2, dongle, -60);
+    EXPECT_EQ(journal.lines(), Lines{"discover  0 00:11:22:AA:BB:CC -60"});
+    EXPECT_FALSE(manager.startScan());
+    radio().setState(5);
+    EXPECT_FALSE(manager.startScan()) << "the scan still runs";
+}
+
 }  // namespace
 }  // namespace nearcast

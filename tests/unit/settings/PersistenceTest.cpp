@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -231,6 +232,64 @@ TEST_F(Persistence, AnUnwritableRegistryIsTracedWithTheLockHeldAndReleased) {
 
 TEST_F(Persistence, ADeviceTypeThatCannotBeWrittenIsLostAndDoesNoHarm) {
     EXPECT_EQ(savedAndLoaded({{"Device Type", SettingValue::Bytes{}}}), SettingRecord{});
+}
+
+TEST_F(Persistence, ASaveHoldsTheRegistrysLockAndTracesItsResult) {
+    journal.watchLocks();
+    journal.watchTraces();
+    manager.serializedSettings();
+    EXPECT_EQ(journal.lines(), (Lines{"trace 0 serializedSettings: ", "take _lockMutableSettingsFlag",
+                                      "release _lockMutableSettingsFlag", "trace 1 serializedSettings: -> <ptr>"}));
+}
+
+TEST_F(Persistence, ALoadTakesTheRegistrysLockOnlyToInstallWhatItRead) {
+    journal.watchLocks();
+    journal.watchTraces();
+    manager.deserializeSettings(R"({"A": {"Device Type": "Printer"}})");
+    EXPECT_EQ(journal.lines(), (Lines{"trace 0 deserializeSettings:: <ptr>", "trace 2 setSettings:: <ptr>",
+                                      "take _lockMutableSettingsFlag", "release _lockMutableSettingsFlag",
+                                      "trace 3 setSettings:: ", "trace 1 deserializeSettings:: <ptr>, -> 1"}));
+}
+
+TEST_F(Persistence, ALoadOfAnotherShapeTracesItsEntryAlone) {
+    journal.watchLocks();
+    journal.watchTraces();
+    EXPECT_THROW(manager.deserializeSettings("[]"), std::invalid_argument);
+    EXPECT_EQ(journal.lines(), Lines{"trace 0 deserializeSettings:: <ptr>"});
+}
+
+/// A manager whose registry cannot be copied.
+class UncopyableManager : public Manager {
+public:
+    using Manager::Manager;
+
+protected:
+    std::shared_ptr<const Settings> snapshot() override NEARCAST_NO_THREAD_SAFETY_ANALYSIS { throw std::bad_alloc(); }
+};
+
+TEST_F(Persistence, ASnapshotThatFailsPassesOnAndReleasesTheRegistry) {
+    UncopyableManager uncopyable(this, platform);
+    journal.watchLocks();
+    EXPECT_THROW((void)uncopyable.getSettings(), std::bad_alloc);
+    const Lines once{"take _lockMutableSettingsFlag", "release _lockMutableSettingsFlag"};
+    EXPECT_EQ(journal.lines(), once);
+    EXPECT_NO_THROW(uncopyable.removeSettingWithPortName("A"));
+}
+
+/// JSON whose writer finds no memory.
+class FailingJSON : public JSONSerialization {
+public:
+    [[nodiscard]] std::string dataWithJSONObject(const SettingValue& /*value*/) const override {
+        throw std::bad_alloc();
+    }
+};
+
+TEST_F(Persistence, ASaveWhoseWritingFailsPassesOnAndReleasesTheRegistry) {
+    const FailingJSON failing;
+    VirtualPlatform poor(journal, failing);
+    Manager saver(this, poor);
+    EXPECT_THROW((void)saver.serializedSettings(), std::bad_alloc);
+    EXPECT_NO_THROW(saver.setSettings({}));
 }
 
 }  // namespace

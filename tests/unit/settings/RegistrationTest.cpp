@@ -205,5 +205,68 @@ TEST_F(RegistrationTest, TheLaterOfTwoThatRaceForOnePortNameReplacesTheEarlier) 
     EXPECT_EQ(record("A").at("Nick Name"), SettingValue("later"));
 }
 
+TEST_F(RegistrationTest, ThePrintersEntryAndExitListItsArgumentsWithTheDrawer) {
+    journal.watchTraces();
+    manager.addSettingForPrinterPortName("A", "mini", true, dongle, -65.9, "Till 1");
+    manager.addSettingForPrinterPortName("B", {}, false, secondDongle, {}, {});
+    const std::string method =
+        "addSettingForPrinterPortName:portSettings:withDrawer:dongleMACAddr:RSSIthreshould:nickName:: ";
+    const std::string first = method + "A, mini, 1, 00:11:22:AA:BB:CC, -65, Till 1";
+    const std::string second = method + "B, (null), 0, 00:11:22:AA:BB:DD, 0, (null)";
+    EXPECT_EQ(journal.lines("trace 0 "), (Lines{"trace 0 " + first, "trace 0 " + second}));
+    EXPECT_EQ(journal.lines("trace 1 "), (Lines{"trace 1 " + first, "trace 1 " + second}));
+}
+
+TEST_F(RegistrationTest, TheDrawersEntryAndExitListItsArgumentsWithoutTheDrawer) {
+    journal.watchTraces();
+    manager.addSettingForTFTillfoxPortName("A", "mini", dongle, 1e300, "Till 1");
+    const std::string text =
+        "addSettingForTFTillfoxPortName:portSettings:dongleMACAddr:RSSIthreshould:nickName:: "
+        "A, mini, 00:11:22:AA:BB:CC, 2147483647, Till 1";
+    EXPECT_EQ(journal.lines("trace 0 "), Lines{"trace 0 " + text});
+    EXPECT_EQ(journal.lines("trace 1 "), Lines{"trace 1 " + text});
+}
+
+TEST_F(RegistrationTest, AMissingArgumentIsTracedWithBothAndEndsTheChecks) {
+    journal.watchLocks();
+    journal.watchTraces();
+    refusal([&] { addPrinterText({}, dongle); });
+    const std::string method =
+        "addSettingForPrinterPortName:portSettings:withDrawer:dongleMACAddr:RSSIthreshould:nickName:: ";
+    const std::string arguments = "(null), (null), 0, 00:11:22:AA:BB:CC, 0, (null)";
+    EXPECT_EQ(journal.lines(), (Lines{"trace 0 " + method + arguments,
+                                      "trace 7 " + method + "(portName == nil) || (MACAddr == nil), <ptr>, <ptr>",
+                                      "console portName or MACAddr is nil", "trace 1 " + method + arguments}));
+}
+
+TEST_F(RegistrationTest, AnAddressInUseIsTracedWithTheManagerAndTheAddress) {
+    addPrinter("A", dongle);
+    journal.watchTraces();
+    refusal([&] { addDrawer("B", dongle); });
+    const std::string method = "addSettingForTFTillfoxPortName:portSettings:dongleMACAddr:RSSIthreshould:nickName:: ";
+    EXPECT_EQ(journal.lines("trace 7 "),
+              Lines{"trace 7 " + method + "[self getPortNameFromMACAddr:MACAddr] != nil, <ptr>, 00:11:22:AA:BB:CC"});
+    EXPECT_EQ(journal.lines().back(), "trace 1 " + method + "B, (null), 00:11:22:AA:BB:CC, 0, (null)");
+}
+
+TEST_F(RegistrationTest, TheRegistrysLockSpansEachLookAndTheInsertionAlone) {
+    journal.watchLocks();
+    journal.watchTraces();
+    manager.addSettingForPrinterPortName("A", "mini", false, dongle, -65, {});
+    Lines steps;
+    for (const std::string& line : journal.lines()) {
+        if (line.starts_with("trace 0 ") || line.starts_with("trace 3 ") || line.starts_with("trace 6 ")) {
+            steps.push_back(line.substr(0, 7));
+        } else if (!line.starts_with("trace")) {
+            steps.push_back(line);
+        }
+    }
+    const std::string take = "take _lockMutableSettingsFlag";
+    const std::string release = "release _lockMutableSettingsFlag";
+    EXPECT_EQ(steps, (Lines{"trace 0", take, release, "trace 3", take, release, "trace 3", "trace 6", "trace 6", take,
+                            release}));
+    EXPECT_TRUE(journal.lines().back().starts_with("trace 1 "));
+}
+
 }  // namespace
 }  // namespace nearcast

@@ -63,5 +63,23 @@ TEST_F(Removal, LeavesTheSignalsAndTheScanOfTheForgottenDongle) {
     manager.stopScan();
 }
 
+TEST_F(Removal, TracesTheNameAtItsEntryAndItsExit) {
+    addPrinter("A", dongle);
+    journal.watchTraces();
+    manager.removeSettingWithPortName("A");
+    EXPECT_EQ(journal.lines(),
+              (Lines{"trace 0 removeSettingWithPortName:: A", "trace 1 removeSettingWithPortName:: A"}));
+}
+
+TEST_F(Removal, ComparesTheNameLetterByLetterAndTakesTheEmptyOneForAName) {
+    addPrinter("", dongle);
+    addPrinter("A", secondDongle);
+    manager.removeSettingWithPortName("a");
+    EXPECT_EQ(manager.getSettings()->size(), 2U);
+    manager.removeSettingWithPortName("");
+    EXPECT_EQ(manager.getSettings()->count("A"), 1U);
+    EXPECT_EQ(manager.getSettings()->size(), 1U);
+}
+
 }  // namespace
 }  // namespace nearcast

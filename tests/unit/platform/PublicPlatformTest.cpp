@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <nearcast/Platform.h>
+#include <nearcast/QXNearcastManager.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+namespace nearcast {
+namespace {
+
+// Each test runs in a process of its own: the choice is the process's.
+void choose(const std::string& radio, bool ownLoop) {
+    PlatformOptions options;
+    options.radio = radio;
+    options.ownLoop = ownLoop;
+    options.console = [](std::string_view) {};
+    Platform::choose(options);
+}
+
+TEST(PublicPlatform, IsDrivenOnlyOnceItIsChosen) {
+    EXPECT_THROW((void)Platform::descriptor(), std::logic_error);
+    EXPECT_THROW(Platform::dispatch(), std::logic_error);
+    EXPECT_THROW(Platform::runFor(0), std::logic_error);
+    EXPECT_THROW((void)Platform::failure(), std::logic_error);
+    EXPECT_NO_THROW(Platform::interrupt());
+}
+
+TEST(PublicPlatform, ARadioThatIsNotUnderstoodChangesNothing) {
+    choose("simulator?speed=max", true);
+    EXPECT_THROW(choose("bluetooth", true), std::invalid_argument);
+    EXPECT_THROW(choose("simulator?speed=max", false), std::invalid_argument) << "it would run ahead of its caller";
+    EXPECT_TRUE(Platform::runFor(1));
+    EXPECT_EQ(Platform::now(), 1.0);
+}
+
+TEST(PublicPlatform, CanBeChosenAgainUntilTheManagerIsMade) {
+    choose("none", true);
+    EXPECT_NO_THROW(choose("simulator?speed=max", true));
+    QXNearcastManager::sharedManager();
+    EXPECT_THROW(choose("none", true), std::logic_error);
+    EXPECT_TRUE(Platform::runFor(0.5)) << "the first choice still stands";
+}
+
+TEST(PublicPlatform, ARadioWithATimeOfItsOwnRunsAsLongAsItIsToldTo) {
+    choose("simulator?speed=max&seed=1", true);
+    EXPECT_EQ(Platform::descriptor(), -1);
+    EXPECT_TRUE(Platform::runFor(2.5));
+    EXPECT_EQ(Platform::now(), 2.5);
+    EXPECT_TRUE(Platform::runFor(-1));
+    EXPECT_TRUE(Platform::runFor(std::nan("")));
+    EXPECT_EQ(Platform::now(), 2.5) << "no time and none that is a number pass nothing";
+    EXPECT_EQ(Platform::failure(), "");
+}
+
+TEST(PublicPlatform, AnInterruptBeforeARunEndsTheNextOne) {
+    choose("simulator?speed=max&seed=1", true);
+    Platform::interrupt();
+    Platform::runFor(std::numeric_limits<double>::infinity());
+    EXPECT_LT(Platform::now(), 1e9);
+}
+
+TEST(PublicPlatform, WithALoopOfTheApplicationThereIsADescriptorToWaitFor) {
+    choose("none", true);
+    EXPECT_GE(Platform::descriptor(), 0);
+    EXPECT_NO_THROW(Platform::dispatch());
+}
+
+TEST(PublicPlatform, WithoutARadioNoScanStarts) {
+    choose("none", true);
+    EXPECT_FALSE(QXNearcastManager::sharedManager().startScan());
+}
+
+}  // namespace
+}  // namespace nearcast

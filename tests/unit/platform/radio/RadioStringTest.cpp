@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/radio/RadioString.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace nearcast {
+namespace {
+
+std::string problemOf(std::string_view text) {
+    try {
+        RadioString::parse(text);
+    } catch (const std::invalid_argument& error) {
+        return error.what();
+    }
+    return "";
+}
+
+TEST(RadioString, IsAKindAlone) {
+    for (const char* text : {"auto", "none", "simulator"}) {
+        const auto radio = RadioString::parse(text);
+        EXPECT_EQ(radio.kind, text);
+        EXPECT_EQ(radio.argument, "");
+        EXPECT_TRUE(radio.options.empty());
+    }
+}
+
+TEST(RadioString, HasAnArgumentAfterTheFirstColonWhichMayHoldColons) {
+    const auto radio = RadioString::parse("replay:/tmp/a:b.jsonl");
+    EXPECT_EQ(radio.kind, "replay");
+    EXPECT_EQ(radio.argument, "/tmp/a:b.jsonl");
+    EXPECT_EQ(RadioString::parse("simulator:shop.json").argument, "shop.json");
+}
+
+TEST(RadioString, HasOptionsAfterTheLastQuestionMark) {
+    const auto radio = RadioString::parse("replay:what?.jsonl?speed=max&as=dongles&services");
+    EXPECT_EQ(radio.argument, "what?.jsonl");
+    EXPECT_EQ(radio.option("speed", "1"), "max");
+    EXPECT_EQ(radio.option("as", ""), "dongles");
+    EXPECT_EQ(radio.option("services", "otherwise"), "") << "an option without a value has the empty one";
+    EXPECT_EQ(radio.option("seed", "otherwise"), "otherwise");
+    EXPECT_EQ(radio.text, "replay:what?.jsonl?speed=max&as=dongles&services");
+}
+
+TEST(RadioString, AnOptionsValueMayHoldEqualsSigns) {
+    EXPECT_EQ(RadioString::parse("simulator?seed=a=b").option("seed", ""), "a=b");
+}
+
+TEST(RadioString, AnUnknownKindIsRefusedWithTheKnownOnes) {
+    for (const char* text : {"", "Replay:x", "radio", ":x", "none ", "?speed=1"}) {
+        const auto problem = problemOf(text);
+        EXPECT_NE(problem.find("there is no radio"), std::string::npos) << text;
+        EXPECT_NE(problem.find("simulator"), std::string::npos) << problem;
+    }
+}
+
+TEST(RadioString, AMissingOrNeedlessArgumentIsRefused) {
+    EXPECT_NE(problemOf("replay"), "");
+    EXPECT_NE(problemOf("replay:"), "");
+    EXPECT_NE(problemOf("replay?speed=max"), "");
+    EXPECT_NE(problemOf("none:x"), "");
+    EXPECT_NE(problemOf("auto:x"), "");
+    EXPECT_EQ(problemOf("simulator"), "");
+}
+
+TEST(RadioString, AnUnknownOrRepeatedOptionIsRefusedByName) {
+    EXPECT_NE(problemOf("replay:x?seed=1").find("'seed'"), std::string::npos);
+    EXPECT_NE(problemOf("simulator?as=dongles").find("'as'"), std::string::npos);
+    EXPECT_NE(problemOf("none?speed=1").find("'speed'"), std::string::npos);
+    EXPECT_NE(problemOf("replay:x?speed=1&speed=2").find("twice"), std::string::npos);
+    EXPECT_NE(problemOf("replay:x?"), "");
+    EXPECT_NE(problemOf("replay:x?speed=1&"), "");
+}
+
+}  // namespace
+}  // namespace nearcast
