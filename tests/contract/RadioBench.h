@@ -60,5 +60,6 @@ protected:
 std::unique_ptr<RadioBench> virtualBench();
 std::unique_ptr<RadioBench> replayBench();
 std::unique_ptr<RadioBench> simulatorBench();
+std::unique_ptr<RadioBench> bluezBench();
 
 }  // namespace nearcast::contract

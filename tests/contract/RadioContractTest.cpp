@@ -162,7 +162,7 @@ TEST_P(Radio, ReportsAgainAfterTheReturnOfItsAdapterWithoutBeingAsked) {
 
 INSTANTIATE_TEST_SUITE_P(EveryBackEnd, Radio,
                          testing::Values(BackEnd{"Virtual", virtualBench}, BackEnd{"Replay", replayBench},
-                                         BackEnd{"Simulator", simulatorBench}),
+                                         BackEnd{"Simulator", simulatorBench}, BackEnd{"Bluez", bluezBench}),
                          [](const auto& backEnd) { return backEnd.param.name; });
 
 }  // namespace
