@@ -11,7 +11,7 @@ _nearcast_radio() {
             compopt -o filenames
             ;;
         *)
-            mapfile -t COMPREPLY < <(compgen -W 'auto none simulator simulator: replay:' -- "$word")
+            mapfile -t COMPREPLY < <(compgen -W 'auto bluez none simulator simulator: replay:' -- "$word")
             [[ ${COMPREPLY[0]-} == *: ]] && compopt -o nospace
             ;;
     esac

@@ -2,7 +2,7 @@
 # Completion of nearcast for fish.
 
 set -l commands watch run import scene
-set -l radios 'auto none simulator simulator: replay:'
+set -l radios 'auto bluez none simulator simulator: replay:'
 
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -f
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -l version -d 'Print the version'

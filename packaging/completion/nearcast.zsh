@@ -6,7 +6,7 @@ _nearcast_radio() {
     if compset -P 1 '(simulator|replay):'; then
         _files
     else
-        compadd auto none simulator
+        compadd auto bluez none simulator
         compadd -S '' simulator: replay:
     fi
 }

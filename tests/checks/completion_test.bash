@@ -30,7 +30,7 @@ offers 'nearcast ' watch run import scene --version --help
 offers 'nearcast w' watch
 offers 'nearcast --v' --version
 offers 'nearcast watch -' --radio --settings --for --json --help
-offers 'nearcast watch --radio ' auto none simulator simulator: replay:
+offers 'nearcast watch --radio ' auto bluez none simulator simulator: replay:
 offers 'nearcast watch --radio re' replay:
 offers 'nearcast watch --radio replay:sh' shop.pcapng
 offers 'nearcast watch --json --radio simulator:' scene.json shop.pcapng
