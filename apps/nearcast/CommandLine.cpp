@@ -15,7 +15,7 @@ namespace {
 constexpr const char* footer =
     "Radios (--radio):\n"
     "  auto                    the radio of this machine\n"
-    "  bluez[:hciN]            bluetoothd\n"
+    "  bluez[:hciN]            the machine's Bluetooth service; an adapter of several\n"
     "  hci[:N]                 a controller of one's own; option beside: beside bluetoothd\n"
     "  simulator[:SCENE.json]  a simulated shop; options seed=N, speed=X or max\n"
     "  replay:FILE             a recording; options speed=X or max, as=dongles, services=any\n"

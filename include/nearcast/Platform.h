@@ -12,9 +12,9 @@ namespace nearcast {
 
 /// What the manager stands on: a radio, a clock, timers and a console.
 struct PlatformOptions {
-    /// Which radio, as a radio string: `auto`, `none`, `hci:0` (a controller for this process alone), `hci:0?beside`
-    /// (beside the Bluetooth service), `simulator`, `simulator:SCENE.json`, `replay:FILE`, and what docs/recordings.md
-    /// and docs/simulator.md say of their options (`replay:FILE?speed=8`).
+    /// Which radio, as a radio string: `auto`, `bluez`, `bluez:hci1`, `hci:0` (a controller for this process alone),
+    /// `hci:0?beside` (beside the Bluetooth service), `none`, `simulator`, `simulator:SCENE.json`, `replay:FILE`, and
+    /// what docs/radios.md, docs/recordings.md and docs/simulator.md say of their options (`replay:FILE?speed=8`).
     std::string radio = "auto";
 
     /// Where the console lines go. Without one, standard error. Called from any thread, one call at a time.

@@ -30,6 +30,8 @@ void Daemon::command(const std::string& line) {
     } else if (verb == "lose") {  // another client has upset the discovery: it is over, and ours is forgotten
         discoverers_.clear();
         setDiscovering(false);
+    } else if (verb == "odd") {
+        sayOddThings();
     } else if (verb == "quit") {
         quit_ = true;
     } else {
@@ -103,6 +105,29 @@ void Daemon::signalInterfacesAdded(const char* path, const Device* device) {
 void Daemon::signalInterfacesRemoved(const char* path, const char* interface) {
     check(sd_bus_emit_signal(bus_.get(), "/", objectsInterface, "InterfacesRemoved", "oas", path, 1, interface),
           "a signal");
+}
+
+/// Signals whose contents are not what their names promise.
+void Daemon::sayOddThings() {
+    const char* const device = shop_.devices().empty() ? "/org/bluez/hci0/dev_X" : shop_.devices()[0].path.c_str();
+    sd_bus* const bus = bus_.get();
+    const auto changed = [&](const char* path, const char* types, auto... values) {
+        check(sd_bus_emit_signal(bus, path, propertiesInterface, "PropertiesChanged", types, values...), "a signal");
+    };
+    changed(device, "");
+    changed(device, "u", 7);
+    changed(device, "s", deviceInterface);
+    changed(device, "sa{sv}as", deviceInterface, 1, "RSSI", "s", "loud", 0);
+    changed(device, "sa{sv}as", deviceInterface, 1, "ManufacturerData", "ay", 2, 1, 2, 0);
+    changed(device, "sa{sv}as", deviceInterface, 1, "ManufacturerData", "a{qv}", 1, 0xFFFF, "u", 7, 0);
+    changed(device, "sa{sv}as", deviceInterface, 1, "UUIDs", "as", 2, "", "no service", 0);
+    changed(device, "sa{sv}s", deviceInterface, 1, "RSSI", "n", -60, "RSSI");
+    changed(adapterPath, "sa{sv}as", adapterInterface, 1, "Powered", "s", "no", 0);
+    changed("/org/bluez/hci0/dev_02_00", "sa{sv}as", deviceInterface, 1, "RSSI", "n", -60, 0);
+    check(sd_bus_emit_signal(bus, "/", objectsInterface, "InterfacesAdded", "s", "what"), "a signal");
+    check(sd_bus_emit_signal(bus, "/", objectsInterface, "InterfacesAdded", "oa{sa{sv}}", "/", 1, deviceInterface, 0),
+          "a signal");
+    check(sd_bus_emit_signal(bus, "/", objectsInterface, "InterfacesRemoved", "o", "/"), "a signal");
 }
 
 void Daemon::signalAdapter(const char* property, bool value) {

@@ -35,7 +35,11 @@ Daemon::Daemon(const DaemonOptions& options)
     check(sd_bus_match_signal(bus_.get(), nullptr, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                               "org.freedesktop.DBus", "NameOwnerChanged", clientGone, this),
           "a match");
-    check(sd_bus_request_name(bus_.get(), "org.bluez", 0), "the name org.bluez");
+    if (options_.nameless) {
+        setDiscovering(true);
+    } else {
+        check(sd_bus_request_name(bus_.get(), "org.bluez", 0), "the name org.bluez");
+    }
 }
 
 void Daemon::run() {

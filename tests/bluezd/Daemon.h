@@ -16,6 +16,7 @@ struct DaemonOptions {
     double rate = 60;       ///< reports a second, all devices together
     bool adapter = true;    ///< whether an adapter is there from the start
     bool powered = true;    ///< and whether it is on
+    bool nameless = false;  ///< signals as bluetoothd does, but without its name, and from the start
     bool monitors = false;  ///< offers AdvertisementMonitorManager1, as `bluetoothd -E` does
 };
 
@@ -56,6 +57,7 @@ private:
     void plug(bool in);
     void setDiscovering(bool on);
     void removeDevices();
+    void sayOddThings();
     void report(Device& device);
     void advertise();
     void wait();

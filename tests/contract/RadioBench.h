@@ -62,5 +62,6 @@ std::unique_ptr<RadioBench> replayBench();
 std::unique_ptr<RadioBench> simulatorBench();
 std::unique_ptr<RadioBench> hciBench();
 std::unique_ptr<RadioBench> hciBesideBench();
+std::unique_ptr<RadioBench> bluezBench();
 
 }  // namespace nearcast::contract

@@ -75,6 +75,7 @@ void Discovery::heard() {
     quiet_ = false;
     quietLimits_.reset();
     patience_ = quietLimits_.next();
+    if (watchAt_) watchAt_ = now_ + patience_;
     judge();
 }
 

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "contract/RadioBench.h"
+#include "doubles/BluezBench.h"
+#include "platform/bluez/BluezRadio.h"
+
+namespace nearcast::contract {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// bluetoothd has had this time to settle when the timeline begins.
+constexpr auto headStart = 1s;
+constexpr auto turnInterval = 10ms;
+
+/// The radio over a bluetoothd of the bench's, both driven by the timeline in short turns.
+class BluezPlatform : public TimelinePlatform {
+public:
+    BluezPlatform(Console& console, const NSJSONSerialization& JSON)
+        : TimelinePlatform(console, JSON, nullptr), console_(console) {
+        bluez_.place({});
+        bluez_.at(headStart + 20s, [this] { bluez_.power("hci0", false); });
+        bluez_.at(headStart + 30s, [this] { bluez_.power("hci0", true); });
+    }
+
+    std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) override {
+        auto radio = std::make_unique<bluez::BluezRadio>(delegate, console_, monitor(), bluez_, rfkill_, "", [] {});
+        for (bluez::Time time{0}; time < headStart; time += turnInterval) turn(*radio, time);
+        turns_ = scheduledTimer(turnInterval,
+                                [this, &radio = *radio](NSTimer&) { turn(radio, headStart + date().sinceStart()); });
+        return radio;
+    }
+    void end() { turns_->invalidate(); }
+
+private:
+    void turn(bluez::BluezRadio& radio, bluez::Time time) {
+        radio.pass(time);
+        bluez_.runUntil(time);
+    }
+
+    Console& console_;
+    FakeBluez bluez_;
+    FakeRfkill rfkill_;
+    std::shared_ptr<NSTimer> turns_;
+};
+
+class Bench : public RadioBench {
+public:
+    Bench() {
+        auto platform = std::make_unique<BluezPlatform>(console, JSON);
+        radio_ = platform->centralManager(calls);
+        platform_ = std::move(platform);
+        calls.states.clear();
+    }
+    ~Bench() override { static_cast<BluezPlatform&>(*platform_).end(); }
+
+    void pass(std::chrono::seconds duration) override {
+        Timeline& timeline = platform_->timeline();
+        const auto target = timeline.now() + duration;
+        while (timeline.runUntil(target) != Timeline::End::reached) {
+        }
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<RadioBench> bluezBench() { return std::make_unique<Bench>(); }
+
+}  // namespace nearcast::contract

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "doubles/FakeBluez.h"
+#include "platform/bluez/BluezSession.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace nearcast {
+
+/// Switches that say what they are told to.
+class FakeRfkill : public bluez::Rfkill {
+public:
+    [[nodiscard]] bluez::Block blockOf(std::string_view /*adapter*/) const override { return block; }
+    bluez::Block block = bluez::Block::none;
+};
+
+/// A session with a `FakeBluez`, both in one time that moves when told to, and what the session tells.
+class BluezBench : public bluez::SessionListener {
+public:
+    using Time = bluez::Time;
+
+    /// @param adapter as the session takes it
+    explicit BluezBench(std::string adapter = {}) : session(bluez, rfkill, *this, std::move(adapter)) {}
+
+    void pass(Time duration) {
+        const Time target = now_ + duration;
+        for (int turns = 0; next() <= target; ++turns) {
+            if (turns > 1'000'000) throw std::runtime_error("the session asks for more and more turns");
+            turn(std::max(now_, next()));
+        }
+        turn(target);
+    }
+    void settle() { pass(std::chrono::seconds(1)); }
+    /// Reports while so much time passes.
+    int reportsIn(Time duration) {
+        const int before = reports;
+        pass(duration);
+        return reports - before;
+    }
+    [[nodiscard]] Time now() const noexcept { return now_; }
+
+    void reportHeard(const AdvertisingReport& report) override {
+        ++reports;
+        last = report;
+    }
+    void stateChanged(CBManagerState state, const std::string& why) override { states.emplace_back(state, why); }
+    void scanRestarted() override { ++restarts; }
+
+    FakeBluez bluez;
+    FakeRfkill rfkill;
+    int reports = 0;
+    int restarts = 0;
+    AdvertisingReport last;
+    std::vector<std::pair<CBManagerState, std::string>> states;
+    bluez::BluezSession session;
+
+private:
+    [[nodiscard]] Time next() const {
+        return std::min(bluez.due().value_or(Time::max()), session.due().value_or(Time::max()));
+    }
+    void turn(Time time) {
+        now_ = time;
+        session.pass(time);
+        bluez.runUntil(time);
+    }
+
+    Time now_{0};
+};
+
+}  // namespace nearcast

@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "doubles/FakeBluez.h"
+
+#include <algorithm>
+
+namespace nearcast {
+
+namespace {
+
+using namespace std::chrono_literals;
+using bluez::Failure;
+
+constexpr auto hangLimit = 10s;
+constexpr auto sweepInterval = 1s;
+
+const Failure unknownObject{"org.freedesktop.DBus.Error.UnknownObject", "there is no such object"};
+const Failure serviceUnknown{"org.freedesktop.DBus.Error.ServiceUnknown", "the name is not activatable"};
+const Failure notReady{std::string(bluez::error::notReady), "Resource Not Ready"};
+const Failure inProgress{std::string(bluez::error::inProgress), "Operation already in progress"};
+const Failure nothingStarted{std::string(bluez::error::failed), "No discovery started"};
+
+}  // namespace
+
+FakeBluez::FakeBluez() {
+    adapters_[pathOf("hci0")];
+    at(sweepInterval, [this] { removeSilent(); });
+}
+
+void FakeBluez::runUntil(Time time) {
+    while (!happenings_.empty() && happenings_.begin()->first <= time) {
+        auto next = happenings_.extract(happenings_.begin());
+        now_ = std::max(now_, next.key());
+        next.mapped()();
+    }
+    now_ = std::max(now_, time);
+}
+
+std::optional<FakeBluez::Time> FakeBluez::due() const {
+    return happenings_.empty() ? std::nullopt : std::optional(happenings_.begin()->first);
+}
+
+/// Tells the client, if one is connected, at its next turn.
+void FakeBluez::tell(const std::function<void(bluez::SystemBusListener&)>& what) {
+    at(now_, [this, what, connection = connections_] {
+        if (listener_ != nullptr && connection == connections_) what(*listener_);
+    });
+}
+
+void FakeBluez::breakBus(const Failure& failure) {
+    busFailure_ = failure;
+    tell([failure](auto& listener) { listener.busLost(failure); });
+}
+
+void FakeBluez::startDaemon() {
+    daemon_ = true;
+    tell([](auto& listener) { listener.daemonChanged(true); });
+}
+
+void FakeBluez::killDaemon() {
+    daemon_ = hanging_ = stalled_ = false;
+    monitored_.clear();
+    for (auto& [path, adapter] : adapters_) adapter.ours = adapter.discovering = adapter.filtered = false;
+    for (Sender& sender : dongles_) sender.shown = false;
+    tell([](auto& listener) { listener.daemonChanged(false); });
+}
+
+void FakeBluez::plug(const std::string& name, bool powered, bool monitors) {
+    Adapter& adapter = adapters_[pathOf(name)];
+    adapter.powered = powered;
+    adapter.monitors = monitors;
+    tell([path = pathOf(name), news = newsOf(adapter), monitors](auto& listener) {
+        listener.adapterAdded(path, news);
+        if (monitors) listener.monitorsOffered(path);
+    });
+}
+
+void FakeBluez::unplug(const std::string& name) {
+    removeDevices();
+    adapters_.erase(pathOf(name));
+    if (monitored_ == pathOf(name)) monitored_.clear();
+    tell([path = pathOf(name)](auto& listener) { listener.adapterRemoved(path); });
+}
+
+void FakeBluez::power(const std::string& name, bool on, bluez::PowerState state) {
+    Adapter& adapter = adapters_.at(pathOf(name));
+    adapter.powered = on;
+    adapter.powerState = state;
+    if (!on) {
+        removeDevices();
+        adapter.ours = adapter.discovering = adapter.filtered = stalled_ = false;
+    }
+    tell([path = pathOf(name), news = newsOf(adapter)](auto& listener) { listener.adapterChanged(path, news); });
+}
+
+void FakeBluez::place(FakeDongle dongle) {
+    const std::size_t index = dongles_.size();
+    const Time first = now_ + dongle.interval;
+    dongles_.push_back(Sender{.dongle = std::move(dongle)});
+    at(first, [this, index] { advertise(index); });
+}
+
+void FakeBluez::failAlways(const std::string& method, std::string_view error) {
+    if (error.empty()) {
+        alwaysFailing_.erase(method);
+    } else {
+        alwaysFailing_[method] = {std::string(error), "always"};
+    }
+}
+
+void FakeBluez::loseDiscovery(const std::string& name) {
+    Adapter& adapter = adapters_.at(pathOf(name));
+    adapter.ours = false;
+    endDiscovery(pathOf(name), adapter);
+}
+
+void FakeBluez::blink(const std::string& name, Time duration) {
+    for (const bool on : {false, true}) {
+        at(on ? now_ + duration : now_, [this, path = pathOf(name), on] {
+            adapters_.at(path).discovering = on;
+            tell([path, on](auto& listener) {
+                listener.adapterChanged(path, {.powered = {}, .discovering = on, .powerState = {}});
+            });
+        });
+    }
+}
+
+void FakeBluez::releaseMonitor() {
+    monitored_.clear();
+    tell([](auto& listener) { listener.monitorReleased(); });
+}
+
+int FakeBluez::count(const std::string& method) const {
+    return static_cast<int>(std::count(calls_.begin(), calls_.end(), method));
+}
+
+bool FakeBluez::discovers(const std::string& name) const {
+    const auto place = adapters_.find(pathOf(name));
+    return place != adapters_.end() && place->second.ours;
+}
+
+bluez::AdapterNews FakeBluez::newsOf(const Adapter& adapter) const {
+    bluez::AdapterNews news{.powered = adapter.powered, .discovering = adapter.discovering, .powerState = {}};
+    if (adapter.powerState != bluez::PowerState::unknown) news.powerState = adapter.powerState;
+    return news;
+}
+
+FakeBluez::Adapter* FakeBluez::find(const std::string& path) {
+    const auto place = adapters_.find(path);
+    return place == adapters_.end() ? nullptr : &place->second;
+}
+
+void FakeBluez::endDiscovery(const std::string& path, Adapter& adapter) {
+    adapter.discovering = false;
+    tell([path](auto& listener) {
+        listener.adapterChanged(path, {.powered = {}, .discovering = false, .powerState = {}});
+    });
+}
+
+std::optional<Failure> FakeBluez::connect(bluez::SystemBusListener& listener) {
+    calls_.emplace_back("connect");
+    if (busFailure_) return busFailure_;
+    ++connections_;
+    listener_ = &listener;
+    at(now_ + latency, [this, connection = connections_] {
+        if (listener_ != nullptr && connection == connections_) listener_->daemonChanged(daemon_);
+    });
+    return std::nullopt;
+}
+
+void FakeBluez::disconnect() {
+    if (listener_ == nullptr) return;
+    listener_ = nullptr;
+    monitored_.clear();
+    for (auto& [path, adapter] : adapters_) adapter.ours = adapter.discovering = adapter.filtered = false;
+}
+
+std::optional<Failure> FakeBluez::outcome(const std::string& method, const Work& work) {
+    if (!daemon_) return serviceUnknown;
+    if (const auto always = alwaysFailing_.find(method); always != alwaysFailing_.end()) return always->second;
+    if (const auto once = failing_.extract(method)) return once.mapped();
+    return work();
+}
+
+void FakeBluez::call(const std::string& method, bluez::Done done, Work work) {
+    calls_.push_back(method);
+    const auto answer = [this, connection = connections_, done = std::move(done)](const auto& failure) {
+        if (listener_ != nullptr && connection == connections_) done(failure);
+    };
+    if (hanging_) {
+        at(now_ + hangLimit, [answer] {
+            answer(Failure{std::string(bluez::error::noReply), "Method call timed out"});
+        });
+    } else {
+        at(now_ + latency, [this, answer, method, work = std::move(work)] { answer(outcome(method, work)); });
+    }
+}
+
+void FakeBluez::listObjects(bluez::Done done) {
+    call("GetManagedObjects", std::move(done), [this]() -> std::optional<Failure> {
+        for (const auto& [path, adapter] : adapters_) {
+            listener_->adapterAdded(path, newsOf(adapter));
+            if (adapter.monitors) listener_->monitorsOffered(path);
+        }
+        for (const Sender& sender : dongles_) {
+            if (!sender.shown) continue;
+            describe(sender, true);
+            listener_->deviceListed(pathOf(sender.dongle), news_);
+        }
+        return std::nullopt;
+    });
+}
+
+void FakeBluez::listDevice(std::string_view path, bluez::Done done) {
+    call("GetAll", std::move(done), [this, path = std::string(path)]() -> std::optional<Failure> {
+        const auto sender = std::find_if(dongles_.begin(), dongles_.end(),
+                                         [&](const Sender& one) { return one.shown && pathOf(one.dongle) == path; });
+        if (sender == dongles_.end()) return unknownObject;
+        describe(*sender, true);
+        listener_->deviceListed(path, news_);
+        return std::nullopt;
+    });
+}
+
+void FakeBluez::setDiscoveryFilter(const std::string& adapter, bluez::Done done) {
+    call("SetDiscoveryFilter", std::move(done), [this, adapter]() -> std::optional<Failure> {
+        Adapter* const found = find(adapter);
+        if (found == nullptr) return unknownObject;
+        if (!found->powered) return notReady;
+        found->filtered = true;
+        return std::nullopt;
+    });
+}
+
+void FakeBluez::startDiscovery(const std::string& adapter, bluez::Done done) {
+    call("StartDiscovery", std::move(done), [this, adapter]() -> std::optional<Failure> {
+        Adapter* const found = find(adapter);
+        if (found == nullptr) return unknownObject;
+        if (!found->powered) return notReady;
+        if (found->ours) return inProgress;
+        found->ours = found->discovering = true;
+        stalled_ = false;
+        round_ = now_;
+        duplicatesDropped_ = strict_ && monitored_.empty();
+        tell([adapter](auto& listener) {
+            listener.adapterChanged(adapter, {.powered = {}, .discovering = true, .powerState = {}});
+        });
+        return std::nullopt;
+    });
+}
+
+void FakeBluez::stopDiscovery(const std::string& adapter, bluez::Done done) {
+    call("StopDiscovery", std::move(done), [this, adapter]() -> std::optional<Failure> {
+        Adapter* const found = find(adapter);
+        if (found == nullptr) return unknownObject;
+        if (!found->powered) return notReady;
+        if (!found->ours) return nothingStarted;
+        found->ours = found->filtered = false;
+        endDiscovery(adapter, *found);
+        return std::nullopt;
+    });
+}
+
+void FakeBluez::registerMonitor(const std::string& adapter, bluez::Done done) {
+    call("RegisterMonitor", std::move(done), [this, adapter]() -> std::optional<Failure> {
+        if (!monitored_.empty()) return Failure{std::string(bluez::error::alreadyExists), "Already Exists"};
+        monitored_ = adapter;
+        return std::nullopt;
+    });
+}
+
+void FakeBluez::unregisterMonitor(const std::string& /*adapter*/, bluez::Done done) {
+    call("UnregisterMonitor", std::move(done), [this]() -> std::optional<Failure> {
+        monitored_.clear();
+        return std::nullopt;
+    });
+}
+
+}  // namespace nearcast

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/bluez/BackOff.h"
+#include "platform/bluez/SystemBus.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace nearcast {
+
+/// A dongle in the air of a `FakeBluez`.
+struct FakeDongle {
+    std::string address = "02:00:00:00:00:01";
+    std::vector<std::string> services = {"4f37d906-3f43-440c-98e0-9e709971cadf"};
+    std::optional<std::string> name;
+    std::uint16_t company = 0xFFFF;
+    std::vector<std::uint8_t> octets = {2, 0, 0, 0, 0, 1};
+    std::int16_t RSSI = -60;
+    bluez::Time interval = std::chrono::milliseconds(100);
+    bool silent = false;
+};
+
+/// A system bus with a bluetoothd that behaves as the real one does, in a time of its own: answers take a moment,
+/// discovery ends when the adapter goes off and is not resumed, devices come with their first report and go after 30
+/// silent seconds, without the right filter most is kept back, errors have the real names. What can go wrong goes wrong
+/// when asked for.
+///
+/// One client is played: whoever connects. The listener is called from `runUntil` alone.
+class FakeBluez : public bluez::SystemBus {
+public:
+    using Time = bluez::Time;
+    static constexpr Time latency = std::chrono::milliseconds(5);
+    static constexpr Time silenceLimit = std::chrono::seconds(30);
+    static constexpr Time strictCycle = std::chrono::milliseconds(10300);
+
+    /// bluetoothd runs, "hci0" is there and on.
+    FakeBluez();
+
+    /// @name Time
+    /// @{
+    void runUntil(Time time);
+    [[nodiscard]] std::optional<Time> due() const;
+    [[nodiscard]] Time now() const noexcept { return now_; }
+    /// Has something happen at a time.
+    void at(Time time, std::function<void()> happening) { happenings_.emplace(time, std::move(happening)); }
+    /// @}
+
+    /// @name The world
+    /// @{
+    /// The connection breaks, and none comes about until `mendBus`.
+    void breakBus(const bluez::Failure& failure);
+    void mendBus() { busFailure_.reset(); }
+    void startDaemon();
+    /// As a crash: no signal but that its name has no owner.
+    void killDaemon();
+    void hang(bool hanging) { hanging_ = hanging; }  ///< it answers nothing; calls fail after ten seconds
+    void plug(const std::string& name, bool powered = true, bool monitors = false);
+    void unplug(const std::string& name);
+    void power(const std::string& name, bool on, bluez::PowerState state = bluez::PowerState::unknown);
+    void place(FakeDongle dongle);
+    FakeDongle& dongle(std::size_t index) { return dongles_.at(index).dongle; }
+    /// The next call of that method fails.
+    void failNext(const std::string& method, std::string_view error) {
+        failing_[method] = {std::string(error), "asked"};
+    }
+    /// Every call of that method fails until nothing is said.
+    void failAlways(const std::string& method, std::string_view error);
+    /// It stops hearing, and does not know; a new discovery mends it.
+    void stall() { stalled_ = true; }
+    /// It hears nothing, whatever is done.
+    void deafen(bool deaf) { deaf_ = deaf; }
+    /// Another client has ended our discovery.
+    void loseDiscovery(const std::string& name);
+    /// The adapter says for so long that it does not discover, though it does.
+    void blink(const std::string& name, Time duration);
+    void releaseMonitor();
+    /// A controller that reports each sender once in each of its rounds, unless a monitor is registered.
+    void beStrict() { strict_ = true; }
+    /// The reports go on, of devices that the client has never been told of.
+    void forgetToTell(bool forgetful) { forgetful_ = forgetful; }
+    /// @}
+
+    /// @name What the client has done
+    /// @{
+    [[nodiscard]] int count(const std::string& method) const;
+    [[nodiscard]] const std::vector<std::string>& calls() const noexcept { return calls_; }
+    [[nodiscard]] bool discovers(const std::string& name) const;
+    [[nodiscard]] bool monitored() const noexcept { return !monitored_.empty(); }
+    [[nodiscard]] int connections() const noexcept { return connections_; }
+    /// Reports that went to the client.
+    [[nodiscard]] int reports() const noexcept { return reports_; }
+    /// @}
+
+    std::optional<bluez::Failure> connect(bluez::SystemBusListener& listener) override;
+    void disconnect() override;
+    void listObjects(bluez::Done done) override;
+    void listDevice(std::string_view path, bluez::Done done) override;
+    void setDiscoveryFilter(const std::string& adapter, bluez::Done done) override;
+    void startDiscovery(const std::string& adapter, bluez::Done done) override;
+    void stopDiscovery(const std::string& adapter, bluez::Done done) override;
+    void registerMonitor(const std::string& adapter, bluez::Done done) override;
+    void unregisterMonitor(const std::string& adapter, bluez::Done done) override;
+
+private:
+    struct Adapter {
+        bool powered = true;
+        bool discovering = false;  ///< as its property says
+        bool ours = false;         ///< a discovery of the client runs
+        bool filtered = false;     ///< the client's filter has been set
+        bool monitors = false;
+        bluez::PowerState powerState = bluez::PowerState::unknown;
+    };
+    struct Sender {
+        FakeDongle dongle;
+        bool shown = false;
+        Time lastHeard{0};
+        Time lastReport{0};
+        std::int16_t lastRSSI = 0;
+    };
+    using Work = std::function<std::optional<bluez::Failure>()>;
+
+    static std::string pathOf(const std::string& name) { return "/org/bluez/" + name; }
+    static std::string pathOf(const FakeDongle& dongle);
+    void call(const std::string& method, bluez::Done done, Work work);
+    std::optional<bluez::Failure> outcome(const std::string& method, const Work& work);
+    Adapter* find(const std::string& path);
+    bluez::AdapterNews newsOf(const Adapter& adapter) const;
+    void describe(const Sender& sender, bool reading);
+    void advertise(std::size_t index);
+    void hear(Sender& sender);
+    void removeSilent();
+    void removeDevices();
+    void endDiscovery(const std::string& path, Adapter& adapter);
+    void tell(const std::function<void(bluez::SystemBusListener&)>& what);
+
+    Time now_{0};
+    std::multimap<Time, std::function<void()>> happenings_;
+    bluez::SystemBusListener* listener_ = nullptr;
+    int connections_ = 0;
+    std::optional<bluez::Failure> busFailure_;
+    bool daemon_ = true;
+    bool hanging_ = false;
+    std::map<std::string, Adapter> adapters_;  ///< by path
+    std::vector<Sender> dongles_;
+    std::map<std::string, bluez::Failure> failing_;
+    std::map<std::string, bluez::Failure> alwaysFailing_;
+    std::string monitored_;
+    bool stalled_ = false;
+    bool deaf_ = false;
+    bool strict_ = false;
+    bool forgetful_ = false;
+    bool duplicatesDropped_ = false;
+    Time round_{0};
+    std::vector<std::string> calls_;
+    int reports_ = 0;
+    bluez::DeviceNews news_;
+};
+
+}  // namespace nearcast

@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "doubles/FakeBluez.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace nearcast {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+const std::string adapter = "/org/bluez/hci0";
+
+/// A client without any wits.
+class FakeBluezTest : public testing::Test, public bluez::SystemBusListener {
+protected:
+    FakeBluezTest() { bluez.place({}); }
+
+    void connect() {
+        EXPECT_FALSE(bluez.connect(*this));
+        pass(1s);
+    }
+    void pass(bluez::Time duration) { bluez.runUntil(bluez.now() + duration); }
+    /// The error's name, or nothing where the call went well.
+    bluez::Done note() {
+        return [this](const auto& failure) { answers.push_back(failure ? failure->name : ""); };
+    }
+    void discover() {
+        bluez.setDiscoveryFilter(adapter, note());
+        bluez.startDiscovery(adapter, note());
+        pass(1s);
+    }
+
+    void busLost(const bluez::Failure& failure) override { told.push_back("lost " + failure.name); }
+    void daemonChanged(bool there) override { told.emplace_back(there ? "daemon" : "no daemon"); }
+    void adapterAdded(std::string_view /*path*/, const bluez::AdapterNews& /*news*/) override {
+        told.emplace_back("adapter");
+    }
+    void adapterChanged(std::string_view /*path*/, const bluez::AdapterNews& news) override {
+        if (news.discovering) told.emplace_back(*news.discovering ? "discovers" : "does not discover");
+    }
+    void adapterRemoved(std::string_view /*path*/) override { told.emplace_back("no adapter"); }
+    void monitorsOffered(std::string_view /*adapter*/) override { told.emplace_back("monitors"); }
+    void deviceListed(std::string_view /*path*/, const bluez::DeviceNews& /*news*/) override {
+        told.emplace_back("listed");
+    }
+    void deviceAdded(std::string_view /*path*/, const bluez::DeviceNews& /*news*/) override { ++added; }
+    void deviceChanged(std::string_view /*path*/, const bluez::DeviceNews& news) override {
+        ++changed;
+        manufacturer = news.manufacturer.has_value();
+    }
+    void deviceRemoved(std::string_view /*path*/) override { ++removed; }
+    void monitorReleased() override { told.emplace_back("released"); }
+
+    FakeBluez bluez;
+    std::vector<std::string> answers;
+    std::vector<std::string> told;
+    int added = 0;
+    int changed = 0;
+    int removed = 0;
+    bool manufacturer = false;
+};
+
+using Words = std::vector<std::string>;
+
+TEST_F(FakeBluezTest, TellsWhetherBluetoothdIsThere) {
+    connect();
+    EXPECT_EQ(told, Words{"daemon"});
+    bluez.killDaemon();
+    pass(1s);
+    EXPECT_EQ(told.back(), "no daemon");
+}
+
+TEST_F(FakeBluezTest, ShowsADeviceOnceAndThenItsChanges) {
+    connect();
+    discover();
+    EXPECT_EQ(answers, (Words{"", ""}));
+    EXPECT_EQ(added, 1);
+    EXPECT_GE(changed, 8);
+    EXPECT_TRUE(manufacturer);
+    EXPECT_EQ(bluez.reports(), added + changed);
+}
+
+TEST_F(FakeBluezTest, KeepsMostBackWithoutTheFilter) {
+    connect();
+    bluez.startDiscovery(adapter, note());
+    pass(10s);
+    EXPECT_EQ(changed, 0);
+    bluez.dongle(0).RSSI = -52;
+    pass(1s);
+    EXPECT_EQ(changed, 1);
+    EXPECT_FALSE(manufacturer);
+}
+
+TEST_F(FakeBluezTest, HasTheRealErrors) {
+    connect();
+    bluez.stopDiscovery(adapter, note());
+    bluez.startDiscovery(adapter, note());
+    bluez.startDiscovery(adapter, note());
+    bluez.startDiscovery("/org/bluez/hci5", note());
+    pass(1s);
+    bluez.power("hci0", false);
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    EXPECT_EQ(answers, (Words{"org.bluez.Error.Failed", "", "org.bluez.Error.InProgress",
+                              "org.freedesktop.DBus.Error.UnknownObject", "org.bluez.Error.NotReady"}));
+}
+
+TEST_F(FakeBluezTest, EndsADiscoveryWithThePowerForGood) {
+    connect();
+    discover();
+    bluez.power("hci0", false);
+    bluez.power("hci0", true);
+    pass(1s);
+    EXPECT_FALSE(bluez.discovers("hci0"));
+    EXPECT_EQ(told.back(), "does not discover");
+    EXPECT_EQ(removed, 1);
+}
+
+TEST_F(FakeBluezTest, SaysNothingOfTheDiscoveryThatDiedWithBluetoothd) {
+    connect();
+    discover();
+    bluez.killDaemon();
+    bluez.startDaemon();
+    pass(1s);
+    EXPECT_EQ(told, (Words{"daemon", "discovers", "no daemon", "daemon"}));
+    EXPECT_FALSE(bluez.discovers("hci0"));
+}
+
+TEST_F(FakeBluezTest, RemovesADeviceThatIsSilentForThirtySeconds) {
+    connect();
+    discover();
+    bluez.dongle(0).silent = true;
+    pass(29s);
+    EXPECT_EQ(removed, 0);
+    pass(3s);
+    EXPECT_EQ(removed, 1);
+}
+
+TEST_F(FakeBluezTest, ReportsOnceARoundWhereTheControllerIsStrict) {
+    bluez.beStrict();
+    connect();
+    discover();
+    pass(40s);
+    EXPECT_EQ(added + changed, 4);
+}
+
+TEST_F(FakeBluezTest, HearsOfALostBusAndOfNothingAfterwards) {
+    connect();
+    bluez.breakBus({"broken", ""});
+    pass(1s);
+    EXPECT_EQ(told.back(), "lost broken");
+    bluez.disconnect();
+    bluez.killDaemon();
+    pass(1s);
+    EXPECT_EQ(told.back(), "lost broken");
+    EXPECT_TRUE(bluez.connect(*this));
+}
+
+TEST_F(FakeBluezTest, FailsWhenAskedTo) {
+    connect();
+    bluez.failNext("StartDiscovery", "once");
+    bluez.failAlways("StopDiscovery", "always");
+    for (int i = 0; i < 2; ++i) bluez.startDiscovery(adapter, note());
+    for (int i = 0; i < 2; ++i) bluez.stopDiscovery(adapter, note());
+    pass(1s);
+    EXPECT_EQ(answers, (Words{"once", "", "always", "always"}));
+}
+
+}  // namespace
+
+}  // namespace nearcast

@@ -1,0 +1,214 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The radio behind bluetoothd, on a private bus with a daemon that stands in for it."""
+
+import json
+import queue
+import subprocess
+import threading
+import time
+
+from nearcast_program import DEADLINE, PROGRAM, ProgramTest, main
+from private_bus import Bluezd, PrivateBus
+
+RECOVERY = 3  # seconds from the radio's return to the next report
+TWO_DONGLES = ("--devices", 2, "--rate", 40)
+
+
+class Watching:
+    """A `nearcast watch` that runs, and its events as they come."""
+
+    def __init__(self, bus, radio="bluez"):
+        self.process = subprocess.Popen([PROGRAM, "watch", "--radio", radio, "--json"], env=bus.environment,
+                                        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                        text=True)
+        self.lines = queue.Queue()
+        self.reader = threading.Thread(target=self.read)
+        self.reader.start()
+
+    def read(self):
+        for line in self.process.stdout:
+            self.lines.put(json.loads(line))
+
+    def report(self, within=DEADLINE):
+        """The next report; None where none comes in time."""
+        end = time.monotonic() + within
+        while True:
+            try:
+                event = self.lines.get(timeout=max(0, end - time.monotonic()))
+            except queue.Empty:
+                return None
+            if event["event"] == "didDiscoverPort":
+                return event
+
+    def silence(self):
+        """Waits until no report has come for half a second."""
+        while self.report(within=0.5):
+            pass
+
+    def close(self):
+        self.process.terminate()
+        self.process.wait(timeout=DEADLINE)
+        self.reader.join()
+        self.process.stdout.close()
+        self.process.stderr.close()
+
+
+class BluezTest(ProgramTest):
+    rules = ""
+
+    def setUp(self):
+        super().setUp()
+        self.bus = PrivateBus(self.folder, self.rules)
+        self.addCleanup(self.bus.stop)
+
+    def daemon(self, *options):
+        daemon = Bluezd(self.bus, *options)
+        self.addCleanup(daemon.close)
+        return daemon
+
+    def watch(self, radio="bluez"):
+        watching = Watching(self.bus, radio)
+        self.addCleanup(watching.close)
+        return watching
+
+    def run_watch(self, *arguments):
+        """A watch that ends by itself."""
+        return subprocess.run([PROGRAM, "watch", *map(str, arguments)], env=self.bus.environment, capture_output=True,
+                              text=True, timeout=DEADLINE, check=False)
+
+
+class Hearing(BluezTest):
+    def test_every_dongle_is_shown_by_its_address(self):
+        self.daemon("--devices", 3, "--rate", 60)
+        result = self.run_watch("--radio", "bluez", "--for", 2, "--json")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        reports = [event for event in map(json.loads, result.stdout.splitlines()) if "MACAddr" in event]
+        self.assertEqual({report["MACAddr"] for report in reports},
+                         {"02:00:00:00:00:01", "02:00:00:00:00:02", "02:00:00:00:00:03"})
+        self.assertTrue(all(-80 <= report["RSSI"] <= -50 for report in reports))
+
+    def test_a_monitor_is_registered_where_bluetoothd_takes_one(self):
+        daemon = Bluezd(self.bus, "--monitors", *TWO_DONGLES)
+        watching = Watching(self.bus)
+        try:
+            self.assertTrue(watching.report())
+        finally:
+            watching.close()
+        said = daemon.process.communicate("quit\n", timeout=DEADLINE)[0]
+        self.assertIn("RegisterMonitor /org/nearcast/monitors\n", said)
+
+    def test_the_adapter_can_be_named(self):
+        self.daemon(*TWO_DONGLES)
+        self.assertTrue(self.watch("bluez:hci0").report())
+
+    def test_messages_that_are_not_as_they_should_be_do_no_harm(self):
+        daemon = self.daemon(*TWO_DONGLES)
+        watching = self.watch()
+        self.assertTrue(watching.report())
+        self.assertEqual(daemon.ask("odd"), "done")
+        for _ in range(20):
+            self.assertTrue(watching.report(within=RECOVERY))
+        self.assertIsNone(watching.process.poll())
+
+    def test_signals_of_others_that_speak_in_bluetoothds_name_are_not_heard(self):
+        self.daemon("--devices", 1, "--rate", 0)
+        watching = self.watch()
+        other = self.daemon("--nameless", "--devices", 1, "--rate", 40)
+        self.assertIsNone(watching.report(within=1))
+        self.assertGreater(int(other.ask("count").split()[1]), 20)
+        self.assertIsNone(watching.process.poll())
+
+
+class Failing(BluezTest):
+    def test_without_bluetoothd_it_fails_in_words(self):
+        result = self.run_watch("--radio", "bluez", "--for", 1)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("Bluetooth Low Energy is not supported.", result.stderr)
+
+    def test_without_an_adapter_it_fails(self):
+        self.daemon("--absent")
+        self.assertEqual(self.run_watch("--radio", "bluez", "--for", 1).returncode, 1)
+
+    def test_without_the_adapter_that_is_wanted_it_fails(self):
+        self.daemon()
+        self.assertEqual(self.run_watch("--radio", "bluez:hci5", "--for", 1).returncode, 1)
+
+    def test_with_an_adapter_that_is_off_it_fails(self):
+        self.daemon("--off")
+        self.assertEqual(self.run_watch("--radio", "bluez", "--for", 1).returncode, 1)
+
+    def test_without_a_bus_it_fails(self):
+        self.bus.environment["DBUS_SYSTEM_BUS_ADDRESS"] = f"unix:path={self.folder}/none"
+        self.assertEqual(self.run_watch("--radio", "bluez", "--for", 1).returncode, 1)
+
+    def test_what_is_no_adapter_is_an_error_of_the_command_line(self):
+        result = self.run_watch("--radio", "bluez:0")
+        self.assertEqual(result.returncode, 2)
+        self.assertIn("'0' is not an adapter, as in bluez:hci0", result.stderr)
+
+
+class Forbidden(BluezTest):
+    rules = '<deny send_destination="org.bluez" send_interface="org.freedesktop.DBus.ObjectManager"/>'
+
+    def test_where_the_policy_forbids_it_it_fails(self):
+        self.daemon()
+        self.assertEqual(self.run_watch("--radio", "bluez", "--for", 1).returncode, 1)
+
+
+class Recovering(BluezTest):
+    def setUp(self):
+        super().setUp()
+        self.bluezd = Bluezd(self.bus, *TWO_DONGLES)
+        self.watching = self.watch()
+        self.assertTrue(self.watching.report(), "nothing is heard from the start")
+
+    def tearDown(self):
+        self.bluezd.close()
+        super().tearDown()
+
+    def expect_recovery(self):
+        begin = time.monotonic()
+        self.assertTrue(self.watching.report(within=RECOVERY), f"nothing is heard for {RECOVERY} s after the return")
+        print(f"heard again after {time.monotonic() - begin:.2f} s")
+
+    def test_after_power_off_and_on(self):
+        self.bluezd.ask("power off")
+        self.watching.silence()
+        self.bluezd.ask("power on")
+        self.expect_recovery()
+
+    def test_after_the_adapter_was_unplugged_and_plugged_in(self):
+        self.bluezd.ask("unplug")
+        self.watching.silence()
+        self.bluezd.ask("plug")
+        self.expect_recovery()
+
+    def test_after_bluetoothd_was_killed_and_started(self):
+        self.bluezd.kill()
+        self.watching.silence()
+        self.bluezd = Bluezd(self.bus, *TWO_DONGLES)
+        self.expect_recovery()
+
+    def test_after_another_client_has_ended_the_discovery(self):
+        self.bluezd.ask("lose")
+        self.watching.silence()
+        self.expect_recovery()
+
+    def test_after_a_first_try_that_fails(self):
+        self.bluezd.ask("power off")
+        self.watching.silence()
+        self.bluezd.ask("fail StartDiscovery org.bluez.Error.InProgress")
+        self.bluezd.ask("power on")
+        self.expect_recovery()
+
+    def test_after_the_bus_itself_was_restarted(self):
+        self.bus.stop()
+        self.bluezd.kill()
+        self.watching.silence()
+        self.bus.start()
+        self.bluezd = Bluezd(self.bus, *TWO_DONGLES)
+        self.expect_recovery()
+
+
+if __name__ == "__main__":
+    main()

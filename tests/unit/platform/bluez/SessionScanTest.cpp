@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "unit/platform/bluez/BluezSessionFixture.h"
+
+#include <algorithm>
+
+namespace nearcast {
+
+namespace {
+
+using namespace std::chrono_literals;
+using bluez::Discovery;
+
+class SessionScan : public BluezSessionTest {};
+
+TEST_F(SessionScan, DoesNotScanUnlessAsked) {
+    bench.pass(60s);
+    EXPECT_EQ(bluez().count("StartDiscovery"), 0);
+    EXPECT_EQ(bluez().count("RegisterMonitor"), 0);
+    EXPECT_EQ(bench.reports, 0);
+}
+
+TEST_F(SessionScan, PassesEveryReportOnOnce) {
+    scan();
+    bench.pass(20s);
+    EXPECT_EQ(bench.reports, bluez().reports());
+    EXPECT_GE(bench.reports, 205);
+}
+
+TEST_F(SessionScan, SetsTheFilterBeforeItStarts) {
+    scan();
+    const auto& calls = bluez().calls();
+    const auto filter = std::find(calls.begin(), calls.end(), "SetDiscoveryFilter");
+    const auto start = std::find(calls.begin(), calls.end(), "StartDiscovery");
+    ASSERT_NE(start, calls.end());
+    EXPECT_LT(filter, start);
+}
+
+TEST_F(SessionScan, MakesAReportWholeFromWhatIsRemembered) {
+    bluez().dongle(0).name = "Printer";
+    scan();
+    EXPECT_GT(bench.reports, 1);
+    EXPECT_EQ(bench.last.name, "Printer");
+    EXPECT_EQ(bench.last.services.size(), 1U);
+    EXPECT_EQ(bench.last.manufacturerData, (std::vector<std::uint8_t>{0xFF, 0xFF, 2, 0, 0, 0, 0, 1}));
+    EXPECT_EQ(bench.last.address, (DeviceAddress{2, 0, 0, 0, 0, 1}));
+    EXPECT_EQ(bench.last.RSSI, -60);
+}
+
+TEST_F(SessionScan, DoesNotTakeTheListForReports) {
+    scan();
+    bluez().dongle(0).silent = true;
+    bench.settle();
+    bluez().breakBus({"System.Error", "gone"});
+    bluez().mendBus();
+    bluez().dongle(0).silent = true;
+    EXPECT_EQ(bench.reportsIn(5s), 0);
+}
+
+TEST_F(SessionScan, StopsWhenItIsNoLongerWanted) {
+    scan();
+    bench.session.want(false);
+    bench.pass(Discovery::linger - 1ns);
+    EXPECT_EQ(bluez().count("StopDiscovery"), 0);
+    bench.pass(1ns + 2 * FakeBluez::latency);
+    EXPECT_FALSE(bluez().discovers("hci0"));
+}
+
+TEST_F(SessionScan, GoesOnWhenTheWishIsRenewedAtOnce) {
+    scan();
+    bench.session.want(false);
+    bench.pass(Discovery::linger - 1ns);
+    bench.session.want(true);
+    bench.pass(10s);
+    EXPECT_EQ(bluez().count("StartDiscovery"), 1);
+    EXPECT_EQ(bluez().count("StopDiscovery"), 0);
+    EXPECT_EQ(bench.restarts, 0);
+}
+
+TEST_F(SessionScan, StartsAgainAfterAStop) {
+    scan();
+    bench.session.want(false);
+    bench.pass(5s);
+    bench.session.want(true);
+    EXPECT_GE(bench.reportsIn(2s), 18);
+    EXPECT_EQ(bench.restarts, 0) << "it was asked for";
+}
+
+TEST_F(SessionScan, StopsInTheEndThoughBluetoothdIsBusy) {
+    scan();
+    bluez().failAlways("StopDiscovery", bluez::error::inProgress);
+    bench.session.want(false);
+    bench.pass(5s);
+    bluez().failAlways("StopDiscovery", "");
+    bench.pass(3s);
+    EXPECT_FALSE(bluez().discovers("hci0"));
+}
+
+TEST_F(SessionScan, EndsAnOwnDiscoveryThatIsInTheWayOfTheStart) {
+    bluez().failNext("StartDiscovery", bluez::error::inProgress);
+    scan();
+    EXPECT_GE(bluez().count("StopDiscovery"), 1);
+    EXPECT_TRUE(bluez().discovers("hci0"));
+    EXPECT_EQ(why(), "");
+}
+
+TEST_F(SessionScan, SaysWhyTheScanDoesNotStart) {
+    bluez().failAlways("StartDiscovery", "org.bluez.Error.Failed");
+    scan();
+    EXPECT_EQ(state(), CBManagerStatePoweredOn);
+    EXPECT_TRUE(says("the scan cannot be started: org.bluez.Error.Failed")) << why();
+}
+
+TEST_F(SessionScan, TriesAgainWithPausesThatGrowToTwoSeconds) {
+    bluez().failAlways("StartDiscovery", "org.bluez.Error.Failed");
+    bench.session.want(true);
+    bench.pass(60s);
+    EXPECT_GE(bluez().count("StartDiscovery"), 25);
+    EXPECT_LE(bluez().count("StartDiscovery"), 35);
+}
+
+TEST_F(SessionScan, AsksForADeviceThatItWasNeverToldOf) {
+    bluez().forgetToTell(true);
+    scan();
+    EXPECT_EQ(bluez().count("GetAll"), 1);
+    EXPECT_EQ(bench.last.services.size(), 1U);
+}
+
+TEST_F(SessionScan, RegistersNoMonitorWhereNoneIsOffered) {
+    scan();
+    EXPECT_EQ(bluez().count("RegisterMonitor"), 0);
+}
+
+TEST_F(SessionScan, HearsLittleOfAStrictControllerWithoutAMonitor) {
+    bluez().beStrict();
+    scan();
+    EXPECT_LE(bench.reportsIn(20s), 3);
+}
+
+class SessionWithMonitors : public BluezSessionTest {
+protected:
+    SessionWithMonitors() { bluez().plug("hci0", true, true); }
+};
+
+TEST_F(SessionWithMonitors, HearsEverythingOfAStrictController) {
+    bluez().beStrict();
+    scan();
+    EXPECT_GE(bench.reportsIn(20s), 199);
+}
+
+TEST_F(SessionWithMonitors, RegistersOne) {
+    scan();
+    bench.pass(300s);
+    EXPECT_TRUE(bluez().monitored());
+    EXPECT_EQ(bluez().count("RegisterMonitor"), 1);
+}
+
+TEST_F(SessionWithMonitors, ScansWithoutOneThatIsRefused) {
+    bluez().failAlways("RegisterMonitor", "org.bluez.Error.Failed");
+    scan();
+    EXPECT_GE(bench.reportsIn(2s), 19);
+    EXPECT_EQ(bluez().count("RegisterMonitor"), 1);
+}
+
+TEST_F(SessionWithMonitors, TakesItBackWithTheScan) {
+    scan();
+    bench.session.want(false);
+    bench.pass(2s);
+    EXPECT_FALSE(bluez().monitored());
+}
+
+TEST_F(SessionWithMonitors, RegistersAnotherAfterBluetoothdHasComeBack) {
+    scan();
+    bluez().killDaemon();
+    bench.settle();
+    bluez().startDaemon();
+    bench.settle();
+    EXPECT_TRUE(bluez().monitored());
+}
+
+TEST_F(SessionWithMonitors, KeepsItAcrossPowerOffAndOn) {
+    scan();
+    bluez().power("hci0", false);
+    bench.settle();
+    bluez().power("hci0", true);
+    bench.settle();
+    EXPECT_EQ(bluez().count("RegisterMonitor"), 1);
+    EXPECT_TRUE(bluez().monitored());
+}
+
+TEST_F(SessionWithMonitors, RegistersAnotherWithTheNextScanWhenItIsReleased) {
+    scan();
+    bluez().releaseMonitor();
+    bench.settle();
+    EXPECT_FALSE(bluez().monitored());
+    bluez().power("hci0", false);
+    bench.settle();
+    bluez().power("hci0", true);
+    bench.settle();
+    EXPECT_TRUE(bluez().monitored());
+}
+
+}  // namespace
+
+}  // namespace nearcast

@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "unit/platform/bluez/BluezSessionFixture.h"
+
+namespace nearcast {
+
+namespace {
+
+using namespace std::chrono_literals;
+using bluez::BluezSession;
+using bluez::PowerState;
+
+class SessionStates : public BluezSessionTest {};
+
+TEST_F(SessionStates, IsUnknownBeforeAnythingHasAnswered) {
+    EXPECT_EQ(state(), CBManagerStateUnknown);
+    EXPECT_EQ(why(), "bluetoothd has not answered yet");
+}
+
+TEST_F(SessionStates, IsPoweredOnWithAnAdapterThatIsOn) {
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStatePoweredOn);
+    EXPECT_EQ(why(), "");
+}
+
+TEST_F(SessionStates, TellsEachStateOnce) {
+    bench.pass(60s);
+    EXPECT_EQ(bench.states.size(), 1U);
+}
+
+TEST_F(SessionStates, IsUnknownWithoutASystemBus) {
+    bluez().breakBus({"System.Error", "No such file or directory"});
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStateUnknown);
+    EXPECT_TRUE(says("No such file or directory")) << why();
+}
+
+TEST_F(SessionStates, IsUnauthorizedWhereTheBusLetsNobodyIn) {
+    bluez().breakBus({std::string(bluez::error::accessDenied), "Permission denied"});
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStateUnauthorized);
+}
+
+TEST_F(SessionStates, IsUnknownWithoutBluetoothd) {
+    bluez().killDaemon();
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStateUnknown);
+    EXPECT_TRUE(says("bluetoothd does not run")) << why();
+}
+
+TEST_F(SessionStates, IsUnsupportedWithoutAnAdapter) {
+    bluez().unplug("hci0");
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStateUnsupported);
+    EXPECT_TRUE(says("there is no Bluetooth adapter")) << why();
+}
+
+TEST_F(SessionStates, IsUnauthorizedWhereThePolicyForbidsToAsk) {
+    bluez().failAlways("GetManagedObjects", bluez::error::accessDenied);
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStateUnauthorized);
+}
+
+TEST_F(SessionStates, IsUnauthorizedWhereThePolicyForbidsToScan) {
+    bluez().failAlways("StartDiscovery", bluez::error::accessDenied);
+    scan();
+    EXPECT_EQ(state(), CBManagerStateUnauthorized);
+    EXPECT_TRUE(says("scanning is not allowed")) << why();
+}
+
+TEST_F(SessionStates, ScansOnceThePolicyAllowsIt) {
+    bluez().failAlways("StartDiscovery", bluez::error::accessDenied);
+    scan();
+    bluez().failAlways("StartDiscovery", "");
+    bench.pass(3s);
+    EXPECT_EQ(state(), CBManagerStatePoweredOn);
+    EXPECT_GT(bench.reports, 0);
+}
+
+TEST_F(SessionStates, IsPoweredOffWhileTheAdapterIsSwitchedOff) {
+    bench.settle();
+    bluez().power("hci0", false);
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStatePoweredOff);
+    EXPECT_TRUE(says("hci0 is switched off")) << why();
+}
+
+TEST_F(SessionStates, TellsABlockFromAnAdapterThatIsSwitchedOff) {
+    bench.settle();
+    bench.rfkill.block = bluez::Block::soft;
+    bluez().power("hci0", false);
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStatePoweredOff);
+    EXPECT_TRUE(says("rfkill unblock bluetooth")) << why();
+}
+
+TEST_F(SessionStates, SaysThatABlockIsOneOfTheMachine) {
+    bench.settle();
+    bench.rfkill.block = bluez::Block::hard;
+    bluez().power("hci0", false);
+    bench.settle();
+    EXPECT_TRUE(says("a switch of the machine")) << why();
+}
+
+TEST_F(SessionStates, NoticesABlockThatComesLater) {
+    bench.settle();
+    bluez().power("hci0", false);
+    bench.settle();
+    bench.rfkill.block = bluez::Block::soft;
+    bench.pass(BluezSession::switchInterval);
+    EXPECT_TRUE(says("rfkill unblock bluetooth")) << why();
+}
+
+TEST_F(SessionStates, TakesBluezsWordForABlock) {
+    bench.settle();
+    bluez().power("hci0", false, PowerState::blocked);
+    bench.settle();
+    EXPECT_TRUE(says("rfkill unblock bluetooth")) << why();
+}
+
+TEST_F(SessionStates, IsResettingWhileAnAdapterIsBeingSwitched) {
+    bench.settle();
+    bluez().power("hci0", true, PowerState::turningOff);
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStateResetting);
+    bluez().power("hci0", false, PowerState::off);
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStatePoweredOff);
+    bluez().power("hci0", false, PowerState::turningOn);
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStateResetting);
+}
+
+TEST_F(SessionStates, IsResettingWhileAnAdapterThatHasJustComeIsOff) {
+    bluez().unplug("hci0");
+    bench.settle();
+    bluez().plug("hci0", false);
+    bench.pass(BluezSession::settling - 1ns);
+    EXPECT_EQ(state(), CBManagerStateResetting);
+    EXPECT_TRUE(says("coming up")) << why();
+    bench.pass(1ns);
+    EXPECT_EQ(state(), CBManagerStatePoweredOff);
+}
+
+TEST_F(SessionStates, IsPoweredOffAtOnceWhereTheAdapterWasOffFromTheStart) {
+    bluez().power("hci0", false);
+    bench.pass(100ms);
+    EXPECT_EQ(state(), CBManagerStatePoweredOff);
+}
+
+TEST_F(SessionStates, IsResettingAfterBluetoothdHasCome) {
+    bluez().killDaemon();
+    bench.settle();
+    bluez().power("hci0", false);
+    bluez().startDaemon();
+    bench.settle();
+    EXPECT_EQ(state(), CBManagerStateResetting);
+}
+
+TEST_F(SessionStates, SaysThatBluetoothdDoesNotAnswer) {
+    bluez().hang(true);
+    bench.pass(12s);
+    EXPECT_EQ(state(), CBManagerStateUnknown);
+    EXPECT_TRUE(says("bluetoothd does not answer")) << why();
+}
+
+TEST_F(SessionStates, ComesBackWhenBluetoothdAnswersAgain) {
+    bluez().hang(true);
+    bench.pass(12s);
+    bluez().hang(false);
+    bench.pass(12s);
+    EXPECT_EQ(state(), CBManagerStatePoweredOn);
+}
+
+TEST(SessionOfOneAdapter, IsUnsupportedWhereOnlyOthersAre) {
+    BluezBench bench("hci7");
+    bench.settle();
+    EXPECT_EQ(bench.session.state(), CBManagerStateUnsupported);
+    EXPECT_EQ(bench.session.why(), "there is no adapter hci7 (there is: hci0)");
+}
+
+TEST(SessionOfOneAdapter, TakesItWhenItComes) {
+    BluezBench bench("hci7");
+    bench.settle();
+    bench.bluez.plug("hci7");
+    bench.settle();
+    EXPECT_EQ(bench.session.state(), CBManagerStatePoweredOn);
+}
+
+TEST(SessionOfOneAdapter, ScansOnNoOther) {
+    BluezBench bench("hci7");
+    bench.bluez.plug("hci7", false);
+    bench.session.want(true);
+    bench.pass(10s);
+    EXPECT_FALSE(bench.bluez.discovers("hci0"));
+    bench.bluez.power("hci7", true);
+    bench.settle();
+    EXPECT_TRUE(bench.bluez.discovers("hci7"));
+    EXPECT_FALSE(bench.bluez.discovers("hci0"));
+}
+
+TEST(SessionOfAnyAdapter, TakesTheFirstThatIsPowered) {
+    BluezBench bench;
+    bench.bluez.power("hci0", false);
+    bench.bluez.plug("hci1");
+    bench.session.want(true);
+    bench.settle();
+    EXPECT_EQ(bench.session.state(), CBManagerStatePoweredOn);
+    EXPECT_TRUE(bench.bluez.discovers("hci1"));
+}
+
+TEST(SessionOfAnyAdapter, GoesOnWithAnotherWhenItsOwnGoesOff) {
+    BluezBench bench;
+    bench.bluez.plug("hci1");
+    bench.session.want(true);
+    bench.settle();
+    EXPECT_TRUE(bench.bluez.discovers("hci0"));
+    bench.bluez.power("hci0", false);
+    bench.settle();
+    EXPECT_TRUE(bench.bluez.discovers("hci1"));
+}
+
+}  // namespace
+
+}  // namespace nearcast

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/bluez/ThreadedBluezRadio.h"
+
+#include "doubles/KeptLines.h"
+#include "doubles/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace nearcast::bluez {
+
+namespace {
+
+class NoDelegate : public CBCentralManagerDelegate {
+public:
+    void centralManagerDidUpdateState(CBCentralManager& /*central*/) override {}
+    void centralManagerDidDiscoverPeripheral(CBCentralManager& /*central*/, const CBPeripheral& /*peripheral*/,
+                                             const AdvertisementData& /*data*/, std::int32_t /*RSSI*/) override {}
+};
+
+/// A radio on a machine that has no system bus.
+class ThreadedBluezRadioTest : public testing::Test {
+protected:
+    ThreadedBluezRadioTest() {
+        setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + folder_.file("bus")).c_str(), 1);
+        monitor.setHealthChanged([this](const RadioHealth& health) {
+            const MutexLock lock(mutex_);
+            why_ = health.why;
+            changed_.notify_all();
+        });
+    }
+
+    std::string awaitReason() {
+        MutexLock lock(mutex_);
+        while (why_.empty()) changed_.wait(lock.native());
+        return why_;
+    }
+
+    KeptLines console;
+    NoDelegate delegate;
+    RadioMonitor monitor{console, [] { return NSDate(SystemClock::now()); }};
+
+private:
+    const TemporaryFolder folder_;
+    Mutex mutex_;
+    std::condition_variable changed_;
+    std::string why_ NEARCAST_GUARDED_BY(mutex_);
+};
+
+TEST_F(ThreadedBluezRadioTest, IsUnknownAndSaysWhyWithoutASystemBus) {
+    ThreadedBluezRadio radio(delegate, console, monitor, "");
+    EXPECT_EQ(awaitReason(), "there is no connection to the system bus: No such file or directory");
+    EXPECT_EQ(radio.state(), CBManagerStateUnknown);
+    EXPECT_TRUE(console.lines().empty());
+}
+
+TEST_F(ThreadedBluezRadioTest, EndsAtOnceHoweverYoungItIs) {
+    for (int i = 0; i < 20; ++i) ThreadedBluezRadio(delegate, console, monitor, "");
+    EXPECT_TRUE(console.lines().empty());
+}
+
+TEST_F(ThreadedBluezRadioTest, IsStartedAndStoppedFromManyThreads) {
+    ThreadedBluezRadio radio(delegate, console, monitor, "");
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&radio] {
+            for (int turn = 0; turn < 200; ++turn) {
+                radio.scanForPeripheralsWithServices(std::nullopt, ScanOptions{});
+                radio.stopScan();
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(radio.state(), CBManagerStateUnknown);
+    EXPECT_TRUE(console.lines().empty());
+}
+
+}  // namespace
+
+}  // namespace nearcast::bluez
