@@ -107,8 +107,8 @@ def watch(lab):
     result = lab.nearcast("watch", "--json", "--for", "6", user=NOBODY)
     expect(result.returncode == 0, f"exit status {result.returncode}: {result.stderr}")
     events = [json.loads(line) for line in result.stdout.splitlines()]
-    told = [event for event in events if event["event"] == "discovered"]
-    seen = {event.get("mac") or event.get("MACAddr") for event in told}
+    told = [event for event in events if event["event"] == "didDiscoverPort"]
+    seen = {event["MACAddr"] for event in told}
     lab.figure("nearcast watch --json --for 6", f"{len(told)} reports of {sorted(seen)}")
     expect(seen == {f"02:4E:43:00:00:0{number}" for number in (1, 2, 3)}, f"seen: {events[:5]} {result.stderr}")
 

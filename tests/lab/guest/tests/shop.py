@@ -60,7 +60,7 @@ def half_an_hour(lab):
     opened, memory, slowest = now(), {}, 0.0
     for minute in range(MINUTES):
         back = disturb(lab, controller, minute)
-        first = application.wait("discovered", 10, since=back)[0]
+        first = application.wait("discovered", 20, since=back)[0]
         slowest = max(slowest, first - back)
         sleep(max(0.0, opened + 60 * (minute + 1) - now()))
         heard = {rest.rsplit(" ", 2)[1] for _, rest in application.entries("discovered", now() - 15)}
