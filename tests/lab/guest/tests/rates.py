@@ -109,6 +109,16 @@ def extended_alone(lab):
     on_the_user_channel(lab, 100, "extended")
 
 
+@test("TheUserChannelHearsADongleThatAnswersNoScanRequest")
+def unanswered(lab):
+    """It scans passively and asks for nothing; bluetoothd does not show such a dongle."""
+    controller = lab.controller()
+    controller.dongle(rate=10, type="connectable", answers="no")
+    listener = lab.listen("hci:0")
+    result = Measure(controller, [listener], 10, 1)
+    expect_share(lab, "hci:0, connectable and mute", result.heard[0], result.aired, 100)
+
+
 @test("AControllerThatFiltersStrictlyIsHeardThroughBluetoothdWithExperimentalInterfaces")
 def strict(lab):
     controller = lab.controller("strict")
