@@ -237,12 +237,13 @@ void FakeBluez::startDiscovery(const std::string& adapter, bluez::Done done) {
         if (found == nullptr) return unknownObject;
         if (!found->powered) return notReady;
         if (found->ours) return inProgress;
-        found->ours = found->discovering = true;
+        found->ours = true;
+        found->discovering = !denies_;
         stalled_ = false;
         round_ = now_;
         duplicatesDropped_ = strict_ && monitored_.empty();
-        tell([adapter](auto& listener) {
-            listener.adapterChanged(adapter, {.powered = {}, .discovering = true, .powerState = {}});
+        tell([adapter, on = found->discovering](auto& listener) {
+            listener.adapterChanged(adapter, {.powered = {}, .discovering = on, .powerState = {}});
         });
         return std::nullopt;
     });

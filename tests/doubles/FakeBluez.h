@@ -72,6 +72,8 @@ public:
     void failAlways(const std::string& method, std::string_view error);
     /// It stops hearing, and does not know; a new discovery mends it.
     void stall() { stalled_ = true; }
+    /// A discovery that is begun is never said to run.
+    void denyDiscovering() { denies_ = true; }
     /// It hears nothing, whatever is done.
     void deafen(bool deaf) { deaf_ = deaf; }
     /// Another client has ended our discovery.
@@ -151,6 +153,7 @@ private:
     std::map<std::string, bluez::Failure> alwaysFailing_;
     std::string monitored_;
     bool stalled_ = false;
+    bool denies_ = false;
     bool deaf_ = false;
     bool strict_ = false;
     bool forgetful_ = false;

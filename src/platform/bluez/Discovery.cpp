@@ -49,6 +49,8 @@ void Discovery::forgetAdapter() {
     failures_ = 0;
     pauseEnds_.reset();
     endedAt_.reset();
+    beganAt_.reset();
+    denies_ = false;
     watchAt_.reset();
     pause_.reset();
     quietLimits_.reset();
@@ -60,6 +62,8 @@ void Discovery::setDiscovering(bool discovering) {
     discovering_ = discovering;
     if (discovering) {
         endedAt_.reset();
+        beganAt_.reset();
+        denies_ = false;
     } else if (running_) {
         endedAt_ = now_;
     }
@@ -84,6 +88,7 @@ void Discovery::pass(Time now) {
     if (unwantedAt_ && now_ >= *unwantedAt_) forgetWish();
     lookForEnd();
     lookForSilence();
+    lookForBlindness();
     step();
 }
 
@@ -91,6 +96,7 @@ std::optional<Time> Discovery::due() const {
     std::optional<Time> earliest = unwantedAt_;
     if (!calling_ && !adapter_.empty()) takeEarlier(earliest, pauseEnds_);
     if (endedAt_) takeEarlier(earliest, *endedAt_ + doubt);
+    if (beganAt_) takeEarlier(earliest, *beganAt_ + doubt);
     takeEarlier(earliest, watchAt_);
     return earliest;
 }
@@ -126,6 +132,14 @@ void Discovery::lookForSilence() {
     quiet_ = true;
     patience_ = quietLimits_.next();
     mustStop_ = true;
+    judge();
+}
+
+/// The answer to a start may come before the adapter says that it discovers, but not long before.
+void Discovery::lookForBlindness() {
+    if (!beganAt_ || now_ < *beganAt_ + doubt) return;
+    beganAt_.reset();
+    denies_ = running_;
     judge();
 }
 
@@ -172,8 +186,9 @@ Done Discovery::then(Answer answer) {
 /// That there was nothing to stop is as good.
 void Discovery::stopped(const std::optional<Failure>& failure) {
     if (failure && isUndecided(*failure)) return fail(*failure);
-    running_ = filterSet_ = mustStop_ = false;
+    running_ = filterSet_ = mustStop_ = denies_ = false;
     endedAt_.reset();
+    beganAt_.reset();
 }
 
 /// A discovery without a monitor is better than none.
@@ -195,6 +210,7 @@ void Discovery::filtered(const std::optional<Failure>& failure) {
 void Discovery::started(const std::optional<Failure>& failure) {
     if (failure) return fail(*failure);
     running_ = true;
+    if (!discovering_) beganAt_ = now_;
     failures_ = 0;
     lastHeard_ = now_;
     if (!quiet_) {
@@ -226,7 +242,7 @@ void Discovery::judge() {
     } else if (failures_ > 1) {  // once is nothing: an adapter that has just come may not be ready yet
         condition = Condition::failing;
     } else if (quiet_) {
-        condition = discovering_ ? Condition::quiet : Condition::inactive;
+        condition = denies_ ? Condition::inactive : Condition::quiet;
     }
     if (condition == condition_) return;
     condition_ = condition;

@@ -87,6 +87,7 @@ private:
     void forgetWish();
     void lookForEnd();
     void lookForSilence();
+    void lookForBlindness();
     void judge();
 
     SystemBus& bus_;
@@ -105,8 +106,10 @@ private:
     std::string monitoredAdapter_;  ///< where our monitor is registered; empty: nowhere
     bool monitorTried_ = false;
 
-    bool calling_ = false;     ///< an answer is to come
-    std::uint64_t epoch_ = 0;  ///< answers of a former one are of no interest
+    std::optional<Time> beganAt_;  ///< begun, and the adapter has not said so yet
+    bool denies_ = false;          ///< and has not for too long
+    bool calling_ = false;         ///< an answer is to come
+    std::uint64_t epoch_ = 0;      ///< answers of a former one are of no interest
     std::optional<Time> pauseEnds_;
     std::optional<Time> endedAt_;  ///< since when the adapter says that it does not discover
     std::optional<Time> watchAt_;  ///< when to look whether something was heard

@@ -83,12 +83,21 @@ TEST_F(SessionWatchdog, DoesNotWatchWhatIsNotWanted) {
     EXPECT_EQ(why(), "");
 }
 
-TEST_F(SessionWatchdog, SaysThatTheRadioIsBlindWhereTheAdapterSaysSoItself) {
+TEST_F(SessionWatchdog, SaysThatTheRadioIsBlindWhereTheAdapterNeverSaysThatItDiscovers) {
+    fallSilent();
+    bluez().denyDiscovering();
+    bench.pass(30s + 500ms);
+    EXPECT_TRUE(says("quiet air or a blind radio")) << why();
+    bench.pass(1s);
+    EXPECT_TRUE(says("bluetoothd says that it does not scan")) << why();
+}
+
+TEST_F(SessionWatchdog, DoesNotTakeTheEndOfARoundForBlindness) {
     fallSilent();
     bench.pass(31s);
     bluez().blink("hci0", 500ms);
     bench.pass(100ms);
-    EXPECT_TRUE(says("the radio is blind")) << why();
+    EXPECT_TRUE(says("quiet air or a blind radio")) << why();
 }
 
 TEST_F(SessionWatchdog, IsQuietAboutAnAdapterThatIsOff) {
