@@ -68,7 +68,9 @@ def half_an_hour(lab):
         memory[minute] = application.memory()
     expect_restarts(lab, application, opened)
     expect_memory(lab, memory)
-    lab.figure("slowest return to reports", f"{slowest:.2f} s, at most 3 s and the smoothing's samples wanted")
+    # Where bluetoothd was killed, the kernel lets nobody scan for up to ten seconds; then the smoothing wants samples.
+    lab.figure("slowest return to reports told", f"{slowest:.2f} s, at most 15 s wanted")
+    expect(slowest <= 15, "a return took too long")
     lab.figure("reports told", len(application.entries("discovered")))
     lab.figure("health", application.ask("health", "health"))
 
