@@ -7,6 +7,9 @@ endif()
 
 find_package(Threads REQUIRED)
 
+# A compiler cache that serves several source trees names files from the build folder on.
+file(RELATIVE_PATH nearcast_source_from_build ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+
 add_library(nearcast_options INTERFACE)
 target_compile_features(nearcast_options INTERFACE cxx_std_20)
 target_link_libraries(nearcast_options INTERFACE Threads::Threads)
@@ -14,6 +17,9 @@ target_compile_options(nearcast_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
     # Trace records name their file; it must be the same whatever machine built them.
     -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+if(nearcast_source_from_build)
+    target_compile_options(nearcast_options INTERFACE -ffile-prefix-map=${nearcast_source_from_build}/=)
+endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     target_compile_options(nearcast_options INTERFACE -Wthread-safety -Werror=thread-safety)
 endif()

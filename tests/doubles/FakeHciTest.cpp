@@ -63,6 +63,19 @@ TEST_F(FakeControllerTest, FiltersDuplicatesWhereItIsToldTo) {
     EXPECT_TRUE(controller.hear({.address = bob}));
 }
 
+TEST_F(FakeControllerTest, HearsNobodyWhereItIsToHearThoseOfItsList) {
+    prepare();
+    status({hci::leSetScanParameters, hex("00 6000 6000 00 01")});
+    scanEnable("01 00");
+    EXPECT_FALSE(controller.hear({}));
+}
+
+TEST_F(FakeControllerTest, KnowsAScanWithPauses) {
+    status({hci::leSetScanParameters, hex("01 6000 3000 00 00")});
+    EXPECT_FALSE(controller.continuous());
+    EXPECT_FALSE(controller.passive());
+}
+
 TEST_F(FakeControllerTest, RefusesParametersWhileItScans) {
     scanParameters();
     scanEnable("01 00");

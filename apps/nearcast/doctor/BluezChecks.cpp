@@ -48,6 +48,10 @@ std::vector<Finding> checkBus(const Machine& machine) {
 std::vector<Finding> checkDaemon(const Machine& machine) {
     const BusReading& bus = machine.bus();
     if (bus.unreachable) return {};
+    if (!bus.bluetoothd && bus.atHand) {
+        return {{Level::remark, "bluetoothd does not run; the bus starts it when somebody asks for it",
+                 "sudo systemctl enable --now bluetooth"}};
+    }
     if (!bus.bluetoothd) {
         return {
             {Level::fault, "bluetoothd does not run", "sudo apt install bluez; sudo systemctl enable --now bluetooth"}};

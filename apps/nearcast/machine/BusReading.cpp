@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "machine/BusReading.h"
 
+#include "platform/bluez/BluetoothdAtHand.h"
+
 #include <systemd/sd-bus.h>
 #include <algorithm>
 #include <cstring>
@@ -153,6 +155,7 @@ BusReading readBus() {
     sd_bus_creds* credentials = nullptr;
     const int owned = sd_bus_get_name_creds(bus.get(), daemonName, SD_BUS_CREDS_PID, &credentials);
     reading.bluetoothd = owned >= 0;
+    reading.atHand = reading.bluetoothd || bluez::isBluetoothdAtHand();
     if (reading.bluetoothd) {
         reading.process = processOf(credentials);
         sd_bus_creds_unref(credentials);

@@ -28,6 +28,7 @@ struct BusAdapter {
 struct BusReading {
     std::optional<BusProblem> unreachable;  ///< there is no bus to be asked; the rest is empty
     bool bluetoothd = false;                ///< somebody owns org.bluez
+    bool atHand = false;                    ///< so it is, or the bus can start bluetoothd
     std::optional<std::uint32_t> process;   ///< whose process, where the bus says so
     std::optional<BusProblem> refused;      ///< bluetoothd did not show its objects
     std::vector<BusAdapter> adapters;       ///< in the order of their names

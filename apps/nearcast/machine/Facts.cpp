@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "machine/Facts.h"
 
+#include "platform/factory/AutomaticRadio.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -60,9 +62,8 @@ Daemon daemonOf(const Machine& machine) {
 }
 
 std::string automaticRadio(const Machine& machine) {
-    if (machine.bus().bluetoothd) return "bluez";
-    const auto& adapters = machine.controllers().adapters;
-    return adapters.empty() ? "none" : "hci:" + std::to_string(adapters.front().index);
+    return nearcast::automaticRadio(
+        RadiosAtHand{.bluetoothd = machine.bus().atHand, .controllers = machine.controllers().adapters});
 }
 
 }  // namespace nearcast::cli

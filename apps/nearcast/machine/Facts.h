@@ -27,8 +27,7 @@ struct Daemon {
 };
 Daemon daemonOf(const Machine& machine);
 
-/// The radio string that `auto` stands for on this machine: `bluez` where the system bus has it, else the first
-/// controller by `hci`, else `none`.
+/// The radio string that `auto` stands for on this machine.
 std::string automaticRadio(const Machine& machine);
 
 }  // namespace nearcast::cli

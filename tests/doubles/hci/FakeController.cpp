@@ -67,25 +67,27 @@ std::uint8_t FakeController::perform(std::uint16_t opcode, std::span<const std::
     const auto octet = [&](std::size_t place) -> std::uint8_t {
         return place < parameters.size() ? parameters[place] : 0;
     };
+    const auto two = [&](std::size_t place) { return octet(place) | static_cast<unsigned>(octet(place + 1)) << 8; };
     switch (opcode) {
         case hci::reset: reset(); return 0;
         case hci::setEventMask: eventMask_ = maskOf(parameters); return 0;
         case hci::leSetEventMask: lowEnergyMask_ = maskOf(parameters); return 0;
         case hci::writeLEHostSupport: hostHasLowEnergy_ = octet(0) == 1; return classic ? 0 : unknownCommand;
-        case hci::leSetScanParameters: return setParameters(Family::legacy, octet(0));
-        case hci::leSetExtendedScanParameters: return setParameters(Family::extended, octet(3));
+        case hci::leSetScanParameters: return setParameters(Family::legacy, {octet(0), octet(6), two(1), two(3)});
+        case hci::leSetExtendedScanParameters:
+            return setParameters(Family::extended, {octet(3), octet(1), two(4), two(6)});
         case hci::leSetScanEnable: return setEnable(Family::legacy, octet(0) == 1, octet(1) != 0);
         case hci::leSetExtendedScanEnable: return setEnable(Family::extended, octet(0) == 1, octet(1) != 0);
         default: return unknownCommand;
     }
 }
 
-std::uint8_t FakeController::setParameters(Family family, std::uint8_t type) {
+std::uint8_t FakeController::setParameters(Family family, const Parameters& parameters) {
     if (family == Family::extended && !extended) return unknownCommand;
     if (scans_ || (family_ != Family::none && family_ != family)) return hci::commandDisallowed;
     family_ = family;
     parametersSet_ = true;
-    passive_ = type == 0;
+    parameters_ = parameters;
     return 0;
 }
 
@@ -100,12 +102,13 @@ std::uint8_t FakeController::setEnable(Family family, bool enable, bool filter) 
 
 bool FakeController::reports() const {
     const std::uint64_t bit = family_ == Family::extended ? extendedReportBit : reportBit;
-    return !mute && scans_ && (eventMask_ & leMetaBit) != 0 && (lowEnergyMask_ & bit) != 0 &&
+    const bool everybody = parameters_.policy == 0;  // its list of those to be heard is empty
+    return !mute && scans_ && everybody && (eventMask_ & leMetaBit) != 0 && (lowEnergyMask_ & bit) != 0 &&
            (!classic || hostHasLowEnergy_);
 }
 
 std::optional<Octets> FakeController::hear(const LegacyReport& advertisement) {
-    if (!reports() || (advertisement.type == 4 && passive_)) return std::nullopt;
+    if (!reports() || (advertisement.type == 4 && passive())) return std::nullopt;
     if (filters_ && !reported_.insert(advertisement.address).second) return std::nullopt;
     if (family_ == Family::legacy) return hex("04") + legacyEvent({advertisement});
     const ExtendedReport report{.type = 0x10,

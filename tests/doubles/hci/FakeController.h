@@ -31,7 +31,9 @@ public:
     std::optional<Octets> hear(const LegacyReport& advertisement);
 
     [[nodiscard]] bool scans() const { return scans_; }
-    [[nodiscard]] bool passive() const { return passive_; }
+    [[nodiscard]] bool passive() const { return parameters_.type == 0; }
+    /// It listens all the time, and not for a part of each interval.
+    [[nodiscard]] bool continuous() const { return parameters_.window == parameters_.interval; }
     /// The opcodes of all commands so far.
     [[nodiscard]] const std::vector<std::uint16_t>& commands() const { return commands_; }
     /// How often a command came.
@@ -43,7 +45,13 @@ private:
 
     Octets answer(std::uint16_t opcode, std::uint8_t status, const Octets& returned = {}) const;
     std::uint8_t perform(std::uint16_t opcode, std::span<const std::uint8_t> parameters);
-    std::uint8_t setParameters(Family family, std::uint8_t type);
+    struct Parameters {
+        std::uint8_t type = 0;
+        std::uint8_t policy = 0;
+        unsigned interval = 0;
+        unsigned window = 0;
+    };
+    std::uint8_t setParameters(Family family, const Parameters& parameters);
     std::uint8_t setEnable(Family family, bool enable, bool filter);
     [[nodiscard]] Octets supportedCommands() const;
     [[nodiscard]] bool reports() const;
@@ -55,7 +63,7 @@ private:
     bool hostHasLowEnergy_ = false;
     Family family_ = Family::none;
     bool parametersSet_ = false;
-    bool passive_ = false;
+    Parameters parameters_;
     bool scans_ = false;
     bool filters_ = false;
     std::set<DeviceAddress> reported_;

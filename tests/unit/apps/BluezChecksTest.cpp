@@ -51,6 +51,12 @@ TEST_F(BluezChecks, AnAbsentDaemonIsAFault) {
     EXPECT_TRUE(checkPower(machine_).empty());
 }
 
+TEST_F(BluezChecks, ADaemonThatTheBusCanStartIsRemarkedUpon) {
+    withoutDaemon();
+    machine_.reading.atHand = true;
+    EXPECT_TRUE(says(checkDaemon(machine_).at(0), Level::remark, "the bus starts it", "systemctl enable"));
+}
+
 TEST_F(BluezChecks, APolicyThatForbidsIsAFault) {
     EXPECT_EQ(checkPolicy(machine_).at(0).level, Level::good);
     machine_.reading.adapters.clear();

@@ -65,10 +65,10 @@ TEST(Checks, TheRadioStringTellsTheWay) {
     EXPECT_EQ(wayOf("replay:hci.btsnoop"), noWay);
 }
 
-TEST(AutomaticRadio, IsBluezWhereTheBusHasItElseTheFirstControllerElseNone) {
+TEST(Facts, TheAutomaticRadioIsThatOfThePlatform) {
     FakeMachine machine = goodMachine();
     EXPECT_EQ(automaticRadio(machine), "bluez");
-    machine.reading.bluetoothd = false;
+    machine.reading = {};
     machine.kernel.adapters = {controller(2), controller(3)};
     EXPECT_EQ(automaticRadio(machine), "hci:2");
     EXPECT_EQ(automaticRadio(FakeMachine()), "none");

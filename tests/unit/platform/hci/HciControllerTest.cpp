@@ -82,6 +82,16 @@ TEST_F(HciControllerTest, TellsAControllerOfBothKindsThatItsHostHasLowEnergy) {
     EXPECT_TRUE(fake.hear({}));
 }
 
+TEST_F(HciControllerTest, ScansWithoutAPause) {
+    for (const bool extended : {false, true}) {
+        fake.extended = extended;
+        start();
+        scan(true);
+        EXPECT_TRUE(fake.scans());
+        EXPECT_TRUE(fake.continuous());
+    }
+}
+
 TEST_F(HciControllerTest, ScansPassivelyWithDuplicates) {
     start();
     EXPECT_EQ(commandsOf([&] { scan(true); }), (Opcodes{hci::leSetScanParameters, hci::leSetScanEnable}));

@@ -170,6 +170,20 @@ TEST_F(HciRecovery, LeavesAControllerAloneThatIsOfNoUse) {
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
 }
 
+TEST_F(HciRecovery, DoesNotJoinPiecesFromBeforeALossToThoseAfterIt) {
+    machine.controller([](FakeController& controller) { controller.extended = true; });
+    scan();
+    machine.send(hex("04") + extendedEvent({{.type = 0x20, .data = hex("05 09 51 58")}}));
+    settle();
+    machine.breakSockets(EPIPE);
+    settle();
+    pass(1s);
+    machine.send(hex("04") + extendedEvent({{.type = 0x00, .data = hex("03 09 30 31")}}));
+    settle();
+    ASSERT_EQ(reports.size(), 1U);
+    EXPECT_EQ(reports[0].name, "01");
+}
+
 TEST_F(HciRecovery, SurvivesAWriteThatFails) {
     machine.failWrites(ENETDOWN);
     scan();
