@@ -109,7 +109,7 @@ private:
 
     bool startScanning(const Trace& trace);
     bool armCalibration(const Trace& trace, Text MACAddr, const std::shared_ptr<ActionAreaSamples>& samples);
-    void awaitSamples(const ActionAreaSamples& samples);
+    void awaitSamples();
 
     void discover(const Trace& trace, const CBPeripheral& peripheral, const AdvertisementData& advertisementData,
                   std::int32_t RSSI);
@@ -137,6 +137,7 @@ private:
 
     // A calibration arms these under `_lockStartScanFlag`; the handler reads them under `_lockCalibrateActionAreaFlag`.
     std::atomic<bool> toCalibrateActionArea{false};
+    std::atomic<bool> isEnoughDataForActionArea{false};
     AtomicShared<const std::string> macAddrForActionArea;
     AtomicShared<ActionAreaSamples> rssiDataForActionArea;
 

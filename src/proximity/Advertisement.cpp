@@ -67,10 +67,13 @@ bool Manager::sampleForCalibration(const Trace& trace, std::string_view address,
         return true;
     }
     const auto samples = rssiDataForActionArea.load();
-    if (samples == nullptr || samples->isEnough()) return true;
+    if (samples == nullptr || isEnoughDataForActionArea.load()) return true;
     trace.process("isEnoughDataForActionArea == NO, ", false);
     samples->append(RSSI);
-    if (samples->isEnough()) trace.process("rssiDataForActionArea.count >= 15, ", samples->count());
+    if (samples->isEnough()) {
+        trace.process("rssiDataForActionArea.count >= 15, ", samples->count());
+        isEnoughDataForActionArea.store(true);
+    }
     return true;
 }
 

@@ -26,7 +26,7 @@ std::int32_t Manager::calibrateActionArea(Text MACAddr) {
         trace.end("", MACAddr, ", -> ", kQXInvalidRSSI);
         return kQXInvalidRSSI;
     }
-    awaitSamples(*samples);
+    awaitSamples();
     stopScan();
     {
         const NSLockGuard guard(_lockCalibrateActionAreaFlag);
@@ -52,6 +52,7 @@ bool Manager::armCalibration(const Trace& trace, Text MACAddr, const std::shared
     macAddrForActionArea.store(MACAddr ? std::make_shared<const std::string>(*MACAddr) : nullptr);
     rssiDataForActionArea.store(samples);
     toCalibrateActionArea.store(true);
+    isEnoughDataForActionArea.store(false);
     if (auto* central = manager.load()) {
         central->scanForPeripheralsWithServices(std::nullopt, ScanOptions{.allowDuplicates = true});
     }
@@ -59,14 +60,14 @@ bool Manager::armCalibration(const Trace& trace, Text MACAddr, const std::shared
     return true;
 }
 
-// Each calibration looks at samples of its own, so that one whose end overlaps the next one's start can neither be cut
-// short by it nor answer with its readings.
-void Manager::awaitSamples(const ActionAreaSamples& samples) {
+// One that was stopped while it waited leaves early when the next one has all its samples: there is one flag for all.
+// Each answers by samples of its own, never with another's.
+void Manager::awaitSamples() {
     for (int pass = 0; pass < passes; ++pass) {
         bool enough = false;
         {
             const NSLockGuard guard(_lockCalibrateActionAreaFlag);
-            enough = samples.isEnough();
+            enough = isEnoughDataForActionArea.load();
         }
         if (enough) return;
         platform_.usleep(pause);

@@ -108,6 +108,7 @@ private:
     std::optional<int> restartTimer_;
     std::optional<int> sweepTimer_;
     bool toCalibrate_ = false;
+    bool isEnough_ = false;
     Text calibratedAddress_;
     std::shared_ptr<Samples> samples_;
 

@@ -177,10 +177,12 @@ bool ModelManager::consumedByCalibration(ModelOperation& op, const std::string& 
                    shown(calibratedAddress_));
         return true;
     }
-    if (samples_->size() >= 15) return true;
+    if (isEnough_) return true;
     op.process("isEnoughDataForActionArea == NO, 0");
     samples_->push_back(RSSI);
-    if (samples_->size() >= 15) op.process("rssiDataForActionArea.count >= 15, 15");
+    if (samples_->size() < 15) return true;
+    op.process("rssiDataForActionArea.count >= 15, 15");
+    isEnough_ = true;
     return true;
 }
 
@@ -272,6 +274,7 @@ bool ModelManager::arm(ModelOperation& op, const Text& MACAddr, const std::share
     calibratedAddress_ = MACAddr;
     samples_ = samples;
     toCalibrate_ = true;
+    isEnough_ = false;
     centralScan(false);
     scanStart_ = true;
     return true;
@@ -288,7 +291,7 @@ std::int32_t ModelManager::calibrateActionArea(const Text& MACAddr) {
     }
     for (int pass = 0; pass < 14; ++pass) {
         { const ModelLock lock(world_, calibrationLock); }
-        if (samples->size() >= 15) break;
+        if (isEnough_) break;
         world_.sleep(second / 2);
     }
     stopScan();

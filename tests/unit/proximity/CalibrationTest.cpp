@@ -202,9 +202,10 @@ TEST_F(Calibration, WhoseSamplesWereCutShortDoesNotAnswerWithAnothers) {
     };
     EXPECT_EQ(manager.calibrateActionArea(dongle), 127);
     EXPECT_EQ(second, -40);
+    EXPECT_EQ(platform.sleeps, 2) << "it need not wait any more once the other has enough";
 }
 
-TEST_F(Calibration, WhoseSamplesAreCompleteIsNotCutShortByAnother) {
+TEST_F(Calibration, WhoseSamplesAreCompleteStillGivesThemWhenAnotherWasArmedMeanwhile) {
     std::int32_t second = 0;
     platform.onSleep = [&] {
         if (platform.sleeps != 1) return;
@@ -214,7 +215,7 @@ TEST_F(Calibration, WhoseSamplesAreCompleteIsNotCutShortByAnother) {
     };
     EXPECT_EQ(manager.calibrateActionArea(dongle), -60);
     EXPECT_EQ(second, 127);
-    EXPECT_EQ(platform.sleeps, 1 + 14);
+    EXPECT_EQ(platform.sleeps, 14 + 14) << "the flag that there is enough is the other's now";
 }
 
 TEST_F(Calibration, ThatBeginsInsideAnotherOfTheSameDongleEvaluatesItsOwnSamples) {
