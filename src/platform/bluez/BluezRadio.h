@@ -24,6 +24,8 @@ public:
     BluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, SystemBus& bus,
                const Rfkill& rfkill, std::string adapter, std::function<void()> wake);
 
+    /// What happens next happens at this time; never an earlier one. What is due, and other wishes, wait for `pass`.
+    void setTime(Time now) noexcept { session_.setTime(now); }
     /// The time moves on; never back.
     void pass(Time now);
     /// When `pass` is needed, at the latest.

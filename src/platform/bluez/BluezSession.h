@@ -51,6 +51,11 @@ public:
 
     /// Whether a scan is wanted, from the time of the last `pass` on.
     void want(bool scan) { discovery_.want(scan); }
+    /// What happens next happens at this time; never an earlier one. What is due waits for `pass`.
+    void setTime(Time now) noexcept {
+        now_ = now;
+        discovery_.setTime(now);
+    }
     /// The time moves on; never back. The first call connects.
     void pass(Time now);
     /// When `pass` is needed, at the latest.

@@ -60,6 +60,8 @@ public:
     /// A report has been heard.
     void heard();
 
+    /// What happens next happens at this time; never an earlier one. What is due waits for `pass`.
+    void setTime(Time now) noexcept { now_ = now; }
     /// The time moves on; never back.
     void pass(Time now);
     /// When `pass` is needed, at the latest.

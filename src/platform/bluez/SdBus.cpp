@@ -119,17 +119,18 @@ void SdBus::setDaemon(std::string_view name) {
     listener_->daemonChanged(!daemon_.empty());
 }
 
-bool SdBus::process() {
+bool SdBus::process(bool all) {
     tellFailed();
     if (!bus_) return false;
+    const int most = all ? mostMessages : 1;
     int result = 0;
-    for (int messages = 0; messages < mostMessages; ++messages) {
+    for (int messages = 0; messages < most; ++messages) {
         result = sd_bus_process(bus_.get(), nullptr);
         if (result <= 0 || lost_) break;
     }
     if (result < 0 && !lost_) lost_ = failureOf(result);
     if (!lost_ && sd_bus_is_open(bus_.get()) <= 0) lost_ = Failure{"System.Error", "the connection was closed"};
-    if (!lost_) return result > 0;
+    if (!lost_) return all && result > 0;
     const Failure failure = *lost_;
     disconnect();
     listener_->busLost(failure);
@@ -230,7 +231,9 @@ void SdBus::propertiesChanged(sd_bus_message* signal) {
     const std::string_view name(changed);
     const char* const path = sd_bus_message_get_path(signal);
     if (name == interface::device) {
-        if (readDevice(signal, news_) < 0 || readInvalidated(signal, news_) < 0) return;
+        if (readDevice(signal, news_) < 0) return;
+        // A reading that has just come is not invalid: of a report, this is the half that need not be read.
+        if (!news_.RSSI && readInvalidated(signal, news_) < 0) return;
         listener_->deviceChanged(path, news_);
     } else if (name == interface::adapter) {
         AdapterNews news;

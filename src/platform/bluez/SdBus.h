@@ -36,9 +36,11 @@ public:
     void registerMonitor(const std::string& adapter, Done done) override;
     void unregisterMonitor(const std::string& adapter, Done done) override;
 
-    /// Takes what has come, a bounded number of messages, and tells the listener.
-    /// @return whether there may be more
-    bool process();
+    /// Takes what has come and tells the listener.
+    /// @param all a bounded number of messages, and not one alone. To find that there is no other costs a system call
+    ///            more, which is only well spent where there often is
+    /// @return whether there may be more that waiting does not show
+    bool process(bool all);
     /// What to wait for (`poll`); -1 without a connection.
     [[nodiscard]] int descriptor() const;
     /// Which events to wait for.

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/bluez/SdMessage.h"
 
-#include <array>
 #include <utility>
 
 namespace nearcast::bluez {
@@ -11,17 +10,10 @@ namespace {
 constexpr std::uint16_t dongleCompany = 0xFFFF;
 
 /// Calls `read` for each element of an array of dictionary entries; it reads the entry.
+/// @param array, entry the types, as "{sv}" and "sv"
 template <class Read>
-int readEntries(sd_bus_message* message, const char* entry, Read&& read) {
-    const std::string_view contents(entry);
-    const std::array<char, 16> array = [contents] {
-        std::array<char, 16> text{};
-        text[0] = '{';
-        contents.copy(text.data() + 1, contents.size());
-        text[contents.size() + 1] = '}';
-        return text;
-    }();
-    int result = sd_bus_message_enter_container(message, 'a', array.data());
+int readEntries(sd_bus_message* message, const char* array, const char* entry, Read&& read) {
+    int result = sd_bus_message_enter_container(message, 'a', array);
     if (result < 0) return result;
     while ((result = sd_bus_message_enter_container(message, 'e', entry)) > 0) {
         result = read();
@@ -85,8 +77,9 @@ int readManufacturer(sd_bus_message* message, DeviceNews& news) {
 }
 
 int readManufacturers(sd_bus_message* message, DeviceNews& news) {
-    return readVariant(message, "a{qv}",
-                       [&] { return readEntries(message, "qv", [&] { return readManufacturer(message, news); }); });
+    return readVariant(message, "a{qv}", [&] {
+        return readEntries(message, "{qv}", "qv", [&] { return readManufacturer(message, news); });
+    });
 }
 
 int readServices(sd_bus_message* message, DeviceNews& news) {
@@ -111,7 +104,7 @@ PowerState powerStateOf(std::string_view text) {
 
 template <class Read>
 int readProperties(sd_bus_message* message, Read&& read) {
-    return readEntries(message, "sv", [&] {
+    return readEntries(message, "{sv}", "sv", [&] {
         const char* name = nullptr;
         const int result = sd_bus_message_read_basic(message, 's', &name);
         return result < 0 ? result : read(std::string_view(name));
@@ -165,7 +158,7 @@ int readInterfaces(sd_bus_message* message, std::string_view path, bool listed, 
     bool isAdapter = false;
     bool isDevice = false;
     bool offersMonitors = false;
-    const int result = readEntries(message, "sa{sv}", [&] {
+    const int result = readEntries(message, "{sa{sv}}", "sa{sv}", [&] {
         const char* text = nullptr;
         const int read = sd_bus_message_read_basic(message, 's', &text);
         if (read < 0) return read;
@@ -188,7 +181,7 @@ int readInterfaces(sd_bus_message* message, std::string_view path, bool listed, 
 }
 
 int readObjects(sd_bus_message* message, DeviceNews& news, SystemBusListener& listener) {
-    return readEntries(message, "oa{sa{sv}}", [&] {
+    return readEntries(message, "{oa{sa{sv}}}", "oa{sa{sv}}", [&] {
         const char* path = nullptr;
         const int result = sd_bus_message_read_basic(message, 'o', &path);
         return result < 0 ? result : readInterfaces(message, path, true, news, listener);

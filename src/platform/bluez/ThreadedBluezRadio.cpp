@@ -11,6 +11,13 @@
 
 namespace nearcast::bluez {
 
+namespace {
+
+/// Messages that follow each other this closely have most likely waited for each other.
+constexpr Time crowdedInterval = std::chrono::microseconds(200);
+
+}  // namespace
+
 ThreadedBluezRadio::ThreadedBluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
                                        std::string adapter)
     : RadioParts(console),
@@ -27,19 +34,31 @@ ThreadedBluezRadio::~ThreadedBluezRadio() {
 }
 
 void ThreadedBluezRadio::run() noexcept {
+    bool needed = true;
     while (!ending_.load()) {
         bool more = false;
-        guarded(console(), "the system bus", [&] {
-            pass(SystemClock::now());
-            more = bus.process();
-        });
-        if (!more) wait();
+        guarded(console(), "the system bus", [&] { more = turn(needed); });
+        needed = more || wait();
     }
+}
+
+/// @param needed whether a moment has come, or a wish may have changed
+/// @return whether the bus may have more
+bool ThreadedBluezRadio::turn(bool needed) {
+    const Time now = SystemClock::now();
+    const bool crowded = now - std::exchange(lastTurn_, now) < crowdedInterval;
+    if (needed) {
+        pass(now);
+    } else {
+        setTime(now);
+    }
+    return bus.process(crowded || needed);
 }
 
 /// Until the bus has something, a moment has come or a wish has changed. Of the alarm and the wake-up only what has
 /// happened is touched: each is a system call, and there are a thousand reports a second.
-void ThreadedBluezRadio::wait() noexcept {
+/// @return whether it was more than the bus
+bool ThreadedBluezRadio::wait() noexcept {
     std::optional<Time> next = due();
     if (const auto left = bus.left()) {
         const Time busDue = SystemClock::now() + *left;
@@ -49,9 +68,11 @@ void ThreadedBluezRadio::wait() noexcept {
     alarm_ = next;
     const WakeUp::Found found = wakeUp.wait(bus.descriptor(), bus.events());
     if (found.wake) wakeUp.takeWake();
-    if (!found.alarm) return;
-    wakeUp.takeAlarm();
-    alarm_.reset();
+    if (found.alarm) {
+        wakeUp.takeAlarm();
+        alarm_.reset();
+    }
+    return found.wake || found.alarm;
 }
 
 }  // namespace nearcast::bluez

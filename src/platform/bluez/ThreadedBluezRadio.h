@@ -35,10 +35,12 @@ public:
 
 private:
     void run() noexcept;
-    void wait() noexcept;
+    bool turn(bool needed);
+    bool wait() noexcept;
 
     std::atomic<bool> ending_{false};
-    std::optional<Time> alarm_;  ///< the thread's
+    std::optional<Time> alarm_;  ///< the thread's, as the next one
+    Time lastTurn_{0};
     std::thread thread_;
 };
 
