@@ -20,6 +20,7 @@ constexpr std::uint8_t extendedAdvertisingReport = 0x0D;
 constexpr std::uint8_t anonymous = 0xFF;
 
 constexpr std::size_t longestLegacyData = 31;
+constexpr std::size_t mostParameters = 255;
 constexpr std::size_t longestPiece = 229;  // what 255 octets of parameters leave for data
 
 enum LegacyType : std::uint8_t { nonConnectable = 3, scanResponse = 4 };
@@ -54,6 +55,7 @@ void writeLegacy(const AdvertisingReport& report, Bytes data, const HciEventSink
 
 void writePiece(const AdvertisingReport& report, Bytes piece, bool moreToCome, const HciEventSink& sink) {
     Octets parameters{extendedAdvertisingReport, 1};
+    parameters.reserve(mostParameters);  // GCC 12 sees a write beyond the end where this grows step by step
     const int type = (report.scanResponse ? scanResponseBit : 0) | (moreToCome ? moreToComeBits : 0);
     parameters.push_back(static_cast<std::uint8_t>(type));
     parameters.push_back(0);
