@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/bluez/BackOff.h"
+#include "platform/bluez/Moment.h"
 #include "platform/bluez/SystemBus.h"
 
 #include <cstdint>

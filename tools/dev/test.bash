@@ -36,8 +36,9 @@ run_test() {
     run_stage "scripts" check_scripts
     run_stage "build with g++" build dev
     run_stage "build with clang and the thread sanitizer" build tsan
-    run_stage "build with g++ and the address and undefined-behaviour sanitizers" build asan
-    run_stage "clang-tidy" tools/tidy.py build/dev
+    run_stage "build with clang and the address and undefined-behaviour sanitizers" build asan
+    # The tests are looked at by test-long: all of them take as long as a build.
+    run_stage "clang-tidy" tools/tidy.py build/dev src/ apps/nearcast/ examples/
     run_stage "set up the lab" prepare_lab
     join_builds dev asan tsan
     tell_stages
@@ -71,5 +72,6 @@ run_test_long() {
     run_stage "build with clang and the thread sanitizer" build tsan
     run_stage "threads, again and again" run_ctest build/tsan -R "$threaded" --repeat until-fail:20
     run_test
+    run_stage "clang-tidy, of the tests too" tools/tidy.py build/dev
     run_stage "the lab, all of it" run_ctest build/dev -C long -R '^lab[.](full|long)$'
 }

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/bluez/Moment.h"
+
 #include <algorithm>
-#include <chrono>
 
 namespace nearcast::bluez {
-
-/// A moment of the clock that this module lives by: nanoseconds since an arbitrary start.
-using Time = std::chrono::nanoseconds;
 
 /// Pauses that double from one failure to the next, up to a longest one.
 class BackOff {

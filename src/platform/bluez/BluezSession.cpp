@@ -15,10 +15,6 @@ bool isBelow(std::string_view path, std::string_view adapter) {
     return !adapter.empty() && path.size() > adapter.size() && path.starts_with(adapter) && path[adapter.size()] == '/';
 }
 
-void takeEarlier(std::optional<Time>& earliest, const std::optional<Time>& other) {
-    if (other && (!earliest || *other < *earliest)) earliest = other;
-}
-
 bool takeDue(std::optional<Time>& moment, Time now) {
     if (!moment || now < *moment) return false;
     moment.reset();

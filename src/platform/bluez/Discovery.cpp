@@ -17,10 +17,6 @@ bool isUndecided(const Failure& failure) {
     return failure.name == error::inProgress || failure.name == error::noReply || failure.name == error::timeout;
 }
 
-void takeEarlier(std::optional<Time>& earliest, const std::optional<Time>& other) {
-    if (other && (!earliest || *other < *earliest)) earliest = other;
-}
-
 }  // namespace
 
 void Discovery::want(bool wanted) {

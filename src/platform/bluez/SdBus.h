@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/NSLog.h"
-#include "platform/bluez/BackOff.h"
+#include "platform/bluez/Moment.h"
 #include "platform/bluez/SdBusPointers.h"
 #include "platform/bluez/SdMonitor.h"
 #include "platform/bluez/SystemBus.h"
