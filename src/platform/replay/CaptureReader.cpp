@@ -61,7 +61,7 @@ void CaptureReader::add(const RawReport& raw) {
     recorded.malformed = readReport(raw, recorded.report).has_value();
     if (recorded.report.name) recorded.report.name = wellFormed(*recorded.report.name);
     senders_.complete(recorded.report);
-    ready_.push_back(std::move(recorded));
+    ready_.emplace_back(std::move(recorded));
 }
 
 }  // namespace nearcast
