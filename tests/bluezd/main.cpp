@@ -6,7 +6,9 @@
 #include <cstdio>
 #include <exception>
 
-int main(int argc, char** argv) {
+namespace {
+
+int serve(int argc, char** argv) {
     nearcast::bluezd::DaemonOptions options;
     bool absent = false;
     bool off = false;
@@ -26,11 +28,19 @@ int main(int argc, char** argv) {
     CLI11_PARSE(application, argc, argv);
     options.adapter = !absent;
     options.powered = !off;
+    nearcast::bluezd::Daemon(options).run();
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
     try {
-        nearcast::bluezd::Daemon(options).run();
-        return 0;
+        return serve(argc, argv);
     } catch (const std::exception& problem) {
         std::fprintf(stderr, "bluezd: %s\n", problem.what());
-        return 1;
+    } catch (...) {
+        std::fputs("bluezd: an exception of an unknown kind\n", stderr);
     }
+    return 1;
 }
