@@ -19,7 +19,7 @@ import sys
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
-FOLDERS = ("src", "apps", "examples", "tests", "fuzz")
+FOLDERS = ("src", "apps", "examples", "tests", "fuzz", "bench")
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]', re.MULTILINE)
 SEARCHED = [ROOT / "include", ROOT / "src", ROOT / "tests", ROOT / "apps" / "nearcast"]
 

@@ -73,5 +73,6 @@ run_test_long() {
     run_stage "threads, again and again" run_ctest build/tsan -R "$threaded" --repeat until-fail:20
     run_test
     run_stage "clang-tidy, of the tests too" tools/tidy.py build/dev
+    run_stage "clang-tidy, of the fuzzers" tools/tidy.py build/fuzz fuzz/
     run_stage "the lab, all of it" run_ctest build/dev -C long -R '^lab[.](full|long)$'
 }
