@@ -133,9 +133,8 @@ public:
     /// What to give to `Platform::setTap`. It does not keep this object alive, and does nothing once it is gone.
     [[nodiscard]] std::function<void(const HeardAdvertisement& heard)> tap();
 
-    /// Reads the registry again; call it after devices were registered, removed or given other thresholds. Without the
-    /// call a new device is noticed by its first report, a change of threshold or a removal within ten seconds of
-    /// reports.
+    /// Reads the registry again; call it after devices were given other thresholds. A device that was registered,
+    /// removed or renamed is noticed by its next report, at most once a second.
     void refresh();
     /// Lets time pass: silence, staleness and the end of a dwell time are noticed now. Also asks how the radio is.
     void update();

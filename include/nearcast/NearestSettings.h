@@ -25,17 +25,22 @@ struct NearestSettings {
     /// dB, from 0 to 40. A lead over the present device counts as far as it is larger than this. Raise it where two
     /// devices stand so close together that the choice moves between them.
     double margin = 0;
-    /// dB times seconds, from 0 to 1000. The choice moves once the leads that counted add up to this: at 6, a lead of
-    /// 3 dB above the margin moves it after 2 s, one of 12 dB after half a second. The main setting between a choice
-    /// that is quick (lower) and one that is calm (higher).
-    double patience = 6;
+    /// dB times seconds, from 0 to 1000. The choice moves once the leads that counted add up to this: at 4, a lead of
+    /// 2 dB between close devices moves it after 2 s, one of 8 dB after half a second. The main setting between a
+    /// choice that is quick (lower) and one that is calm (higher).
+    double patience = 4;
+    /// dBm, from -127 to 20. With so strong a signal a device without a threshold of its own is close, and its lead
+    /// counts as it is; 6 dB stronger it counts twice, 6 dB weaker half, as the amplitude of the signal. (Where a
+    /// record has a threshold, that is what close means.) A lead between two devices that are far says little. Lower
+    /// it for dongles that send weakly.
+    double closeSignal = -62;
     /// From 0 (exclusive) to 1. The part of a rise of the raw signal that the level takes over at once. Lower it where
     /// single readings are far too strong.
-    double attack = 0.7;
+    double attack = 1;
     /// Seconds, from 0.1 to 60. The time constant with which the level follows a signal that falls. Fading makes
     /// readings too weak, and never much too strong: a level that falls slowly sees through it. Lower it where users
     /// move fast.
-    double decay = 2;
+    double decay = 3;
     /// Seconds, from 0.5 to 60. A dongle unheard for so long is silent; its device leaves at once. Raise it where
     /// dongles send less than once a second.
     double silence = 5;

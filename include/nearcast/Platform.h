@@ -2,6 +2,7 @@
 #pragma once
 
 #include <nearcast/Export.h>
+#include <nearcast/HeardAdvertisement.h>
 #include <nearcast/RadioHealth.h>
 
 #include <functional>
@@ -68,6 +69,13 @@ public:
 
     /// How the radio is at this moment; before the manager is made, that no radio has been opened. From any thread.
     static RadioHealth radioHealth();
+
+    /// Sets what hears every advertisement as the radio does, before it is smoothed and before any filter; an empty one
+    /// ends it. There is one tap in a process. It is called on the radio's thread, one call at a time, with no lock
+    /// held, before the manager hears of the advertisement; a call that is under way may still reach the previous one.
+    /// What it throws ends on the console.
+    /// @throws std::logic_error before a platform is chosen
+    static void setTap(std::function<void(const HeardAdvertisement& heard)> tap);
 
     /// The platform's time in seconds, from an arbitrary start; it never goes back and runs through suspend.
     static double now();

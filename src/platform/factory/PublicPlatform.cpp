@@ -7,8 +7,16 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <stdexcept>
+#include <utility>
 
 namespace nearcast {
+
+namespace {
+
+double secondsOf(NSDate date) { return std::chrono::duration<double>(date.sinceStart()).count(); }
+
+}  // namespace
 
 void Platform::choose(const PlatformOptions& options) { choosePlatform(openPlatform(options)); }
 
@@ -35,6 +43,21 @@ RadioHealth Platform::radioHealth() {
     return health;
 }
 
-double Platform::now() { return std::chrono::duration<double>(currentPlatform().date().sinceStart()).count(); }
+void Platform::setTap(std::function<void(const HeardAdvertisement& heard)> tap) {
+    RadioMonitor* const monitor = findMonitor();
+    if (monitor == nullptr) throw std::logic_error("no platform has been chosen");
+    if (!tap) return monitor->setTap({});
+    monitor->setTap([tap = std::move(tap)](const AdvertisingReport& report, NSDate at, bool wanted) {
+        HeardAdvertisement heard;
+        if (report.name) heard.name = *report.name;
+        if (report.manufacturerData) heard.manufacturerData = *report.manufacturerData;
+        heard.RSSI = report.RSSI;
+        heard.wanted = wanted;
+        heard.at = secondsOf(at);
+        tap(heard);
+    });
+}
+
+double Platform::now() { return secondsOf(currentPlatform().date()); }
 
 }  // namespace nearcast

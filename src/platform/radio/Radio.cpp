@@ -47,8 +47,9 @@ bool Radio::wanted(const AdvertisingReport& report) const {
 }
 
 void Radio::deliver(const AdvertisingReport& report) {
-    monitor_.heard(report);
-    if (!wanted(report)) return;
+    const bool wanted = this->wanted(report);
+    monitor_.heard(report, wanted);
+    if (!wanted) return;
     CBPeripheral peripheral;
     if (report.name) peripheral.name = *report.name;
     AdvertisementData data;

@@ -69,7 +69,7 @@ void RadioMonitor::noteRestart() {
     tell();
 }
 
-void RadioMonitor::heard(const AdvertisingReport& report) {
+void RadioMonitor::heard(const AdvertisingReport& report, bool wanted) {
     const NSDate now = clock_();
     {
         const MutexLock lock(mutex_);
@@ -78,7 +78,7 @@ void RadioMonitor::heard(const AdvertisingReport& report) {
         ++counts_[static_cast<std::size_t>(second_) % counts_.size()];
     }
     const auto tap = tap_.load();
-    if (tap) guarded(console_, "what the radio hears", [&] { (*tap)(report, now); });
+    if (tap) guarded(console_, "what the radio hears", [&] { (*tap)(report, now, wanted); });
 }
 
 void RadioMonitor::tell() {

@@ -24,8 +24,9 @@ class RadioMonitor {
 public:
     using Clock = std::function<NSDate()>;
     using HealthChanged = std::function<void(const RadioHealth& health)>;
-    /// @param at when it was heard
-    using Tap = std::function<void(const AdvertisingReport& report, NSDate at)>;
+    /// @param at     when it was heard
+    /// @param wanted whether it passes the filter of the scan that runs
+    using Tap = std::function<void(const AdvertisingReport& report, NSDate at, bool wanted)>;
 
     /// @param console where exceptions of listeners go; lives longer
     /// @param clock   from any thread
@@ -48,7 +49,7 @@ public:
     void noteState(CBManagerState state, std::string why);
     /// The scan was begun again without the application asking.
     void noteRestart();
-    void heard(const AdvertisingReport& report);
+    void heard(const AdvertisingReport& report, bool wanted);
     /// @}
 
 private:

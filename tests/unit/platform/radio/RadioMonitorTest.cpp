@@ -18,7 +18,7 @@ class RadioMonitorTest : public testing::Test {
 protected:
     void pass(NSDate::Duration duration) { now += duration; }
     void hear(int reports) {
-        for (int i = 0; i < reports; ++i) monitor.heard(AdvertisingReport());
+        for (int i = 0; i < reports; ++i) monitor.heard(AdvertisingReport(), true);
     }
     /// So many reports in each of so many seconds.
     void hearFor(int seconds, int reports) {
@@ -165,17 +165,25 @@ TEST_F(RadioMonitorTest, PutsWhatAListenerThrowsOnTheConsole) {
 TEST_F(RadioMonitorTest, GivesEachReportToTheTapWithItsTime) {
     std::vector<std::pair<std::int32_t, NSDate::Duration>> tapped;
     monitor.setTap(
-        [&](const AdvertisingReport& report, NSDate at) { tapped.emplace_back(report.RSSI, at.sinceStart()); });
+        [&](const AdvertisingReport& report, NSDate at, bool) { tapped.emplace_back(report.RSSI, at.sinceStart()); });
     AdvertisingReport report;
     report.RSSI = -50;
-    monitor.heard(report);
+    monitor.heard(report, true);
     monitor.setTap(nullptr);
-    monitor.heard(report);
+    monitor.heard(report, true);
     EXPECT_EQ(tapped, (std::vector<std::pair<std::int32_t, NSDate::Duration>>{{-50, 100s}}));
 }
 
+TEST_F(RadioMonitorTest, TellsTheTapWhatTheScanWants) {
+    std::vector<bool> tapped;
+    monitor.setTap([&](const AdvertisingReport&, NSDate, bool wanted) { tapped.push_back(wanted); });
+    monitor.heard(AdvertisingReport(), true);
+    monitor.heard(AdvertisingReport(), false);
+    EXPECT_EQ(tapped, (std::vector<bool>{true, false}));
+}
+
 TEST_F(RadioMonitorTest, PutsWhatTheTapThrowsOnTheConsole) {
-    monitor.setTap([](const AdvertisingReport&, NSDate) { throw std::runtime_error("the disk is full"); });
+    monitor.setTap([](const AdvertisingReport&, NSDate, bool) { throw std::runtime_error("the disk is full"); });
     hear(1);
     ASSERT_EQ(console.lines().size(), 1U);
     EXPECT_NE(console.lines()[0].find("the disk is full"), std::string::npos);

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "nearest/Decision.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace nearcast::nearest {
+
+Decision::Decision(const NearestSettings& settings) : settings_(settings) { settings_.validate(); }
+
+Device* Decision::find(std::string_view MACAddr) {
+    const auto known = byAddress_.find(MACAddr);
+    return known == byAddress_.end() ? nullptr : &devices_[known->second];
+}
+
+void Decision::heard(double at, std::string_view MACAddr, std::int32_t RSSI) {
+    const double now = advance(at);
+    Device* device = find(MACAddr);
+    if (device == nullptr) return;
+    arrive(*device, now);
+    device->hear(now, RSSI, settings_);
+    noteStaleness();
+}
+
+void Decision::reported(double at, std::string_view MACAddr, std::int32_t RSSI) {
+    const double now = advance(at);
+    Device* device = find(MACAddr);
+    if (device == nullptr) return;
+    arrive(*device, now);
+    device->report(now, RSSI, settings_);
+    noteStaleness();
+}
+
+bool Decision::reported(double at, std::string_view portName, std::string_view MACAddr, std::int32_t RSSI) {
+    const Device* device = find(MACAddr);
+    if (device == nullptr ? !portName.empty() : device->portName != portName) return false;
+    reported(at, MACAddr, RSSI);
+    return true;
+}
+
+void Decision::setRadio(double at, bool hears, double since) {
+    const double now = advance(at);
+    if (hears == hears_ && since == radioSince_) return;
+    hears_ = hears;
+    radioSince_ = since;
+    endStale(now);
+    noteStaleness();
+}
+
+void Decision::pass(double at) {
+    const double now = std::max(at, now_);
+    now_ = now;
+    compare(now, now - compared_);
+}
+
+bool Decision::wouldFallSilent(double at) const {
+    return present_ != none && hears_ && isSilent(devices_[present_], std::max(at, now_));
+}
+
+bool Decision::stale() const { return stale_; }
+
+/// Lets time pass up to an event, with the levels from before it.
+double Decision::advance(double at) {
+    now_ = std::max(at, now_);
+    if (const double elapsed = now_ - compared_; elapsed >= step) compare(now_, elapsed);
+    return now_;
+}
+
+/// A device is heard. One that was silent until now begins anew.
+void Decision::arrive(Device& device, double at) {
+    if (device.level && !isSilent(device, at)) return;
+    const auto index = static_cast<Index>(&device - devices_.data());
+    const bool listed = device.level.has_value();
+    device.forget();
+    if (!listed) audible_.push_back(index);
+}
+
+bool Decision::isSilent(const Device& device, double at) const {
+    return at - std::max(device.heardAt, radioSince_) >= settings_.silence;
+}
+
+void Decision::compare(double at, double elapsed) {
+    compared_ = at;
+    if (!hears_) return endStale(at);
+    dropSilent(at);
+    addUpLeads(at, std::min(elapsed, settings_.silence));
+    leave(at);
+    if (present_ == none) {
+        enter(at, NearestRule::entered);
+    } else {
+        follow(at);
+    }
+    noteStaleness();
+}
+
+void Decision::dropSilent(double at) {
+    const bool presentSilent = present_ != none && isSilent(devices_[present_], at);
+    const auto drop = [&](Index index) {
+        if (!isSilent(devices_[index], at)) return false;
+        devices_[index].forget();
+        return true;
+    };
+    audible_.erase(std::remove_if(audible_.begin(), audible_.end(), drop), audible_.end());
+    if (presentSilent) enter(at, NearestRule::silent);
+}
+
+void Decision::addUpLeads(double at, double elapsed) {
+    if (present_ == none) return;
+    constexpr double most = 12;  // dB: a single reading that is far too strong moves nothing by itself
+    const double level = *devices_[present_].level;
+    for (const Index index : audible_) {
+        Device& device = devices_[index];
+        if (index == present_) continue;
+        if (!device.isInside(at, settings_)) {
+            device.evidence = 0;
+            continue;
+        }
+        double lead = std::min(*device.level - level - settings_.margin, most);
+        if (lead > 0) lead *= device.weight();
+        device.evidence = std::max(0.0, device.evidence + lead * elapsed);
+    }
+}
+
+void Decision::leave(double at) {
+    if (present_ == none || at - since_ < settings_.dwell) return;
+    if (devices_[present_].isOutside(at, settings_)) enter(at, NearestRule::left);
+}
+
+/// Chooses the strongest device inside its area, or none.
+void Decision::enter(double at, NearestRule rule) {
+    const Index best = strongestInside(present_, at);
+    if (best != none || present_ != none) choose(best, at, rule);
+}
+
+/// The strongest of those inside, once it has been for long enough: another that has would be left again at once.
+Decision::Index Decision::strongestInside(Index but, double at) const {
+    Index best = none;
+    for (const Index index : audible_) {
+        const Device& device = devices_[index];
+        if (index == but || !device.insideSince || device.heardAt < radioSince_) continue;
+        if (best == none || *device.level > *devices_[best].level) best = index;
+    }
+    return best != none && devices_[best].isInside(at, settings_) ? best : none;
+}
+
+/// Goes over to the strongest of the others once its lead has added up.
+void Decision::follow(double at) {
+    if (at - since_ < settings_.dwell) return;
+    const Index best = strongest(present_);
+    if (best == none) return;
+    const Device& device = devices_[best];
+    if (!device.isInside(at, settings_) || device.evidence < settings_.patience) return;
+    if (*device.level - *devices_[present_].level > settings_.margin) choose(best, at, NearestRule::led);
+}
+
+/// While the radio cannot hear, the choice ends after a time.
+void Decision::endStale(double at) {
+    if (hears_ || present_ == none || at - radioSince_ < settings_.staleFor) return;
+    choose(none, at, NearestRule::blind);
+}
+
+void Decision::choose(Index device, double at, NearestRule rule) {
+    present_ = device;
+    rule_ = rule;
+    since_ = at;
+    stale_ = false;
+    ++changes_;
+    for (const Index index : audible_) devices_[index].evidence = 0;
+    noteStaleness();
+}
+
+void Decision::noteStaleness() {
+    if (present_ == none) return;
+    const Device& device = devices_[present_];
+    const bool stale = !hears_ || device.heardAt < radioSince_;
+    if (stale != stale_) ++changes_;
+    stale_ = stale;
+}
+
+Decision::Index Decision::strongest(Index but) const {
+    Index best = none;
+    for (const Index index : audible_) {
+        if (index == but || devices_[index].heardAt < radioSince_) continue;
+        if (best == none || *devices_[index].level > *devices_[best].level) best = index;
+    }
+    return best;
+}
+
+}  // namespace nearcast::nearest

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "nearest/Device.h"
+
+#include <nearcast/Nearest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace nearcast::nearest {
+
+/// The decision without threads, clock and callbacks: it is told what happens, each with its time in seconds, and has
+/// a choice at every moment. Times that go back count as the latest one known. One thread at a time.
+///
+/// A reading costs a look-up. The devices are compared four times a second at most, those alone that are heard.
+class Decision {
+public:
+    /// How often devices are compared while events come, in seconds.
+    static constexpr double step = 0.25;
+
+    /// @throws std::invalid_argument as `NearestSettings::validate`
+    explicit Decision(const NearestSettings& settings);
+
+    /// @name What happens
+    /// @{
+
+    /// A registry to decide by. Devices that stay (same port, same address) keep what is known of them. Of several
+    /// records with one address the first counts.
+    void setRegistry(double at, const Settings& registry);
+    /// A raw reading in dBm. An address that is not registered is passed over.
+    void heard(double at, std::string_view MACAddr, std::int32_t RSSI);
+    /// A smoothed report of the manager in dBm.
+    void reported(double at, std::string_view MACAddr, std::int32_t RSSI);
+    /// The same, with the port that the manager knows the address by.
+    /// @return false when the registry that is known does not fit it; nothing has happened then
+    bool reported(double at, std::string_view portName, std::string_view MACAddr, std::int32_t RSSI);
+    /// Whether the radio can hear, and since when.
+    void setRadio(double at, bool hears, double since);
+    /// Time passes.
+    void pass(double at);
+    /// @}
+
+    /// Whether the chosen device would leave as silent at that time: a good moment to ask how the radio is.
+    [[nodiscard]] bool wouldFallSilent(double at) const;
+
+    [[nodiscard]] NearestChoice choice() const;
+    /// The chosen device; null: none.
+    [[nodiscard]] const Device* chosen() const { return present_ == none ? nullptr : &devices_[present_]; }
+    [[nodiscard]] bool stale() const;
+    /// Grows with each change of the chosen device or of its staleness.
+    [[nodiscard]] std::uint64_t changes() const noexcept { return changes_; }
+    [[nodiscard]] std::vector<NearestExplanation> explain(double at) const;
+    [[nodiscard]] const NearestSettings& settings() const noexcept { return settings_; }
+
+private:
+    using Index = std::size_t;
+    static constexpr Index none = std::numeric_limits<Index>::max();
+    struct TextHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>{}(text); }
+    };
+
+    Device* find(std::string_view MACAddr);
+    Device fromRecord(const std::string& portName, const SettingRecord& record) const;
+    void restoreChoice(double at, const std::optional<Device>& last);
+
+    double advance(double at);
+    void arrive(Device& device, double at);
+    void compare(double at, double elapsed);
+    void dropSilent(double at);
+    void addUpLeads(double at, double elapsed);
+    void leave(double at);
+    void enter(double at, NearestRule rule);
+    void follow(double at);
+    void endStale(double at);
+    void choose(Index device, double at, NearestRule rule);
+    void noteStaleness();
+
+    [[nodiscard]] bool isSilent(const Device& device, double at) const;
+    [[nodiscard]] Index strongest(Index but) const;
+    [[nodiscard]] Index strongestInside(Index but, double at) const;
+    [[nodiscard]] NearestExplanation explain(const Device& device, double at) const;
+    [[nodiscard]] std::string met(const Device& device, double at) const;
+    [[nodiscard]] std::string missing(const Device& device, double at) const;
+    [[nodiscard]] NearestCandidate candidate(const Device& device) const;
+
+    NearestSettings settings_;
+    std::vector<Device> devices_;  ///< in the registry's order
+    std::unordered_map<std::string, Index, TextHash, std::equal_to<>> byAddress_;
+    std::vector<Index> audible_;  ///< the devices that are not silent, in any order
+
+    double now_ = -std::numeric_limits<double>::infinity();
+    double compared_ = -std::numeric_limits<double>::infinity();  ///< when the devices were compared last
+    bool hears_ = true;
+    double radioSince_ = -std::numeric_limits<double>::infinity();
+
+    Index present_ = none;
+    NearestRule rule_ = NearestRule::noneInside;
+    double since_ = -std::numeric_limits<double>::infinity();  ///< of the choice
+    bool stale_ = false;
+    std::uint64_t changes_ = 0;
+};
+
+}  // namespace nearcast::nearest

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nearcast/NearestSettings.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace nearcast::nearest {
+
+/// One registered device as the decision knows it. A plain value; times in seconds, signals in dBm.
+///
+/// Its level is what is compared: of raw readings, a level that takes over a rise and follows a fall slowly, because
+/// fading makes readings too weak and never much too strong; of smoothed reports, the report itself.
+struct Device {
+    std::string portName;
+    std::string MACAddr;
+    double threshold = 0;
+    double close = 0;  ///< with which signal its lead counts as it is
+
+    std::optional<std::int32_t> raw;
+    std::optional<std::int32_t> smoothed;
+    std::optional<double> level;  ///< nothing: it is silent
+    double rawAt = 0;             ///< when `raw` was heard
+    double heardAt = 0;           ///< when it was heard last, raw or smoothed; stays when it falls silent
+    bool everHeard = false;
+
+    std::optional<double> insideSince;  ///< since when its level has reached the threshold
+    std::optional<double> belowSince;   ///< since when its level has been below the threshold by the hysteresis
+    double evidence = 0;                ///< how far its leads over the chosen device have added up, in dB s
+
+    void hear(double at, std::int32_t RSSI, const NearestSettings& settings);
+    void report(double at, std::int32_t RSSI, const NearestSettings& settings);
+    /// It is silent: nothing of it counts any more.
+    void forget();
+    /// Looks at the threshold again; after each change of the level, the threshold or the settings.
+    void settle(double at, const NearestSettings& settings);
+
+    /// Whether it has been inside its area for the dwell time.
+    [[nodiscard]] bool isInside(double at, const NearestSettings& settings) const;
+    /// Whether it has been outside for the dwell time.
+    [[nodiscard]] bool isOutside(double at, const NearestSettings& settings) const;
+    /// How much a lead of this device counts: 1 where it is close, twice as much for each 6 dB more.
+    [[nodiscard]] double weight() const;
+};
+
+}  // namespace nearcast::nearest
