@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scenario/Playback.h"
 
+#include "nearest/DongleAddress.h"
 #include "platform/json/JSONSerialization.h"
-#include "scenario/DongleOfLine.h"
 #include "scenario/EventWriter.h"
 #include "scenario/Performer.h"
 #include "scenario/PlaybackRecorder.h"
@@ -35,9 +35,10 @@ void registerDonglesOf(const std::vector<Line>& lines, QXNearcastManager& manage
     for (const Line& line : lines) {
         const auto* advertise = std::get_if<Advertise>(&line.action);
         if (advertise == nullptr) continue;
-        auto address = dongleOf(advertise->name, advertise->manufacturerData);
-        if (!address || !known.insert(*address).second) continue;
-        manager.addSettingForPrinterPortName(*address, {}, false, *address, {}, {});
+        nearest::DongleAddress address;
+        if (!address.read({.name = advertise->name, .manufacturerData = advertise->manufacturerData})) continue;
+        if (!known.emplace(address.text()).second) continue;
+        manager.addSettingForPrinterPortName(address.text(), {}, false, address.text(), {}, {});
     }
 }
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scenario/PlaybackRecorder.h"
 
-#include "scenario/DongleOfLine.h"
+#include "nearest/DongleAddress.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace nearcast::scenario {
@@ -98,12 +99,15 @@ std::shared_ptr<QXNearcastManagerDelegate> PlaybackRecorder::delegate(bool disco
 
 void PlaybackRecorder::heard(const CBPeripheral& peripheral, const AdvertisementData& data, std::int32_t RSSI) {
     if (!clock_ || RSSI == noReading) return;
-    const auto address = dongleOf(peripheral.name, data.manufacturerData);
-    if (address) add(Kind::heard, indexOf(*address), RSSI);
+    nearest::DongleAddress address;
+    if (!address.read({.name = peripheral.name, .manufacturerData = data.manufacturerData})) return;
+    add(Kind::heard, indexOf(address.text()), RSSI);
 }
 
 void PlaybackRecorder::radioChanged(CBManagerState state) {
-    if (clock_) add(Kind::radio, PlaybackEvent::noDongle, static_cast<std::int32_t>(state));
+    // Radios of the future may have states beyond these; what they mean is not known either way.
+    const std::int64_t known = std::clamp<std::int64_t>(state, INT32_MIN, INT32_MAX);
+    if (clock_) add(Kind::radio, PlaybackEvent::noDongle, static_cast<std::int32_t>(known));
 }
 
 /// Every start of the manager's is a stop and a start; only between two scans is it a restart.

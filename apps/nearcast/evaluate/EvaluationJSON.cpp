@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "evaluate/EvaluationText.h"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace nearcast::cli {
+
+namespace {
+
+using JSON = nlohmann::ordered_json;
+using nearest::Score;
+
+constexpr double hundred = 100;
+
+JSON rounded(std::optional<double> value) {
+    constexpr double places = 1e4;
+    return value ? JSON(std::round(*value * places) / places) : JSON();
+}
+
+JSON percent(std::optional<double> share) { return share ? rounded(*share * hundred) : JSON(); }
+
+JSON asJSON(const Score& score) {
+    return {{"rightPercent", percent(score.rightOfAll())},
+            {"rightOfAnsweredPercent", percent(score.rightOfAnswered())},
+            {"wrongSwitchesPerMinute", rounded(score.wrongSwitchesPerMinute())},
+            {"medianSecondsToFollow", rounded(score.timeToFollow(0.5))},
+            {"ninetiethSecondsToFollow", rounded(score.timeToFollow(0.9))},
+            {"changes", score.changes},
+            {"neverReached", score.neverReached},
+            {"wrongSwitches", score.wrongSwitches},
+            {"minutes", rounded(score.minutes())}};
+}
+
+JSON asJSON(const NearestSettings& settings) {
+    JSON result = JSON::object();
+    for (const NearestSetting& setting : nearestSettings()) {
+        result[std::string(setting.name)] = settings.*setting.value;
+    }
+    return result;
+}
+
+JSON asJSON(const RuleScores& scores) {
+    JSON result = {{"rule", scores.rule}, {"recordings", JSON::array()}, {"total", asJSON(scores.total)}};
+    for (const Score& score : scores.each) result["recordings"].push_back(asJSON(score));
+    return result;
+}
+
+JSON asJSON(const SweepScores& point, const Evaluation& evaluation) {
+    JSON result = {{"settings", JSON::object()}, {"total", asJSON(point.total)}};
+    for (std::size_t place = 0; place < point.values.size(); ++place) {
+        result["settings"][std::string(evaluation.sweeps[place].setting->name)] = point.values[place];
+    }
+    return result;
+}
+
+}  // namespace
+
+std::string JSONOf(const Evaluation& evaluation) {
+    JSON result = {{"settings", asJSON(evaluation.settings)},
+                   {"recordings", evaluation.recordings},
+                   {"rules", JSON::array()},
+                   {"sweep", JSON::array()}};
+    for (const RuleScores& scores : evaluation.rules) result["rules"].push_back(asJSON(scores));
+    for (const SweepScores& point : evaluation.points) result["sweep"].push_back(asJSON(point, evaluation));
+    return result.dump(-1, ' ', false, JSON::error_handler_t::replace) + "\n";
+}
+
+}  // namespace nearcast::cli
