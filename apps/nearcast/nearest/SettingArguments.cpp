@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <optional>
 #include <stdexcept>
 
@@ -85,7 +86,7 @@ SettingSweep sweepOf(std::string_view argument) {
     requireValid(*sweep.setting, *to);
     for (std::size_t step = 0; step < *steps; ++step) {
         const double part = static_cast<double>(step) / static_cast<double>(*steps - 1);
-        sweep.values.push_back(*from + part * (*to - *from));
+        sweep.values.push_back(std::lerp(*from, *to, part));  // which ends at its end exactly
     }
     return sweep;
 }
