@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "AtomicFile.h"
 #include "Command.h"
+#include "evaluate/Advice.h"
 #include "evaluate/Evaluation.h"
+#include "evaluate/EvaluationPage.h"
 #include "evaluate/EvaluationText.h"
 #include "evaluate/Recordings.h"
-#include "evaluate/Table.h"
 #include "nearest/rules/RuleList.h"
 #include "playback/PlaybackFile.h"
 #include "scenario/LineReader.h"
@@ -29,6 +30,9 @@ struct EvaluateArguments {
     std::vector<std::string> sweeps;
     bool json = false;
     bool listRules = false;
+    bool advise = false;
+    std::string write;
+    std::string html;
 };
 
 int listRules() {
@@ -74,6 +78,20 @@ std::vector<SettingSweep> sweepsOf(const EvaluateArguments& arguments) {
     return sweeps;
 }
 
+int statusOf(const std::vector<JudgedRecording>& recordings) {
+    int status = exitGood;
+    for (const JudgedRecording& recording : recordings) {
+        if (!recording.damage.empty()) status = complain("evaluate", recording.damage, exitFailed);
+    }
+    return status;
+}
+
+void writeFile(const std::string& path, const std::string& content) {
+    AtomicFile file(path);
+    file.write(content);
+    file.commit();
+}
+
 int evaluateRules(const EvaluateArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
     const auto sweeps = sweepsOf(arguments);
@@ -83,18 +101,35 @@ int evaluateRules(const EvaluateArguments& arguments) {
     const Evaluation evaluation = evaluate(recordings, rules, settings, sweeps);
     writeOut(arguments.json ? JSONOf(evaluation) : textOf(evaluation));
     finishOut();
-    int status = exitGood;
-    for (const JudgedRecording& recording : recordings) {
-        if (!recording.damage.empty()) status = complain("evaluate", recording.damage, exitFailed);
-    }
-    return status;
+    if (!arguments.html.empty()) writeFile(arguments.html, pageOf(evaluation));
+    return statusOf(recordings);
+}
+
+/// Writes the settings file as the manager saves it.
+void writeSettings(const std::string& path, Settings registry) {
+    auto& manager = scenario::playbackManager();
+    manager.setSettings(std::move(registry));
+    const auto saved = manager.serializedSettings();
+    if (!saved) throw std::runtime_error(path + ": the settings hold what JSON cannot express");
+    writeFile(path, *saved + "\n");
+}
+
+int adviseThresholds(const EvaluateArguments& arguments) {
+    const NearestSettings settings = settingsOf(arguments.set);
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
+    const auto recordings = playAll(arguments.recordings, arguments.truths, registry);
+    const auto advice = advise(recordings, settings);
+    writeOut(arguments.json ? JSONOf(advice, settings) : textOf(advice));
+    finishOut();
+    if (!arguments.write.empty()) writeSettings(arguments.write, withThresholds(*registry, advice));
+    return statusOf(recordings);
 }
 
 int evaluate(const EvaluateArguments& arguments) {
     if (arguments.listRules) return listRules();
     try {
         if (arguments.recordings.empty()) throw std::invalid_argument("a RECORDING is needed");
-        return evaluateRules(arguments);
+        return arguments.advise ? adviseThresholds(arguments) : evaluateRules(arguments);
     } catch (const std::invalid_argument& error) {
         return complain("evaluate", error.what(), exitUsage);
     } catch (const PlaybackFileError& error) {
@@ -113,24 +148,38 @@ CLI::Option* addRepeated(CLI::App& command, const char* name, std::vector<std::s
     return command.add_option(name, values, help)->allow_extra_args(false)->take_all();
 }
 
+void addInputs(CLI::App& command, EvaluateArguments& arguments) {
+    command.add_option("RECORDING", arguments.recordings,
+                       "Recordings of any kind, or scenarios; options may follow as in 'FILE?as=dongles'");
+    addRepeated(command, "--truth", arguments.truths,
+                "Where the user stood, one for each RECORDING; without it the file beside it, NAME.truth.jsonl")
+        ->type_name("FILE");
+    addRepeated(command, "--set", arguments.set, "A setting of the rule nearest")->type_name("KEY=VALUE");
+}
+
 }  // namespace
 
 void addEvaluate(CLI::App& application, Action& chosen) {
     auto* command = application.add_subcommand("evaluate", "Measure who is nearest on recordings whose truth is known");
     auto arguments = std::make_shared<EvaluateArguments>();
-    command->add_option("RECORDING", arguments->recordings,
-                        "Recordings of any kind, or scenarios; options may follow as in 'FILE?as=dongles'");
-    addRepeated(*command, "--truth", arguments->truths,
-                "Where the user stood, one for each RECORDING; without it the file beside it, NAME.truth.jsonl")
-        ->type_name("FILE");
-    addRepeated(*command, "--rule", arguments->rules, "Only this rule, or these; see --list-rules")->type_name("NAME");
-    command
-        ->add_option("--settings", arguments->settings,
-                     "Registered devices, as the manager saves them; without it every dongle is registered")
-        ->type_name("FILE");
-    addRepeated(*command, "--set", arguments->set, "A setting of the rule nearest")->type_name("KEY=VALUE");
-    addRepeated(*command, "--sweep", arguments->sweeps, "Try values of a setting of the rule nearest; twice: a grid")
-        ->type_name("KEY=FROM..TO[:STEPS]");
+    addInputs(*command, *arguments);
+    auto* settings = command->add_option("--settings", arguments->settings,
+                                         "Registered devices, as the manager saves them; without it every dongle is");
+    settings->type_name("FILE");
+    auto* rule = addRepeated(*command, "--rule", arguments->rules, "Only this rule, or these; see --list-rules");
+    rule->type_name("NAME");
+    auto* sweep = addRepeated(*command, "--sweep", arguments->sweeps,
+                              "Try values of a setting of the rule nearest; given twice: a grid");
+    sweep->type_name("KEY=FROM..TO[:STEPS]");
+    auto* html = command->add_option("--html", arguments->html, "Write charts and tables as a page too");
+    html->type_name("FILE");
+    auto* advise = command->add_flag("--advise", arguments->advise,
+                                     "Propose thresholds; the user stood at one device after another");
+    advise->excludes(rule)->excludes(sweep)->excludes(html);
+    command->add_option("--write", arguments->write, "Write the settings with the proposed thresholds in them")
+        ->type_name("FILE")
+        ->needs(advise)
+        ->needs(settings);
     command->add_flag("--json", arguments->json, "Print one JSON object");
     command->add_flag("--list-rules", arguments->listRules, "Print the rules and what they do");
     command->callback([arguments, &chosen] { chosen = [arguments] { return evaluate(*arguments); }; });

@@ -1,43 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/EvaluationText.h"
-
-#include <cmath>
-#include <nlohmann/json.hpp>
+#include "evaluate/JSONFigures.h"
 
 namespace nearcast::cli {
 
 namespace {
 
-using JSON = nlohmann::ordered_json;
 using nearest::Score;
 
-constexpr double hundred = 100;
-
-JSON rounded(std::optional<double> value) {
-    constexpr double places = 1e4;
-    return value ? JSON(std::round(*value * places) / places) : JSON();
-}
-
-JSON percent(std::optional<double> share) { return share ? rounded(*share * hundred) : JSON(); }
-
 JSON asJSON(const Score& score) {
-    return {{"rightPercent", percent(score.rightOfAll())},
-            {"rightOfAnsweredPercent", percent(score.rightOfAnswered())},
-            {"wrongSwitchesPerMinute", rounded(score.wrongSwitchesPerMinute())},
-            {"medianSecondsToFollow", rounded(score.timeToFollow(0.5))},
-            {"ninetiethSecondsToFollow", rounded(score.timeToFollow(0.9))},
+    return {{"rightPercent", percentJSON(score.rightOfAll())},
+            {"rightOfAnsweredPercent", percentJSON(score.rightOfAnswered())},
+            {"wrongSwitchesPerMinute", roundedJSON(score.wrongSwitchesPerMinute())},
+            {"medianSecondsToFollow", roundedJSON(score.timeToFollow(0.5))},
+            {"ninetiethSecondsToFollow", roundedJSON(score.timeToFollow(0.9))},
             {"changes", score.changes},
             {"neverReached", score.neverReached},
             {"wrongSwitches", score.wrongSwitches},
-            {"minutes", rounded(score.minutes())}};
-}
-
-JSON asJSON(const NearestSettings& settings) {
-    JSON result = JSON::object();
-    for (const NearestSetting& setting : nearestSettings()) {
-        result[std::string(setting.name)] = settings.*setting.value;
-    }
-    return result;
+            {"minutes", roundedJSON(score.minutes())}};
 }
 
 JSON asJSON(const RuleScores& scores) {
@@ -57,7 +37,7 @@ JSON asJSON(const SweepScores& point, const Evaluation& evaluation) {
 }  // namespace
 
 std::string JSONOf(const Evaluation& evaluation) {
-    JSON result = {{"settings", asJSON(evaluation.settings)},
+    JSON result = {{"settings", settingsJSON(evaluation.settings)},
                    {"recordings", evaluation.recordings},
                    {"rules", JSON::array()},
                    {"sweep", JSON::array()}};
