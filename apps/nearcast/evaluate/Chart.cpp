@@ -57,7 +57,9 @@ std::string number(double value) { return decimals(value, 1); }
 /// An element with its attributes, each given as "name", "value".
 std::string open(const std::string& name, std::initializer_list<std::pair<const char*, std::string>> attributes) {
     std::string text = "<" + name;
-    for (const auto& [key, value] : attributes) text.append(" ").append(key).append("=\"").append(value).append("\"");
+    for (const auto& [key, value] : attributes) {
+        if (!value.empty()) text.append(" ").append(key).append("=\"").append(value).append("\"");
+    }
     return text + ">";
 }
 
@@ -70,6 +72,18 @@ std::string lineFrom(double x, double y, double toX, double toY) {
     return open("line",
                 {{"x1", number(x)}, {"y1", number(y)}, {"x2", number(toX)}, {"y2", number(toY)}, {"class", "grid"}}) +
            "</line>\n";
+}
+
+std::string kindOf(const char* part, const ChartSeries& series) {
+    return std::string(part) + (series.emphasised ? " main" : "");
+}
+
+/// From blue to red; how light it is, the page decides.
+std::string styleOf(const ChartSeries& series) {
+    if (!series.shade) return "";
+    constexpr double blue = 215;
+    constexpr double red = 365;
+    return "--main: hsl(" + number(blue + *series.shade * (red - blue)) + " 75% var(--light))";
 }
 
 /// Draws one chart.
@@ -97,6 +111,7 @@ public:
         text += axes();
         for (const ChartSeries& series : chart_.series) text += path(series);
         for (const ChartSeries& series : chart_.series) text += marks(series);
+        keepMarksFree();
         for (const ChartSeries& series : chart_.series) text += name(series);
         return text + "</svg>\n";
     }
@@ -127,20 +142,21 @@ private:
     [[nodiscard]] std::string path(const ChartSeries& series) const {
         if (!series.line) return "";
         std::string points;
-        for (const ChartPoint& point : series.points)
+        for (const ChartPoint& point : series.points) {
             points += number(x_.at(point.x)) + "," + number(y_.at(point.y)) + " ";
-        return open("polyline", {{"points", points}, {"class", series.emphasised ? "curve main" : "curve"}}) +
+        }
+        return open("polyline", {{"points", points}, {"class", kindOf("curve", series)}, {"style", styleOf(series)}}) +
                "</polyline>\n";
     }
 
     [[nodiscard]] std::string marks(const ChartSeries& series) const {
         std::string text;
         for (const ChartPoint& point : series.points) {
-            const std::string radius = series.line ? "3.5" : "5";
             text += open("circle", {{"cx", number(x_.at(point.x))},
                                     {"cy", number(y_.at(point.y))},
-                                    {"r", radius},
-                                    {"class", series.emphasised ? "mark main" : "mark"},
+                                    {"r", series.line ? "3.5" : "5"},
+                                    {"class", kindOf("mark", series)},
+                                    {"style", styleOf(series)},
                                     {"tabindex", "0"},
                                     {"role", "img"},
                                     {"aria-label", escaped(point.tip)}}) +
@@ -149,9 +165,18 @@ private:
         return text;
     }
 
-    /// The name beside the last point, moved down as long as another name is in the way.
+    void keepMarksFree() {
+        constexpr double radius = 5;
+        for (const ChartSeries& series : chart_.series) {
+            for (const ChartPoint& point : series.points) {
+                taken_.push_back({x_.at(point.x) - radius, y_.at(point.y) + radius - 1, 2 * radius});
+            }
+        }
+    }
+
+    /// The name beside the last point, moved down as long as something is in the way.
     std::string name(const ChartSeries& series) {
-        if (series.points.empty()) return "";
+        if (series.points.empty() || series.shade) return "";
         const double x = x_.at(series.points.back().x) + 9;
         double y = y_.at(series.points.back().y) + 4;
         constexpr double letter = 6.2;
@@ -159,8 +184,8 @@ private:
         const auto inTheWay = [&](const Box& box) {
             return x < box.x + box.length && box.x < x + length && std::abs(y - box.y) < lineHeight;
         };
-        while (std::any_of(names_.begin(), names_.end(), inTheWay)) y += lineHeight / 2;
-        names_.push_back({x, y, length});
+        while (std::any_of(taken_.begin(), taken_.end(), inTheWay)) y += lineHeight / 2;
+        taken_.push_back({x, y, length});
         return textAt(x, y, "start", series.emphasised ? "name main" : "name", series.name);
     }
 
@@ -174,7 +199,7 @@ private:
     bool empty_ = true;
     Axis x_;
     Axis y_;
-    std::vector<Box> names_;
+    std::vector<Box> taken_;
 };
 
 }  // namespace
@@ -191,6 +216,48 @@ std::string escaped(const std::string& text) {
         }
     }
     return result;
+}
+
+std::vector<std::string> dropFar(Chart& chart) {
+    constexpr double wider = 2.5;  // times as far along x as what is emphasised
+    constexpr double lower = 15;   // below it
+    double mostX = 0;
+    double leastY = 0;
+    bool known = false;
+    for (const ChartSeries& series : chart.series) {
+        if (!series.emphasised) continue;
+        for (const ChartPoint& point : series.points) {
+            mostX = std::max(mostX, point.x);
+            leastY = known ? std::min(leastY, point.y) : point.y;
+            known = true;
+        }
+    }
+    std::vector<std::string> dropped;
+    const auto far = [&](const ChartSeries& series) {
+        const auto tooFar = [&](const ChartPoint& point) {
+            return point.x > wider * mostX || point.y < leastY - lower;
+        };
+        if (series.emphasised || std::none_of(series.points.begin(), series.points.end(), tooFar)) return false;
+        dropped.push_back(series.name);
+        return true;
+    };
+    if (known) chart.series.erase(std::remove_if(chart.series.begin(), chart.series.end(), far), chart.series.end());
+    return dropped;
+}
+
+std::string legendOf(const Chart& chart) {
+    constexpr std::size_t most = 12;
+    std::vector<const ChartSeries*> shades;
+    for (const ChartSeries& series : chart.series) {
+        if (series.shade) shades.push_back(&series);
+    }
+    std::string text;
+    for (std::size_t place = 0; place < shades.size(); ++place) {
+        // Of very many the first and the last say what lies between.
+        if (shades.size() > most && place != 0 && place + 1 != shades.size()) continue;
+        text += "<li style=\"" + styleOf(*shades[place]) + "\">" + escaped(shades[place]->name) + "</li>";
+    }
+    return text.empty() ? "" : "<ul class=\"legend\">" + text + "</ul>\n";
 }
 
 std::string SVGOf(const Chart& chart) { return Drawing(chart).text(); }

@@ -93,33 +93,53 @@ void addPoint(ChartSeries& series, const Along& along, const std::string& what, 
     if (x && y) series.points.push_back({*x, *y * hundred, tipOf(what, score)});
 }
 
-/// One line for each value of the first of two settings, else one line.
+/// The setting's name and value.
+std::string nameOf(const Evaluation& evaluation, std::size_t sweep, double value) {
+    return std::string(evaluation.sweeps[sweep].setting->name) + " " + shortest(value);
+}
+
+/// A curve; of two settings one for each value of the first.
 void addSweep(Chart& chart, const Evaluation& evaluation, const Along& along) {
-    for (const SweepScores& point : evaluation.points) {
-        const bool grid = point.values.size() == 2;
-        const std::string first = std::string(evaluation.sweeps[0].setting->name) + " " + shortest(point.values[0]);
-        const std::string name = grid ? first : std::string(evaluation.sweeps[0].setting->name);
-        if (chart.series.empty() || chart.series.back().name != name) chart.series.push_back({name, true, true, {}});
-        std::string what = first;
-        if (grid) what += ", " + std::string(evaluation.sweeps[1].setting->name) + " " + shortest(point.values[1]);
-        addPoint(chart.series.back(), along, what, point.total);
+    if (evaluation.sweeps.empty()) return;
+    const bool grid = evaluation.sweeps.size() == 2;
+    const std::size_t curves = grid ? evaluation.sweeps[0].values.size() : 1;
+    const std::size_t points = evaluation.points.size() / curves;
+    for (std::size_t curve = 0; curve < curves; ++curve) {
+        ChartSeries series{std::string(evaluation.sweeps[0].setting->name), true, true, {}, {}};
+        if (grid) {
+            series.name = nameOf(evaluation, 0, evaluation.sweeps[0].values[curve]);
+            series.shade = static_cast<double>(curve) / static_cast<double>(curves - 1);
+        }
+        for (std::size_t place = curve * points; place < (curve + 1) * points; ++place) {
+            const SweepScores& point = evaluation.points[place];
+            std::string what = nameOf(evaluation, 0, point.values[0]);
+            if (grid) what += ", " + nameOf(evaluation, 1, point.values[1]);
+            addPoint(series, along, what, point.total);
+        }
+        chart.series.push_back(std::move(series));
     }
+}
+
+std::string chartOf(const Evaluation& evaluation, const Along& along) {
+    Chart chart{along.title, along.name, "time right, %", {}};
+    for (const RuleScores& scores : evaluation.rules) {
+        ChartSeries series{scores.rule, false, scores.rule == nearest::nearestRuleName, {}, {}};
+        addPoint(series, along, scores.rule, scores.total);
+        chart.series.push_back(std::move(series));
+    }
+    addSweep(chart, evaluation, along);
+    std::string far;
+    for (const std::string& name : dropFar(chart)) far += (far.empty() ? "" : ", ") + name;
+    const std::string picture = SVGOf(chart);
+    if (picture.empty()) return "";
+    std::string text = "<figure><figcaption>" + escaped(chart.title) + "</figcaption>\n" + picture + legendOf(chart);
+    if (!far.empty()) text += "<p class=\"far\">Too far away to be shown: " + escaped(far) + ".</p>\n";
+    return text + "</figure>\n";
 }
 
 std::string charts(const Evaluation& evaluation) {
     std::string text;
-    for (const Along& along : alongs) {
-        Chart chart{along.title, along.name, "time right, %", {}};
-        for (const RuleScores& scores : evaluation.rules) {
-            ChartSeries series{scores.rule, false, scores.rule == nearest::nearestRuleName, {}};
-            addPoint(series, along, scores.rule, scores.total);
-            chart.series.push_back(std::move(series));
-        }
-        addSweep(chart, evaluation, along);
-        const std::string picture = SVGOf(chart);
-        if (!picture.empty())
-            text += "<figure><figcaption>" + escaped(chart.title) + "</figcaption>\n" + picture + "</figure>\n";
-    }
+    for (const Along& along : alongs) text += chartOf(evaluation, along);
     return text.empty() ? "" : "<div class=\"charts\">\n" + text + "</div>\n";
 }
 

@@ -5,9 +5,9 @@ namespace nearcast::cli {
 
 const std::string_view pageStyle = R"css(
 :root { color-scheme: light dark; --ink: #1c2430; --paper: #fcfcfb; --faint: #5c6675; --rule: #dde1e6;
-  --main: #0b62c4; --other: #8a5a00; --tip: #1c2430; --on-tip: #fff; }
+  --main: #0b62c4; --light: 42%; --other: #8a5a00; --tip: #1c2430; --on-tip: #fff; }
 @media (prefers-color-scheme: dark) {
-  :root { --ink: #e6e9ee; --paper: #14181e; --faint: #a3acb9; --rule: #333b46; --main: #6db3ff; --other: #e2b04a;
+  :root { --ink: #e6e9ee; --paper: #14181e; --faint: #a3acb9; --rule: #333b46; --main: #6db3ff; --light: 68%; --other: #e2b04a;
     --tip: #e6e9ee; --on-tip: #14181e; }
 }
 body { font: 15px/1.5 system-ui, sans-serif; color: var(--ink); background: var(--paper); margin: 0 auto;
@@ -27,6 +27,10 @@ svg text.main { fill: var(--main); font-weight: 600; }
 .mark { fill: var(--other); stroke: var(--paper); stroke-width: 1.5; cursor: pointer; }
 .mark.main { fill: var(--main); }
 .mark:focus-visible { outline: 2px solid var(--ink); outline-offset: 2px; }
+.legend { display: flex; flex-wrap: wrap; gap: .1rem 1rem; list-style: none; margin: 0; padding: 0; font-size: 13px; }
+.legend li::before { content: ""; display: inline-block; width: .7rem; height: .7rem; border-radius: 50%;
+  margin-right: .35rem; background: var(--main); }
+.far { color: var(--faint); font-size: 13px; margin: .25rem 0; }
 .wide { overflow-x: auto; }
 table { border-collapse: collapse; font-variant-numeric: tabular-nums; }
 th, td { padding: .2rem .75rem; text-align: right; border-bottom: 1px solid var(--rule); white-space: nowrap; }
