@@ -39,11 +39,12 @@ bool Decision::reported(double at, std::string_view portName, std::string_view M
 }
 
 void Decision::setRadio(double at, bool hears, double since) {
-    const double now = advance(at);
+    // The devices are not compared before it is known: nobody is silent whom the radio could not hear.
+    now_ = std::max(at, now_);
     if (hears == hears_ && since == radioSince_) return;
     hears_ = hears;
     radioSince_ = since;
-    endStale(now);
+    endStale(now_);
     noteStaleness();
 }
 
