@@ -89,7 +89,6 @@ private:
     [[nodiscard]] NearestExplanation explain(const Device& device, double at) const;
     [[nodiscard]] std::string met(const Device& device, double at) const;
     [[nodiscard]] std::string missing(const Device& device, double at) const;
-    [[nodiscard]] NearestCandidate candidate(const Device& device) const;
 
     NearestSettings settings_;
     std::vector<Device> devices_;  ///< in the registry's order
