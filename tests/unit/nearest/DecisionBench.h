@@ -27,6 +27,7 @@ inline NearestSettings plainSettings() {
     settings.margin = 2;
     settings.patience = 6;
     settings.closeSignal = -60;
+    settings.anticipation = 0;
     settings.silence = 5;
     settings.staleFor = 30;
     return settings;

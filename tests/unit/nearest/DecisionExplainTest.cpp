@@ -56,7 +56,7 @@ TEST(DecisionExplainTest, SaysHowFarADeviceIsBehindTheChosenOne) {
 
 TEST(DecisionExplainTest, SaysHowFarALeadHasAddedUp) {
     DecisionBench bench(plainSettings(), std::nullopt);
-    bench.both(0, 1, -55, -60);
+    bench.both(0, 1, -60, -61);
     bench.both(1.25, 2.25, -66, -60);
     EXPECT_EQ(ofTill(bench, 2.25).met, "inside for 2.3 s, leads by 6 dB (4 of 6 dB s)");
     EXPECT_EQ(ofTill(bench, 2.25).missing, "2 dB s of lead");

@@ -10,7 +10,7 @@ namespace {
 /// The bar's device is chosen at 1 s. Neither has a threshold: both are inside wherever they are heard.
 DecisionBench atTheBar(const NearestSettings& settings = plainSettings(), std::optional<std::int32_t> threshold = {}) {
     DecisionBench bench(settings, threshold);
-    bench.both(0, 0.75, -58, -60);
+    bench.both(0, 0.75, -60, -61);
     bench.both(1, 1, -60, -60);
     return bench;
 }
@@ -42,11 +42,36 @@ TEST(DecisionLeadTest, MovesSoonerForALargerLead) {
     EXPECT_EQ(bench.at(3.5), "Till");
 }
 
-TEST(DecisionLeadTest, CountsALeadTwiceWhereTheLeaderIsSixDecibelsStrongerThanClose) {
-    DecisionBench bench = atTheBar();
-    bench.both(2, 2.5, -60, -54);  // 4 dB above the margin, twice: 6 dB s after 0.75 s
-    EXPECT_EQ(bench.at(2.74), "Bar");
-    EXPECT_EQ(bench.at(2.75), "Till");
+/// When the till is chosen, in seconds after it took the lead by 5 dB at a signal of -75 dBm.
+double patienceFarAway(double quietSeconds) {
+    NearestSettings settings = plainSettings();
+    settings.closeTime = 10;
+    DecisionBench bench(settings, std::nullopt);
+    bench.both(0, quietSeconds, -75, -76);
+    double at = quietSeconds;
+    while (at < quietSeconds + 100 && bench.at(at) == "Bar") {
+        at += 0.25;
+        bench.both(at, at, -80, -75);
+    }
+    return at - quietSeconds;
+}
+
+TEST(DecisionLeadTest, LearnsWhatIsCloseFromTheStrongestSignal) {
+    EXPECT_GT(patienceFarAway(1), 4);
+    EXPECT_LE(patienceFarAway(100), 2.5);
+}
+
+TEST(DecisionLeadTest, LooksAheadAtALevelThatRises) {
+    const auto seconds = [](double anticipation) {
+        NearestSettings settings = plainSettings();
+        settings.anticipation = anticipation;
+        DecisionBench bench(settings, std::nullopt);
+        bench.both(0, 4, -60, -64);
+        double at = 4;
+        for (; bench.at(at) == "Bar"; at += 0.25) bench.both(at, at, -63, -60);
+        return at - 4;
+    };
+    EXPECT_LT(seconds(0.5), seconds(0));
 }
 
 TEST(DecisionLeadTest, CountsALeadOfTwelveDecibelsAtMost) {
@@ -60,7 +85,7 @@ TEST(DecisionLeadTest, CountsALeadOfTwelveDecibelsAtMost) {
 TEST(DecisionLeadTest, TakesBackWhatAddedUpWhileTheOtherIsBehind) {
     DecisionBench bench = atTheBar();
     bench.both(2, 3, -64, -60);     // 2 dB above the margin for 1.25 s
-    bench.both(3.25, 5, -58, -60);  // 4 dB below it
+    bench.both(3.25, 5, -60, -66);  // 8 dB below it
     bench.both(5.25, 7.75, -64, -60);
     EXPECT_EQ(bench.at(8), "Bar");
     EXPECT_EQ(bench.at(8.25), "Till");

@@ -53,18 +53,29 @@ TEST(DeviceTest, DecidesByReportsAgainOnceRawReadingsHaveEnded) {
     EXPECT_EQ(device.level, -60);
 }
 
-TEST(DeviceTest, WeighsALeadByTheAmplitudeWithinBounds) {
+TEST(DeviceTest, WeighsALeadByThePowerWithinBounds) {
     Device device;
-    device.close = -62;
     const auto weight = [&](double level) {
         device.level = level;
-        return device.weight();
+        device.trail = level;
+        return device.weight(-60, {});
     };
-    EXPECT_EQ(weight(-62), 1);
-    EXPECT_EQ(weight(-56), 2);
-    EXPECT_EQ(weight(-68), 0.5);
-    EXPECT_EQ(weight(-20), 4);
-    EXPECT_EQ(weight(-100), 0.125);
+    EXPECT_EQ(weight(-60), 1);
+    EXPECT_EQ(weight(-57), 2);
+    EXPECT_EQ(weight(-63), 0.5);
+    EXPECT_EQ(weight(-20), 8);
+    EXPECT_EQ(weight(-100), 0.0625);
+}
+
+TEST(DeviceTest, ExpectsALevelThatRoseToRiseOn) {
+    NearestSettings settings;
+    settings.anticipation = 0.5;
+    settings.decay = 2;
+    Device device;
+    device.hear(0, -70, settings);
+    EXPECT_EQ(device.expected(settings), -70);
+    device.hear(2, -60, settings);
+    EXPECT_NEAR(device.expected(settings), -60 + 0.5 * 10 * std::exp(-1.0), 1e-12);
 }
 
 }  // namespace
