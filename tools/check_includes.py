@@ -67,7 +67,7 @@ RULES = {
     "src/platform/bluez": rule(PARTS + ["platform/system"], os=True, third_party=["systemd"]),
     "src/platform/hci": rule(PARTS + ["platform/system"], os=True),
     "src/platform/factory": rule(PARTS + BACK_ENDS, os=True),  # the one place that knows the back ends
-    "src/scenario": rule(PARTS + ["platform/virtual"]),
+    "src/scenario": rule(PARTS + ["platform/virtual", "nearest"]),  # rules are told what a recording holds
     "apps": rule(["*"], os=True, third_party=THIRD_PARTY),
     # They see the library as its users do.
     "examples": rule(os=True),

@@ -36,6 +36,7 @@ int runChosen(int argc, char** argv) {
     addRun(application, chosen);
     addImport(application, chosen);
     addScene(application, chosen);
+    addEvaluate(application, chosen);
     addRadios(application, chosen);
     addDoctor(application, chosen);
     try {

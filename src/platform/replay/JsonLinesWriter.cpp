@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/replay/RecordingWriter.h"
-#include "scenario/Line.h"
 
 #include <utility>
 
@@ -39,10 +38,12 @@ private:
 
 }  // namespace
 
-std::string recordedLine(RecordedItem item) {
+scenario::Line lineOf(RecordedItem item) {
     const auto at = timeOf(item);
-    return scenario::writeLine({at, std::visit([](auto& one) { return actionOf(std::move(one)); }, item)});
+    return {at, std::visit([](auto& one) { return actionOf(std::move(one)); }, item)};
 }
+
+std::string recordedLine(RecordedItem item) { return scenario::writeLine(lineOf(std::move(item))); }
 
 std::unique_ptr<RecordingWriter> makeJsonLinesWriter(RecordingWriter::Out out) {
     return std::make_unique<JsonLinesWriter>(std::move(out));

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "AtomicFile.h"
+#include "Command.h"
+#include "evaluate/Advice.h"
+#include "evaluate/Evaluation.h"
+#include "evaluate/EvaluationPage.h"
+#include "evaluate/EvaluationText.h"
+#include "evaluate/Recordings.h"
+#include "nearest/rules/RuleList.h"
+#include "playback/PlaybackFile.h"
+#include "scenario/LineReader.h"
+#include "watch/SettingsFile.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <stdexcept>
+
+namespace nearcast::cli {
+
+namespace {
+
+constexpr std::size_t mostPoints = 10'000;
+
+struct EvaluateArguments {
+    std::vector<std::string> recordings;
+    std::vector<std::string> truths;
+    std::vector<std::string> rules;
+    std::string settings;
+    std::vector<std::string> set;
+    std::vector<std::string> sweeps;
+    bool json = false;
+    bool listRules = false;
+    bool advise = false;
+    std::string write;
+    std::string html;
+};
+
+int listRules() {
+    std::size_t longest = 0;
+    for (const nearest::NamedRule& rule : nearest::rules()) longest = std::max(longest, rule.name.size());
+    for (const nearest::NamedRule& rule : nearest::rules()) {
+        writeOut(std::string(rule.name) + std::string(longest + 2 - rule.name.size(), ' '));
+        writeOut(std::string(rule.description) + "\n");
+    }
+    finishOut();
+    return exitGood;
+}
+
+/// The rules that are asked for; all of them where none is.
+std::vector<std::string> rulesOf(const EvaluateArguments& arguments) {
+    std::string known;
+    std::vector<std::string> all;
+    for (const nearest::NamedRule& rule : nearest::rules()) {
+        known.append(known.empty() ? "" : ", ").append(rule.name);
+        all.emplace_back(rule.name);
+    }
+    for (const std::string& name : arguments.rules) {
+        if (nearest::findRule(name) != nullptr) continue;
+        throw std::invalid_argument("there is no rule '" + name + "' (known: " + known + ")");
+    }
+    return arguments.rules.empty() ? all : arguments.rules;
+}
+
+std::vector<SettingSweep> sweepsOf(const EvaluateArguments& arguments) {
+    if (arguments.sweeps.size() > 2) throw std::invalid_argument("two settings at most are swept at a time");
+    std::vector<SettingSweep> sweeps;
+    std::size_t points = 1;
+    for (const std::string& argument : arguments.sweeps) {
+        sweeps.push_back(sweepOf(argument));
+        points *= sweeps.back().values.size();
+    }
+    if (sweeps.size() == 2 && sweeps[0].setting == sweeps[1].setting) {
+        throw std::invalid_argument("'" + std::string(sweeps[0].setting->name) + "' is swept twice");
+    }
+    if (points > mostPoints) {
+        throw std::invalid_argument("the sweeps have more than " + std::to_string(mostPoints) + " values together");
+    }
+    return sweeps;
+}
+
+int statusOf(const std::vector<JudgedRecording>& recordings) {
+    int status = exitGood;
+    for (const JudgedRecording& recording : recordings) {
+        if (!recording.damage.empty()) status = complain("evaluate", recording.damage, exitFailed);
+    }
+    return status;
+}
+
+void writeFile(const std::string& path, const std::string& content) {
+    AtomicFile file(path);
+    file.write(content);
+    file.commit();
+}
+
+int evaluateRules(const EvaluateArguments& arguments) {
+    const NearestSettings settings = settingsOf(arguments.set);
+    const auto sweeps = sweepsOf(arguments);
+    const auto rules = rulesOf(arguments);
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
+    const auto recordings = playAll(arguments.recordings, arguments.truths, registry);
+    const Evaluation evaluation = evaluate(recordings, rules, settings, sweeps);
+    writeOut(arguments.json ? JSONOf(evaluation) : textOf(evaluation));
+    finishOut();
+    if (!arguments.html.empty()) writeFile(arguments.html, pageOf(evaluation));
+    return statusOf(recordings);
+}
+
+/// Writes the settings file as the manager saves it.
+void writeSettings(const std::string& path, Settings registry) {
+    auto& manager = scenario::playbackManager();
+    manager.setSettings(std::move(registry));
+    const auto saved = manager.serializedSettings();
+    if (!saved) throw std::runtime_error(path + ": the settings hold what JSON cannot express");
+    writeFile(path, *saved + "\n");
+}
+
+int adviseThresholds(const EvaluateArguments& arguments) {
+    const NearestSettings settings = settingsOf(arguments.set);
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
+    const auto recordings = playAll(arguments.recordings, arguments.truths, registry);
+    const auto advice = advise(recordings, settings);
+    writeOut(arguments.json ? JSONOf(advice, settings) : textOf(advice));
+    finishOut();
+    if (!arguments.write.empty()) writeSettings(arguments.write, withThresholds(*registry, advice));
+    return statusOf(recordings);
+}
+
+int evaluate(const EvaluateArguments& arguments) {
+    if (arguments.listRules) return listRules();
+    try {
+        if (arguments.recordings.empty()) throw std::invalid_argument("a RECORDING is needed");
+        return arguments.advise ? adviseThresholds(arguments) : evaluateRules(arguments);
+    } catch (const std::invalid_argument& error) {
+        return complain("evaluate", error.what(), exitUsage);
+    } catch (const PlaybackFileError& error) {
+        return complain("evaluate", error.what(), exitUsage);
+    } catch (const SettingsFileError& error) {
+        return complain("evaluate", error.what(), exitUsage);
+    } catch (const scenario::ScenarioError& error) {
+        return complain("evaluate", error.what(), exitUsage);
+    } catch (const std::exception& error) {
+        return complain("evaluate", error.what(), exitFailed);
+    }
+}
+
+/// An option that may be given several times, with one value each time.
+CLI::Option* addRepeated(CLI::App& command, const char* name, std::vector<std::string>& values, const char* help) {
+    return command.add_option(name, values, help)->allow_extra_args(false)->take_all();
+}
+
+void addInputs(CLI::App& command, EvaluateArguments& arguments) {
+    command.add_option("RECORDING", arguments.recordings,
+                       "Recordings of any kind, or scenarios; options may follow as in 'FILE?as=dongles'");
+    addRepeated(command, "--truth", arguments.truths,
+                "Where the user stood, one for each RECORDING; without it the file beside it, NAME.truth.jsonl")
+        ->type_name("FILE");
+    addRepeated(command, "--set", arguments.set, "A setting of the rule nearest")->type_name("KEY=VALUE");
+}
+
+}  // namespace
+
+void addEvaluate(CLI::App& application, Action& chosen) {
+    auto* command = application.add_subcommand("evaluate", "Measure who is nearest on recordings whose truth is known");
+    auto arguments = std::make_shared<EvaluateArguments>();
+    addInputs(*command, *arguments);
+    auto* settings = command->add_option("--settings", arguments->settings,
+                                         "Registered devices, as the manager saves them; without it every dongle is");
+    settings->type_name("FILE");
+    auto* rule = addRepeated(*command, "--rule", arguments->rules, "Only this rule, or these; see --list-rules");
+    rule->type_name("NAME");
+    auto* sweep = addRepeated(*command, "--sweep", arguments->sweeps,
+                              "Try values of a setting of the rule nearest; given twice: a grid");
+    sweep->type_name("KEY=FROM..TO[:STEPS]");
+    auto* html = command->add_option("--html", arguments->html, "Write charts and tables as a page too");
+    html->type_name("FILE");
+    auto* advise = command->add_flag("--advise", arguments->advise,
+                                     "Propose thresholds; the user stood at one device after another");
+    advise->excludes(rule)->excludes(sweep)->excludes(html);
+    command->add_option("--write", arguments->write, "Write the settings with the proposed thresholds in them")
+        ->type_name("FILE")
+        ->needs(advise)
+        ->needs(settings);
+    command->add_flag("--json", arguments->json, "Print one JSON object");
+    command->add_flag("--list-rules", arguments->listRules, "Print the rules and what they do");
+    command->callback([arguments, &chosen] { chosen = [arguments] { return evaluate(*arguments); }; });
+}
+
+}  // namespace nearcast::cli

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "evaluate/Evaluation.h"
+
+#include "nearest/rules/RuleList.h"
+#include "scenario/Deciding.h"
+
+#include <stdexcept>
+
+namespace nearcast::cli {
+
+namespace {
+
+nearest::Score judge(const JudgedRecording& recording, const nearest::NamedRule& named,
+                     const NearestSettings& settings) {
+    const auto rule = named.make(*recording.playback.registry, settings);
+    return nearest::scoreOf(scenario::answersOf(recording.playback, *rule), recording.truth);
+}
+
+const nearest::NamedRule& ruleNamed(std::string_view name) {
+    const auto* rule = nearest::findRule(name);
+    if (rule == nullptr) throw std::logic_error("there is no rule " + std::string(name));
+    return *rule;
+}
+
+/// Appends a score for each combination of the values of the sweeps from `next` on.
+void sweepFrom(std::size_t next, const std::vector<JudgedRecording>& recordings, NearestSettings settings,
+               std::vector<double>& values, Evaluation& evaluation) {
+    if (next == evaluation.sweeps.size()) {
+        SweepScores point{values, {}};
+        const auto& rule = ruleNamed(nearest::nearestRuleName);
+        for (const JudgedRecording& recording : recordings) point.total += judge(recording, rule, settings);
+        evaluation.points.push_back(std::move(point));
+        return;
+    }
+    const SettingSweep sweep = evaluation.sweeps[next];
+    for (const double value : sweep.values) {
+        settings.*sweep.setting->value = value;
+        values.push_back(value);
+        sweepFrom(next + 1, recordings, settings, values, evaluation);
+        values.pop_back();
+    }
+}
+
+}  // namespace
+
+Evaluation evaluate(const std::vector<JudgedRecording>& recordings, const std::vector<std::string>& rules,
+                    const NearestSettings& settings, const std::vector<SettingSweep>& sweeps) {
+    Evaluation evaluation;
+    evaluation.settings = settings;
+    evaluation.sweeps = sweeps;
+    for (const JudgedRecording& recording : recordings) evaluation.recordings.push_back(recording.path);
+    for (const std::string& name : rules) {
+        RuleScores scores{name, {}, {}};
+        for (const JudgedRecording& recording : recordings) {
+            scores.each.push_back(judge(recording, ruleNamed(name), settings));
+            scores.total += scores.each.back();
+        }
+        evaluation.rules.push_back(std::move(scores));
+    }
+    std::vector<double> values;
+    if (!sweeps.empty()) sweepFrom(0, recordings, settings, values, evaluation);
+    return evaluation;
+}
+
+}  // namespace nearcast::cli

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "evaluate/Evaluation.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace nearcast::cli {
+
+/// The truth file that belongs to a recording where none is named: beside it, its name's ending replaced by
+/// ".truth.jsonl".
+std::string truthPathFor(const std::string& recordingPath);
+
+/// Reads and plays recordings with their truth files.
+/// @param recordings as `readPlaybackFile`
+/// @param truths     one for each recording; none: `truthPathFor` each
+/// @param registry   as `scenario::PlaybackInput::registry`
+/// @throws std::invalid_argument when the numbers do not fit
+/// @throws PlaybackFileError, scenario::ScenarioError for a file that is wrong
+std::vector<JudgedRecording> playAll(const std::vector<std::string>& recordings, const std::vector<std::string>& truths,
+                                     const std::shared_ptr<const Settings>& registry);
+
+}  // namespace nearcast::cli

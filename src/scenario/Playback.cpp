@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "scenario/Playback.h"
+
+#include "nearest/DongleAddress.h"
+#include "platform/json/JSONSerialization.h"
+#include "scenario/EventWriter.h"
+#include "scenario/Performer.h"
+#include "scenario/PlaybackRecorder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <set>
+#include <utility>
+
+namespace nearcast::scenario {
+
+namespace {
+
+using std::chrono::duration;
+
+constexpr std::uint64_t ordinarySamplingNumber = 7;
+constexpr std::chrono::seconds presenceTimeout{5};
+constexpr std::chrono::seconds sweepInterval{5};
+
+const JSONSerialization JSON;
+
+class Quiet : public Console {
+public:
+    void NSLog(std::string_view /*line*/) noexcept override {}
+};
+
+/// The devices that make every dongle of a recording a registered one.
+void registerDonglesOf(const std::vector<Line>& lines, QXNearcastManager& manager) {
+    std::set<std::string> known;
+    for (const Line& line : lines) {
+        const auto* advertise = std::get_if<Advertise>(&line.action);
+        if (advertise == nullptr) continue;
+        nearest::DongleAddress address;
+        if (!address.read({.name = advertise->name, .manufacturerData = advertise->manufacturerData})) continue;
+        if (!known.emplace(address.text()).second) continue;
+        manager.addSettingForPrinterPortName(address.text(), {}, false, address.text(), {}, {});
+    }
+}
+
+/// The one manager of the process, with what it stands on.
+class Stage {
+public:
+    static Stage& instance() {
+        // The manager lives as long as the process, and so does what it stands on.
+        static auto* const stage = new Stage;
+        return *stage;
+    }
+
+    Playback play(const PlaybackInput& input);
+    [[nodiscard]] QXNearcastManager& manager() const { return *manager_; }
+
+private:
+    class Script;
+
+    Stage() {
+        auto owned = std::make_unique<PlaybackPlatform>(console_, JSON, recorder_);
+        platform_ = owned.get();
+        setCurrentPlatform(std::move(owned));
+        manager_ = &QXNearcastManager::sharedManager();
+        writer_.mute();
+    }
+
+    [[nodiscard]] Time now() const { return platform_->timeline().now(); }
+    void prepare(const PlaybackInput& input);
+    void perform(const Action& action);
+    void runLines(const std::vector<Line>& lines, Time begin);
+    void sweepOut();
+    void tidy();
+
+    Quiet console_;
+    PlaybackRecorder recorder_;
+    PlaybackPlatform* platform_ = nullptr;
+    QXNearcastManager* manager_ = nullptr;
+    EventWriter writer_{[](std::string_view) {}};
+};
+
+/// The lines as happenings on the timeline, whose clock may be far beyond zero.
+class Stage::Script : public TimelineSource {
+public:
+    Script(Stage& stage, const std::vector<Line>& lines, Time begin) : stage_(stage), lines_(lines), begin_(begin) {}
+
+    std::optional<Time> due() override {
+        if (next_ == lines_.size()) return std::nullopt;
+        return begin_ + lines_[next_].at;
+    }
+    void happen() override {
+        if (next_ == lines_.size()) return;
+        // Counted before it happens: a call may sleep, and then the next lines happen inside.
+        stage_.perform(lines_[next_++].action);
+    }
+
+private:
+    Stage& stage_;
+    const std::vector<Line>& lines_;
+    const Time begin_;
+    std::size_t next_ = 0;
+};
+
+void Stage::prepare(const PlaybackInput& input) {
+    if (isScenario(input.lines)) return;
+    if (input.registry) {
+        manager_->setSettings(*input.registry);
+    } else {
+        registerDonglesOf(input.lines, *manager_);
+    }
+    recorder_.noteRegistry(*manager_->getSettings());
+    manager_->setDelegate(recorder_.delegate(true, true));
+    manager_->startScan(ordinarySamplingNumber);
+}
+
+void Stage::perform(const Action& action) {
+    Performer performer(*manager_, *platform_, writer_);
+    performer.perform(action);
+    if (std::holds_alternative<Advertise>(action)) return;
+    recorder_.noteRegistry(*manager_->getSettings());
+    if (!std::holds_alternative<SetDelegate>(action)) return;
+    if (const auto asked = manager_->delegate()) {
+        manager_->setDelegate(recorder_.delegate(asked->didDiscoverPort != nullptr, asked->didUpdateState != nullptr));
+    }
+}
+
+void Stage::runLines(const std::vector<Line>& lines, Time begin) {
+    Script script(*this, lines, begin);
+    platform_->timeline().setSource(&script);
+    platform_->timeline().runToLastHappening();
+    platform_->timeline().setSource(nullptr);
+}
+
+/// Waits until every dongle has been told as silent, which empties the manager's table of them.
+void Stage::sweepOut() { platform_->timeline().sleep(presenceTimeout + sweepInterval); }
+
+/// Makes the manager like new after whatever a scenario did to it.
+void Stage::tidy() {
+    platform_->radio()->setState(CBManagerStatePoweredOn);
+    manager_->setDelegate(recorder_.delegate(false, true));
+    manager_->startScan(ordinarySamplingNumber);  // where a scan runs already, the sampling number alone is taken over
+    sweepOut();
+}
+
+Playback Stage::play(const PlaybackInput& input) {
+    const Time begin = now();
+    recorder_.begin([this, begin] { return duration<double>(now() - begin).count(); });
+    prepare(input);
+    runLines(input.lines, begin);
+    const double end = duration<double>(now() - begin).count();
+    if (!isScenario(input.lines)) sweepOut();
+    Playback playback = recorder_.take();
+    if (isScenario(input.lines)) tidy();
+    platform_->radio()->setState(CBManagerStatePoweredOn);
+    manager_->stopScan();
+    manager_->setDelegate(nullptr);
+    manager_->setSettings(std::nullopt);
+    playback.name = input.name;
+    playback.end = end;
+    return playback;
+}
+
+}  // namespace
+
+bool isScenario(const std::vector<Line>& lines) {
+    return std::any_of(lines.begin(), lines.end(), [](const Line& line) {
+        return !std::holds_alternative<Advertise>(line.action) && !std::holds_alternative<RadioState>(line.action) &&
+               !std::holds_alternative<End>(line.action);
+    });
+}
+
+Playback play(const PlaybackInput& input) { return Stage::instance().play(input); }
+
+QXNearcastManager& playbackManager() { return Stage::instance().manager(); }
+
+}  // namespace nearcast::scenario
