@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <nearcast/Nearest.h>
 #include <nearcast/Platform.h>
-#include <nearcast/QXNearcastManager.h>
 
 #include <iostream>
 
@@ -12,15 +12,12 @@ int main(int argc, char** argv) {
 
     auto& manager = nearcast::QXNearcastManager::sharedManager();
     manager.addSettingForPrinterPortName("BT:Front Desk", {}, true, "02:4E:43:00:00:01", -62, "Front desk");
-    auto delegate = std::make_shared<nearcast::QXNearcastManagerDelegate>();
-    delegate->didDiscoverPort = [](auto portName, auto, auto MACAddr, auto RSSI) {
-        std::cout << portName << " (" << MACAddr << ") is heard with " << RSSI << " dBm\n";
-    };
-    delegate->didUpdateState = [](auto portName, auto MACAddr) {
-        std::cout << portName << " (" << MACAddr << ") has fallen silent\n";
-    };
-    manager.setDelegate(delegate);
+    manager.addSettingForPrinterPortName("BT:Bar", {}, false, "02:4E:43:00:00:03", -62, "Bar");
+    auto nearest = std::make_shared<nearcast::Nearest>(
+        manager, [](const nearcast::NearestChange& change) { std::cout << change.now.text() << '\n'; });
+    manager.setDelegate(nearest);
+    nearcast::Platform::setTap(nearest->tap());
     if (!manager.startScan()) return 1;
-    nearcast::Platform::runFor(20);
+    for (int i = 0; i < 40 && nearcast::Platform::runFor(0.5); ++i) nearest->update();
     manager.stopScan();
 }

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "SceneTruth.h"
+#include "Seconds.h"
 #include "platform/simulator/BuiltInScene.h"
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorOptions.h"
@@ -10,6 +12,7 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace nearcast::cli {
@@ -19,6 +22,8 @@ namespace {
 struct SceneArguments {
     std::string file;
     bool settings = false;
+    bool truth = false;
+    std::optional<double> forSeconds;
 };
 
 /// What the manager saves of a registry.
@@ -38,6 +43,8 @@ int scene(const SceneArguments& arguments) {
         const simulator::Scene read = options.scene();
         if (arguments.settings) {
             writeOut(saved(simulator::simulatorSettings(read)));
+        } else if (arguments.truth) {
+            writeTruth(read, arguments.forSeconds, writeOut);
         } else if (arguments.file.empty()) {
             writeOut(simulator::builtInScene());
         } else {
@@ -57,7 +64,15 @@ void addScene(CLI::App& application, Action& chosen) {
         application.add_subcommand("scene", "Print the simulator's built-in scene, or check one of your own");
     auto arguments = std::make_shared<SceneArguments>();
     command->add_option("FILE", arguments->file, "A scene to check");
-    command->add_flag("--settings", arguments->settings, "Print the scene's devices as a settings file for watch");
+    auto* settings =
+        command->add_flag("--settings", arguments->settings, "Print the scene's devices as a settings file for watch");
+    auto* truth = command->add_flag("--truth", arguments->truth,
+                                    "Print which dongle is nearest to the scene's user, as a truth file for evaluate");
+    truth->excludes(settings);
+    command->add_option("--for", arguments->forSeconds, "With --truth: for so many seconds, not once the user's way")
+        ->type_name("SECONDS")
+        ->check(isTime)
+        ->needs(truth);
     command->callback([arguments, &chosen] { chosen = [arguments] { return scene(*arguments); }; });
 }
 

@@ -122,7 +122,7 @@ public:
     Nearest(QXNearcastManager& manager, Changed changed, const NearestSettings& settings = {});
     /// @param sources all three
     /// @throws std::invalid_argument as `NearestSettings::validate`, or for a source that is missing
-    Nearest(Sources sources, Changed changed, const NearestSettings& settings = {});
+    Nearest(const Sources& sources, Changed changed, const NearestSettings& settings = {});
     ~Nearest();
     Nearest(const Nearest&) = delete;
     Nearest& operator=(const Nearest&) = delete;

@@ -21,26 +21,32 @@ struct NearestSettings {
     /// Seconds, from 0 to 60. For so long a signal has to be above the threshold before its device may be chosen, and
     /// below it by the hysteresis before it is left; and so long a choice stays at least, unless its dongle falls
     /// silent. Raise it where users walk past devices that they do not want.
-    double dwell = 1;
+    double dwell = 0.5;
     /// dB, from 0 to 40. A lead over the present device counts as far as it is larger than this. Raise it where two
     /// devices stand so close together that the choice moves between them.
     double margin = 0;
-    /// dB times seconds, from 0 to 1000. The choice moves once the leads that counted add up to this: at 4, a lead of
-    /// 2 dB between close devices moves it after 2 s, one of 8 dB after half a second. The main setting between a
-    /// choice that is quick (lower) and one that is calm (higher).
-    double patience = 4;
-    /// dBm, from -127 to 20. With so strong a signal a device without a threshold of its own is close, and its lead
-    /// counts as it is; 6 dB stronger it counts twice, 6 dB weaker half, as the amplitude of the signal. (Where a
-    /// record has a threshold, that is what close means.) A lead between two devices that are far says little. Lower
-    /// it for dongles that send weakly.
-    double closeSignal = -62;
+    /// dB times seconds, from 0 to 1000. The choice moves once the leads that counted add up to this: at 10, a lead of
+    /// 5 dB of a close device moves it after 2 s, one of 10 dB after 1 s. The main setting between a choice
+    /// that is quick (lower) and one that is calm (higher).
+    double patience = 10;
+    /// dBm, from -127 to 20. With so strong a signal a device is close, and its lead counts as it is; 3 dB stronger it
+    /// counts twice, 3 dB weaker half, as the power of the signal: a lead between two devices that are far says little.
+    /// This is where it begins; what close is here is learned from what the strongest device is heard with. Set it
+    /// where the first seconds matter and dongles send weakly or strongly.
+    double closeSignal = -60;
+    /// Seconds, from 1 to 3600. For about so long what was learned of close counts. Raise it where users stay at one
+    /// device for many minutes.
+    double closeTime = 120;
+    /// From 0 to 2. How far ahead a lead looks: the level counts with this part of what it rose or fell within the
+    /// decay's time. Lower it where signals go up and down though nobody moves.
+    double anticipation = 0.5;
     /// From 0 (exclusive) to 1. The part of a rise of the raw signal that the level takes over at once. Lower it where
     /// single readings are far too strong.
     double attack = 1;
     /// Seconds, from 0.1 to 60. The time constant with which the level follows a signal that falls. Fading makes
     /// readings too weak, and never much too strong: a level that falls slowly sees through it. Lower it where users
     /// move fast.
-    double decay = 3;
+    double decay = 1.5;
     /// Seconds, from 0.5 to 60. A dongle unheard for so long is silent; its device leaves at once. Raise it where
     /// dongles send less than once a second.
     double silence = 5;

@@ -45,7 +45,7 @@ _nearcast() {
         record) options='--radio --for --output --help' ;;
         run) options='--trace --locks --help' ;;
         import) options='--services --as --output --help' ;;
-        scene) options='--settings --help' ;;
+        scene) options='--settings --truth --for --help' ;;
         radios) options='--json --help' ;;
         doctor) options='--radio --for --json --help' ;;
         *) options='watch record run import scene radios doctor --version --help' ;;

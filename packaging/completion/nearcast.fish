@@ -32,6 +32,8 @@ complete -c nearcast -n '__fish_seen_subcommand_from import' -l as -x -a dongles
 complete -c nearcast -n '__fish_seen_subcommand_from import' -s o -l output -r -F -d 'The file to write'
 
 complete -c nearcast -n '__fish_seen_subcommand_from scene' -l settings -d "Print the scene's devices"
+complete -c nearcast -n '__fish_seen_subcommand_from scene' -l truth -d 'Print which dongle is nearest to the user'
+complete -c nearcast -n '__fish_seen_subcommand_from scene' -l for -x -d 'Seconds of truth'
 
 complete -c nearcast -n '__fish_seen_subcommand_from radios' -l json -d 'Print a JSON array'
 

@@ -54,6 +54,7 @@ _nearcast() {
             ;;
         scene)
             _arguments "--settings[print the scene's devices as a settings file]" \
+                "--truth[print which dongle is nearest to the scene's user]" '--for[seconds of truth]:seconds:' \
                 '(- *)'{-h,--help}'[print help]' '1:scene:_files'
             ;;
         radios)

@@ -6,7 +6,9 @@
 
 namespace nearcast::nearest {
 
-Decision::Decision(const NearestSettings& settings) : settings_(settings) { settings_.validate(); }
+Decision::Decision(const NearestSettings& settings) : settings_(settings), close_(settings.closeSignal) {
+    settings_.validate();
+}
 
 Device* Decision::find(std::string_view MACAddr) {
     const auto known = byAddress_.find(MACAddr);
@@ -39,11 +41,12 @@ bool Decision::reported(double at, std::string_view portName, std::string_view M
 }
 
 void Decision::setRadio(double at, bool hears, double since) {
-    const double now = advance(at);
+    // The devices are not compared before it is known: nobody is silent whom the radio could not hear.
+    now_ = std::max(at, now_);
     if (hears == hears_ && since == radioSince_) return;
     hears_ = hears;
     radioSince_ = since;
-    endStale(now);
+    endStale(now_);
     noteStaleness();
 }
 
@@ -83,7 +86,9 @@ void Decision::compare(double at, double elapsed) {
     compared_ = at;
     if (!hears_) return endStale(at);
     dropSilent(at);
-    addUpLeads(at, std::min(elapsed, settings_.silence));
+    const double counted = std::min(elapsed, settings_.silence);
+    learnClose(counted);
+    addUpLeads(at, counted);
     leave(at);
     if (present_ == none) {
         enter(at, NearestRule::entered);
@@ -104,10 +109,19 @@ void Decision::dropSilent(double at) {
     if (presentSilent) enter(at, NearestRule::silent);
 }
 
+/// What a close device is heard with differs from place to place and from dongle to dongle: it is what the strongest
+/// is usually heard with.
+void Decision::learnClose(double elapsed) {
+    const Index best = strongest(none);
+    if (best == none) return;
+    learnedFor_ = std::min(learnedFor_ + elapsed, settings_.closeTime);
+    close_ += (*devices_[best].level - close_) * std::min(elapsed / learnedFor_, 1.0);
+}
+
 void Decision::addUpLeads(double at, double elapsed) {
     if (present_ == none) return;
     constexpr double most = 12;  // dB: a single reading that is far too strong moves nothing by itself
-    const double level = *devices_[present_].level;
+    const double present = devices_[present_].expected(settings_);
     for (const Index index : audible_) {
         Device& device = devices_[index];
         if (index == present_) continue;
@@ -115,8 +129,8 @@ void Decision::addUpLeads(double at, double elapsed) {
             device.evidence = 0;
             continue;
         }
-        double lead = std::min(*device.level - level - settings_.margin, most);
-        if (lead > 0) lead *= device.weight();
+        double lead = std::min(device.expected(settings_) - present - settings_.margin, most);
+        if (lead > 0) lead *= device.weight(close_, settings_);
         device.evidence = std::max(0.0, device.evidence + lead * elapsed);
     }
 }
@@ -150,7 +164,8 @@ void Decision::follow(double at) {
     if (best == none) return;
     const Device& device = devices_[best];
     if (!device.isInside(at, settings_) || device.evidence < settings_.patience) return;
-    if (*device.level - *devices_[present_].level > settings_.margin) choose(best, at, NearestRule::led);
+    if (device.expected(settings_) - devices_[present_].expected(settings_) > settings_.margin)
+        choose(best, at, NearestRule::led);
 }
 
 /// While the radio cannot hear, the choice ends after a time.
@@ -181,7 +196,7 @@ Decision::Index Decision::strongest(Index but) const {
     Index best = none;
     for (const Index index : audible_) {
         if (index == but || devices_[index].heardAt < radioSince_) continue;
-        if (best == none || *devices_[index].level > *devices_[best].level) best = index;
+        if (best == none || devices_[index].expected(settings_) > devices_[best].expected(settings_)) best = index;
     }
     return best;
 }

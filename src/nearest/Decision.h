@@ -75,6 +75,7 @@ private:
     void arrive(Device& device, double at);
     void compare(double at, double elapsed);
     void dropSilent(double at);
+    void learnClose(double elapsed);
     void addUpLeads(double at, double elapsed);
     void leave(double at);
     void enter(double at, NearestRule rule);
@@ -89,7 +90,6 @@ private:
     [[nodiscard]] NearestExplanation explain(const Device& device, double at) const;
     [[nodiscard]] std::string met(const Device& device, double at) const;
     [[nodiscard]] std::string missing(const Device& device, double at) const;
-    [[nodiscard]] NearestCandidate candidate(const Device& device) const;
 
     NearestSettings settings_;
     std::vector<Device> devices_;  ///< in the registry's order
@@ -105,6 +105,8 @@ private:
     NearestRule rule_ = NearestRule::noneInside;
     double since_ = -std::numeric_limits<double>::infinity();  ///< of the choice
     bool stale_ = false;
+    double close_;           ///< the signal of a close device, as it was learned, in dBm
+    double learnedFor_ = 5;  ///< seconds that stand behind it; at first a few, so that it soon follows what is heard
     std::uint64_t changes_ = 0;
 };
 

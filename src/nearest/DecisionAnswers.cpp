@@ -6,9 +6,13 @@
 
 namespace nearcast::nearest {
 
-NearestCandidate Decision::candidate(const Device& device) const {
+namespace {
+
+NearestCandidate candidate(const Device& device) {
     return {device.portName, device.MACAddr, device.level.value_or(0), device.threshold};
 }
+
+}  // namespace
 
 NearestChoice Decision::choice() const {
     NearestChoice choice;

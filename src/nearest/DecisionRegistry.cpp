@@ -18,7 +18,6 @@ std::string textIn(const SettingRecord& record, std::string_view key) {
 void adopt(Device& device, const Device& known) {
     Device merged = known;
     merged.threshold = device.threshold;
-    merged.close = device.close;
     device = std::move(merged);
 }
 
@@ -29,9 +28,7 @@ Device Decision::fromRecord(const std::string& portName, const SettingRecord& re
     device.portName = portName;
     device.MACAddr = textIn(record, kQXDongleMACAddr);
     const auto threshold = record.find(kQXThreshouldRSSI);
-    const bool measured = threshold != record.end();
-    device.threshold = measured ? threshold->second.intValue() : settings_.defaultThreshold;
-    device.close = measured ? device.threshold : settings_.closeSignal;
+    device.threshold = threshold == record.end() ? settings_.defaultThreshold : threshold->second.intValue();
     return device;
 }
 

@@ -8,13 +8,16 @@ namespace nearcast::nearest {
 
 void Device::hear(double at, std::int32_t RSSI, const NearestSettings& settings) {
     const double reading = RSSI;
-    if (!level || !raw) {
+    const bool first = !level;
+    if (first || !raw) {
         level = reading;
     } else if (reading > *level) {
         level = *level + settings.attack * (reading - *level);
     } else {
         level = reading + (*level - reading) * std::exp(-(at - rawAt) / settings.decay);
     }
+    if (first) trail = *level;
+    draw(at - heardAt, settings);
     raw = RSSI;
     rawAt = at;
     heardAt = at;
@@ -23,15 +26,23 @@ void Device::hear(double at, std::int32_t RSSI, const NearestSettings& settings)
 }
 
 void Device::report(double at, std::int32_t RSSI, const NearestSettings& settings) {
-    smoothed = RSSI;
-    heardAt = at;
-    everHeard = true;
+    const bool first = !level;
     // Where raw readings come too, they tell more.
     if (!raw || at - rawAt >= settings.silence) {
         raw.reset();
         level = RSSI;
     }
+    if (first) trail = *level;
+    draw(at - heardAt, settings);
+    smoothed = RSSI;
+    heardAt = at;
+    everHeard = true;
     settle(at, settings);
+}
+
+/// Draws the trail after the level.
+void Device::draw(double elapsed, const NearestSettings& settings) {
+    trail = *level + (trail - *level) * std::exp(-elapsed / settings.decay);
 }
 
 void Device::forget() {
@@ -66,11 +77,15 @@ bool Device::isOutside(double at, const NearestSettings& settings) const {
     return belowSince && at - *belowSince >= settings.dwell;
 }
 
-double Device::weight() const {
-    constexpr double doubling = 6;  // dB: twice the amplitude, in free space half the distance
-    constexpr double least = 0.125;
-    constexpr double most = 4;
-    return std::clamp(std::exp2((level.value_or(close) - close) / doubling), least, most);
+double Device::expected(const NearestSettings& settings) const {
+    return *level + settings.anticipation * (*level - trail);
+}
+
+double Device::weight(double close, const NearestSettings& settings) const {
+    constexpr double doubling = 3;  // dB: twice the power
+    constexpr double least = 0.0625;
+    constexpr double most = 8;
+    return std::clamp(std::exp2((expected(settings) - close) / doubling), least, most);
 }
 
 }  // namespace nearcast::nearest

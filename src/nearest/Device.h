@@ -17,11 +17,11 @@ struct Device {
     std::string portName;
     std::string MACAddr;
     double threshold = 0;
-    double close = 0;  ///< with which signal its lead counts as it is
 
     std::optional<std::int32_t> raw;
     std::optional<std::int32_t> smoothed;
     std::optional<double> level;  ///< nothing: it is silent
+    double trail = 0;             ///< the level, following with the decay's time constant both up and down
     double rawAt = 0;             ///< when `raw` was heard
     double heardAt = 0;           ///< when it was heard last, raw or smoothed; stays when it falls silent
     bool everHeard = false;
@@ -41,8 +41,14 @@ struct Device {
     [[nodiscard]] bool isInside(double at, const NearestSettings& settings) const;
     /// Whether it has been outside for the dwell time.
     [[nodiscard]] bool isOutside(double at, const NearestSettings& settings) const;
-    /// How much a lead of this device counts: 1 where it is close, twice as much for each 6 dB more.
-    [[nodiscard]] double weight() const;
+    /// Where the level is going: a user who comes closer makes it rise for seconds. In dBm; only with a level.
+    [[nodiscard]] double expected(const NearestSettings& settings) const;
+    /// How much a lead of this device counts: 1 with the signal of a close device, twice as much for each 3 dB more.
+    /// @param close in dBm
+    [[nodiscard]] double weight(double close, const NearestSettings& settings) const;
+
+private:
+    void draw(double elapsed, const NearestSettings& settings);
 };
 
 }  // namespace nearcast::nearest

@@ -39,7 +39,7 @@ private:
     Engine& engine_;
 };
 
-Nearest::Engine::Engine(Sources sources, Changed changed, const NearestSettings& settings)
+Nearest::Engine::Engine(const Sources& sources, Changed changed, const NearestSettings& settings)
     : sources_(complete(sources)), changed_(std::move(changed)), settings_(settings), decision_(settings) {
     refreshNow(sources_.clock());
 }

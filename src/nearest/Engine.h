@@ -19,7 +19,7 @@ namespace nearcast {
 /// Nothing foreign is called while the mutex is held.
 class Nearest::Engine {
 public:
-    Engine(Sources sources, Changed changed, const NearestSettings& settings);
+    Engine(const Sources& sources, Changed changed, const NearestSettings& settings);
 
     void heard(const HeardAdvertisement& heard);
     void reported(std::string_view portName, std::string_view MACAddr, std::int32_t RSSI);

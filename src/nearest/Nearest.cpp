@@ -13,8 +13,8 @@ Nearest::Nearest(QXNearcastManager& manager, Changed changed, const NearestSetti
     : Nearest({[&manager] { return manager.getSettings(); }, Platform::now, Platform::radioHealth}, std::move(changed),
               settings) {}
 
-Nearest::Nearest(Sources sources, Changed changed, const NearestSettings& settings)
-    : engine_(std::make_shared<Engine>(std::move(sources), std::move(changed), settings)) {
+Nearest::Nearest(const Sources& sources, Changed changed, const NearestSettings& settings)
+    : engine_(std::make_shared<Engine>(sources, std::move(changed), settings)) {
     didDiscoverPort = [engine = engine_](std::string_view portName, QXDeviceType deviceType, std::string_view MACAddr,
                                          std::int32_t RSSI) {
         engine->reported(portName, MACAddr, RSSI);

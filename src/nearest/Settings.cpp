@@ -23,6 +23,8 @@ constexpr std::array settingsByName = {
     NearestSetting{"margin", "dB", &S::margin, 0, 40, true},
     NearestSetting{"patience", "dB s", &S::patience, 0, 1000, true},
     NearestSetting{"closeSignal", "dBm", &S::closeSignal, weakest, strongest, true},
+    NearestSetting{"closeTime", "s", &S::closeTime, 1, 3600, true},
+    NearestSetting{"anticipation", "", &S::anticipation, 0, 2, true},
     NearestSetting{"attack", "", &S::attack, 0, 1, false},
     NearestSetting{"decay", "s", &S::decay, 0.1, 60, true},
     NearestSetting{"silence", "s", &S::silence, 0.5, 60, true},

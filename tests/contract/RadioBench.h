@@ -45,6 +45,7 @@ public:
     virtual ~RadioBench() = default;
 
     CBCentralManager& radio() { return *radio_; }
+    RadioMonitor& monitor() { return platform_->monitor(); }
     /// Lets time pass, and the dongle advertise.
     virtual void pass(std::chrono::seconds duration) = 0;
 

@@ -57,6 +57,22 @@ TEST_P(Radio, FiltersByTheServicesAskedFor) {
     EXPECT_EQ(calls().reports, 0);
 }
 
+TEST_P(Radio, TellsTheTapOfAReportThatTheFilterHoldsBack) {
+    int wanted = 0;
+    int heldBack = 0;
+    bench_->monitor().setTap([&](const AdvertisingReport&, NSDate, bool passes) { ++(passes ? wanted : heldBack); });
+    scanForDongles();
+    pass(1s);
+    EXPECT_GT(wanted, 0);
+    EXPECT_EQ(wanted, calls().reports);
+    wanted = 0;
+    scan(std::vector{otherService});
+    pass(1s);
+    EXPECT_EQ(wanted, 0);
+    EXPECT_GT(heldBack, 0);
+    bench_->monitor().setTap({});
+}
+
 TEST_P(Radio, IsContentWithOneOfSeveralServices) {
     scan(std::vector{otherService, dongleService});
     pass(2s);

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -67,6 +68,42 @@ TEST(PublicPlatform, WithALoopOfTheApplicationThereIsADescriptorToWaitFor) {
     choose("none", true);
     EXPECT_GE(Platform::descriptor(), 0);
     EXPECT_NO_THROW(Platform::dispatch());
+}
+
+TEST(PublicPlatform, TakesATapOnlyOnceItIsChosen) {
+    EXPECT_THROW(Platform::setTap([](const HeardAdvertisement&) {}), std::logic_error);
+}
+
+TEST(PublicPlatform, GivesTheTapWhatTheRadioHearsAndWhen) {
+    choose("simulator?speed=max&seed=1", true);
+    auto& manager = QXNearcastManager::sharedManager();
+    int dongles = 0;
+    double last = -1;
+    Platform::setTap([&](const HeardAdvertisement& heard) {
+        if (heard.manufacturerData && heard.manufacturerData->size() == 8 && heard.wanted) ++dongles;
+        EXPECT_GE(heard.at, last);
+        last = heard.at;
+    });
+    manager.setDelegate(std::make_shared<QXNearcastManagerDelegate>());
+    manager.startScan();
+    Platform::runFor(2);
+    EXPECT_GT(dongles, 10);
+    EXPECT_GT(last, 1.5);
+    EXPECT_LE(last, 2.0);
+}
+
+TEST(PublicPlatform, TellsATapNothingOnceItWasTakenAway) {
+    choose("simulator?speed=max&seed=1", true);
+    auto& manager = QXNearcastManager::sharedManager();
+    int heard = 0;
+    Platform::setTap([&](const HeardAdvertisement&) { ++heard; });
+    manager.startScan();
+    Platform::runFor(1);
+    const int before = heard;
+    EXPECT_GT(before, 0);
+    Platform::setTap({});
+    Platform::runFor(1);
+    EXPECT_EQ(heard, before);
 }
 
 TEST(PublicPlatform, WithoutARadioNoScanStarts) {
