@@ -1,6 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 # Completion of nearcast for bash.
 
+_nearcast_rules='strongest-report maximum-7 trimmed-mean-20s exponential-0.1 kalman-quick kalman-calm median-7
+    strongest-raw nearest'
+_nearcast_nearest_settings='defaultThreshold hysteresis dwell margin patience closeSignal closeTime anticipation
+    attack decay silence staleFor'
+
 _nearcast_radio() {
     local word=$1 files
     case $word in
@@ -34,7 +39,14 @@ _nearcast() {
     COMPREPLY=()
     case $previous in
         --radio) _nearcast_radio "$current" && return ;;
-        --settings) [[ $command == watch ]] && compopt -o default && return ;;
+        --settings) [[ $command == watch || $command == evaluate ]] && compopt -o default && return ;;
+        --truth) [[ $command == evaluate ]] && compopt -o default && return ;;
+        --html | --write) compopt -o default && return ;;
+        --rule) mapfile -t COMPREPLY < <(compgen -W "$_nearcast_rules" -- "$current") && return ;;
+        --set | --sweep)
+            mapfile -t COMPREPLY < <(compgen -S = -W "$_nearcast_nearest_settings" -- "$current")
+            compopt -o nospace && return
+            ;;
         --for) return ;;
         --services) COMPREPLY=(any) && return ;;
         --as) COMPREPLY=(dongles) && return ;;
@@ -46,9 +58,10 @@ _nearcast() {
         run) options='--trace --locks --help' ;;
         import) options='--services --as --output --help' ;;
         scene) options='--settings --truth --for --help' ;;
+        evaluate) options='--truth --rule --settings --set --sweep --html --advise --write --json --list-rules --help' ;;
         radios) options='--json --help' ;;
         doctor) options='--radio --for --json --help' ;;
-        *) options='watch record run import scene radios doctor --version --help' ;;
+        *) options='watch record run import scene evaluate radios doctor --version --help' ;;
     esac
     if [[ $current == -* || -z $command ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")

@@ -1,7 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 # Completion of nearcast for fish.
 
-set -l commands watch record run import scene radios doctor
+set -l commands watch record run import scene evaluate radios doctor
+set -l rules 'strongest-report maximum-7 trimmed-mean-20s exponential-0.1 kalman-quick kalman-calm median-7 strongest-raw nearest'
+set -l settings 'defaultThreshold= hysteresis= dwell= margin= patience= closeSignal= closeTime= anticipation= attack= decay= silence= staleFor='
 set -l radios 'auto bluez hci none simulator simulator: replay:'
 
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -f
@@ -12,6 +14,7 @@ complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a record -d
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a run -d 'Run a scenario'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a import -d 'Turn a capture into a recording'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a scene -d 'Print or check a scene'
+complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a evaluate -d 'Measure who is nearest'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a radios -d 'List the radios'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a doctor -d 'Find out why a scan does not work'
 
@@ -34,6 +37,17 @@ complete -c nearcast -n '__fish_seen_subcommand_from import' -s o -l output -r -
 complete -c nearcast -n '__fish_seen_subcommand_from scene' -l settings -d "Print the scene's devices"
 complete -c nearcast -n '__fish_seen_subcommand_from scene' -l truth -d 'Print which dongle is nearest to the user'
 complete -c nearcast -n '__fish_seen_subcommand_from scene' -l for -x -d 'Seconds of truth'
+
+complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l truth -r -F -d 'Where the user stood'
+complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l rule -x -a "$rules" -d 'Only this rule'
+complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l settings -r -F -d 'The registered devices'
+complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l set -x -a "$settings" -d 'A setting of nearest'
+complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l sweep -x -a "$settings" -d 'Try values of a setting'
+complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l html -r -F -d 'Write a page too'
+complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l advise -d 'Propose thresholds'
+complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l write -r -F -d 'Write settings with the thresholds'
+complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l json -d 'Print one JSON object'
+complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l list-rules -d 'Print the rules'
 
 complete -c nearcast -n '__fish_seen_subcommand_from radios' -l json -d 'Print a JSON array'
 

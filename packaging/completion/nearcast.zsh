@@ -18,6 +18,7 @@ _nearcast_command() {
         'run:run a scenario on a virtual clock and print what the manager shows'
         'import:turn a recording of any kind into JSON Lines'
         "scene:print the simulator's built-in scene, or check one of your own"
+        'evaluate:measure who is nearest on recordings whose truth is known'
         'radios:list the radios that can be opened here'
         'doctor:find out what stands between you and a working scan'
     )
@@ -56,6 +57,20 @@ _nearcast() {
             _arguments "--settings[print the scene's devices as a settings file]" \
                 "--truth[print which dongle is nearest to the scene's user]" '--for[seconds of truth]:seconds:' \
                 '(- *)'{-h,--help}'[print help]' '1:scene:_files'
+            ;;
+        evaluate)
+            local -a rules=(strongest-report maximum-7 trimmed-mean-20s exponential-0.1 kalman-quick kalman-calm
+                median-7 strongest-raw nearest)
+            local -a settings=(defaultThreshold hysteresis dwell margin patience closeSignal closeTime anticipation attack decay
+                silence staleFor)
+            _arguments '*--truth[where the user stood]:file:_files' "*--rule[only this rule]:rule:($rules)" \
+                '--settings[the registered devices]:file:_files' \
+                '*--set[a setting of the rule nearest]:setting:compadd -S = -a settings' \
+                '*--sweep[try values of a setting]:setting:compadd -S = -a settings' \
+                '--html[write charts and tables as a page too]:file:_files' '--advise[propose thresholds]' \
+                '--write[write the settings with the thresholds in them]:file:_files' \
+                '--json[print one JSON object]' '--list-rules[print the rules and what they do]' \
+                '(- *)'{-h,--help}'[print help]' '*:recording:_files'
             ;;
         radios)
             _arguments '--json[print a JSON array]' '(- *)'{-h,--help}'[print help]'

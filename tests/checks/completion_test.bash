@@ -26,7 +26,7 @@ cd "$(mktemp -d)"
 trap 'rm -r "$PWD"' EXIT
 touch shop.pcapng scene.json
 
-offers 'nearcast ' watch record run import scene radios doctor --version --help
+offers 'nearcast ' watch record run import scene evaluate radios doctor --version --help
 offers 'nearcast w' watch
 offers 'nearcast --v' --version
 offers 'nearcast watch -' --radio --settings --for --json --help
@@ -44,7 +44,12 @@ offers 'nearcast import --a' --as
 offers 'nearcast import --as ' dongles
 offers 'nearcast import --services ' any
 offers 'nearcast import --output '
-offers 'nearcast scene -' --settings --help
+offers 'nearcast evaluate --l' --list-rules
+offers 'nearcast evaluate --rule ka' kalman-quick kalman-calm
+offers 'nearcast evaluate --set sta' staleFor=
+offers 'nearcast evaluate --truth '
+offers 'nearcast evaluate --advise --w' --write
+offers 'nearcast scene -' --settings --truth --for --help
 offers 'nearcast scene '
 
 exit $((failures != 0))

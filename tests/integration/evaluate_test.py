@@ -2,8 +2,9 @@
 """nearcast evaluate as a person uses it: figures, settings, pages, thresholds, and what is said of wrong files."""
 
 import json
+import re
 
-from nearcast_program import ProgramTest, main, nearcast, recording
+from nearcast_program import ROOT, ProgramTest, main, nearcast, recording
 
 KITCHEN, BAR = "00:00:00:00:00:01", "00:00:00:00:00:02"
 
@@ -145,6 +146,16 @@ class Settings(EvaluateTest):
         self.assertIn("more than 10000 values",
                       self.refused(self.walk, "--sweep", "dwell=0..1:200", "--sweep", "decay=1..2:200"))
         self.assertIn("there is no rule 'newest'", self.refused(self.walk, "--rule", "newest"))
+
+
+class Completions(EvaluateTest):
+    def test_every_shell_offers_every_rule_and_every_setting(self):
+        result = self.run_json(self.walk)
+        names = [rule["rule"] for rule in result["rules"]] + list(result["settings"])
+        self.assertGreater(len(names), 15)
+        for path in (ROOT / "packaging" / "completion").iterdir():
+            words = set(re.split(r"[\s'()=]+", path.read_text(encoding="utf-8")))
+            self.assertEqual([name for name in names if name not in words], [], path)
 
 
 class Page(EvaluateTest):
