@@ -28,9 +28,9 @@ double MaximumLevel::of(std::int32_t* readings, std::size_t count) {
 
 double MedianLevel::of(std::int32_t* readings, std::size_t count) {
     std::sort(readings, readings + count);
-    const double upper = readings[count / 2];
-    const double lower = readings[(count - 1) / 2];
-    return (lower + upper) / 2;
+    const std::size_t upper = count / 2;
+    const std::size_t lower = (count - 1) / 2;
+    return (static_cast<double>(readings[lower]) + readings[upper]) / 2;
 }
 
 void TrimmedMeanLevel::add(double at, std::int32_t RSSI) {
