@@ -4,12 +4,12 @@
 #include "nearest/DongleAddress.h"
 #include "platform/json/JSONSerialization.h"
 #include "scenario/EventWriter.h"
+#include "scenario/LineReader.h"
 #include "scenario/Performer.h"
 #include "scenario/PlaybackRecorder.h"
 
 #include <algorithm>
 #include <chrono>
-#include <set>
 #include <utility>
 
 namespace nearcast::scenario {
@@ -29,17 +29,37 @@ public:
     void NSLog(std::string_view /*line*/) noexcept override {}
 };
 
-/// The devices that make every dongle of a recording a registered one.
-void registerDonglesOf(const std::vector<Line>& lines, QXNearcastManager& manager) {
-    std::set<std::string> known;
-    for (const Line& line : lines) {
+/// The record that the manager makes of a printer of which nothing but the dongle's address is known.
+SettingRecordPointer recordOf(std::string_view MACAddr) {
+    SettingRecord record;
+    record.emplace(kQXDeviceType, static_cast<std::int64_t>(QXDeviceTypeDesktopPrinter));
+    record.emplace(kQXWithDrawer, false);
+    record.emplace(kQXNickName, "(null)");
+    record.emplace(kQXDongleMACAddr, MACAddr);
+    return std::make_shared<const SettingRecord>(std::move(record));
+}
+
+/// A registry that has every dongle of a recording.
+Settings donglesOf(const PlaybackInput& input) {
+    Settings registry;
+    for (const Line& line : input.lines) {
         const auto* advertise = std::get_if<Advertise>(&line.action);
         if (advertise == nullptr) continue;
         nearest::DongleAddress address;
         if (!address.read({.name = advertise->name, .manufacturerData = advertise->manufacturerData})) continue;
-        if (!known.emplace(address.text()).second) continue;
-        manager.addSettingForPrinterPortName(address.text(), {}, false, address.text(), {}, {});
+        if (registry.find(address.text()) != registry.end()) continue;
+        registry.emplace(address.text(), recordOf(address.text()));
+        if (registry.size() <= mostDongles) continue;
+        throw ScenarioError(input.name + ": has more than " + std::to_string(mostDongles) +
+                            " dongles; settings that name the devices are needed");
     }
+    return registry;
+}
+
+void requireShort(const PlaybackInput& input) {
+    const auto tooLate = [](const Line& line) { return line.at > longestPlayback; };
+    if (std::none_of(input.lines.begin(), input.lines.end(), tooLate)) return;
+    throw ScenarioError(input.name + ": is longer than seven days");
 }
 
 /// The one manager of the process, with what it stands on.
@@ -68,7 +88,7 @@ private:
     [[nodiscard]] Time now() const { return platform_->timeline().now(); }
     void prepare(const PlaybackInput& input);
     void perform(const Action& action);
-    void runLines(const std::vector<Line>& lines, Time begin);
+    bool runLines(const std::vector<Line>& lines, Time begin);
     void sweepOut();
     void tidy();
 
@@ -85,29 +105,36 @@ public:
     Script(Stage& stage, const std::vector<Line>& lines, Time begin) : stage_(stage), lines_(lines), begin_(begin) {}
 
     std::optional<Time> due() override {
-        if (next_ == lines_.size()) return std::nullopt;
+        if (next_ == lines_.size() || tooDeep_) return std::nullopt;
         return begin_ + lines_[next_].at;
     }
     void happen() override {
         if (next_ == lines_.size()) return;
+        tooDeep_ = depth_ == deepest;
+        if (tooDeep_) return;
+        ++depth_;
         // Counted before it happens: a call may sleep, and then the next lines happen inside.
         stage_.perform(lines_[next_++].action);
+        --depth_;
     }
+    /// Whether it broke off because calls sleep too deep inside one another.
+    [[nodiscard]] bool tooDeep() const { return tooDeep_; }
 
 private:
+    // As when a scenario is run: a line inside a sleep is on the stack of the call that sleeps.
+    static constexpr int deepest = 500;
+
     Stage& stage_;
     const std::vector<Line>& lines_;
     const Time begin_;
     std::size_t next_ = 0;
+    int depth_ = 0;  ///< lines that have begun to happen and not ended
+    bool tooDeep_ = false;
 };
 
 void Stage::prepare(const PlaybackInput& input) {
     if (isScenario(input.lines)) return;
-    if (input.registry) {
-        manager_->setSettings(*input.registry);
-    } else {
-        registerDonglesOf(input.lines, *manager_);
-    }
+    manager_->setSettings(input.registry ? *input.registry : donglesOf(input));
     recorder_.noteRegistry(*manager_->getSettings());
     manager_->setDelegate(recorder_.delegate(true, true));
     manager_->startScan(ordinarySamplingNumber);
@@ -124,11 +151,13 @@ void Stage::perform(const Action& action) {
     }
 }
 
-void Stage::runLines(const std::vector<Line>& lines, Time begin) {
+/// @return false when calls sleep too deep inside one another
+bool Stage::runLines(const std::vector<Line>& lines, Time begin) {
     Script script(*this, lines, begin);
     platform_->timeline().setSource(&script);
     platform_->timeline().runToLastHappening();
     platform_->timeline().setSource(nullptr);
+    return !script.tooDeep();
 }
 
 /// Waits until every dongle has been told as silent, which empties the manager's table of them.
@@ -143,10 +172,11 @@ void Stage::tidy() {
 }
 
 Playback Stage::play(const PlaybackInput& input) {
+    requireShort(input);
     const Time begin = now();
     recorder_.begin([this, begin] { return duration<double>(now() - begin).count(); });
     prepare(input);
-    runLines(input.lines, begin);
+    const bool whole = runLines(input.lines, begin);
     const double end = duration<double>(now() - begin).count();
     if (!isScenario(input.lines)) sweepOut();
     Playback playback = recorder_.take();
@@ -155,6 +185,7 @@ Playback Stage::play(const PlaybackInput& input) {
     manager_->stopScan();
     manager_->setDelegate(nullptr);
     manager_->setSettings(std::nullopt);
+    if (!whole) throw ScenarioError(input.name + ": too many calls sleep inside one another");
     playback.name = input.name;
     playback.end = end;
     return playback;

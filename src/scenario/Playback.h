@@ -5,6 +5,8 @@
 
 #include "scenario/Line.h"
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -75,8 +77,14 @@ bool isScenario(const std::vector<Line>& lines);
 /// There is one manager in a process: recordings that are played one after the other share it. After each the clock
 /// moves on until every dongle has been told as silent, and the scan is stopped and the registry emptied. Not for
 /// several threads.
+/// @throws ScenarioError naming the input, when it is longer than `longestPlayback`, when a recording has more dongles
+///         than `mostDongles` and no registry is given, or when calls of a scenario sleep too deep inside one another
 /// @throws std::logic_error when the manager was made by somebody else
 Playback play(const PlaybackInput& input);
+
+/// What a playback may be at most: what comes of it is held in memory, and the manager looks for a device one by one.
+inline constexpr Time longestPlayback = std::chrono::hours(24 * 7);
+inline constexpr std::size_t mostDongles = 10'000;
 
 /// The manager that `play` plays to, for reading and writing registries between two recordings.
 /// @throws std::logic_error when the manager was made by somebody else

@@ -24,11 +24,11 @@ public:
         const std::string& truth = changes_[next_ - 1].MACAddr;
         const bool right = answer == truth;
         ++score_.samples;
-        score_.right += right ? 1 : 0;
+        score_.right += right ? 1U : 0U;
         if (!answer.empty()) {
             ++score_.answered;
-            score_.rightAnswered += right ? 1 : 0;
-            score_.wrongSwitches += !right && answer != previous_ ? 1 : 0;
+            score_.rightAnswered += right ? 1U : 0U;
+            if (!right && answer != previous_) ++score_.wrongSwitches;
         }
         if (right && waiting_) {
             score_.followed.push_back(at - changes_[next_ - 1].at);
@@ -48,13 +48,13 @@ private:
         while (next_ < changes_.size() && changes_[next_].at <= at) {
             giveUp();
             waiting_ = next_ != 0;
-            score_.changes += waiting_ ? 1 : 0;
+            score_.changes += waiting_ ? 1U : 0U;
             ++next_;
         }
         return next_ != 0;
     }
     void giveUp() {
-        score_.neverReached += waiting_ ? 1 : 0;
+        score_.neverReached += waiting_ ? 1U : 0U;
         waiting_ = false;
     }
 

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "scenario/LineReader.h"
 #include "scenario/Playback.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -60,6 +63,14 @@ TEST(Playback, EveryDongleOfARecordingIsRegisteredUnderItsAddress) {
     EXPECT_EQ(playback.dongles[0].threshold, std::nullopt);
     EXPECT_EQ(playback.dongles[1].MACAddr, second);
     EXPECT_EQ(playback.registry->size(), 2U);
+}
+
+TEST(Playback, TheRecordsAreThoseThatTheManagerMakesOfPrinters) {
+    auto& manager = playbackManager();
+    manager.addSettingForPrinterPortName(first, {}, false, first, {}, {});
+    const SettingRecord made = *manager.getSettings()->at(first);
+    manager.setSettings(std::nullopt);
+    EXPECT_EQ(*playLines({heardAt(1, first, -60)}).registry->at(first), made);
 }
 
 TEST(Playback, RawReadingsAreSeenBesideTheReportsThatComeOfThem) {
@@ -151,6 +162,50 @@ TEST(Playback, AScenarioLeavesNothingBehind) {
     const Playback alone = playLines(texts);
     playLines({both, R"({"do":"startScan","samplingNumber":2})", R"({"at":1,"do":"radio","state":4})",
                heardAt(1, first, -20), heardAt(1, second, -20), R"({"do":"setDelegate"})"});
+    EXPECT_EQ(playLines(texts).events, alone.events);
+}
+
+std::string endAt(double seconds) { return R"({"do":"end","at":)" + std::to_string(seconds) + "}"; }
+
+TEST(Playback, LastsSevenDaysAtMost) {
+    constexpr double week = 7 * 24 * 3600;
+    EXPECT_EQ(playLines({endAt(week)}).end, week);
+    EXPECT_THROW(playLines({endAt(week + 0.001)}), ScenarioError);
+}
+
+std::vector<std::string> differentDongles(std::size_t count) {
+    std::vector<std::string> texts;
+    std::array<char, 20> address{};
+    for (std::size_t number = 0; number < count; ++number) {
+        std::snprintf(address.data(), address.size(), "000000%06X", static_cast<unsigned>(number));
+        texts.push_back(heardAt(1, address.data(), -60));
+    }
+    return texts;
+}
+
+TEST(Playback, MoreDonglesThanCanBeRegisteredNeedSettings) {
+    EXPECT_THROW(playLines(differentDongles(mostDongles + 1)), ScenarioError);
+    const Playback playback =
+        playLines(differentDongles(mostDongles + 1), std::make_shared<const Settings>(Settings()));
+    EXPECT_EQ(playback.dongles.size(), mostDongles + 1);
+}
+
+/// Calls that all sleep: each in the sleep of the one before it, for the radio's state is not known.
+std::vector<std::string> sleepers(int count) {
+    std::vector<std::string> texts{R"({"do":"radio","state":0})"};
+    for (int call = 0; call < count; ++call) texts.emplace_back(R"({"do":"startScan"})");
+    return texts;
+}
+
+TEST(Playback, CallsSleepFiveHundredDeepAtMost) {
+    EXPECT_NO_THROW(playLines(sleepers(500)));
+    EXPECT_THROW(playLines(sleepers(501)), ScenarioError);
+}
+
+TEST(Playback, AScenarioThatBreaksOffLeavesNothingBehind) {
+    const auto texts = seconds(9, first, -60);
+    const Playback alone = playLines(texts);
+    EXPECT_THROW(playLines(sleepers(501)), ScenarioError);
     EXPECT_EQ(playLines(texts).events, alone.events);
 }
 
