@@ -91,7 +91,8 @@ private:
             atInside -= at_.counts[step];
             elsewhereInside -= elsewhere_.counts[step];
         }
-        return best.first + (best.last - best.first) / 2;
+        const std::int32_t middle = best.first + (best.last - best.first) / 2;
+        return middle;
     }
 
     static double share(std::size_t part, std::size_t whole) {
