@@ -35,12 +35,14 @@ function bar(piece, list, model, state, place) {
         'fill-opacity': stretch.stale && piece.many === 0 ? 0.4 : 1,
     })];
     if (width > 3) {
-        parts.push(drawing('rect', { x: left + width - 1, y: 0, width: 1, height: place.height, fill: state.colours.ground }));
+        const fill = state.colours.ground;
+        parts.push(drawing('rect', { x: left + width - 1, y: 0, width: 1, height: place.height, fill }));
     }
     const name = nameFor(piece, list, model, width);
     if (name) {
         const colour = stretch.dongle < 0 || stretch.stale ? state.colours.text : state.colours['on-colour'];
-        parts.push(drawing('text', { x: left + width / 2, y: place.height / 2 + 4, 'text-anchor': 'middle', fill: colour }, name));
+        const [x, y] = [left + width / 2, place.height / 2 + 4];
+        parts.push(drawing('text', { x, y, 'text-anchor': 'middle', fill: colour }, name));
     }
     return parts;
 }
@@ -67,17 +69,20 @@ function symbol(mark, x, height, state) {
     const middle = height / 2;
     if (mark.kind === 'silent') {
         const path = `M${x - 4} ${middle - 4}L${x + 4} ${middle + 4}M${x - 4} ${middle + 4}L${x + 4} ${middle - 4}`;
-        return drawing('path', { d: path, stroke: colourOf(mark.dongle, state.dark), 'stroke-width': 2.2, fill: 'none' });
+        const stroke = colourOf(mark.dongle, state.dark);
+        return drawing('path', { d: path, stroke, 'stroke-width': 2.2, fill: 'none' });
     }
     const scan = mark.kind === 'scan';
     const [y, width] = scan ? [middle, 1.5] : [0, 3];
-    return drawing('rect', { x: x - width / 2, y, width, height: height - y, fill: state.colours[scan ? 'quiet' : 'alarm'] });
+    const fill = state.colours[scan ? 'quiet' : 'alarm'];
+    return drawing('rect', { x: x - width / 2, y, width, height: height - y, fill });
 }
 
 function drawMarks(svg, model, state) {
     const place = placeIn(svg, state.range);
     const drawn = new Set();
-    const symbols = [drawing('rect', { x: 0, y: place.height / 2 - 0.5, width: place.width, height: 1, fill: state.colours.grid })];
+    const line = { x: 0, y: place.height / 2 - 0.5, width: place.width, height: 1, fill: state.colours.grid };
+    const symbols = [drawing('rect', line)];
     for (const mark of model.marks) {
         if (mark.at < state.range.from || mark.at > state.range.to) continue;
         if (mark.kind === 'silent' && !state.visible.has(mark.dongle)) continue;

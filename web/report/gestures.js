@@ -49,7 +49,7 @@ function begin(chart, event, state) {
     const inPlot = byId('plot').contains(event.target);
     const selects = event.pointerType !== 'touch' && inPlot && !event.shiftKey;
     const share = shareOf(chart, event.clientX);
-    return { id: event.pointerId, selects, first: share, now: share, x: event.clientX, moved: false, range: state.range };
+    return { selects, first: share, now: share, x: event.clientX, moved: false, range: state.range };
 }
 
 function moveOne(chart, model, store, pointer) {

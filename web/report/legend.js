@@ -3,17 +3,17 @@
 
 import { byId, drawing, element } from './dom.js';
 import { colourOf, dashOf } from './palette.js';
-import { valueAt } from './search.js';
+import { PRESENT, valueAt } from './search.js';
 import { stretchAt } from './stretches.js';
 import { figure, fullName, signalText } from './texts.js';
 
-/** Seconds after which what was heard is not shown as present any more: when the manager tells silence. */
-const PRESENT = 5;
-
 function head() {
-    const cells = [['', ''], ['Dongle', ''], ['Port', ''], ['Address', 'address'], ['Threshold', 'number'],
-        ['Raw', 'number'], ['Smoothed', 'number'], ['Level', 'number']];
-    return element('thead', {}, element('tr', {}, ...cells.map(([text, kind]) => element('th', { class: kind }, text))));
+    const cells = [
+        ['', ''], ['Dongle', ''], ['Port', ''], ['Address', 'address'], ['Threshold', 'number'], ['Raw', 'number'],
+        ['Smoothed', 'number'], ['Level', 'number'],
+    ];
+    const row = cells.map(([text, kind]) => element('th', { class: kind }, text));
+    return element('thead', {}, element('tr', {}, ...row));
 }
 
 function toggled(set, index) {
@@ -22,14 +22,21 @@ function toggled(set, index) {
     return result;
 }
 
+/** Nothing is said twice in a row. */
+function otherThan(text, name) {
+    return text === name ? '' : text;
+}
+
 function makeRow(dongle, store) {
-    const swatch = drawing('line', { x1: 0, y1: 6, x2: 26, y2: 6, 'stroke-width': 4, 'stroke-dasharray': dashOf(dongle.index).join(' ') });
+    const dashes = dashOf(dongle.index).join(' ');
+    const swatch = drawing('line', { x1: 0, y1: 6, x2: 26, y2: 6, 'stroke-width': 4, 'stroke-dasharray': dashes });
     const button = element('button', { type: 'button', 'aria-label': `Show ${fullName(dongle)}` },
         drawing('svg', { 'aria-hidden': 'true', viewBox: '0 0 26 12' }, swatch));
     const values = ['raw', 'smoothed', 'level'].map(() => element('td', { class: 'number' }, '\u2013'));
     const threshold = `${figure(dongle.threshold, 0)} dBm${dongle.ownThreshold ? '' : ' (default)'}`;
     const row = element('tr', {}, element('td', {}, button), element('td', { class: 'name' }, dongle.name),
-        element('td', {}, dongle.port), element('td', { class: 'address' }, dongle.address),
+        element('td', {}, otherThan(dongle.port, dongle.name)),
+        element('td', { class: 'address' }, otherThan(dongle.address, dongle.name)),
         element('td', { class: 'number' }, threshold), ...values);
     button.addEventListener('click', () => store.set({ visible: toggled(store.get().visible, dongle.index) }));
     row.addEventListener('pointerenter', () => store.set({ focus: dongle.index }));

@@ -23,10 +23,11 @@ function readDongle(dongle, index) {
     };
 }
 
-/** Entries that hold from their `at` (milliseconds) to the next one's, as stretches; those of no length are left out. */
+/** Entries that hold from their `at` (milliseconds) to the next one's, as stretches; none of them is of no length. */
 export function stretches(entries, end) {
+    const endOf = (index) => Math.min((entries[index + 1]?.at ?? Infinity) / 1000, end);
     return entries
-        .map((entry, index) => ({ ...entry, from: entry.at / 1000, to: (entries[index + 1]?.at ?? end * 1000) / 1000 }))
+        .map((entry, index) => ({ ...entry, from: Math.max(entry.at / 1000, 0), to: endOf(index) }))
         .filter((stretch) => stretch.to > stretch.from);
 }
 

@@ -11,13 +11,13 @@ import { attachPanel } from './panel.js';
 import { attachPlot } from './plot.js';
 import { makeStore } from './store.js';
 import { attachTables } from './tables.js';
-import { summary } from './texts.js';
+import { summary, timeText } from './texts.js';
 import { attachTheme } from './theme.js';
 import { attachToolbar } from './toolbar.js';
 
 function startingState(model) {
     return {
-        range: model.whole, cursor: null, focus: null, visible: shownAtFirst(model), size: 0, dark: false, colours: {},
+        range: model.whole, cursor: null, focus: null, visible: shownAtFirst(model), size: '', dark: false, colours: {},
         raw: true, smoothed: true, level: false, thresholds: true,
     };
 }
@@ -25,7 +25,8 @@ function startingState(model) {
 function describe(model) {
     const facts = summary(model, agreement(model.decisions, model.truth));
     byId('summary').replaceChildren(...facts.map((fact) => element('span', {}, fact)));
-    byId('plot').setAttribute('aria-label', `Signals of ${model.dongles.length} dongles; the tables below say the same`);
+    byId('plot').setAttribute('aria-label',
+        `Signals of ${model.dongles.length} dongles over ${timeText(model.end)}; the table Dongles has their values`);
     byId('decision-band').querySelector('svg').setAttribute('aria-label',
         `The decision over time, ${model.decisions.length} stretches; all of them are in the table Decisions`);
 }

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is painted on the plot's canvas beside the curves: where the radio could not hear, and the thresholds.
+// What is painted on the plot's canvas beside the curves: where the radio could not hear, which curve was the chosen
+// one, and the thresholds.
 
-import { colourOf } from './palette.js';
+import { colourOf, faded } from './palette.js';
+import { lowerBound } from './search.js';
 import { figure } from './texts.js';
 
 /** Shades the time in which the radio could not hear. */
@@ -19,6 +21,47 @@ export function paintBlind(plot, model, state) {
     ctx.restore();
 }
 
+/** A broad line along what was drawn of a curve between two moments. */
+function paintAlong(plot, column, stretch) {
+    const { ctx, data } = plot;
+    const [times] = data;
+    let begun = false;
+    ctx.beginPath();
+    for (let i = lowerBound(times, stretch.from); i < times.length && times[i] <= stretch.to; ++i) {
+        const value = data[column][i];
+        if (value === undefined) continue;
+        if (value === null) {
+            begun = false;
+            continue;
+        }
+        const [x, y] = [plot.valToPos(times[i], 'x', true), plot.valToPos(value, 'y', true)];
+        if (begun) ctx.lineTo(x, y);
+        else ctx.moveTo(x, y);
+        begun = true;
+    }
+    ctx.stroke();
+}
+
+/**
+ * Marks the curve of the chosen device for as long as it was chosen.
+ * @param columnOf which of the plot's columns is the curve of a dongle
+ */
+export function paintChosen(plot, model, state, columnOf) {
+    if (!state.smoothed) return;
+    const { ctx } = plot;
+    ctx.save();
+    ctx.lineWidth = 7 * (globalThis.devicePixelRatio || 1);
+    ctx.lineJoin = 'round';
+    for (const decision of model.decisions) {
+        if (decision.to <= state.range.from || decision.from >= state.range.to) continue;
+        if (!state.visible.has(decision.dongle)) continue;
+        const near = state.focus === null || state.focus === decision.dongle;
+        ctx.strokeStyle = faded(colourOf(decision.dongle, state.dark), near ? 0.3 : 0.08);
+        paintAlong(plot, columnOf(decision.dongle), decision);
+    }
+    ctx.restore();
+}
+
 /** The thresholds to be drawn: one of each dongle that has its own, and one for all that have the default. */
 export function thresholdLines(dongles, state) {
     const lines = [];
@@ -31,10 +74,10 @@ export function thresholdLines(dongles, state) {
     return byDefault === null ? lines : [...lines, byDefault];
 }
 
-/** Only some can have their names beside them. */
-const MOST_NAMES = 6;
+/** Names that are closer to one another than so many pixels cannot be read. */
+const APART = 13;
 
-function paintLine(plot, line, state, named) {
+function paintLine(plot, line, state) {
     const { ctx, bbox } = plot;
     const y = Math.round(plot.valToPos(line.value, 'y', true)) + 0.5;
     const pixel = globalThis.devicePixelRatio || 1;
@@ -49,7 +92,21 @@ function paintLine(plot, line, state, named) {
     ctx.moveTo(bbox.left, y);
     ctx.lineTo(bbox.left + bbox.width, y);
     ctx.stroke();
-    if (named) ctx.fillText(`${line.name} ${figure(line.value, 0)}`, bbox.left + bbox.width - 4 * pixel, y - 3 * pixel);
+    return y;
+}
+
+/** The name of a threshold at its end, on the page's ground, so that it is read over the curves. */
+function paintName(plot, line, state, y) {
+    const { ctx, bbox } = plot;
+    const pixel = globalThis.devicePixelRatio || 1;
+    const text = `${line.name} ${figure(line.value, 0)}`;
+    const right = bbox.left + bbox.width - 4 * pixel;
+    const width = ctx.measureText(text).width;
+    const colour = ctx.fillStyle;
+    ctx.fillStyle = state.colours.ground;
+    ctx.fillRect(right - width - 3 * pixel, y - 6.5 * pixel, width + 6 * pixel, 13 * pixel);
+    ctx.fillStyle = colour;
+    ctx.fillText(text, right, y + 4 * pixel);
 }
 
 /** Draws the thresholds that lie within the scale. */
@@ -61,6 +118,14 @@ export function paintThresholds(plot, model, state) {
     ctx.save();
     ctx.textAlign = 'right';
     ctx.font = `${11 * (globalThis.devicePixelRatio || 1)}px system-ui, "DejaVu Sans", sans-serif`;
-    for (const line of lines) paintLine(plot, line, state, lines.length <= MOST_NAMES || line.dongle === state.focus);
+    const places = lines.map((line) => paintLine(plot, line, state));
+    const named = [];
+    lines.forEach((line, index) => {
+        if (state.focus !== null && line.dongle !== state.focus) return;
+        const y = places[index];
+        if (named.some((other) => Math.abs(other - y) < APART * (globalThis.devicePixelRatio || 1))) return;
+        named.push(y);
+        paintName(plot, line, state, y);
+    });
     ctx.restore();
 }

@@ -3,6 +3,7 @@
 
 import { byId, element } from './dom.js';
 import { fitInto, span } from './range.js';
+import { PRESENT, valueAt } from './search.js';
 import { stretchAt } from './stretches.js';
 import { GUTTER, MARGIN } from './plot.js';
 import { decisionFacts, decisionSentence, markText, nameOfDongle, timeText } from './texts.js';
@@ -18,10 +19,26 @@ export function marksNear(marks, time, reach, most = 3) {
         .slice(0, most);
 }
 
+/** How the chosen device and the strongest of the others are at a moment, by the levels that the decision compares. */
+export function nowAt(model, decision, time) {
+    const levelOf = (dongle) => valueAt(dongle.level, time, PRESENT);
+    const signal = levelOf(model.dongles[decision.dongle]);
+    let [runner, runnerSignal] = [-1, null];
+    for (const dongle of model.dongles) {
+        const level = dongle.index === decision.dongle ? null : levelOf(dongle);
+        if (level === null || (runnerSignal !== null && level <= runnerSignal)) continue;
+        [runner, runnerSignal] = [dongle.index, level];
+    }
+    return { signal, runner, runnerSignal, distance: signal === null || runner < 0 ? null : signal - runnerSignal };
+}
+
 /** The facts of a moment as [label, text] pairs. */
 export function factsAt(model, time, reach) {
     const decision = model.decisions[stretchAt(model.decisions, time)];
-    const facts = decision === undefined ? [['Chosen', 'nothing is known here']] : decisionFacts(decision, model.dongles);
+    const now = decision === undefined || decision.dongle < 0 ? null : nowAt(model, decision, time);
+    const facts = decision === undefined
+        ? [['Chosen', 'nothing is known here']]
+        : decisionFacts(decision, model.dongles, now);
     if (model.truth !== null) {
         const truth = model.truth[stretchAt(model.truth, time)];
         facts.push(['Truth', truth === undefined ? 'not known' : nameOfDongle(model.dongles, truth.dongle)]);

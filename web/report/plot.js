@@ -5,7 +5,7 @@ import { columnsFor } from './decimate.js';
 import { byId } from './dom.js';
 import { signalScale } from './model.js';
 import { colourOf, dashOf, faded } from './palette.js';
-import { paintBlind, paintThresholds } from './paint.js';
+import { paintBlind, paintChosen, paintThresholds } from './paint.js';
 import { figure, timeText } from './texts.js';
 
 /** Where the curves begin, and how much room is left of their end; the bands keep to both. */
@@ -13,6 +13,9 @@ export const GUTTER = 64;
 export const MARGIN = 12;
 
 const STEPS = [0.1, 0.2, 0.5, 1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 14400, 43200, 86400];
+const FONT = '12px system-ui, "DejaVu Sans", sans-serif';
+/** Room for the name of the axis. */
+const LABEL = 16;
 const NOTHING = { t: [], v: [] };
 const KINDS = [
     { key: 'raw', title: 'raw' },
@@ -32,7 +35,8 @@ function seriesOf(kind, dongle, store) {
     };
     const shared = { label: `${dongle.name}, ${kind.title}`, spanGaps: false };
     if (kind.key === 'raw') {
-        return { ...shared, paths: () => null, points: { show: true, size: 3.5, width: 0, stroke: stroke(0), fill: stroke(0.38) } };
+        const points = { show: true, size: 3.5, width: 0, stroke: stroke(0), fill: stroke(0.38) };
+        return { ...shared, paths: () => null, points };
     }
     const line = kind.key === 'level' ? { width: 1, dash: [4, 3] } : { width: 1.8, dash: dashOf(dongle.index) };
     return { ...shared, ...line, stroke: stroke(kind.key === 'level' ? 0.8 : 1), points: { show: false } };
@@ -44,12 +48,18 @@ function axes(store) {
         stroke: colour('quiet'),
         grid: { stroke: colour('grid'), width: 1 },
         ticks: { stroke: colour('line'), width: 1 },
-        font: '12px system-ui, "DejaVu Sans", sans-serif',
+        font: FONT,
     };
     const decimals = (step) => (step < 1 ? 1 : 0);
     return [
-        { ...shared, space: 80, incrs: STEPS, values: (u, splits, _, __, step) => splits.map((t) => timeText(t, decimals(step))) },
-        { ...shared, size: GUTTER, values: (u, splits) => splits.map((value) => figure(value, 0)), label: 'dBm', labelSize: 16, size: GUTTER - 16 },
+        {
+            ...shared, size: 34, space: 80, incrs: STEPS,
+            values: (plot, moments, axis, space, step) => moments.map((moment) => timeText(moment, decimals(step))),
+        },
+        {
+            ...shared, size: GUTTER - LABEL, label: 'dBm', labelSize: LABEL, labelFont: FONT,
+            values: (plot, signals) => signals.map((signal) => figure(signal, 0)),
+        },
     ];
 }
 
@@ -60,6 +70,7 @@ function curvesOf(model, state) {
 }
 
 function options(model, store, scale) {
+    const columnOf = (dongle) => 1 + KINDS.findIndex(({ key }) => key === 'smoothed') * model.dongles.length + dongle;
     return {
         width: 100,
         height: 100,
@@ -73,7 +84,10 @@ function options(model, store, scale) {
         axes: axes(store),
         series: [{}, ...KINDS.flatMap((kind) => model.dongles.map((dongle) => seriesOf(kind, dongle, store)))],
         hooks: {
-            drawClear: [(plot) => paintBlind(plot, model, store.get())],
+            drawClear: [
+                (plot) => paintBlind(plot, model, store.get()),
+                (plot) => paintChosen(plot, model, store.get(), columnOf),
+            ],
             draw: [(plot) => paintThresholds(plot, model, store.get())],
         },
     };

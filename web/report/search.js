@@ -25,6 +25,9 @@ export function upperBound(times, time) {
     return low;
 }
 
+/** Seconds after which what was heard is not present any more: when the manager tells silence. */
+export const PRESENT = 5;
+
 /** The last value of a curve at a moment, or null where it is older than `age` seconds. */
 export function valueAt(curve, time, age) {
     const index = upperBound(curve.t, time) - 1;

@@ -32,7 +32,8 @@ function eventList(model, list) {
 }
 
 function settingTable(model) {
-    return textTable(['Setting', 'Value', 'Unit'], model.settings.map(({ name, value, unit }) => [name, String(value), unit]), [1]);
+    const rows = model.settings.map(({ name, value, unit }) => [name, String(value), unit]);
+    return textTable(['Setting', 'Value', 'Unit'], rows, [1]);
 }
 
 /** Fills the part when it is opened for the first time. */

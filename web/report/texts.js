@@ -48,15 +48,18 @@ function thresholdText(decision, dongle) {
     return `${signalText(decision.threshold, 1)}${dongle?.ownThreshold === false ? ' (default)' : ''}`;
 }
 
-function runnerUpText(decision, dongles) {
-    if (decision.runner < 0) return 'none';
-    const ahead = decision.distance;
-    const place = ahead === null ? '' : ahead < 0 ? `, ${figure(-ahead)} dB ahead` : `, ${figure(ahead)} dB behind`;
-    return `${nameOfDongle(dongles, decision.runner)} at ${signalText(decision.runnerSignal, 1)}${place}`;
+/** A runner-up: {runner: its index or -1, runnerSignal: dBm, distance: by how many dB it is behind, or null}. */
+function runnerUpText({ runner, runnerSignal, distance }, dongles) {
+    if (runner < 0) return 'none';
+    const ahead = distance === null ? '' : `, ${figure(Math.abs(distance))} dB ${distance < 0 ? 'ahead' : 'behind'}`;
+    return `${nameOfDongle(dongles, runner)} at ${signalText(runnerSignal, 1)}${ahead}`;
 }
 
-/** A decision as [label, text] pairs. */
-export function decisionFacts(decision, dongles) {
+/**
+ * A decision as [label, text] pairs.
+ * @param now how it is at a moment later on: {signal, runner, runnerSignal, distance}; null: that is not asked
+ */
+export function decisionFacts(decision, dongles, now = null) {
     const facts = [
         ['Chosen', nameOfDongle(dongles, decision.dongle) + (decision.stale ? ' (stale: the radio cannot hear)' : '')],
         ['From', `${timeText(decision.from)} to ${timeText(decision.to)}`],
@@ -64,8 +67,10 @@ export function decisionFacts(decision, dongles) {
     ];
     if (decision.dongle < 0) return facts;
     facts.push(['Signal', signalText(decision.signal, 1)]);
+    if (now !== null) facts.push(['\u2013 now', signalText(now.signal, 1)]);
     facts.push(['Threshold', thresholdText(decision, dongles[decision.dongle])]);
     facts.push(['Runner-up', runnerUpText(decision, dongles)]);
+    if (now !== null) facts.push(['\u2013 now', runnerUpText(now, dongles)]);
     return facts;
 }
 

@@ -31,8 +31,8 @@ function commands(model, store) {
 }
 
 const KEYS = {
-    ArrowLeft: 'pan-left', ArrowRight: 'pan-right', '+': 'zoom-in', '=': 'zoom-in', '-': 'zoom-out', '\u2212': 'zoom-out',
-    0: 'reset', Home: 'reset', n: 'next', p: 'previous', N: 'next', P: 'previous',
+    ArrowLeft: 'pan-left', ArrowRight: 'pan-right', '+': 'zoom-in', '=': 'zoom-in', '-': 'zoom-out', 0: 'reset',
+    Home: 'reset', n: 'next', p: 'previous', N: 'next', P: 'previous',
 };
 
 function attachKeys(all) {
