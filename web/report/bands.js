@@ -8,7 +8,7 @@ import { drawable } from './stretches.js';
 import { nameOfDongle } from './texts.js';
 
 /** Pixels that a piece has to be wide to be itself, and to carry its name. */
-const LEAST_PIXELS = 2;
+const LEAST_PIXELS = 1;
 const PIXELS_PER_LETTER = 7.5;
 
 function fillOf(piece, list, state) {

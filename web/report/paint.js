@@ -77,15 +77,17 @@ export function thresholdLines(dongles, state) {
 /** Names that are closer to one another than so many pixels cannot be read. */
 const APART = 13;
 
+function colourOfLine(line, state) {
+    return line.dongle === null ? state.colours.quiet : colourOf(line.dongle, state.dark);
+}
+
 function paintLine(plot, line, state) {
     const { ctx, bbox } = plot;
     const y = Math.round(plot.valToPos(line.value, 'y', true)) + 0.5;
     const pixel = globalThis.devicePixelRatio || 1;
-    const colour = line.dongle === null ? state.colours.quiet : colourOf(line.dongle, state.dark);
     const near = state.focus === null || state.focus === line.dongle;
     ctx.globalAlpha = near ? 0.9 : 0.15;
-    ctx.strokeStyle = colour;
-    ctx.fillStyle = colour;
+    ctx.strokeStyle = colourOfLine(line, state);
     ctx.lineWidth = pixel;
     ctx.setLineDash([6 * pixel, 5 * pixel]);
     ctx.beginPath();
@@ -102,10 +104,10 @@ function paintName(plot, line, state, y) {
     const text = `${line.name} ${figure(line.value, 0)}`;
     const right = bbox.left + bbox.width - 4 * pixel;
     const width = ctx.measureText(text).width;
-    const colour = ctx.fillStyle;
+    ctx.globalAlpha = 0.9;
     ctx.fillStyle = state.colours.ground;
     ctx.fillRect(right - width - 3 * pixel, y - 6.5 * pixel, width + 6 * pixel, 13 * pixel);
-    ctx.fillStyle = colour;
+    ctx.fillStyle = colourOfLine(line, state);
     ctx.fillText(text, right, y + 4 * pixel);
 }
 

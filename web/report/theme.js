@@ -3,7 +3,6 @@
 
 import { byId } from './dom.js';
 
-const NAMES = { automatic: 'automatic', light: 'light', dark: 'dark' };
 const NEXT = { automatic: 'light', light: 'dark', dark: 'automatic' };
 
 /** Keeps `dark` and `colours` of the store right, and drives the button. */
@@ -13,7 +12,7 @@ export function attachTheme(store) {
     const apply = () => {
         if (choice === 'automatic') delete document.documentElement.dataset.theme;
         else document.documentElement.dataset.theme = choice;
-        byId('theme').textContent = `Colours: ${NAMES[choice]}`;
+        byId('theme').textContent = `Colours: ${choice === 'automatic' ? 'auto' : choice}`;
         const style = getComputedStyle(document.documentElement);
         const colours = {};
         for (const name of ['ground', 'text', 'quiet', 'line', 'grid', 'none', 'blind', 'alarm', 'on-colour']) {
