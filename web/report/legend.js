@@ -33,11 +33,12 @@ function makeRow(dongle, store) {
     const button = element('button', { type: 'button', 'aria-label': `Show ${fullName(dongle)}` },
         drawing('svg', { 'aria-hidden': 'true', viewBox: '0 0 26 12' }, swatch));
     const values = ['raw', 'smoothed', 'level'].map(() => element('td', { class: 'number' }, '\u2013'));
+    const known = dongle.port !== '';
     const threshold = `${figure(dongle.threshold, 0)} dBm${dongle.ownThreshold ? '' : ' (default)'}`;
     const row = element('tr', {}, element('td', {}, button), element('td', { class: 'name' }, dongle.name),
-        element('td', {}, otherThan(dongle.port, dongle.name)),
+        element('td', {}, known ? otherThan(dongle.port, dongle.name) : 'not registered'),
         element('td', { class: 'address' }, otherThan(dongle.address, dongle.name)),
-        element('td', { class: 'number' }, threshold), ...values);
+        element('td', { class: 'number' }, known ? threshold : '\u2013'), ...values);
     button.addEventListener('click', () => store.set({ visible: toggled(store.get().visible, dongle.index) }));
     row.addEventListener('pointerenter', () => store.set({ focus: dongle.index }));
     row.addEventListener('pointerleave', () => store.set({ focus: null }));

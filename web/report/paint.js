@@ -69,7 +69,7 @@ export function thresholdLines(dongles, state) {
     for (const dongle of dongles) {
         if (!state.visible.has(dongle.index)) continue;
         if (dongle.ownThreshold) lines.push({ value: dongle.threshold, dongle: dongle.index, name: dongle.name });
-        else byDefault ??= { value: dongle.threshold, dongle: null, name: 'default' };
+        else if (dongle.port !== '') byDefault ??= { value: dongle.threshold, dongle: null, name: 'default' };
     }
     return byDefault === null ? lines : [...lines, byDefault];
 }
