@@ -32,6 +32,7 @@ void addRecord(CLI::App& application, Action& chosen);
 void addImport(CLI::App& application, Action& chosen);
 void addScene(CLI::App& application, Action& chosen);
 void addEvaluate(CLI::App& application, Action& chosen);
+void addReport(CLI::App& application, Action& chosen);
 
 /// Writes to standard output.
 /// @throws std::system_error when it cannot be written

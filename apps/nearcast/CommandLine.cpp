@@ -37,6 +37,7 @@ int runChosen(int argc, char** argv) {
     addImport(application, chosen);
     addScene(application, chosen);
     addEvaluate(application, chosen);
+    addReport(application, chosen);
     addRadios(application, chosen);
     addDoctor(application, chosen);
     try {

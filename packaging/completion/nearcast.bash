@@ -39,14 +39,15 @@ _nearcast() {
     COMPREPLY=()
     case $previous in
         --radio) _nearcast_radio "$current" && return ;;
-        --settings) [[ $command == watch || $command == evaluate ]] && compopt -o default && return ;;
-        --truth) [[ $command == evaluate ]] && compopt -o default && return ;;
+        --settings) [[ $command =~ ^(watch|evaluate|report)$ ]] && compopt -o default && return ;;
+        --truth) [[ $command =~ ^(evaluate|report)$ ]] && compopt -o default && return ;;
         --html | --write) compopt -o default && return ;;
         --rule) mapfile -t COMPREPLY < <(compgen -W "$_nearcast_rules" -- "$current") && return ;;
         --set | --sweep)
             mapfile -t COMPREPLY < <(compgen -S = -W "$_nearcast_nearest_settings" -- "$current")
             compopt -o nospace && return
             ;;
+        --title) return ;;
         --for) return ;;
         --services) COMPREPLY=(any) && return ;;
         --as) COMPREPLY=(dongles) && return ;;
@@ -59,9 +60,10 @@ _nearcast() {
         import) options='--services --as --output --help' ;;
         scene) options='--settings --truth --for --help' ;;
         evaluate) options='--truth --rule --settings --set --sweep --html --advise --write --json --list-rules --help' ;;
+        report) options='--output --settings --set --truth --title --help' ;;
         radios) options='--json --help' ;;
         doctor) options='--radio --for --json --help' ;;
-        *) options='watch record run import scene evaluate radios doctor --version --help' ;;
+        *) options='watch record run import scene evaluate report radios doctor --version --help' ;;
     esac
     if [[ $current == -* || -z $command ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Completion of nearcast for fish.
 
-set -l commands watch record run import scene evaluate radios doctor
+set -l commands watch record run import scene evaluate report radios doctor
 set -l rules 'strongest-report maximum-7 trimmed-mean-20s exponential-0.1 kalman-quick kalman-calm median-7 strongest-raw nearest'
 set -l settings 'defaultThreshold= hysteresis= dwell= margin= patience= closeSignal= closeTime= anticipation= attack= decay= silence= staleFor='
 set -l radios 'auto bluez hci none simulator simulator: replay:'
@@ -15,6 +15,7 @@ complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a run -d 'R
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a import -d 'Turn a capture into a recording'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a scene -d 'Print or check a scene'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a evaluate -d 'Measure who is nearest'
+complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a report -d 'Make a page of a recording'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a radios -d 'List the radios'
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a doctor -d 'Find out why a scan does not work'
 
@@ -48,6 +49,12 @@ complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l advise -d 'Pro
 complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l write -r -F -d 'Write settings with the thresholds'
 complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l json -d 'Print one JSON object'
 complete -c nearcast -n '__fish_seen_subcommand_from evaluate' -l list-rules -d 'Print the rules'
+
+complete -c nearcast -n '__fish_seen_subcommand_from report' -s o -l output -r -F -d 'The page to write'
+complete -c nearcast -n '__fish_seen_subcommand_from report' -l settings -r -F -d 'The registered devices'
+complete -c nearcast -n '__fish_seen_subcommand_from report' -l set -x -a "$settings" -d 'A setting of the decision'
+complete -c nearcast -n '__fish_seen_subcommand_from report' -l truth -r -F -d 'Where the user stood'
+complete -c nearcast -n '__fish_seen_subcommand_from report' -l title -x -d "The page's title"
 
 complete -c nearcast -n '__fish_seen_subcommand_from radios' -l json -d 'Print a JSON array'
 

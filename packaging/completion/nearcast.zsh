@@ -19,6 +19,7 @@ _nearcast_command() {
         'import:turn a recording of any kind into JSON Lines'
         "scene:print the simulator's built-in scene, or check one of your own"
         'evaluate:measure who is nearest on recordings whose truth is known'
+        'report:make a page of a recording'
         'radios:list the radios that can be opened here'
         'doctor:find out what stands between you and a working scan'
     )
@@ -30,6 +31,8 @@ _nearcast() {
     _arguments -C '(- *)'{-h,--help}'[print help]' '(- *)--version[print the version]' \
         '1: :_nearcast_command' '*:: :->arguments'
     [[ $state == arguments ]] || return
+    local -a settings=(defaultThreshold hysteresis dwell margin patience closeSignal closeTime anticipation attack decay
+        silence staleFor)
     case $words[1] in
         watch)
             _arguments '--radio[the radio to listen with]:radio:_nearcast_radio' \
@@ -61,8 +64,6 @@ _nearcast() {
         evaluate)
             local -a rules=(strongest-report maximum-7 trimmed-mean-20s exponential-0.1 kalman-quick kalman-calm
                 median-7 strongest-raw nearest)
-            local -a settings=(defaultThreshold hysteresis dwell margin patience closeSignal closeTime anticipation attack decay
-                silence staleFor)
             _arguments '*--truth[where the user stood]:file:_files' "*--rule[only this rule]:rule:($rules)" \
                 '--settings[the registered devices]:file:_files' \
                 '*--set[a setting of the rule nearest]:setting:compadd -S = -a settings' \
@@ -71,6 +72,13 @@ _nearcast() {
                 '--write[write the settings with the thresholds in them]:file:_files' \
                 '--json[print one JSON object]' '--list-rules[print the rules and what they do]' \
                 '(- *)'{-h,--help}'[print help]' '*:recording:_files'
+            ;;
+        report)
+            _arguments '(-o --output)'{-o,--output}'[the page to write]:file:_files' \
+                '--settings[the registered devices]:file:_files' \
+                '*--set[a setting of the decision]:setting:compadd -S = -a settings' \
+                '--truth[where the user stood]:file:_files' "--title[the page's title]:title:" \
+                '(- *)'{-h,--help}'[print help]' '1:recording:_files'
             ;;
         radios)
             _arguments '--json[print a JSON array]' '(- *)'{-h,--help}'[print help]'

@@ -53,6 +53,8 @@ public:
     [[nodiscard]] NearestChoice choice() const;
     /// The chosen device; null: none.
     [[nodiscard]] const Device* chosen() const { return present_ == none ? nullptr : &devices_[present_]; }
+    /// All of them, in the registry's order.
+    [[nodiscard]] const std::vector<Device>& devices() const noexcept { return devices_; }
     [[nodiscard]] bool stale() const;
     /// Grows with each change of the chosen device or of its staleness.
     [[nodiscard]] std::uint64_t changes() const noexcept { return changes_; }

@@ -27,6 +27,8 @@ public:
     [[nodiscard]] NearestChoice choice() const { return decision_.choice(); }
     /// What is known of each device, as of the last call.
     [[nodiscard]] std::vector<NearestExplanation> explain(double at) const { return decision_.explain(at); }
+    /// The same without words, in the registry's order.
+    [[nodiscard]] const std::vector<Device>& devices() const noexcept { return decision_.devices(); }
     /// Grows with each change of the chosen device or of its staleness.
     [[nodiscard]] std::uint64_t changes() const noexcept { return decision_.changes(); }
 

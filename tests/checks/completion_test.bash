@@ -26,7 +26,7 @@ cd "$(mktemp -d)"
 trap 'rm -r "$PWD"' EXIT
 touch shop.pcapng scene.json
 
-offers 'nearcast ' watch record run import scene evaluate radios doctor --version --help
+offers 'nearcast ' watch record run import scene evaluate report radios doctor --version --help
 offers 'nearcast w' watch
 offers 'nearcast --v' --version
 offers 'nearcast watch -' --radio --settings --for --json --help
@@ -50,6 +50,9 @@ offers 'nearcast evaluate --set sta' staleFor=
 offers 'nearcast evaluate --truth '
 offers 'nearcast evaluate --advise --w' --write
 offers 'nearcast scene -' --settings --truth --for --help
+offers 'nearcast report -' --output --settings --set --truth --title --help
+offers 'nearcast report --settings '
+offers 'nearcast report --set att' attack=
 offers 'nearcast scene '
 
 exit $((failures != 0))

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "AtomicFile.h"
+#include "Command.h"
+#include "nearest/SettingArguments.h"
+#include "playback/PlaybackFile.h"
+#include "report/ReportData.h"
+#include "report/ReportPage.h"
+#include "scenario/LineReader.h"
+#include "scenario/TruthFile.h"
+#include "watch/SettingsFile.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace nearcast::cli {
+
+namespace {
+
+constexpr const char* program = "nearcast " NEARCAST_VERSION;
+
+struct ReportArguments {
+    std::string recording;
+    std::string output;
+    std::string settings;
+    std::vector<std::string> set;
+    std::string truth;
+    std::string title;
+};
+
+void writePage(const std::string& page, const std::string& output) {
+    if (output.empty() || output == "-") {
+        writeOut(page);
+        finishOut();
+        return;
+    }
+    AtomicFile file(output);
+    file.write(page);
+    file.commit();
+}
+
+/// Plays the recording and writes its page.
+/// @return why the recording ends before its end; empty when it does not
+std::string makeReport(const ReportArguments& arguments) {
+    const NearestSettings settings = settingsOf(arguments.set);
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
+    std::optional<nearest::Truth> truth;
+    if (!arguments.truth.empty()) truth = scenario::readTruth(arguments.truth);
+    const PlaybackFile file = readPlaybackFile(arguments.recording, registry);
+    ReportData data = reportOf(scenario::play(file.input), settings, truth ? &*truth : nullptr);
+    data.title = arguments.title.empty() ? std::filesystem::path(file.path).filename().string() : arguments.title;
+    writePage(reportPage(data, program), arguments.output);
+    return file.damage;
+}
+
+int report(const ReportArguments& arguments) {
+    try {
+        const std::string damage = makeReport(arguments);
+        return damage.empty() ? exitGood : complain("report", damage, exitFailed);
+    } catch (const std::invalid_argument& error) {
+        return complain("report", error.what(), exitUsage);
+    } catch (const PlaybackFileError& error) {
+        return complain("report", error.what(), exitUsage);
+    } catch (const SettingsFileError& error) {
+        return complain("report", error.what(), exitUsage);
+    } catch (const scenario::ScenarioError& error) {
+        return complain("report", error.what(), exitUsage);
+    } catch (const std::exception& error) {
+        return complain("report", error.what(), exitFailed);
+    }
+}
+
+}  // namespace
+
+void addReport(CLI::App& application, Action& chosen) {
+    auto* command = application.add_subcommand(
+        "report", "Make a page of a recording: its signals, and who was decided to be nearest");
+    auto arguments = std::make_shared<ReportArguments>();
+    command
+        ->add_option("RECORDING", arguments->recording,
+                     "A recording of any kind, or a scenario; options may follow as in 'FILE?as=dongles'")
+        ->required();
+    command
+        ->add_option("-o,--output", arguments->output,
+                     "Page to write (HTML), whole or not at all; standard output if absent")
+        ->type_name("FILE");
+    command
+        ->add_option("--settings", arguments->settings,
+                     "Registered devices, as the manager saves them; without it every dongle is registered")
+        ->type_name("FILE");
+    command->add_option("--set", arguments->set, "A setting of the decision; may be given several times")
+        ->allow_extra_args(false)
+        ->take_all()
+        ->type_name("KEY=VALUE");
+    command->add_option("--truth", arguments->truth, "Where the user stood, to be shown beside the decision")
+        ->type_name("FILE");
+    command->add_option("--title", arguments->title, "The page's title; the recording's name if absent")
+        ->type_name("TEXT");
+    command->callback([arguments, &chosen] { chosen = [arguments] { return report(*arguments); }; });
+}
+
+}  // namespace nearcast::cli

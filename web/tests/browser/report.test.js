@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: Apache-2.0
+// The page of `nearcast report` in a real browser: made by the program, opened as a file, used with mouse, fingers and
+// keys.
+import assert from 'node:assert/strict';
+import { execFileSync } from 'node:child_process';
+import { mkdtempSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import test, { after, before } from 'node:test';
+import { pathToFileURL } from 'node:url';
+
+import { openBrowser } from './chromium.js';
+
+const PROGRAM = process.env.NEARCAST_PROGRAM;
+const HOSTILE = '</script><script>window.hacked = 1</script><!-- "\'\u0000\u001b\u2028 &amp; {{data}}';
+
+const folder = mkdtempSync(join(tmpdir(), 'nearcast-report-'));
+const pages = [];
+after(async () => {
+    for (const { close } of pages) await close();
+    rmSync(folder, { recursive: true });
+});
+
+/** Two dongles: the user walks from one to the other, and the second falls silent. */
+function recording() {
+    const lines = [];
+    for (let step = 0; step < 300; ++step) {
+        const near = step < 120 ? 0 : 1;
+        [0, 1].filter((i) => i === 0 || step < 220).forEach((i) => lines.push({
+            at: step / 10, do: 'advertise', manufacturerData: `FFFF024E4300000${i + 1}`,
+            RSSI: (i === near ? -50 : -75) - (step % 3),
+        }));
+    }
+    lines.push({ at: 28, do: 'radio', state: 4 }, { at: 29, do: 'radio', state: 5 });
+    return lines.sort((a, b) => a.at - b.at);
+}
+
+function record(name, MACAddr) {
+    return { 'Device Type': 'Printer', 'MAC Address': MACAddr, 'Nick Name': name, 'Threshold RSSI': -65 };
+}
+
+function makePage(name, nickName, ...options) {
+    const write = (file, text) => {
+        writeFileSync(join(folder, file), text);
+        return join(folder, file);
+    };
+    const shop = write(`${name}.jsonl`, recording().map((line) => `${JSON.stringify(line)}\n`).join(''));
+    const settings = write(`${name}.json`, JSON.stringify({
+        [`BT:${nickName}`]: record(nickName, '02:4E:43:00:00:01'),
+        'BT:Kitchen': record('Kitchen', '02:4E:43:00:00:02'),
+    }));
+    const truth = write(`${name}.truth.jsonl`,
+        '{"at": 0, "truth": "02:4E:43:00:00:01"}\n{"at": 12, "truth": "02:4E:43:00:00:02"}\n');
+    const page = join(folder, `${name}.html`);
+    execFileSync(PROGRAM, ['report', shop, '--settings', settings, '--truth', truth, '-o', page, ...options]);
+    return pathToFileURL(page).href;
+}
+
+async function open(url, options) {
+    const browser = await openBrowser(options);
+    pages.push(browser);
+    await browser.page.open(url);
+    await browser.page.until('document.documentElement.dataset.ready === "true"');
+    return browser.page;
+}
+
+const RANGE = 'document.getElementById("range").textContent';
+const textOf = (id) => `document.getElementById(${JSON.stringify(id)}).textContent`;
+
+/** Where the middle of an element is in the window. */
+async function middleOf(page, selector) {
+    return page.evaluate(`(() => {
+        const box = document.querySelector(${JSON.stringify(selector)}).getBoundingClientRect();
+        return { x: box.left + box.width / 2, y: box.top + box.height / 2 };
+    })()`);
+}
+
+async function drag(page, from, to, modifiers = 0) {
+    await page.mouse('mousePressed', from.x, from.y, { button: 'left', clickCount: 1, modifiers });
+    await page.mouse('mouseMoved', (from.x + to.x) / 2, from.y, { button: 'left', modifiers });
+    await page.mouse('mouseMoved', to.x, to.y, { button: 'left', modifiers });
+    await page.mouse('mouseReleased', to.x, to.y, { button: 'left', clickCount: 1, modifiers });
+}
+
+let desk;
+let tablet;
+before(async () => {
+    const url = makePage('shop', 'Bar');
+    [desk, tablet] = await Promise.all([open(url), open(url, { width: 800, height: 1100, touch: true, dark: true })]);
+});
+
+/** Does something that changes the range that is shown, and gives the new one. */
+async function changed(page, action) {
+    const was = await page.evaluate(RANGE);
+    await action();
+    await page.until(`${RANGE} !== ${JSON.stringify(was)}`);
+    return page.evaluate(RANGE);
+}
+
+const reset = (page) => page.evaluate('document.getElementById("reset").click()');
+const whole = (page) => page.until(`${RANGE} === "0.0 s \u2013 29.9 s"`);
+
+test('the curves are drawn in several colours', async () => {
+    const colours = await desk.evaluate(`(() => {
+        const canvas = document.querySelector('#plot canvas');
+        const { data } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
+        const seen = new Set();
+        for (let i = 0; i < data.length; i += 4) if (data[i + 3] === 255) seen.add(data[i] << 16 | data[i + 1] << 8 | data[i + 2]);
+        return [0x1f6fd6, 0xd1495b].map((colour) => seen.has(colour));
+    })()`);
+    assert.deepEqual(colours, [true, true]);
+});
+
+test('the bands name the devices that were decided for, and the true ones', async () => {
+    const names = (id) => desk.evaluate(`[...document.querySelectorAll('#${id} text')].map((text) => text.textContent)`);
+    assert.deepEqual(await names('decision-band'), ['Bar', 'Kitchen', 'none']);
+    assert.deepEqual(await names('truth-band'), ['Bar', 'Kitchen']);
+});
+
+test('the wheel zooms around the pointer', async () => {
+    const { x, y } = await middleOf(desk, '#plot .u-over');
+    const range = await changed(desk, () => desk.mouse('mouseWheel', x, y, { deltaX: 0, deltaY: -400 }));
+    assert.match(range, /^7\.[67] s \u2013 22\.[23] s$/);
+    await reset(desk);
+    await whole(desk);
+});
+
+test('a drag over the curves zooms into what was dragged over', async () => {
+    const { x, y } = await middleOf(desk, '#plot .u-over');
+    const range = await changed(desk, () => drag(desk, { x, y }, { x: x + 200, y }));
+    assert.match(range, /^1[45]\.\d s \u2013 2[01]\.\d s$/);
+    await reset(desk);
+    await whole(desk);
+});
+
+test('a drag over a band moves', async () => {
+    await changed(desk, () => desk.key('+'));
+    const { x, y } = await middleOf(desk, '#decision-band svg');
+    const before = await desk.evaluate(RANGE);
+    const range = await changed(desk, () => drag(desk, { x, y }, { x: x + 60, y }));
+    assert.ok(parseFloat(range) < parseFloat(before), `${before} became ${range}`);
+    await reset(desk);
+    await whole(desk);
+});
+
+test('keys zoom, move and reset', async () => {
+    const zoomed = await changed(desk, () => desk.key('+'));
+    const moved = await changed(desk, () => desk.key('ArrowRight'));
+    assert.ok(parseFloat(moved) > parseFloat(zoomed));
+    await changed(desk, () => desk.key('0'));
+    await whole(desk);
+});
+
+test('pointing at a moment tells rule, signal, threshold, runner-up and distance', async () => {
+    const { x, y } = await middleOf(desk, '#decision-band svg');
+    await desk.mouse('mouseMoved', x, y);
+    await desk.until(`${textOf('facts')}.includes('Kitchen')`);
+    const facts = await desk.evaluate(textOf('facts'));
+    for (const part of [/Rule\w+: /, /Signal\u2212\d/, /Threshold\u221265\.0 dBm/, /Runner-up/, /TruthKitchen/]) {
+        assert.match(facts, part);
+    }
+});
+
+test('the next decision is said aloud', async () => {
+    await desk.key('n');
+    await desk.until(`${textOf('spoken')}.startsWith('Chosen: none')`);
+});
+
+test('a dongle is switched off and on in the legend', async () => {
+    const button = 'document.querySelector("#legend button")';
+    await desk.evaluate(`${button}.click()`);
+    await desk.until(`${button}.getAttribute("aria-pressed") === "false"`);
+    await desk.evaluate(`${button}.click()`);
+    await desk.until(`${button}.getAttribute("aria-pressed") === "true"`);
+});
+
+test('a tap tells what was the case', async () => {
+    const { x, y } = await middleOf(tablet, '#decision-band svg');
+    await tablet.touch('touchStart', [x, y]);
+    await tablet.touch('touchEnd');
+    await tablet.until(`${textOf('facts')}.includes('Kitchen')`);
+});
+
+test('two fingers zoom, and one moves', async () => {
+    const { x, y } = await middleOf(tablet, '#plot .u-over');
+    const zoomed = await changed(tablet, async () => {
+        await tablet.touch('touchStart', [x - 50, y], [x + 50, y]);
+        await tablet.touch('touchMove', [x - 150, y], [x + 150, y]);
+        await tablet.touch('touchEnd');
+    });
+    assert.match(zoomed, /^(9|10)\.\d s \u2013 (19|20)\.\d s$/);
+    const moved = await changed(tablet, async () => {
+        await tablet.touch('touchStart', [x, y]);
+        await tablet.touch('touchMove', [x - 100, y]);
+        await tablet.touch('touchEnd');
+    });
+    assert.ok(parseFloat(moved) > parseFloat(zoomed));
+});
+
+test('the page is dark where the system is', async () => {
+    assert.equal(await tablet.evaluate('getComputedStyle(document.body).backgroundColor'), 'rgb(20, 23, 26)');
+    assert.equal(await desk.evaluate('getComputedStyle(document.body).backgroundColor'), 'rgb(255, 255, 255)');
+});
+
+test('nothing is asked for and nothing complains', () => {
+    for (const page of [desk, tablet]) {
+        assert.deepEqual(page.problems, []);
+        assert.deepEqual(page.requests, []);
+    }
+});
+
+test('a hostile name is text', async () => {
+    const page = await open(makePage('hostile', HOSTILE, '--title', '</title><script>window.hacked = 2</script>'));
+    assert.equal(await page.evaluate('typeof window.hacked'), 'undefined');
+    assert.equal(await page.evaluate('document.title'), '</title><script>window.hacked = 2</script>');
+    assert.equal(await page.evaluate('document.querySelector("#legend .name").textContent'), HOSTILE);
+    assert.deepEqual(page.problems, []);
+});
