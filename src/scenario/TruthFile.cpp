@@ -31,12 +31,13 @@ SettingValue::Dictionary objectOf(std::string_view text) {
     return *members;
 }
 
-nearest::TruthMark markOf(std::string_view text) {
+nearest::TruthMark markOf(std::string_view text, std::size_t line) {
     const SettingValue::Dictionary members = objectOf(text);
     // Null is an answer here, which the fields do not tell from no answer.
     if (members.find("truth") == members.end()) throw LineError("field \"truth\" is missing");
     Fields fields(members);
     nearest::TruthMark mark;
+    mark.line = line;
     const auto at = fields.number("at");
     if (!at) throw LineError("field \"at\" is missing");
     if (std::abs(*at) > latestSeconds) throw LineError("field \"at\": beyond 9000000000 seconds");
@@ -67,7 +68,7 @@ nearest::Truth readTruth(const std::string& path) {
     std::vector<char> line(longestLine + 1);
     for (std::size_t number = 1; stream.getline(line.data(), static_cast<std::streamsize>(line.size())); ++number) {
         try {
-            if (!isBlank(line.data())) append(truth, markOf(line.data()));
+            if (!isBlank(line.data())) append(truth, markOf(line.data(), number));
         } catch (const LineError& problem) {
             throw ScenarioError(path + ":" + std::to_string(number) + ": " + problem.what());
         }
@@ -85,7 +86,7 @@ void requireKnown(const nearest::Truth& truth, const Playback& playback, const s
                                return !dongle.portName.empty() && dongle.MACAddr == mark.MACAddr;
                            });
         if (known) continue;
-        throw ScenarioError(path + ": at " + std::to_string(mark.at) + " s: \"" + mark.MACAddr +
+        throw ScenarioError(path + ":" + std::to_string(mark.line) + ": \"" + mark.MACAddr +
                             "\" is the address of no device in " + playback.name);
     }
 }

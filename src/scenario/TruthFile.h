@@ -15,7 +15,7 @@ namespace nearcast::scenario {
 nearest::Truth readTruth(const std::string& path);
 
 /// @param path of the truth, for the message
-/// @throws ScenarioError when a dongle of the truth is none of the playback's registered ones
+/// @throws ScenarioError naming the line, when a dongle of the truth is none of the playback's registered ones
 void requireKnown(const nearest::Truth& truth, const Playback& playback, const std::string& path);
 
 }  // namespace nearcast::scenario

@@ -231,7 +231,7 @@ class WrongFiles(EvaluateTest):
 
     def test_a_truth_that_nobody_heard_is_named(self):
         path = self.write("other.jsonl", '{"at": 1, "truth": "00:00:00:00:00:09"}\n')
-        self.assertIn('"00:00:00:00:00:09" is the address of no device', self.refused(self.walk, "--truth", path))
+        self.assertIn('other.jsonl:1: "00:00:00:00:00:09" is the address of no device', self.refused(self.walk, "--truth", path))
 
     def test_a_wrong_line_of_a_recording_is_named(self):
         path = self.write("wrong.jsonl", '{"do": "dance"}\n')

@@ -18,6 +18,7 @@ std::size_t Standing::placeOf(std::string_view MACAddr) {
     const auto known = places_.find(MACAddr);
     if (known != places_.end()) return known->second;
     devices_.emplace_back(MACAddr);
+    heard_.emplace_back();
     places_.emplace(MACAddr, devices_.size() - 1);
     return devices_.size() - 1;
 }
@@ -28,16 +29,15 @@ void Standing::begin(const Stay& stay) {
 }
 
 void Standing::take(double at, const std::map<std::string, double, std::less<>>& levels) {
-    Sample sample;
-    sample.stay = stays_ - 1;
-    sample.laterHalf = at >= (stay_.from + stay_.to) / 2;
-    sample.place = stay_.MACAddr.empty() ? nowhere : placeOf(stay_.MACAddr);
-    for (const auto& [MACAddr, level] : levels) {
-        const std::size_t place = placeOf(MACAddr);
-        if (sample.levels.size() <= place) sample.levels.resize(place + 1, unheard);
-        sample.levels[place] = level;
-    }
-    samples_.push_back(std::move(sample));
+    for (const auto& [MACAddr, level] : levels) heard_[placeOf(MACAddr)].push_back({samples_.size(), level});
+    const std::size_t place = stay_.MACAddr.empty() ? nowhere : placeOf(stay_.MACAddr);
+    samples_.push_back({stays_ - 1, at >= (stay_.from + stay_.to) / 2, place});
+}
+
+std::vector<double> Standing::levelsOf(std::size_t device) const {
+    std::vector<double> levels(samples_.size(), unheard);
+    for (const Heard& one : heard_[device]) levels[one.sample] = one.level;
+    return levels;
 }
 
 }  // namespace nearcast::nearest

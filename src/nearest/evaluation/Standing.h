@@ -37,10 +37,9 @@ public:
     static constexpr std::size_t nowhere = std::numeric_limits<std::size_t>::max();
 
     struct Sample {
-        std::size_t stay;            ///< number of the stay that it belongs to
-        bool laterHalf;              ///< of its stay
-        std::size_t place;           ///< of the device that the user stood at; `nowhere`: at none
-        std::vector<double> levels;  ///< in dBm by device; `unheard`. Devices beyond its end were not known yet
+        std::size_t stay;   ///< number of the stay that it belongs to
+        bool laterHalf;     ///< of its stay
+        std::size_t place;  ///< of the device that the user stood at; `nowhere`: at none
     };
 
     /// A stay begins, to which the next samples belong.
@@ -50,14 +49,22 @@ public:
 
     [[nodiscard]] const std::vector<std::string>& devices() const noexcept { return devices_; }
     [[nodiscard]] const std::vector<Sample>& samples() const noexcept { return samples_; }
+    /// The device's level at each sample, in dBm or `unheard`.
+    [[nodiscard]] std::vector<double> levelsOf(std::size_t device) const;
     [[nodiscard]] std::size_t stays() const noexcept { return stays_; }
 
 private:
+    struct Heard {
+        std::size_t sample;
+        double level;
+    };
+
     std::size_t placeOf(std::string_view MACAddr);
 
     std::vector<std::string> devices_;
     std::map<std::string, std::size_t, std::less<>> places_;
     std::vector<Sample> samples_;
+    std::vector<std::vector<Heard>> heard_;  ///< by device, for of many devices few are heard at a time
     std::size_t stays_ = 0;
     Stay stay_;
 };

@@ -18,9 +18,7 @@ using Sample = Standing::Sample;
 constexpr std::int32_t weakest = -127;
 constexpr std::int32_t strongest = 20;
 
-double levelOf(const Sample& sample, std::size_t device) {
-    return device < sample.levels.size() ? sample.levels[device] : Standing::unheard;
-}
+constexpr std::size_t steps = strongest - weakest + 1;
 
 /// How often levels were how high, on the two sides that a threshold is to separate.
 class Sides {
@@ -28,30 +26,29 @@ public:
     void add(bool atDevice, double level) {
         auto& side = atDevice ? at_ : elsewhere_;
         ++side.total;
-        if (level == Standing::unheard) {
-            ++side.counts[0];
-            return;
-        }
+        if (level == Standing::unheard) return;
         const double whole = std::clamp(std::floor(level), 0.0 + weakest, 0.0 + strongest);
-        const auto decibels = static_cast<std::int32_t>(whole);
-        ++side.counts[static_cast<std::size_t>(decibels - weakest + 1)];
-        weakestSeen_ = std::min(weakestSeen_, decibels);
-        strongestSeen_ = std::max(strongestSeen_, decibels);
+        ++side.counts[static_cast<std::size_t>(whole - weakest)];
+    }
+
+    /// These without some of them.
+    [[nodiscard]] Sides without(const Sides& some) const {
+        Sides rest;
+        rest.at_ = without(at_, some.at_);
+        rest.elsewhere_ = without(elsewhere_, some.elsewhere_);
+        return rest;
     }
 
     /// The threshold with the smallest error, of whole decibels; one that no level reaches where there is none. Nothing
     /// where a side is empty.
     [[nodiscard]] std::optional<double> best() const {
         if (at_.total == 0 || elsewhere_.total == 0) return std::nullopt;
-        if (weakestSeen_ > strongestSeen_) return std::numeric_limits<double>::infinity();
-        Run best;
-        Run run;
-        for (std::int32_t threshold = weakestSeen_ - beyond; threshold <= strongestSeen_ + 1; ++threshold) {
-            const double error = errorOf(threshold);
-            run = error == run.error ? Run{error, run.first, threshold} : Run{error, threshold, threshold};
-            if (run.error < best.error || (run.error == best.error && run.length() > best.length())) best = run;
-        }
-        return best.first + (best.last - best.first) / 2;
+        std::size_t first = 0;
+        while (first < steps && at_.counts[first] + elsewhere_.counts[first] == 0) ++first;
+        if (first == steps) return std::numeric_limits<double>::infinity();
+        std::size_t last = steps - 1;
+        while (at_.counts[last] + elsewhere_.counts[last] == 0) --last;
+        return best(static_cast<std::int32_t>(first) + weakest - beyond, static_cast<std::int32_t>(last) + weakest + 1);
     }
 
 private:
@@ -63,25 +60,46 @@ private:
         [[nodiscard]] std::int32_t length() const { return last - first + 1; }
     };
     struct Side {
-        std::array<std::size_t, strongest - weakest + 2> counts{};  ///< the first one: unheard
-        std::size_t total = 0;
+        std::array<std::size_t, steps> counts{};  ///< of levels, from the weakest on
+        std::size_t total = 0;                    ///< with those that were unheard
     };
     // How far below the weakest level that was seen a threshold may be, in dB.
     static constexpr std::int32_t beyond = 10;
 
-    [[nodiscard]] double errorOf(std::int32_t threshold) const {
-        const std::int32_t place = std::clamp(threshold - weakest + 1, 0, strongest - weakest + 2);
-        const auto below = [place](const Side& side) {
-            const auto count = std::accumulate(side.counts.begin(), side.counts.begin() + place, std::size_t{0});
-            return static_cast<double>(count) / static_cast<double>(side.total);
+    static Side without(const Side& side, const Side& some) {
+        Side rest = side;
+        rest.total -= some.total;
+        for (std::size_t step = 0; step < steps; ++step) rest.counts[step] -= some.counts[step];
+        return rest;
+    }
+
+    /// The middle of the longest run with the smallest error; of several the lowest.
+    [[nodiscard]] double best(std::int32_t from, std::int32_t to) const {
+        const auto inside = [](const Side& side) {
+            return std::accumulate(side.counts.begin(), side.counts.end(), std::size_t{0});
         };
-        return below(at_) + 1 - below(elsewhere_);
+        std::size_t atInside = inside(at_);
+        std::size_t elsewhereInside = inside(elsewhere_);
+        Run best;
+        Run run;
+        for (std::int32_t threshold = from; threshold <= to; ++threshold) {
+            const double error = share(at_.total - atInside, at_.total) + share(elsewhereInside, elsewhere_.total);
+            run = error == run.error ? Run{error, run.first, threshold} : Run{error, threshold, threshold};
+            if (run.error < best.error || (run.error == best.error && run.length() > best.length())) best = run;
+            if (threshold < weakest || threshold > strongest) continue;
+            const auto step = static_cast<std::size_t>(threshold - weakest);
+            atInside -= at_.counts[step];
+            elsewhereInside -= elsewhere_.counts[step];
+        }
+        return best.first + (best.last - best.first) / 2;
+    }
+
+    static double share(std::size_t part, std::size_t whole) {
+        return static_cast<double>(part) / static_cast<double>(whole);
     }
 
     Side at_;
     Side elsewhere_;
-    std::int32_t weakestSeen_ = strongest + 1;
-    std::int32_t strongestSeen_ = weakest - 1;
 };
 
 /// Counts time on one side of a device, and that on the wrong side of its threshold.
@@ -101,7 +119,8 @@ struct Tally {
 /// Finds the advice for one device.
 class Adviser {
 public:
-    Adviser(const Standing& standing, std::size_t device) : standing_(standing), device_(device) {}
+    Adviser(const Standing& standing, std::size_t device)
+        : standing_(standing), device_(device), levels_(standing.levelsOf(device)) {}
 
     ThresholdAdvice advise() {
         ThresholdAdvice advice;
@@ -113,46 +132,51 @@ public:
         }
         advice.stays = stays.size();
         advice.byHalves = stays.size() < 2;
-        const auto threshold = chooseWithout(noPart);
+        Indices all(levels_.size());
+        std::iota(all.begin(), all.end(), std::size_t{0});
+        const Sides sides = sidesOf(all);
+        const auto threshold = sides.best();
         if (!threshold || std::isinf(*threshold)) return advice;
         advice.threshold = static_cast<std::int32_t>(*threshold);
-        validate(advice);
+        validate(sides, advice);
         return advice;
     }
 
 private:
-    static constexpr std::size_t noPart = std::numeric_limits<std::size_t>::max();
+    using Indices = std::vector<std::size_t>;  ///< of samples
 
-    /// The part of the time that a sample is judged with: a stay, or the halves of all stays.
-    [[nodiscard]] std::size_t partOf(const Sample& sample) const {
-        return byHalves_ ? static_cast<std::size_t>(sample.laterHalf) : sample.stay;
-    }
-
-    [[nodiscard]] std::optional<double> chooseWithout(std::size_t part) const {
+    [[nodiscard]] Sides sidesOf(const Indices& indices) const {
         Sides sides;
-        for (const Sample& sample : standing_.samples()) {
-            if (part == noPart || partOf(sample) != part) sides.add(sample.place == device_, levelOf(sample, device_));
+        for (const std::size_t index : indices) sides.add(isAt(index), levels_[index]);
+        return sides;
+    }
+    [[nodiscard]] const Sample& sample(std::size_t index) const { return standing_.samples()[index]; }
+    [[nodiscard]] bool isAt(std::size_t index) const { return sample(index).place == device_; }
+
+    /// The parts of the time that are judged one by one: each stay, or the halves of all stays.
+    [[nodiscard]] std::vector<Indices> parts(bool byHalves) const {
+        std::vector<Indices> parts(byHalves ? 2 : standing_.stays());
+        for (std::size_t index = 0; index < levels_.size(); ++index) {
+            const Sample& one = sample(index);
+            parts[byHalves ? static_cast<std::size_t>(one.laterHalf) : one.stay].push_back(index);
         }
-        return sides.best();
+        return parts;
     }
 
-    void validate(ThresholdAdvice& advice) {
-        byHalves_ = advice.byHalves;
+    void validate(const Sides& all, ThresholdAdvice& advice) const {
         Tally at;
         Tally elsewhere;
         std::vector<Tally> places(standing_.devices().size());
-        const std::size_t parts = byHalves_ ? 2 : standing_.stays();
-        for (std::size_t part = 0; part < parts; ++part) {
-            const auto threshold = chooseWithout(part);
+        for (const Indices& part : parts(advice.byHalves)) {
+            const auto threshold = all.without(sidesOf(part)).best();
             if (!threshold) continue;
-            for (const Sample& sample : standing_.samples()) {
-                if (partOf(sample) != part) continue;
-                const bool inside = levelOf(sample, device_) >= *threshold;
-                if (sample.place == device_) {
+            for (const std::size_t index : part) {
+                const bool inside = levels_[index] >= *threshold;
+                if (isAt(index)) {
                     at.add(!inside);
                 } else {
                     elsewhere.add(inside);
-                    if (sample.place != Standing::nowhere) places[sample.place].add(inside);
+                    if (sample(index).place != Standing::nowhere) places[sample(index).place].add(inside);
                 }
             }
         }
@@ -168,7 +192,7 @@ private:
 
     const Standing& standing_;
     const std::size_t device_;
-    bool byHalves_ = false;
+    const std::vector<double> levels_;  ///< at each sample
 };
 
 }  // namespace

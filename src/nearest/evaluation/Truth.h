@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -10,8 +11,11 @@ namespace nearcast::nearest {
 struct TruthMark {
     double at = 0;        ///< seconds on the recording's clock
     std::string MACAddr;  ///< empty: next to none
+    std::size_t line{};   ///< of its file, from 1; for messages
 
-    friend bool operator==(const TruthMark&, const TruthMark&) = default;
+    friend bool operator==(const TruthMark& left, const TruthMark& right) {
+        return left.at == right.at && left.MACAddr == right.MACAddr;
+    }
 };
 
 /// Where the user stood: marks in order of time. Each holds until the next one; before the first one nothing is known.

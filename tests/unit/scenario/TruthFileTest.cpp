@@ -75,5 +75,18 @@ TEST_F(TruthFile, OnlyRegisteredDonglesCanBeTheTruth) {
     EXPECT_THROW(requireKnown({{0, "C"}}, playback, "x"), ScenarioError);
 }
 
+TEST_F(TruthFile, ADongleThatIsUnknownIsNamedWithItsLine) {
+    Playback playback;
+    playback.name = "shop";
+    playback.dongles = {{"A", "BT:Bar", "", {}}};
+    const auto truth = read("{\"at\":0,\"truth\":\"A\"}\n\n{\"at\":1,\"truth\":\"C\"}");
+    try {
+        requireKnown(truth, playback, "x");
+        FAIL() << "nothing was thrown";
+    } catch (const ScenarioError& error) {
+        EXPECT_STREQ(error.what(), "x:3: \"C\" is the address of no device in shop");
+    }
+}
+
 }  // namespace
 }  // namespace nearcast::scenario
