@@ -71,6 +71,10 @@ export function readModel(data) {
     };
 }
 
+/** What a reading can be (Core Specification, Volume 4, Part E, 7.7.65.2); anything else is the radio's mistake. */
+const WEAKEST = -127;
+const STRONGEST = 20;
+
 /** The signals that are there, as a scale with room around them: {low, high} in dBm. */
 export function signalScale(dongles) {
     let low = Infinity;
@@ -78,7 +82,7 @@ export function signalScale(dongles) {
     for (const { raw, smoothed } of dongles) {
         for (const column of [raw.v, smoothed.v]) {
             for (const value of column) {
-                if (value < -130 || value > 30) continue;
+                if (value < WEAKEST || value > STRONGEST) continue;
                 if (value < low) low = value;
                 if (value > high) high = value;
             }

@@ -48,10 +48,14 @@ function paintAlong(plot, column, stretch) {
  */
 export function paintChosen(plot, model, state, columnOf) {
     if (!state.smoothed) return;
-    const { ctx } = plot;
+    const { ctx, bbox } = plot;
     ctx.save();
+    ctx.beginPath();
+    ctx.rect(bbox.left, bbox.top, bbox.width, bbox.height);
+    ctx.clip();
     ctx.lineWidth = 7 * (globalThis.devicePixelRatio || 1);
     ctx.lineJoin = 'round';
+    ctx.setLineDash([]);
     for (const decision of model.decisions) {
         if (decision.to <= state.range.from || decision.from >= state.range.to) continue;
         if (!state.visible.has(decision.dongle)) continue;

@@ -35,7 +35,7 @@ function seriesOf(kind, dongle, store) {
     };
     const shared = { label: `${dongle.name}, ${kind.title}`, spanGaps: false };
     if (kind.key === 'raw') {
-        const points = { show: true, size: 3.5, width: 0, stroke: stroke(0), fill: stroke(0.38) };
+        const points = { show: true, size: 3.5, width: 0, stroke: stroke(0), fill: stroke(0.45) };
         return { ...shared, paths: () => null, points };
     }
     const line = kind.key === 'level' ? { width: 1, dash: [4, 3] } : { width: 1.8, dash: dashOf(dongle.index) };

@@ -56,10 +56,11 @@ test('an empty recording has a length that can be drawn', () => {
     assert.deepEqual(signalScale(empty.dongles), { low: -100, high: -30 });
 });
 
-test('the scale has room around the signals and passes over what no radio hears', () => {
+test('the scale has room around the signals and passes over what no reading can be', () => {
     const curve = (values) => ({ v: values });
-    const scale = signalScale([{ raw: curve([-71, -58, -2147483648, 100]), smoothed: curve([-60]) }]);
-    assert.deepEqual(scale, { low: -75, high: -55 });
+    const scale = (...values) => signalScale([{ raw: curve(values), smoothed: curve([-60]) }]);
+    assert.deepEqual(scale(-71, -58, -2147483648, -128, 21), { low: -75, high: -55 });
+    assert.deepEqual(scale(-127, 20), { low: -130, high: 25 });
 });
 
 test('the agreement is the share of the time of the truth', () => {

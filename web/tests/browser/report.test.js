@@ -3,11 +3,11 @@
 // keys.
 import assert from 'node:assert/strict';
 import { execFileSync } from 'node:child_process';
-import { mkdtempSync, rmSync, writeFileSync } from 'node:fs';
+import { mkdtempSync, readFileSync, rmSync, statSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import test, { after, before } from 'node:test';
-import { pathToFileURL } from 'node:url';
+import { fileURLToPath, pathToFileURL } from 'node:url';
 
 import { openBrowser } from './chromium.js';
 
@@ -105,14 +105,17 @@ test('the curves are drawn in several colours', async () => {
         const canvas = document.querySelector('#plot canvas');
         const { data } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
         const seen = new Set();
-        for (let i = 0; i < data.length; i += 4) if (data[i + 3] === 255) seen.add(data[i] << 16 | data[i + 1] << 8 | data[i + 2]);
+        for (let i = 0; i < data.length; i += 4) {
+            if (data[i + 3] === 255) seen.add(data[i] << 16 | data[i + 1] << 8 | data[i + 2]);
+        }
         return [0x1f6fd6, 0xd1495b].map((colour) => seen.has(colour));
     })()`);
     assert.deepEqual(colours, [true, true]);
 });
 
 test('the bands name the devices that were decided for, and the true ones', async () => {
-    const names = (id) => desk.evaluate(`[...document.querySelectorAll('#${id} text')].map((text) => text.textContent)`);
+    const names = (id) =>
+        desk.evaluate(`[...document.querySelectorAll('#${id} text')].map((text) => text.textContent)`);
     assert.deepEqual(await names('decision-band'), ['Bar', 'Kitchen', 'none']);
     assert.deepEqual(await names('truth-band'), ['Bar', 'Kitchen']);
 });
@@ -214,5 +217,44 @@ test('a hostile name is text', async () => {
     assert.equal(await page.evaluate('typeof window.hacked'), 'undefined');
     assert.equal(await page.evaluate('document.title'), '</title><script>window.hacked = 2</script>');
     assert.equal(await page.evaluate('document.querySelector("#legend .name").textContent'), HOSTILE);
+    assert.deepEqual(page.problems, []);
+});
+
+/** A page like that of the shop, of an hour of twelve dongles that are heard ten times a second. */
+function makeLongPage() {
+    const page = readFileSync(fileURLToPath(makePage('long', 'Bar')), 'utf8');
+    const begin = page.indexOf('id="data">') + 'id="data">'.length;
+    const end = page.indexOf('</script>', begin);
+    const data = JSON.parse(page.slice(begin, end));
+    const curve = (count, step) => ({
+        t: new Array(count).fill(step),
+        v: Array.from({ length: count }, (_, i) => (i === 0 ? -70 : ((i * 7919) % 13) - 6)),
+    });
+    data.end = 3600000;
+    data.dongles = Array.from({ length: 12 }, (_, i) => ({
+        ...data.dongles[0], nick: `Dongle ${i}`, address: String(i),
+        raw: curve(36000, 100), smoothed: curve(36000, 100), level: curve(7200, 500),
+    }));
+    data.decision = Array.from({ length: 700 }, (_, i) => ({ ...data.decision[0], at: i * 5000, dongle: i % 12 }));
+    const path = join(folder, 'hour.html');
+    writeFileSync(path, page.slice(0, begin) + JSON.stringify(data) + page.slice(end));
+    return path;
+}
+
+test('an hour of twelve dongles opens in three seconds, and is zoomed without waiting', async (t) => {
+    const path = makeLongPage();
+    const page = await open(pathToFileURL(path).href);
+    const opened = await page.evaluate('performance.getEntriesByType("navigation")[0].loadEventEnd');
+    const zoomed = await page.evaluate(`(async () => {
+        const begin = performance.now();
+        document.getElementById('zoom-in').click();
+        await new Promise((resolve) => requestAnimationFrame(() => requestAnimationFrame(resolve)));
+        return performance.now() - begin;
+    })()`);
+    const megabytes = (statSync(path).size / 1e6).toFixed(1);
+    const [openedIn, zoomedIn] = [Math.round(opened), Math.round(zoomed)];
+    t.diagnostic(`432,000 readings, ${megabytes} MB: opened in ${openedIn} ms, zoomed in ${zoomedIn} ms`);
+    assert.ok(opened > 0 && opened < 3000, `opened in ${opened} ms`);
+    assert.ok(zoomed < 1500, `zoomed in ${zoomed} ms`);
     assert.deepEqual(page.problems, []);
 });
