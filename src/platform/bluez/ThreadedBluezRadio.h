@@ -35,12 +35,15 @@ public:
 
 private:
     void run() noexcept;
-    bool turn(bool needed);
+    void turn(bool needed);
     bool wait() noexcept;
 
     std::atomic<bool> ending_{false};
     std::optional<Time> alarm_;  ///< the thread's, as the next one
     Time lastTurn_{0};
+    bool crowded_ = false;  ///< messages come so closely that they are taken together
+    bool more_ = false;     ///< the bus may have more that waiting does not show
+    bool flooded_ = false;  ///< that was so at the last turn
     std::thread thread_;
 };
 
