@@ -17,6 +17,12 @@ namespace {
 /// as a report. Nobody who reads signals averaged over seconds sees the difference, and a single message does not wait.
 constexpr std::chrono::milliseconds crowdedInterval(5);
 
+/// The same where so many come that in a longer time they would fill the socket, and the bus would have to wait for us.
+constexpr std::chrono::milliseconds floodedInterval(1);
+
+/// For how long such a time is not over.
+constexpr Time floodMemory = std::chrono::seconds(1);
+
 }  // namespace
 
 ThreadedBluezRadio::ThreadedBluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
@@ -37,15 +43,15 @@ ThreadedBluezRadio::~ThreadedBluezRadio() {
 void ThreadedBluezRadio::run() noexcept {
     bool needed = true;
     while (!ending_.load()) {
-        flooded_ = more_;
-        more_ = false;
-        guarded(console(), "the system bus", [&] { turn(needed); });
-        needed = more_ || wait();
+        bool more = false;
+        guarded(console(), "the system bus", [&] { more = turn(needed); });
+        needed = more || wait();
     }
 }
 
 /// @param needed whether a moment has come, or a wish may have changed
-void ThreadedBluezRadio::turn(bool needed) {
+/// @return whether the bus may have more
+bool ThreadedBluezRadio::turn(bool needed) {
     const Time now = SystemClock::now();
     const bool close = now - std::exchange(lastTurn_, now) < crowdedInterval;
     if (needed) {
@@ -54,13 +60,14 @@ void ThreadedBluezRadio::turn(bool needed) {
         setTime(now);
     }
     const SdBus::Taken taken = bus.process(crowded_ || close || needed);
+    if (taken.more) floodedUntil_ = now + floodMemory;
     crowded_ = close || taken.messages > 1;
-    more_ = taken.more;
+    return taken.more;
 }
 
-/// Until the bus has something, or for a while where it has so much (but not too much: the bus itself should not have
-/// to wait for us); until a moment has come or a wish has changed. Of the alarm and the wake-up only what has happened
-/// is touched: each is a system call, and there are a thousand reports a second.
+/// Until the bus has something, or for a while where it has much; until a moment has come or a wish has changed. Of the
+/// alarm and the wake-up only what has happened is touched: each is a system call, and there are a thousand reports a
+/// second.
 /// @return whether it was more than the bus
 bool ThreadedBluezRadio::wait() noexcept {
     std::optional<Time> next = due();
@@ -70,8 +77,8 @@ bool ThreadedBluezRadio::wait() noexcept {
     }
     if (next != alarm_) wakeUp.setAlarm(next);
     alarm_ = next;
-    const WakeUp::Found found =
-        crowded_ && !flooded_ ? wakeUp.pause(crowdedInterval) : wakeUp.wait(bus.descriptor(), bus.events());
+    const auto longest = lastTurn_ < floodedUntil_ ? floodedInterval : crowdedInterval;
+    const WakeUp::Found found = crowded_ ? wakeUp.pause(longest) : wakeUp.wait(bus.descriptor(), bus.events());
     if (found.wake) wakeUp.takeWake();
     if (found.alarm) {
         wakeUp.takeAlarm();

@@ -35,15 +35,14 @@ public:
 
 private:
     void run() noexcept;
-    void turn(bool needed);
+    bool turn(bool needed);
     bool wait() noexcept;
 
     std::atomic<bool> ending_{false};
     std::optional<Time> alarm_;  ///< the thread's, as the next one
     Time lastTurn_{0};
     bool crowded_ = false;  ///< messages come so closely that they are taken together
-    bool more_ = false;     ///< the bus may have more that waiting does not show
-    bool flooded_ = false;  ///< that was so at the last turn
+    Time floodedUntil_{0};  ///< they come very fast
     std::thread thread_;
 };
 
