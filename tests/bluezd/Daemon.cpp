@@ -13,6 +13,8 @@ namespace nearcast::bluezd {
 
 namespace {
 
+constexpr int floodTurn = 64;
+
 Shop::Time now() {
     timespec time{};
     clock_gettime(CLOCK_MONOTONIC, &time);
@@ -48,7 +50,7 @@ void Daemon::run() {
     while (!quit_) {
         while (check(sd_bus_process(bus_.get(), nullptr), "the bus") > 0) {
         }
-        advertise();
+        options_.flood ? flood() : advertise();
         if (!quit_) wait();
     }
     std::printf("sent %llu\n", static_cast<unsigned long long>(sent_));
@@ -60,6 +62,18 @@ void Daemon::advertise() {
         if (device != nullptr && !mute_) report(*device);
     }
 }
+
+/// Until the socket is full, but not for long: commands and the clients get their turn.
+void Daemon::flood() {
+    if (mute_) return;
+    for (int count = 0; count < floodTurn && shop_.running() && !blocked(); ++count) {
+        Device* device = shop_.next();
+        if (device != nullptr) report(*device);
+    }
+}
+
+/// Whether the bus has not taken yet what it was given.
+bool Daemon::blocked() const { return (check(sd_bus_get_events(bus_.get()), "the bus") & POLLOUT) != 0; }
 
 void Daemon::report(Device& device) {
     ++sent_;
@@ -83,7 +97,11 @@ void Daemon::wait() {
     std::uint64_t busDue = 0;
     check(sd_bus_get_timeout(bus_.get(), &busDue), "the bus");
     Shop::Time due = busDue == UINT64_MAX ? Shop::Time::max() : Shop::Time(std::chrono::microseconds(busDue));
-    if (shop_.running()) due = std::min(due, shop_.due());
+    if (options_.flood) {
+        if (shop_.running() && !mute_ && !blocked()) due = Shop::Time(0);
+    } else if (shop_.running()) {
+        due = std::min(due, shop_.due());
+    }
     timespec room{};
     if (due != Shop::Time::max()) {
         const auto left = std::max(due - now(), Shop::Time(0));

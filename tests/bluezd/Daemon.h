@@ -14,6 +14,7 @@ namespace nearcast::bluezd {
 struct DaemonOptions {
     std::size_t devices = 6;
     double rate = 60;       ///< reports a second, all devices together
+    bool flood = false;     ///< as fast as the bus takes them instead
     bool adapter = true;    ///< whether an adapter is there from the start
     bool powered = true;    ///< and whether it is on
     bool nameless = false;  ///< signals as bluetoothd does, but without its name, and from the start
@@ -60,6 +61,8 @@ private:
     void sayOddThings();
     void report(Device& device);
     void advertise();
+    void flood();
+    [[nodiscard]] bool blocked() const;
     void wait();
     bool readCommands();
 

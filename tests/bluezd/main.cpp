@@ -21,6 +21,7 @@ int serve(int argc, char** argv) {
     application.add_option("--devices", options.devices, "How many devices advertise")->check(CLI::Range(0, 65535));
     application.add_option("--rate", options.rate, "Reports a second, all devices together")
         ->check(CLI::Range(0.0, 100000.0));
+    application.add_flag("--flood", options.flood, "Reports as fast as the bus takes them, whatever the rate");
     application.add_flag("--absent", absent, "There is no adapter at first");
     application.add_flag("--off", off, "The adapter is off at first");
     application.add_flag("--nameless", options.nameless, "Signal all this without the name, as another program could");

@@ -3,6 +3,7 @@
 
 import json
 import subprocess
+import time
 
 from nearcast_program import DEADLINE, PROGRAM, ProgramTest, events, main, nearcast
 from private_bus import Bluezd, PrivateBus
@@ -48,6 +49,22 @@ class ByBluez(ProgramTest):
         lines = [json.loads(line) for line in nearcast("import", path, "--as", "dongles").stdout.splitlines()]
         self.assertIn(4, [line.get("state") for line in lines])
         self.assertEqual(len({line["manufacturerData"] for line in lines if line["do"] == "advertise"}), 2)
+
+    def test_nothing_of_a_flood_is_lost(self):
+        daemon = self.bluezd("--devices", 50, "--flood")
+        path = self.folder / "flood.jsonl"
+        with subprocess.Popen([PROGRAM, "record", "--radio", "bluez", "-o", path], env=self.bus.environment,
+                              stderr=subprocess.PIPE, text=True) as process:
+            while int(daemon.ask("count").split()[1]) < 5000:
+                self.assertIsNone(process.poll())
+            daemon.ask("mute")
+            sent, heard, end = int(daemon.ask("count").split()[1]), 0, time.monotonic() + DEADLINE
+            while heard < sent and time.monotonic() < end:
+                time.sleep(0.05)
+                heard = path.read_text().count('"advertise"')
+            process.terminate()
+            process.communicate(timeout=DEADLINE)
+        self.assertEqual(heard, sent)
 
     def test_watch_tells_that_the_radio_went_blind(self):
         daemon = self.bluezd("--devices", 2, "--rate", 100)

@@ -23,7 +23,7 @@ namespace nearcast::cli {
 
 namespace {
 
-constexpr double stepSeconds = 0.25;
+constexpr double stepSeconds = 3600;
 
 struct RecordArguments {
     std::string radio = "auto";
@@ -57,9 +57,10 @@ std::unique_ptr<RecordingWriter> writerFor(const RecordArguments& arguments) {
     return makeBtsnoopWriter(outTo(arguments), std::chrono::duration_cast<std::chrono::microseconds>(now));
 }
 
-void passTime(Listening& listening, RecordSession& session, std::optional<double> forSeconds) {
+/// Until the time is up, the recording that is played has ended, or something interrupts.
+void passTime(Listening& listening, std::optional<double> forSeconds) {
     bool more = true;
-    while (more && !session.broken()) {
+    while (more) {
         const double left = forSeconds ? *forSeconds - listening.seconds() : stepSeconds;
         if (left <= 0) return;
         more = listening.runFor(std::min(left, stepSeconds));
@@ -79,11 +80,11 @@ int tell(const Listening& listening, RecordSession& session, const RecordArgumen
 int recordWith(Listening& listening, const RecordArguments& arguments) {
     listening.open(arguments.radio, [](std::string_view line) { complain("record", printable(line), exitGood); });
     // Shared with the radio's thread, which may be in it to the radio's end.
-    const auto session = std::make_shared<RecordSession>(writerFor(arguments));
+    const auto session = std::make_shared<RecordSession>(writerFor(arguments), [&listening] { listening.interrupt(); });
     session->begin(listening.health().state);
     listening.begin({[session](const AdvertisingReport& report, auto at) { session->heard(report, at); },
                      [session](const RadioHealth& health, auto at) { session->changed(health, at); }});
-    passTime(listening, *session, arguments.forSeconds);
+    passTime(listening, arguments.forSeconds);
     const auto at = listening.now();
     listening.end();
     session->end(at);

@@ -18,6 +18,7 @@ void RecordSession::write(Item item) {
         writer_->write(std::move(item));
     } catch (const std::exception& error) {
         broken_ = error.what();
+        broke_();
     }
 }
 
@@ -44,11 +45,6 @@ void RecordSession::end(Time at) {
     const MutexLock lock(mutex_);
     write(RecordedEnd{at});
     if (!broken_.empty()) throw std::runtime_error(broken_);
-}
-
-bool RecordSession::broken() {
-    const MutexLock lock(mutex_);
-    return !broken_.empty();
 }
 
 std::uint64_t RecordSession::reports() {

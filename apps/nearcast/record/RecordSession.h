@@ -9,8 +9,10 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace nearcast::cli {
 
@@ -19,7 +21,10 @@ class RecordSession {
 public:
     using Time = std::chrono::microseconds;
 
-    explicit RecordSession(std::unique_ptr<RecordingWriter> writer) : writer_(std::move(writer)) {}
+    /// @param broke called once, when the recording can no longer be written; from any thread, with a lock of the
+    ///              session's held
+    RecordSession(std::unique_ptr<RecordingWriter> writer, std::function<void()> broke)
+        : broke_(std::move(broke)), writer_(std::move(writer)) {}
 
     /// How the radio is when the recording begins. A recording's radio is powered on unless it says otherwise.
     void begin(CBManagerState state);
@@ -30,14 +35,13 @@ public:
     /// @throws std::runtime_error when the recording could not be written
     void end(Time at);
 
-    /// Whether the recording could not be written any more; `end` then says why.
-    [[nodiscard]] bool broken();
     [[nodiscard]] std::uint64_t reports();
 
 private:
     template <class Item>
     void write(Item item) NEARCAST_REQUIRES(mutex_);
 
+    const std::function<void()> broke_;
     Mutex mutex_;
     std::unique_ptr<RecordingWriter> writer_ NEARCAST_GUARDED_BY(mutex_);
     Time last_ NEARCAST_GUARDED_BY(mutex_){0};

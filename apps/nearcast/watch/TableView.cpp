@@ -68,6 +68,8 @@ public:
 
     void health(double /*at*/, const RadioHealth& /*health*/) override {}  // it stands below the table at any time
 
+    [[nodiscard]] bool showsTime() const override { return true; }
+
     void tick(double at, const RadioHealth& health) override {
         health_ = health;
         std::erase_if(rows_, [&](const auto& row) { return row.second.silent && at - row.second.at > silentFor; });

@@ -10,6 +10,7 @@
 
 #include <unistd.h>
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -18,8 +19,6 @@
 namespace nearcast::cli {
 
 namespace {
-
-constexpr double tickSeconds = 0.25;
 
 struct WatchArguments {
     std::string radio = "auto";
@@ -36,9 +35,10 @@ std::unique_ptr<WatchView> viewFor(const WatchArguments& arguments) {
 /// Lets time pass until the watch is over: the time is up, the recording has ended, or Ctrl-C.
 void passTime(WatchSession& session, const Interruption& interruption, std::optional<double> forSeconds) {
     while (!interruption.happened() && !session.broken()) {
-        const double left = forSeconds ? *forSeconds - session.seconds() : tickSeconds;
+        const double pause = session.pause();
+        const double left = forSeconds ? *forSeconds - session.seconds() : pause;
         if (left <= 0) return;
-        const bool more = Platform::runFor(left < tickSeconds ? left : tickSeconds);
+        const bool more = Platform::runFor(std::min(left, pause));
         session.tick();
         if (!more && !forSeconds) return;
     }
@@ -59,7 +59,7 @@ int watchWith(WatchSession& session, const Interruption& interruption, const Wat
 int watch(const WatchArguments& arguments) {
     const Interruption interruption([] { Platform::interrupt(); });
     // What the platform calls lives as long as the process, as the platform does.
-    static WatchSession session(viewFor(arguments));
+    static WatchSession session(viewFor(arguments), [] { Platform::interrupt(); });
     PlatformOptions options;
     options.radio = arguments.radio;
     options.ownLoop = true;

@@ -9,7 +9,8 @@
 
 namespace nearcast::cli {
 
-WatchSession::WatchSession(std::unique_ptr<WatchView> view) : view_(std::move(view)) {}
+WatchSession::WatchSession(std::unique_ptr<WatchView> view, std::function<void()> wake)
+    : wake_(std::move(wake)), view_(std::move(view)) {}
 
 void WatchSession::begin() { start_ = Platform::now(); }
 
@@ -33,7 +34,13 @@ void WatchSession::show(const Show& what) {
         what(*view_);
     } catch (const std::exception& error) {
         broken_ = error.what();
+        wake_();
     }
+}
+
+void WatchSession::noteEvent() {
+    eventful_ = true;
+    if (std::exchange(quiet_, false)) wake_();
 }
 
 void WatchSession::report(std::string_view portName, QXDeviceType deviceType, std::string_view MACAddr,
@@ -49,6 +56,7 @@ void WatchSession::report(std::string_view portName, QXDeviceType deviceType, st
         if (known_.emplace(MACAddr).second) ++summary_.dongles;
     }
     ++summary_.reports;
+    noteEvent();
     show([&](WatchView& view) { view.report(report); });
 }
 
@@ -56,6 +64,7 @@ void WatchSession::silent(std::string_view portName, std::string_view MACAddr) {
     const double at = seconds();
     const MutexLock lock(mutex_);
     ++summary_.silences;
+    noteEvent();
     if (const auto heard = heard_.find(MACAddr); heard != heard_.end()) heard_.erase(heard);
     show([&](WatchView& view) { view.silent(at, portName, MACAddr); });
 }
@@ -69,6 +78,7 @@ void WatchSession::health(RadioHealth health) {
     const double at = seconds();
     health.since -= start_;
     const MutexLock lock(mutex_);
+    noteEvent();
     show([&](WatchView& view) { view.health(at, health); });
 }
 
@@ -78,6 +88,14 @@ void WatchSession::tick() {
     health.since -= start_;
     const MutexLock lock(mutex_);
     show([&](WatchView& view) { view.tick(at, health); });
+}
+
+double WatchSession::pause() {
+    constexpr double untilWoken = 3600;
+    const MutexLock lock(mutex_);
+    if (!view_->showsTime()) return untilWoken;
+    quiet_ = !std::exchange(eventful_, false);
+    return quiet_ ? quietTick : busyTick;
 }
 
 bool WatchSession::broken() {

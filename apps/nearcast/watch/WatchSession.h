@@ -6,6 +6,7 @@
 
 #include <nearcast/QXNearcastManager.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -17,7 +18,13 @@ namespace nearcast::cli {
 /// What happens between the manager and the view: it counts, ages and passes on. From any thread.
 class WatchSession {
 public:
-    explicit WatchSession(std::unique_ptr<WatchView> view);
+    /// Seconds from one tick to the next while something happens, and while nothing does: a machine on a battery is not
+    /// woken to count seconds.
+    static constexpr double busyTick = 0.25;
+    static constexpr double quietTick = 2;
+
+    /// @param wake ends the wait that `pause` gave the length of; from any thread, with a lock of the session's held
+    WatchSession(std::unique_ptr<WatchView> view, std::function<void()> wake);
 
     /// Time counts from here. Called before the radio is opened, and so before all others.
     void begin();
@@ -27,6 +34,8 @@ public:
     /// How the radio is, when that has changed.
     void health(RadioHealth health);
     void tick();
+    /// How many seconds to wait, for the next tick or for the call of `wake` that something is to be done before.
+    [[nodiscard]] double pause();
     /// Shows the summary.
     /// @throws std::runtime_error when the view could not be written
     void end();
@@ -41,7 +50,9 @@ private:
     void show(const Show& what) NEARCAST_REQUIRES(mutex_);
     void report(std::string_view portName, QXDeviceType deviceType, std::string_view MACAddr, std::int32_t RSSI);
     void silent(std::string_view portName, std::string_view MACAddr);
+    void noteEvent() NEARCAST_REQUIRES(mutex_);
 
+    const std::function<void()> wake_;
     double start_ = 0;
     Mutex mutex_;
     std::unique_ptr<WatchView> view_ NEARCAST_GUARDED_BY(mutex_);
@@ -49,6 +60,8 @@ private:
     std::map<std::string, double, std::less<>> heard_ NEARCAST_GUARDED_BY(mutex_);
     std::unordered_set<std::string> known_ NEARCAST_GUARDED_BY(mutex_);
     std::string broken_ NEARCAST_GUARDED_BY(mutex_);
+    bool eventful_ NEARCAST_GUARDED_BY(mutex_) = false;  ///< something has happened since the last pause was asked for
+    bool quiet_ NEARCAST_GUARDED_BY(mutex_) = false;     ///< the pause is a long one, to be ended by what happens
 };
 
 }  // namespace nearcast::cli

@@ -41,6 +41,8 @@ public:
     /// The state of the radio, its reason or the number of its restarts has changed.
     /// @param health `since` counts as `at` does: from the begin of the watch
     virtual void health(double at, const RadioHealth& health) = 0;
+    /// Whether it shows what changes with time alone; only such a one gets ticks.
+    [[nodiscard]] virtual bool showsTime() const { return false; }
     /// Time has passed; this is how the radio is now.
     virtual void tick(double /*at*/, const RadioHealth& /*health*/) {}
     virtual void end(const WatchSummary& summary) = 0;

@@ -119,22 +119,25 @@ void SdBus::setDaemon(std::string_view name) {
     listener_->daemonChanged(!daemon_.empty());
 }
 
-bool SdBus::process(bool all) {
+SdBus::Taken SdBus::process(bool all) {
     tellFailed();
-    if (!bus_) return false;
+    if (!bus_) return {};
     const int most = all ? mostMessages : 1;
     int result = 0;
-    for (int messages = 0; messages < most; ++messages) {
+    Taken taken;
+    while (taken.messages < most) {
         result = sd_bus_process(bus_.get(), nullptr);
         if (result <= 0 || lost_) break;
+        ++taken.messages;
     }
     if (result < 0 && !lost_) lost_ = failureOf(result);
     if (!lost_ && sd_bus_is_open(bus_.get()) <= 0) lost_ = Failure{"System.Error", "the connection was closed"};
-    if (!lost_) return all && result > 0;
+    taken.more = !lost_ && all && result > 0;
+    if (!lost_) return taken;
     const Failure failure = *lost_;
     disconnect();
     listener_->busLost(failure);
-    return false;
+    return taken;
 }
 
 int SdBus::descriptor() const { return bus_ ? sd_bus_get_fd(bus_.get()) : -1; }

@@ -36,11 +36,15 @@ public:
     void registerMonitor(const std::string& adapter, Done done) override;
     void unregisterMonitor(const std::string& adapter, Done done) override;
 
+    struct Taken {
+        int messages = 0;
+        bool more = false;  ///< there may be more that waiting does not show
+    };
+
     /// Takes what has come and tells the listener.
     /// @param all a bounded number of messages, and not one alone. To find that there is no other costs a system call
     ///            more, which is only well spent where there often is
-    /// @return whether there may be more that waiting does not show
-    bool process(bool all);
+    Taken process(bool all);
     /// What to wait for (`poll`); -1 without a connection.
     [[nodiscard]] int descriptor() const;
     /// Which events to wait for.

@@ -41,6 +41,8 @@ private:
     std::atomic<bool> ending_{false};
     std::optional<Time> alarm_;  ///< the thread's, as the next one
     Time lastTurn_{0};
+    bool crowded_ = false;  ///< messages come so closely that they are taken together
+    Time floodedUntil_{0};  ///< they come very fast
     std::thread thread_;
 };
 

@@ -31,15 +31,15 @@ public:
 ///
 /// What has been lost is tried again at once, and then less often, up to once a second: opening is the only question
 /// that tells absence, a block, another owner and missing rights apart, it needs no rights by itself, and it costs a
-/// few system calls. Once a second the kernel is asked whether the controller is still what it was, for a raw socket is
-/// not told when it is switched off.
+/// few system calls. Every two seconds the kernel is asked whether the controller is still what it was, for a raw
+/// socket is not told when it is switched off.
 ///
 /// Pure logic: no thread; time is passed in, from any start. Not for several threads at once.
 class HciSession {
 public:
     using Time = std::chrono::nanoseconds;
 
-    static constexpr Time askInterval = std::chrono::seconds(1);
+    static constexpr Time askInterval = std::chrono::seconds(2);
     /// Waits between tries: doubled from the first to the longest.
     static constexpr Time firstWait = std::chrono::milliseconds(250);
     static constexpr Time longestWait = std::chrono::seconds(1);

@@ -47,6 +47,12 @@ WakeUp::Found WakeUp::wait(int other, short events) noexcept {
     return {waiting[0].revents != 0, waiting[1].revents != 0, waiting[2].revents != 0};
 }
 
+WakeUp::Found WakeUp::pause(std::chrono::milliseconds longest) noexcept {
+    pollfd waiting[] = {{alarm_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}};
+    if (poll(waiting, 2, static_cast<int>(longest.count())) <= 0) return {};
+    return {waiting[0].revents != 0, waiting[1].revents != 0, false};
+}
+
 bool WakeUp::takeAlarm() noexcept { return taken(alarm_.get()); }
 
 bool WakeUp::takeWake() noexcept { return taken(wake_.get()); }

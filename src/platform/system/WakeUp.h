@@ -4,6 +4,7 @@
 #include "platform/system/Descriptor.h"
 #include "platform/system/SystemClock.h"
 
+#include <chrono>
 #include <optional>
 
 namespace nearcast {
@@ -28,6 +29,8 @@ public:
     /// Waits for either, and for `other` where it is not negative. One thread at a time.
     /// @param events what of `other` is waited for: `POLLIN`, where nothing is said
     Found wait(int other = -1, short events = readable) noexcept;
+    /// Waits for either, so long at most; a signal may end it early. One thread at a time.
+    Found pause(std::chrono::milliseconds longest) noexcept;
     /// Forgets the alarm that has rung. @return whether one had
     bool takeAlarm() noexcept;
     /// Forgets the calls of `wake`. @return whether there was one

@@ -39,7 +39,8 @@ RadioHealth healthWith(CBManagerState state, std::string why = {}) {
 class RecordSessionTest : public testing::Test {
 protected:
     Kept kept_;
-    RecordSession session_{std::make_unique<KeepingWriter>(kept_)};
+    int broke_ = 0;
+    RecordSession session_{std::make_unique<KeepingWriter>(kept_), [this] { ++broke_; }};
 };
 
 TEST_F(RecordSessionTest, ARadioThatIsPoweredOnFromTheBeginningNeedsNoWord) {
@@ -73,10 +74,11 @@ TEST_F(RecordSessionTest, ADiskThatIsFullEndsItWithItsReason) {
     session_.heard({}, microseconds(1));
     kept_.full = true;
     session_.heard({}, microseconds(2));
-    EXPECT_TRUE(session_.broken());
+    EXPECT_EQ(broke_, 1);
     kept_.full = false;
     session_.heard({}, microseconds(3));
     EXPECT_EQ(kept_.items.size(), 1U);
+    EXPECT_EQ(broke_, 1);
     EXPECT_THROW(session_.end(microseconds(4)), std::runtime_error);
 }
 

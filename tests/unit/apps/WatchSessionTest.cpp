@@ -26,6 +26,7 @@ public:
         std::vector<std::optional<double>> ages;
         std::optional<WatchSummary> summary;
         bool fails = false;
+        bool showsTime = false;
     };
     explicit Notes(Kept& kept) : kept_(kept) {}
 
@@ -41,6 +42,7 @@ public:
     void health(double at, const RadioHealth& health) override {
         kept_.lines.push_back("health " + std::to_string(at) + " since " + std::to_string(health.since));
     }
+    [[nodiscard]] bool showsTime() const override { return kept_.showsTime; }
     void end(const WatchSummary& summary) override { kept_.summary = summary; }
 
 private:
@@ -65,7 +67,8 @@ protected:
     JSONSerialization JSON_;
     Timeline* timeline_ = nullptr;
     Notes::Kept kept_;
-    WatchSession session_{std::make_unique<Notes>(kept_)};
+    int woken_ = 0;
+    WatchSession session_{std::make_unique<Notes>(kept_), [this] { ++woken_; }};
 };
 
 TEST_F(WatchSessionTest, TheFirstReportOfADongleHasNoAge) {
@@ -118,7 +121,36 @@ TEST_F(WatchSessionTest, AViewThatCannotBeWrittenEndsTheWatchWithItsReason) {
     kept_.fails = true;
     report("A");
     EXPECT_TRUE(session_.broken());
+    EXPECT_EQ(woken_, 1);
     EXPECT_THROW(session_.end(), std::runtime_error);
+}
+
+TEST_F(WatchSessionTest, WaitsForMinutesWhereTheViewShowsNoTime) {
+    EXPECT_GE(session_.pause(), 60);
+    report("A");
+    EXPECT_GE(session_.pause(), 60);
+    EXPECT_EQ(woken_, 0);
+}
+
+TEST_F(WatchSessionTest, TicksOftenAfterATimeInWhichSomethingHappened) {
+    kept_.showsTime = true;
+    report("A");
+    EXPECT_EQ(session_.pause(), WatchSession::busyTick);
+    silent("A");
+    EXPECT_EQ(session_.pause(), WatchSession::busyTick);
+    session_.health({});
+    EXPECT_EQ(session_.pause(), WatchSession::busyTick);
+    EXPECT_EQ(session_.pause(), WatchSession::quietTick);
+    EXPECT_EQ(woken_, 0);
+}
+
+TEST_F(WatchSessionTest, TheFirstThingThatHappensInAQuietTimeEndsTheWait) {
+    kept_.showsTime = true;
+    EXPECT_EQ(session_.pause(), WatchSession::quietTick);
+    report("A");
+    EXPECT_EQ(woken_, 1);
+    report("A");
+    EXPECT_EQ(woken_, 1);
 }
 
 TEST(WatchSummary, IsSaidInASentence) {

@@ -67,6 +67,25 @@ TEST(WakeUp, IsWokenByAnotherThread) {
     other.join();
 }
 
+TEST(WakeUp, EndsAPauseWithAnAlarm) {
+    WakeUp wakeUp;
+    wakeUp.setAlarm(SystemClock::Time(1));
+    EXPECT_TRUE(wakeUp.pause(1h).alarm);
+}
+
+TEST(WakeUp, EndsAPauseWithACall) {
+    WakeUp wakeUp;
+    wakeUp.wake();
+    EXPECT_TRUE(wakeUp.pause(1h).wake);
+}
+
+TEST(WakeUp, EndsAPauseByItself) {
+    WakeUp wakeUp;
+    const WakeUp::Found found = wakeUp.pause(1ms);
+    EXPECT_FALSE(found.alarm);
+    EXPECT_FALSE(found.wake);
+}
+
 TEST(WakeUp, WaitsForAnotherDescriptorToo) {
     std::array<int, 2> ends{};
     ASSERT_EQ(pipe(ends.data()), 0);
