@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <time.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -40,10 +42,24 @@ inline double median(std::vector<double> values) {
 
 /// Nanoseconds that `work` takes by the wall.
 template <class Work>
-double nanosecondsOf(Work&& work) {
+double wallNanoseconds(Work&& work) {
     const auto begin = std::chrono::steady_clock::now();
     work();
     return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - begin).count();
+}
+
+/// Nanoseconds that `work` has the processor: for what neither waits nor blocks the same, but less of what else the
+/// machine does.
+template <class Work>
+double processorNanoseconds(Work&& work) {
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return 1e9 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec);
+    };
+    const double begin = now();
+    work();
+    return now() - begin;
 }
 
 /// Keeps the compiler from leaving out what makes `value`.

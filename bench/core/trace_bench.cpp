@@ -25,7 +25,7 @@ double off(const Options& options) {
     const int records = options.quick ? 10'000 : 20'000'000;
     const Trace trace(&options, "-[QXNearcastManager centralManager:didDiscoverPeripheral:advertisementData:RSSI:]",
                       Trace::Audience::internal);
-    const double all = nanosecondsOf([&] {
+    const double all = processorNanoseconds([&] {
         for (int record = 0; record < records; ++record) recordSite(trace, &options, record);
     });
     return all / records;
@@ -61,7 +61,7 @@ double on(int bursts, int records) {
                       Trace::Audience::internal);
     double all = 0;
     for (int burst = 0; burst < bursts; ++burst) {
-        all += nanosecondsOf([&] {
+        all += wallNanoseconds([&] {
             for (int record = 0; record < records; ++record) recordSite(trace, &file, record);
         });
         LogWriter::sharedInstance().flush();
@@ -77,7 +77,7 @@ double afterRest(const Options& options) {
     const Trace trace(&file, "-[QXNearcastManager stopScan]", Trace::Audience::publicAPI);
     recordSite(trace, &file, 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(options.quick ? 10 : 1500));
-    return nanosecondsOf([&] { recordSite(trace, &file, 1); });
+    return wallNanoseconds([&] { recordSite(trace, &file, 1); });
 }
 
 }  // namespace
