@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // Saving and loading a registry of 100,000 devices: through the manager, its lock and its JSON.
 #include "core/Manager.h"
-#include "core/Measure.h"
+#include "core/ProcessorTime.h"
+#include "core/Runs.h"
 #include "platform/json/JSONSerialization.h"
 #include "platform/virtual/VirtualPlatform.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -65,25 +68,37 @@ bool same(const Settings& left, const Settings& right) {
     });
 }
 
+void measure(const Request& request) {
+    Shop shop(request.quick ? 1'000 : 100'000);
+    const auto registered = shop.manager.getSettings();
+    Line saving("saving a registry of 100,000", "ms", 500, "value");
+    Line loading("loading a registry of 100,000", "ms", 500, "value");
+    for (int run = 0; run < request.runs; ++run) {
+        std::optional<std::string> data;
+        saving.add(processorNanoseconds([&] { data = shop.manager.serializedSettings(); }) / 1e6);
+        if (!data) throw std::runtime_error("the registry could not be saved");
+        bool loaded = false;
+        // The one of the run before goes meanwhile, as in an application that loads again.
+        loading.add(processorNanoseconds([&] { loaded = shop.manager.deserializeSettings(*data); }) / 1e6);
+        if (!loaded || !same(*registered, *shop.manager.getSettings())) {
+            throw std::runtime_error("a load gave something else");
+        }
+    }
+    saving.print();
+    loading.print();
+}
+
 }  // namespace
 
 }  // namespace nearcast::bench
 
 int main(int argc, char** argv) {
     using namespace nearcast::bench;
-    const Options options(argc, argv);
-    Shop shop(options.quick ? 1'000 : 100'000);
-    const auto registered = shop.manager.getSettings();
-    std::vector<double> saving;
-    std::vector<double> loading;
-    for (int run = 0; run < options.runs; ++run) {
-        std::optional<std::string> data;
-        saving.push_back(processorNanoseconds([&] { data = shop.manager.serializedSettings(); }) / 1e6);
-        if (!data) throw std::runtime_error("the registry could not be saved");
-        // The one of the run before goes meanwhile, as in an application that loads again.
-        loading.push_back(processorNanoseconds([&] { keep(shop.manager.deserializeSettings(*data)); }) / 1e6);
-        if (!same(*registered, *shop.manager.getSettings())) throw std::runtime_error("a load gave something else");
+    try {
+        measure(Request::of(argc, argv));
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "persistence_bench: %s\n", error.what());
+        return 2;
     }
-    printValue("saving a registry of 100,000", "ms", saving, 500);
-    printValue("loading a registry of 100,000", "ms", loading, 500);
 }

@@ -1,16 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a trace record costs the thread that takes the step: while nobody listens, and with a file sink.
-#include "core/Measure.h"
+#include "core/ProcessorTime.h"
+#include "core/Runs.h"
 #include "support/Trace.h"
 
 #include <nearcast/LogWriter.h>
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdint>
+#include <cstdio>
+#include <exception>
 #include <stdexcept>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace nearcast::bench {
 
@@ -21,12 +28,12 @@ namespace {
     trace.process("rssi != nil, ", Pointer{object}, ", MACAddr=", "00:11:22:AA:BB:CC", ", RSSI=", RSSI);
 }
 
-double off(const Options& options) {
-    const int records = options.quick ? 10'000 : 20'000'000;
-    const Trace trace(&options, "-[QXNearcastManager centralManager:didDiscoverPeripheral:advertisementData:RSSI:]",
+double off(const Request& request) {
+    const int records = request.quick ? 10'000 : 20'000'000;
+    const Trace trace(&request, "-[QXNearcastManager centralManager:didDiscoverPeripheral:advertisementData:RSSI:]",
                       Trace::Audience::internal);
     const double all = processorNanoseconds([&] {
-        for (int record = 0; record < records; ++record) recordSite(trace, &options, record);
+        for (int record = 0; record < records; ++record) recordSite(trace, &request, record);
     });
     return all / records;
 }
@@ -61,7 +68,7 @@ double on(int bursts, int records) {
                       Trace::Audience::internal);
     double all = 0;
     for (int burst = 0; burst < bursts; ++burst) {
-        all += wallNanoseconds([&] {
+        all += nanoseconds([&] {
             for (int record = 0; record < records; ++record) recordSite(trace, &file, record);
         });
         LogWriter::sharedInstance().flush();
@@ -71,13 +78,41 @@ double on(int bursts, int records) {
     return all / bursts / records;
 }
 
-/// One record after the writer's thread has gone to sleep.
-double afterRest(const Options& options) {
+/// One record after the writer's thread has gone to sleep, which it does after a second without work: it is woken.
+double afterRest(const Request& request) {
     const TraceFile file;
     const Trace trace(&file, "-[QXNearcastManager stopScan]", Trace::Audience::publicAPI);
     recordSite(trace, &file, 0);
-    std::this_thread::sleep_for(std::chrono::milliseconds(options.quick ? 10 : 1500));
-    return wallNanoseconds([&] { recordSite(trace, &file, 1); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(request.quick ? 10 : 1500));
+    return nanoseconds([&] { recordSite(trace, &file, 1); });
+}
+
+/// There is no budget for it: it comes once a second at most.
+void tell(std::vector<double> rested) {
+    std::sort(rested.begin(), rested.end());
+    std::printf(
+        R"({"what": "trace into a file, the first record after a second without", "unit": "ns", "value": %.0f, )"
+        R"("floor": null, "ratio": null, "low": %.0f, "high": %.0f, "runs": %zu, "budget": null, )"
+        R"("budget_of": "value"})"
+        "\n",
+        rested[rested.size() / 2], rested.front(), rested.back(), rested.size());
+}
+
+void measure(const Request& request) {
+    Line offs("trace off, a record site", "ns", 2, "value");
+    Line advertisements("trace into a file, 16 records at a time, each", "ns", 1000, "value");
+    Line streams("trace into a file, 8,000 records at a time, each", "ns", 1000, "value");
+    std::vector<double> rested;
+    for (int run = 0; run < request.runs; ++run) {
+        offs.add(off(request));
+        advertisements.add(on(request.quick ? 3 : 5'000, 16));
+        streams.add(on(request.quick ? 3 : 20, 8'000));
+        rested.push_back(afterRest(request));
+    }
+    offs.print();
+    advertisements.print();
+    streams.print();
+    tell(rested);
 }
 
 }  // namespace
@@ -86,19 +121,11 @@ double afterRest(const Options& options) {
 
 int main(int argc, char** argv) {
     using namespace nearcast::bench;
-    const Options options(argc, argv);
-    std::vector<double> offs;
-    std::vector<double> advertisements;
-    std::vector<double> streams;
-    std::vector<double> rested;
-    for (int run = 0; run < options.runs; ++run) {
-        offs.push_back(off(options));
-        advertisements.push_back(on(options.quick ? 3 : 5'000, 16));
-        streams.push_back(on(options.quick ? 3 : 20, 8'000));
-        rested.push_back(afterRest(options));
+    try {
+        measure(Request::of(argc, argv));
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "trace_bench: %s\n", error.what());
+        return 2;
     }
-    printValue("trace off, a record site", "ns", offs, 2);
-    printValue("trace into a file, 16 records at a time, each", "ns", advertisements, 1000);
-    printValue("trace into a file, 8,000 records at a time, each", "ns", streams, 1000);
-    printValue("trace into a file, a single record after a rest", "ns", rested, 1000);
 }
