@@ -83,14 +83,14 @@ def number(value):
 
 
 def with_unit(value, unit):
-    return "-" if value is None else f"{number(value)} {unit}"
+    return "-" if value is None else f"{number(value)} {unit}".strip()
 
 
 def cells_of(line):
     of_ratio = line["budget_of"] == "ratio"
     budget = "-"
     if line["budget"] is not None:
-        budget = f"{line['budget']:g} x floor" if of_ratio else f"{line['budget']:g} {line['unit']}"
+        budget = f"{line['budget']:g} x floor" if of_ratio else f"{line['budget']:g} {line['unit']}".strip()
     verdict = "told" if line["budget"] is None else "OVER" if is_over(line) else "held"
     return (line["what"], with_unit(line["value"], line["unit"]), with_unit(line["floor"], line["unit"]),
             "-" if line["ratio"] is None else f"{line['ratio']:.2f}",

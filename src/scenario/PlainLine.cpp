@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scenario/PlainLine.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -72,10 +73,9 @@ public:
     /// A quoted text of printable ASCII without escapes.
     std::string_view text() {
         expect("\"");
-        std::size_t length = 0;
-        while (length < rest_.size() && isPlain(rest_[length])) ++length;
-        const std::string_view result = rest_.substr(0, length);
-        rest_.remove_prefix(length);
+        const auto end = std::find_if_not(rest_.begin(), rest_.end(), isPlain);
+        const std::string_view result(rest_.begin(), end);
+        rest_.remove_prefix(result.size());
         good_ = acceptHere("\"");
         return result;
     }
@@ -87,9 +87,10 @@ public:
         if (!good_) return result;
         result.reserve(digits.size() / 2);
         for (std::size_t place = 0; place < digits.size(); place += 2) {
-            const int octet = hexadecimal(digits[place]) * 16 + hexadecimal(digits[place + 1]);
-            good_ = good_ && hexadecimal(digits[place]) >= 0 && hexadecimal(digits[place + 1]) >= 0;
-            result.push_back(static_cast<std::uint8_t>(octet));
+            const int high = hexadecimal(digits[place]);
+            const int low = hexadecimal(digits[place + 1]);
+            good_ = good_ && high >= 0 && low >= 0;
+            result.push_back(static_cast<std::uint8_t>(high * 16 + low));
         }
         return result;
     }

@@ -34,7 +34,8 @@ bool isUTF8(std::string_view text) {
 bool isPlain(std::string_view text) {
     for (std::size_t place = 0; place < text.size();) {
         const auto octet = static_cast<unsigned char>(text[place]);
-        const std::size_t length = octet < 0x20 || octet == '"' || octet == '\\' ? 0 : wellFormed(text, place);
+        if (octet < 0x20 || octet == '"' || octet == '\\') return false;
+        const std::size_t length = wellFormed(text, place);
         if (length == 0) return false;
         place += length;
     }
@@ -157,7 +158,9 @@ std::string JSONSerialization::compact(const SettingValue& value) { return writt
 
 void appendQuoted(std::string& out, std::string_view text) {
     if (isPlain(text)) {
-        out.append(1, '"').append(text).append(1, '"');
+        out.push_back('"');
+        out.append(text);
+        out.push_back('"');
     } else {
         out += Library(text).dump(-1, ' ', false, Library::error_handler_t::replace);
     }
