@@ -2,8 +2,8 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -81,12 +81,18 @@ private:
     std::vector<double> ratios_;
 };
 
-/// Nanoseconds that `work` takes.
+/// Nanoseconds of processor that `work` takes, by one of the clocks that count them: other programs that run at the
+/// same time do not.
 template <class Work>
-double nanoseconds(Work&& work) {
-    const auto begin = std::chrono::steady_clock::now();
+double nanoseconds(clockid_t clock, Work&& work) {
+    const auto now = [clock] {
+        timespec time{};
+        clock_gettime(clock, &time);
+        return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+    };
+    const double begin = now();
     work();
-    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - begin).count();
+    return now() - begin;
 }
 
 }  // namespace nearcast::bench

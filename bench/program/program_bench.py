@@ -9,7 +9,6 @@ the processor time of the process, which on a machine that has nothing else to d
 """
 
 import argparse
-import json
 import os
 import statistics
 import sys
@@ -17,8 +16,9 @@ import tempfile
 import time
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parent))
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 import make_scenario  # noqa: E402
+from measured import print_line  # noqa: E402
 
 
 def started(command, out):
@@ -30,15 +30,6 @@ def started(command, out):
     if status != 0:
         raise RuntimeError(f"{' '.join(command)} failed")
     return wall, usage.ru_utime + usage.ru_stime
-
-
-def tell(what, unit, values, budget, floors=None):
-    """One line of the table; tools/bench_table.py says what it holds."""
-    floor = statistics.median(floors) if floors else None
-    ratio = statistics.median(ours / theirs for ours, theirs in zip(values, floors)) if floors else None
-    print(json.dumps({"what": what, "unit": unit, "value": statistics.median(values), "floor": floor, "ratio": ratio,
-                      "low": min(values), "high": max(values), "runs": len(values), "budget": budget,
-                      "budget_of": "value"}), flush=True)
 
 
 def starts(program, options):
@@ -78,11 +69,11 @@ def main():
     options = parser.parse_args()
     program = str(options.build.resolve() / "apps" / "nearcast" / "nearcast")
     ours, floors = starts(program, options)
-    tell("nearcast --version, beside /bin/true", "ms", ours, 10, floors)
+    print_line("nearcast --version, beside /bin/true", "ms", ours, floors, 10)
     with tempfile.TemporaryDirectory() as folder:
         for foreign, words in ((False, "as recorded"), (True, "of another program's making")):
-            tell(f"nearcast run, a million lines {words}", "s",
-                 scenarios(program, Path(folder), foreign, options), 2)
+            print_line(f"nearcast run, a million lines {words}", "s",
+                       scenarios(program, Path(folder), foreign, options), budget=2)
 
 
 if __name__ == "__main__":
