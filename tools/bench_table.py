@@ -86,19 +86,21 @@ def with_unit(value, unit):
     return "-" if value is None else f"{number(value)} {unit}".strip()
 
 
-def cells_of(line):
+def cells_of(line, judged):
     of_ratio = line["budget_of"] == "ratio"
     budget = "-"
     if line["budget"] is not None:
         budget = f"{line['budget']:g} x floor" if of_ratio else f"{line['budget']:g} {line['unit']}".strip()
     verdict = "told" if line["budget"] is None else "OVER" if is_over(line) else "held"
+    if not judged:
+        verdict = "not judged"
     return (line["what"], with_unit(line["value"], line["unit"]), with_unit(line["floor"], line["unit"]),
             "-" if line["ratio"] is None else f"{line['ratio']:.2f}",
             f"{number(line['low'])} to {number(line['high'])} ({line['runs']})", budget, verdict)
 
 
-def table_of(lines):
-    rows = [HEAD] + [cells_of(line) for line in lines]
+def table_of(lines, judged):
+    rows = [HEAD] + [cells_of(line, judged) for line in lines]
     widths = [max(len(row[column]) for row in rows) for column in range(len(HEAD))]
     text = ""
     for row in rows:
@@ -158,13 +160,13 @@ def main():
             print(f"bench_table.py: {program['name']}: {problem}", file=sys.stderr)
             failed = True
     print(f"\nspread: the smallest and the largest of so many runs; load {os.getloadavg()[0]:.1f} on "
-          f"{os.cpu_count()} cores\n\n{table_of(lines)}", flush=True)
+          f"{os.cpu_count()} cores\n\n{table_of(lines, not options.quick)}", flush=True)
     if options.json:
         options.json.write_text("".join(json.dumps(line) + "\n" for line in lines), encoding="utf-8")
-    over = [line["what"] for line in lines if is_over(line)]
+    over = [line["what"] for line in lines if is_over(line) and not options.quick]
     for what in over:
         print(f"over its budget: {what}")
-    return 2 if failed else 1 if over and not options.quick else 0
+    return 2 if failed else 1 if over else 0
 
 
 if __name__ == "__main__":

@@ -73,7 +73,7 @@ def main():
     with tempfile.TemporaryDirectory() as folder:
         for foreign, words in ((False, "as recorded"), (True, "of another program's making")):
             print_line(f"nearcast run, a million lines {words}", "s",
-                       scenarios(program, Path(folder), foreign, options), budget=2)
+                       scenarios(program, Path(folder), foreign, options), budget=2, scale=3)
 
 
 if __name__ == "__main__":

@@ -52,7 +52,9 @@ class BenchTable(unittest.TestCase):
                 self.assertIn("over its budget: a thing", result.stdout)
 
     def test_does_not_judge_a_quick_run(self):
-        self.assertEqual(self.table([line(ratio=1.6)], "--quick").returncode, 0)
+        result = self.table([line(ratio=1.6)], "--quick")
+        self.assertEqual(result.returncode, 0)
+        self.assertNotRegex(result.stdout, "OVER|held|over its budget")
 
     def test_names_a_field_that_is_missing(self):
         for name in LINE:
