@@ -51,7 +51,7 @@ inline std::unique_ptr<Lines> imported(std::span<const std::uint8_t> bytes, cons
     auto lines = std::make_unique<Lines>();
     lines->result = importRecording(*reader, "input", options, [&](std::string_view line) {
         lines->text.append(line).push_back('\n');
-        const auto plain = scenario::readPlainLine(line);
+        const auto plain = scenario::readPlainLine(line, {});
         const scenario::Line parsed = scenario::parseJSONLine(line, {});
         lines->farthest = std::max(lines->farthest, std::chrono::abs(parsed.at));
         expect(!plain || scenario::writeLine(*plain) == scenario::writeLine(parsed), "a plain line is the JSON it is");

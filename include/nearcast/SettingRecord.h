@@ -59,6 +59,11 @@ public:
     [[nodiscard]] const T* as() const noexcept {
         return std::get_if<T>(&storage_);
     }
+    /// The same, to change it or to move it out. A `std::uint64_t` stays above the signed range.
+    template <class T>
+    [[nodiscard]] T* as() noexcept {
+        return std::get_if<T>(&storage_);
+    }
 
     /// The value read as a 32-bit integer, as the manager reads "Device Type": a boolean counts 0 or 1, a
     /// floating-point number is cut toward zero and clamped, text is read as far as it is a number, and

@@ -29,9 +29,9 @@ std::optional<SettingValue> Fields::take(std::string_view name) {
 }
 
 std::optional<std::string> Fields::text(std::string_view name) {
-    const auto value = take(name);
+    auto value = take(name);
     if (!value) return std::nullopt;
-    if (const auto* text = value->as<std::string>()) return *text;
+    if (auto* text = value->as<std::string>()) return std::move(*text);
     illTyped(name, "a text");
 }
 
@@ -98,9 +98,9 @@ std::optional<std::vector<std::uint8_t>> Fields::octets(std::string_view name) {
 }
 
 std::optional<SettingValue::Dictionary> Fields::object(std::string_view name) {
-    const auto value = take(name);
+    auto value = take(name);
     if (!value) return std::nullopt;
-    if (const auto* members = value->as<SettingValue::Dictionary>()) return *members;
+    if (auto* members = value->as<SettingValue::Dictionary>()) return std::move(*members);
     illTyped(name, "an object");
 }
 

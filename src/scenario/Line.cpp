@@ -135,9 +135,9 @@ SettingValue::Dictionary objectOf(std::string_view text) {
     if (const auto* problem = std::get_if<JSONProblem>(&parsed)) {
         throw LineError("not JSON, at column " + std::to_string(problem->offset + 1) + ": " + problem->text);
     }
-    const auto* members = std::get<SettingValue>(parsed).as<SettingValue::Dictionary>();
+    auto* members = std::get<SettingValue>(parsed).as<SettingValue::Dictionary>();
     if (members == nullptr) throw LineError("not a JSON object");
-    return *members;
+    return std::move(*members);
 }
 
 }  // namespace
@@ -145,7 +145,7 @@ SettingValue::Dictionary objectOf(std::string_view text) {
 std::string_view nameOf(const Action& action) { return std::visit(NameOf{}, action); }
 
 Line parseLine(std::string_view text, Time previous) {
-    if (auto plain = readPlainLine(text)) return *std::move(plain);
+    if (auto plain = readPlainLine(text, previous)) return *std::move(plain);
     return parseJSONLine(text, previous);
 }
 

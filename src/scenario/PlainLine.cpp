@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scenario/PlainLine.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -24,31 +25,35 @@ int hexadecimal(char letter) {
     return -1;
 }
 
-/// Takes a line apart from the left. Each step fails for good once one has failed.
+/// Takes a line apart from the left, token by token, with blanks between them or without. Each step fails for good once
+/// one has failed.
 class Taker {
 public:
     explicit Taker(std::string_view rest) : rest_(rest) {}
 
-    [[nodiscard]] bool succeeded() const { return good_ && rest_.empty(); }
-
-    /// Whether the text comes next; it is passed over then.
-    bool accept(std::string_view text) {
-        if (!good_ || rest_.substr(0, text.size()) != text) return false;
-        rest_.remove_prefix(text.size());
-        return true;
+    /// Whether all went well and nothing is left.
+    [[nodiscard]] bool succeeded() {
+        skipBlanks();
+        return good_ && rest_.empty();
     }
-    void expect(std::string_view text) { good_ = accept(text); }
+    void fail() { good_ = false; }
+
+    /// Whether the token comes next; it is passed over then.
+    bool accept(std::string_view token) {
+        skipBlanks();
+        return acceptHere(token);
+    }
+    void expect(std::string_view token) { good_ = accept(token); }
 
     /// Digits without needless zeros in front.
     std::int64_t number(std::size_t mostDigits) {
-        const std::string_view digits = takeDigits();
-        good_ = good_ && !digits.empty() && digits.size() <= mostDigits && (digits.size() == 1 || digits[0] != '0');
-        return good_ ? valueOf(digits) : 0;
+        skipBlanks();
+        return numberHere(mostDigits);
     }
 
     Time seconds() {
         const std::int64_t whole = number(mostSecondDigits);
-        if (!accept(".")) return Time(whole * 1'000'000);
+        if (!acceptHere(".")) return Time(whole * 1'000'000);
         const std::string_view digits = takeDigits();
         good_ = good_ && !digits.empty() && digits.size() <= mostFractionDigits;
         if (!good_) return {};
@@ -57,14 +62,21 @@ public:
         return Time(whole * 1'000'000 + fraction);
     }
 
+    std::int32_t RSSI() {
+        const bool negative = accept("-");
+        const auto magnitude =
+            static_cast<std::int32_t>(negative ? numberHere(mostRSSIDigits) : number(mostRSSIDigits));
+        good_ = good_ && !(negative && magnitude == 0);
+        return negative ? -magnitude : magnitude;
+    }
+
     /// A quoted text of printable ASCII without escapes.
     std::string_view text() {
         expect("\"");
-        std::size_t length = 0;
-        while (length < rest_.size() && isPlain(rest_[length])) ++length;
-        const std::string_view result = rest_.substr(0, length);
-        rest_.remove_prefix(length);
-        expect("\"");
+        const auto end = std::find_if_not(rest_.begin(), rest_.end(), isPlain);
+        const std::string_view result(rest_.begin(), end);
+        rest_.remove_prefix(result.size());
+        good_ = acceptHere("\"");
         return result;
     }
 
@@ -75,10 +87,22 @@ public:
         if (!good_) return result;
         result.reserve(digits.size() / 2);
         for (std::size_t place = 0; place < digits.size(); place += 2) {
-            const int octet = hexadecimal(digits[place]) * 16 + hexadecimal(digits[place + 1]);
-            good_ = good_ && hexadecimal(digits[place]) >= 0 && hexadecimal(digits[place + 1]) >= 0;
-            result.push_back(static_cast<std::uint8_t>(octet));
+            const int high = hexadecimal(digits[place]);
+            const int low = hexadecimal(digits[place + 1]);
+            good_ = good_ && high >= 0 && low >= 0;
+            result.push_back(static_cast<std::uint8_t>(high * 16 + low));
         }
+        return result;
+    }
+
+    std::vector<std::string> texts() {
+        std::vector<std::string> result;
+        expect("[");
+        if (accept("]")) return result;
+        do {
+            result.emplace_back(text());
+        } while (accept(","));
+        expect("]");
         return result;
     }
 
@@ -89,6 +113,22 @@ private:
         std::int64_t value = 0;
         for (const char digit : digits) value = value * 10 + (digit - '0');
         return value;
+    }
+
+    void skipBlanks() {
+        while (!rest_.empty() && (rest_[0] == ' ' || rest_[0] == '\t' || rest_[0] == '\r')) rest_.remove_prefix(1);
+    }
+
+    bool acceptHere(std::string_view token) {
+        if (!good_ || rest_.substr(0, token.size()) != token) return false;
+        rest_.remove_prefix(token.size());
+        return true;
+    }
+
+    std::int64_t numberHere(std::size_t mostDigits) {
+        const std::string_view digits = takeDigits();
+        good_ = good_ && !digits.empty() && digits.size() <= mostDigits && (digits.size() == 1 || digits[0] != '0');
+        return good_ ? valueOf(digits) : 0;
     }
 
     std::string_view takeDigits() {
@@ -103,37 +143,65 @@ private:
     bool good_ = true;
 };
 
-std::vector<std::string> textsOf(Taker& taker) {
-    std::vector<std::string> texts;
-    taker.expect("[");
-    if (taker.accept("]")) return texts;
-    do {
-        texts.emplace_back(taker.text());
-    } while (taker.accept(", "));
-    taker.expect("]");
-    return texts;
-}
+/// The members of an `advertise` line, in any order.
+class Members {
+public:
+    explicit Members(Time previous) { line_.at = previous; }
+
+    /// Takes the value of the member; the taker fails where that is not plain.
+    void take(std::string_view name, Taker& taker) {
+        if (name == "at" && isFirst(at)) {
+            line_.at = taker.seconds();
+        } else if (name == "do" && isFirst(what)) {
+            if (taker.text() != "advertise") taker.fail();
+        } else if (name == "name" && isFirst(localName)) {
+            if (!taker.accept("null")) action_.name.emplace(taker.text());
+        } else if (name == "manufacturerData" && isFirst(data)) {
+            if (!taker.accept("null")) action_.manufacturerData = taker.octets();
+        } else if (name == "RSSI" && isFirst(RSSI)) {
+            action_.RSSI = taker.RSSI();
+        } else if (name == "services" && isFirst(services)) {
+            action_.services = taker.texts();
+        } else {
+            taker.fail();
+        }
+    }
+
+    [[nodiscard]] bool complete() const { return (seen_ & what) != 0 && (seen_ & RSSI) != 0; }
+
+    [[nodiscard]] Line line() && {
+        line_.action = std::move(action_);
+        return std::move(line_);
+    }
+
+private:
+    enum Member : unsigned { at = 1, what = 2, localName = 4, data = 8, RSSI = 16, services = 32 };
+
+    bool isFirst(Member member) {
+        const bool first = (seen_ & member) == 0;
+        seen_ |= member;
+        return first;
+    }
+
+    Line line_;
+    Advertise action_;
+    unsigned seen_ = 0;
+};
 
 }  // namespace
 
-std::optional<Line> readPlainLine(std::string_view text) {
+std::optional<Line> readPlainLine(std::string_view text, Time previous) {
     Taker taker(text);
-    Line line;
-    Advertise action;
-    taker.expect(R"({"at": )");
-    line.at = taker.seconds();
-    taker.expect(R"(, "do": "advertise")");
-    if (taker.accept(R"(, "name": )") && !taker.accept("null")) action.name.emplace(taker.text());
-    if (taker.accept(R"(, "manufacturerData": )") && !taker.accept("null")) action.manufacturerData = taker.octets();
-    taker.expect(R"(, "RSSI": )");
-    const bool negative = taker.accept("-");
-    const auto magnitude = static_cast<std::int32_t>(taker.number(mostRSSIDigits));
-    action.RSSI = negative ? -magnitude : magnitude;
-    if (taker.accept(R"(, "services": )")) action.services = textsOf(taker);
+    Members members(previous);
+    taker.expect("{");
+    do {
+        const std::string_view name = taker.text();
+        taker.expect(":");
+        members.take(name, taker);
+    } while (taker.accept(","));
     taker.expect("}");
-    if (!taker.succeeded() || (negative && magnitude == 0)) return std::nullopt;
-    line.action = std::move(action);
-    return line;
+    if (!taker.succeeded() || !members.complete()) return std::nullopt;
+    return std::move(members).line();
 }
 
 }  // namespace nearcast::scenario

@@ -45,28 +45,28 @@ SettingRecord saved(const SettingRecord& record) {
     throw std::invalid_argument("settings: " + where + " is not " + what);
 }
 
-SettingRecord loaded(const std::string& portName, const SettingValue& value) {
-    const auto* members = value.as<SettingRecord>();
-    if (members == nullptr) misshapen("the record of \"" + portName + "\"", "an object");
-    SettingRecord record = *members;
-    const auto deviceType = record.find(kQXDeviceType);
-    if (deviceType == record.end()) return record;
+SettingRecord loaded(const std::string& portName, SettingValue value) {
+    auto* record = value.as<SettingRecord>();
+    if (record == nullptr) misshapen("the record of \"" + portName + "\"", "an object");
+    const auto deviceType = record->find(kQXDeviceType);
+    if (deviceType == record->end()) return std::move(*record);
     const auto* word = deviceType->second.as<std::string>();
     if (word == nullptr) misshapen("\"Device Type\" of \"" + portName + "\"", "a text");
     if (const auto type = typeOf(*word)) {
         deviceType->second = *type;
     } else {
-        record.erase(deviceType);
+        record->erase(deviceType);
     }
-    return record;
+    return std::move(*record);
 }
 
-Settings loadedSettings(const SettingValue& results) {
-    const auto* members = results.as<SettingValue::Dictionary>();
+Settings loadedSettings(SettingValue results) {
+    auto* members = results.as<SettingValue::Dictionary>();
     if (members == nullptr) misshapen("the whole", "an object");
     Settings settings;
-    for (const auto& [portName, value] : *members) {
-        settings.emplace(portName, std::make_shared<const SettingRecord>(loaded(portName, value)));
+    for (auto& [portName, value] : *members) {
+        auto record = std::make_shared<const SettingRecord>(loaded(portName, std::move(value)));
+        settings.emplace_hint(settings.end(), portName, std::move(record));
     }
     return settings;
 }
@@ -105,7 +105,9 @@ std::optional<std::string> Manager::serializedSettings() {
     {
         const NSLockGuard guard(_lockMutableSettingsFlag);
         SettingValue::Dictionary copies;
-        for (const auto& [portName, record] : mutableSettings) copies.emplace(portName, saved(*record));
+        for (const auto& [portName, record] : mutableSettings) {
+            copies.emplace_hint(copies.end(), portName, saved(*record));
+        }
         const SettingValue copiedSettings(std::move(copies));
         if (platform_.JSON().isValidJSONObject(copiedSettings)) {
             data = platform_.JSON().dataWithJSONObject(copiedSettings);
@@ -122,13 +124,13 @@ bool Manager::deserializeSettings(std::optional<std::string_view> data) {
     const Trace trace = this->trace("-[QXNearcastManager deserializeSettings:]", Trace::Audience::publicAPI);
     const Pointer buffer{data ? data->data() : nullptr};
     trace.start("", buffer);
-    const auto results = data ? platform_.JSON().JSONObjectWithData(*data) : std::nullopt;
+    auto results = data ? platform_.JSON().JSONObjectWithData(*data) : std::nullopt;
     if (!results) {
         trace.error("results == nil, ", Pointer{nullptr});
         trace.end("", buffer, ", -> ", false);
         return false;
     }
-    setSettings(loadedSettings(*results));
+    setSettings(loadedSettings(*std::move(results)));
     trace.end("", buffer, ", -> ", true);
     return true;
 }

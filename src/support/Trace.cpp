@@ -10,9 +10,8 @@ void trace::append(std::string& text, Pointer pointer) {
     text.append(digits, std::to_chars(std::begin(digits), std::end(digits), value, 16).ptr);
 }
 
-void Trace::write(QXLogType type, const Lead& lead, std::string_view text) const {
-    LogWriter::sharedInstance().outputLogAsyncWithLogType(type, level, object_, lead.fileName, lead.lineNumber, method_,
-                                                          text);
+void Trace::write(QXLogType type, std::string_view fileName, std::uint32_t lineNumber, std::string_view text) const {
+    LogWriter::sharedInstance().outputLogAsyncWithLogType(type, level, object_, fileName, lineNumber, method_, text);
 }
 
 }  // namespace nearcast

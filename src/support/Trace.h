@@ -26,8 +26,8 @@ struct Lead {
     Lead(const char* leadText, const char* file = __builtin_FILE(), int line = __builtin_LINE())
         : text(leadText), fileName(file), lineNumber(static_cast<std::uint32_t>(line)) {}
 
-    std::string_view text;
-    std::string_view fileName;  ///< relative to the source tree, by the build's -ffile-prefix-map
+    const char* text;
+    const char* fileName;  ///< relative to the source tree, by the build's -ffile-prefix-map
     std::uint32_t lineNumber;
 };
 
@@ -75,6 +75,12 @@ template <std::invocable Part>
 void append(std::string& text, const Part& part) {
     append(text, part());
 }
+
+/// How a part is passed on: values of two registers at most as they are, the others by their address.
+template <class Part>
+using Passed = std::conditional_t<std::is_trivially_copyable_v<Part> && !std::is_array_v<Part> &&
+                                      sizeof(Part) <= 2 * sizeof(void*),
+                                  Part, const Part&>;
 
 }  // namespace trace
 
@@ -133,13 +139,21 @@ private:
 
     template <class... Parts>
     void record(QXLogType type, const Lead& lead, const Parts&... parts) const {
-        if (!LogWriter::isLogging() || !LogWriter::isTargetLogLevel(level)) return;
-        std::string text(lead.text);
-        (trace::append(text, parts), ...);
-        write(type, lead, text);
+        if (LogWriter::isLogging()) [[unlikely]]
+            recordWanted<Parts...>(type, lead.text, lead.fileName, lead.lineNumber, parts...);
     }
 
-    void write(QXLogType type, const Lead& lead, std::string_view text) const;
+    // Apart, and with all that is small by value: so nothing is put on the stack where nobody listens.
+    template <class... Parts>
+    [[gnu::cold, gnu::noinline]] void recordWanted(QXLogType type, const char* leadText, const char* fileName,
+                                                   std::uint32_t lineNumber, trace::Passed<Parts>... parts) const {
+        if (!LogWriter::isTargetLogLevel(level)) return;
+        std::string text(leadText);
+        (trace::append(text, parts), ...);
+        write(type, fileName, lineNumber, text);
+    }
+
+    void write(QXLogType type, std::string_view fileName, std::uint32_t lineNumber, std::string_view text) const;
 
     const void* object_;
     std::string_view method_;

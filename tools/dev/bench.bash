@@ -5,5 +5,5 @@
 run_bench() {
     need_to_build dbus-daemon python3
     run_stage "build" build bench
-    run_stage "the radio bluez" bench/bluez/bluez_bench.py build/bench "$@"
+    run_stage "measure" tools/bench_table.py build/bench "$@"
 }

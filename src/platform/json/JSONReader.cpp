@@ -74,7 +74,9 @@ private:
         if (open_.empty()) {
             top_ = std::move(value);
         } else if (open_.back().isObject) {
-            open_.back().members.insert_or_assign(std::move(open_.back().key), std::move(value));
+            // At the end, where a member of a text that we wrote belongs: its keys come in order.
+            auto& members = open_.back().members;
+            members.insert_or_assign(members.end(), std::move(open_.back().key), std::move(value));
         } else {
             open_.back().elements.push_back(std::move(value));
         }

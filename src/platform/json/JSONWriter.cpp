@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/json/JSONSerialization.h"
+#include "support/Utf8.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
 
@@ -10,17 +13,33 @@ namespace nearcast {
 namespace {
 
 using Library = nlohmann::json;
-using OnInvalid = Library::error_handler_t;
+
+/// Octets of the well-formed character at `place`; 0 where there is none.
+std::size_t wellFormed(std::string_view text, std::size_t place) {
+    if (static_cast<unsigned char>(text[place]) < 0x80) return 1;
+    const std::size_t length = characterLength(text.substr(place));
+    return length == 1 ? 0 : length;
+}
 
 bool isUTF8(std::string_view text) {
-    const auto ascii = [](char letter) { return static_cast<unsigned char>(letter) < 0x80; };
-    if (std::all_of(text.begin(), text.end(), ascii)) return true;
-    try {
-        (void)Library(text).dump();
-        return true;
-    } catch (const Library::type_error&) {
-        return false;
+    for (std::size_t place = 0; place < text.size();) {
+        const std::size_t length = wellFormed(text, place);
+        if (length == 0) return false;
+        place += length;
     }
+    return true;
+}
+
+/// Whether the text stands between quotation marks as it is.
+bool isPlain(std::string_view text) {
+    for (std::size_t place = 0; place < text.size();) {
+        const auto octet = static_cast<unsigned char>(text[place]);
+        if (octet < 0x20 || octet == '"' || octet == '\\') return false;
+        const std::size_t length = wellFormed(text, place);
+        if (length == 0) return false;
+        place += length;
+    }
+    return true;
 }
 
 bool writable(const SettingValue& value, int depth);
@@ -56,53 +75,95 @@ std::string inHexadecimal(const SettingValue::Bytes& bytes) {
     return text + ">";
 }
 
-/// What the library can write stays as it is; the rest becomes text, for people.
-struct ToLibrary {
-    Library operator()(std::nullptr_t) const { return nullptr; }
-    Library operator()(double number) const {
-        if (std::isfinite(number)) return number;
-        return std::isnan(number) ? "nan" : number > 0 ? "inf" : "-inf";
+/// Writes a value as the library would, but without a tree of the library's own, which costs more than the text. What
+/// JSON cannot hold becomes text, for people.
+class Writer {
+public:
+    /// @param indented two spaces a level, or else all on one line
+    explicit Writer(bool indented) : indented_(indented) {}
+
+    void operator()(std::nullptr_t) { out_ += "null"; }
+    void operator()(bool truth) { out_ += truth ? "true" : "false"; }
+    void operator()(std::int64_t number) { appendInteger(number); }
+    void operator()(std::uint64_t number) { appendInteger(number); }
+    void operator()(double number) {
+        if (std::isfinite(number)) {
+            out_ += Library(number).dump();
+        } else {
+            appendQuoted(out_, std::isnan(number) ? "nan" : number > 0 ? "inf" : "-inf");
+        }
     }
-    Library operator()(const SettingValue::Bytes& bytes) const { return inHexadecimal(bytes); }
-    Library operator()(const SettingValue::Array& elements) const {
-        Library result = Library::array();
-        for (const auto& element : elements) result.push_back(std::visit(*this, element.storage()));
-        return result;
+    void operator()(const std::string& text) { appendQuoted(out_, text); }
+    void operator()(const SettingValue::Bytes& bytes) { appendQuoted(out_, inHexadecimal(bytes)); }
+    void operator()(const SettingValue::Array& elements) {
+        list('[', ']', elements, [this](const SettingValue& element) { std::visit(*this, element.storage()); });
     }
-    Library operator()(const SettingValue::Dictionary& members) const {
-        Library result = Library::object();
-        for (const auto& [key, value] : members) result.emplace(key, std::visit(*this, value.storage()));
-        return result;
+    void operator()(const SettingValue::Dictionary& members) {
+        list('{', '}', members, [this](const auto& member) {
+            appendQuoted(out_, member.first);
+            out_ += indented_ ? ": " : ":";
+            std::visit(*this, member.second.storage());
+        });
     }
-    template <class Plain>
-    Library operator()(const Plain& plain) const {
-        return plain;
+
+    [[nodiscard]] std::string text() && { return std::move(out_); }
+
+private:
+    template <class Integer>
+    void appendInteger(Integer number) {
+        std::array<char, 24> digits;  // a sign and the 20 digits of the largest
+        out_.append(digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
     }
+
+    template <class Container, class Write>
+    void list(char begin, char end, const Container& container, Write write) {
+        out_ += begin;
+        ++depth_;
+        const char* separator = "";
+        for (const auto& each : container) {
+            out_ += separator;
+            beginLine();
+            write(each);
+            separator = ",";
+        }
+        --depth_;
+        if (!container.empty()) beginLine();
+        out_ += end;
+    }
+
+    void beginLine() {
+        if (indented_) out_.append(1, '\n').append(2 * depth_, ' ');
+    }
+
+    std::string out_;
+    std::size_t depth_ = 0;
+    bool indented_;
 };
 
-Library toLibrary(const SettingValue& value) { return std::visit(ToLibrary{}, value.storage()); }
+std::string written(const SettingValue& value, bool indented) {
+    Writer writer(indented);
+    std::visit(writer, value.storage());
+    return std::move(writer).text();
+}
 
 }  // namespace
 
 bool JSONSerialization::isValidJSONObject(const SettingValue& value) const { return writable(value, 0); }
 
-std::string JSONSerialization::dataWithJSONObject(const SettingValue& value) const { return toLibrary(value).dump(2); }
+std::string JSONSerialization::dataWithJSONObject(const SettingValue& value) const { return written(value, true); }
 
 std::string JSONSerialization::description(const SettingValue& value) const { return compact(value); }
 
-std::string JSONSerialization::compact(const SettingValue& value) {
-    return toLibrary(value).dump(-1, ' ', false, OnInvalid::replace);
-}
+std::string JSONSerialization::compact(const SettingValue& value) { return written(value, false); }
 
 void appendQuoted(std::string& out, std::string_view text) {
-    const auto plain = [](char letter) { return letter >= ' ' && letter <= '~' && letter != '"' && letter != '\\'; };
-    if (std::all_of(text.begin(), text.end(), plain)) {
+    if (isPlain(text)) {
         out.push_back('"');
         out.append(text);
         out.push_back('"');
-        return;
+    } else {
+        out += Library(text).dump(-1, ' ', false, Library::error_handler_t::replace);
     }
-    out.append(Library(text).dump(-1, ' ', false, OnInvalid::replace));
 }
 
 }  // namespace nearcast

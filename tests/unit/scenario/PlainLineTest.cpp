@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,13 @@ namespace {
 
 /// What is read, in words, so that two readings compare.
 std::string described(const Line& line) { return writeLine(line); }
+
+/// With blanks in place of each "~".
+std::string withBlanks(const std::string& text, const std::string& blanks) {
+    std::string result;
+    for (const char letter : text) result += letter == '~' ? blanks : std::string(1, letter);
+    return result;
+}
 
 std::vector<std::string> plainLines() {
     std::vector<std::string> lines;
@@ -38,7 +47,7 @@ std::vector<std::string> plainLines() {
 
 TEST(PlainLine, IsReadAsJSONWouldBe) {
     for (const std::string& text : plainLines()) {
-        const auto plain = readPlainLine(text);
+        const auto plain = readPlainLine(text, {});
         ASSERT_TRUE(plain) << text;
         EXPECT_EQ(described(*plain), described(parseJSONLine(text, {}))) << text;
     }
@@ -47,22 +56,65 @@ TEST(PlainLine, IsReadAsJSONWouldBe) {
 TEST(PlainLine, IsWhatTheWriterWrites) {
     for (const std::string& text : plainLines()) {
         const std::string written = writeLine(parseJSONLine(text, {}));
-        EXPECT_TRUE(readPlainLine(written)) << written;
+        EXPECT_TRUE(readPlainLine(written, {})) << written;
     }
 }
 
 TEST(PlainLine, CutOrWithOneOddCharacterIsLeftToJSON) {
     const std::string whole = R"({"at": 10.5, "do": "advertise", "name": "ab", "manufacturerData": "FF00", )"
                               R"("RSSI": -60, "services": ["180F", "180D"]})";
-    ASSERT_TRUE(readPlainLine(whole));
-    for (std::size_t length = 0; length < whole.size(); ++length) EXPECT_FALSE(readPlainLine(whole.substr(0, length)));
+    ASSERT_TRUE(readPlainLine(whole, {}));
+    for (std::size_t length = 0; length < whole.size(); ++length)
+        EXPECT_FALSE(readPlainLine(whole.substr(0, length), {}));
     for (std::size_t place = 0; place < whole.size(); ++place) {
         for (const char odd : {'\\', '\x80', '\x1F', '\0'}) {
             std::string text = whole;
             text[place] = odd;
-            EXPECT_FALSE(readPlainLine(text)) << text;
+            EXPECT_FALSE(readPlainLine(text, {})) << text;
         }
     }
+}
+
+TEST(PlainLine, IsReadInAnyOrderWithBlanksOrWithout) {
+    std::vector<std::string> members = {R"("at"~:~10.5)",    R"("do"~:~"advertise")",
+                                        R"("name"~:~"a b")", R"("manufacturerData"~:~"FF00")",
+                                        R"("RSSI"~:~-60)",   R"("services"~:~[~"180F"~,~"180D"~])"};
+    std::sort(members.begin(), members.end());
+    do {
+        std::string text = "~{~";
+        for (const std::string& member : members) text += (text.size() > 3 ? "~,~" : "") + member;
+        for (const char* blanks : {"", " ", "\t \r"}) {
+            const std::string spaced = withBlanks(text + "~}~", blanks);
+            const auto plain = readPlainLine(spaced, {});
+            ASSERT_TRUE(plain) << spaced;
+            ASSERT_EQ(described(*plain), described(parseJSONLine(spaced, {}))) << spaced;
+        }
+    } while (std::next_permutation(members.begin(), members.end()));
+}
+
+TEST(PlainLine, WithoutATimeHasThatOfTheLineBefore) {
+    const auto plain = readPlainLine(R"({"do": "advertise", "RSSI": -60})", Time(1'500'000));
+    ASSERT_TRUE(plain);
+    EXPECT_EQ(plain->at, Time(1'500'000));
+}
+
+TEST(PlainLine, DamagedAtRandomIsReadAsJSONWouldBeOrNotAtAll) {
+    std::mt19937 random(7);
+    const std::vector<std::string> lines = plainLines();
+    const std::string letters = " {}[]\",:.-+0123456789aeflnrtuxRSI\\";
+    int read = 0;
+    for (int round = 0; round < 20'000; ++round) {
+        std::string text = lines[random() % lines.size()];
+        for (unsigned damages = 1 + random() % 2; damages > 0; --damages) {
+            const std::size_t place = random() % text.size();
+            text.replace(place, random() % 3, std::string(random() % 2, letters[random() % letters.size()]));
+        }
+        const auto plain = readPlainLine(text, {});
+        if (!plain) continue;
+        ++read;
+        ASSERT_EQ(described(*plain), described(parseJSONLine(text, {}))) << text;
+    }
+    EXPECT_GT(read, 1000);
 }
 
 TEST(PlainLine, LeavesToJSONWhatNeedsCare) {
@@ -84,11 +136,21 @@ TEST(PlainLine, LeavesToJSONWhatNeedsCare) {
         head + R"(null, "RSSI": 1000})",   // an odd signal
         head + R"(null, "RSSI": -60.0})",  // no integer
         head + R"(null, "RSSI": })",       // no JSON
-        head + R"(null, "RSSI": -60} )",   // something behind it
+        head + R"(null, "RSSI": - 60})",   // no JSON
+        head + R"(null, "RSSI": -60}, )",  // something behind it
+        head + R"(null, "RSSI": -60,})",   // no JSON
+        head + R"(null})",                 // no signal
+        head + R"(null, "RSSI": null})",   // no signal
+        head + R"(null, "RSSI": -60, "services": null})",
+        head + R"(null, "RSSI": -60, "RSSI": -61})",  // a member twice
+        head + R"(null, "RSSI": -60, "extra": 1})",   // a member that there is not
+        R"({"at": 1.5, "RSSI": -60})",                // it does nothing
+        R"({"at": 1.5, "do": "end", "RSSI": -60})",   // it does something else
+        R"({})",
         head + R"(null, "RSSI": -60, "services": [,]})",
         head + R"(null, "RSSI": -60, "services": ["a",]})",
     };
-    for (const std::string& text : lines) EXPECT_FALSE(readPlainLine(text)) << text;
+    for (const std::string& text : lines) EXPECT_FALSE(readPlainLine(text, {})) << text;
 }
 
 }  // namespace
