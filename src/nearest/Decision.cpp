@@ -6,6 +6,17 @@
 
 namespace nearcast::nearest {
 
+namespace {
+
+/// Whether a controller may say so (Core Specification, Volume 4, Part E, 7.7.65.2). Some say +40 dBm once in a while.
+bool isReading(std::int32_t RSSI) {
+    constexpr std::int32_t weakest = -127;
+    constexpr std::int32_t strongest = 20;
+    return RSSI >= weakest && RSSI <= strongest;
+}
+
+}  // namespace
+
 Decision::Decision(const NearestSettings& settings) : settings_(settings), close_(settings.closeSignal) {
     settings_.validate();
 }
@@ -19,6 +30,7 @@ void Decision::heard(double at, std::string_view MACAddr, std::int32_t RSSI) {
     const double now = advance(at);
     Device* device = find(MACAddr);
     if (device == nullptr) return;
+    if (!isReading(RSSI)) return keepAlive(*device, now);
     arrive(*device, now);
     device->hear(now, RSSI, settings_);
     noteStaleness();
@@ -28,6 +40,7 @@ void Decision::reported(double at, std::string_view MACAddr, std::int32_t RSSI) 
     const double now = advance(at);
     Device* device = find(MACAddr);
     if (device == nullptr) return;
+    if (!isReading(RSSI)) return keepAlive(*device, now);
     arrive(*device, now);
     device->report(now, RSSI, settings_);
     noteStaleness();
@@ -76,6 +89,12 @@ void Decision::arrive(Device& device, double at) {
     const bool listed = device.level.has_value();
     device.forget();
     if (!listed) audible_.push_back(index);
+}
+
+/// A device is heard, but how strongly is not known.
+void Decision::keepAlive(Device& device, double at) {
+    if (device.level && !isSilent(device, at)) device.heardAt = at;
+    noteStaleness();
 }
 
 bool Decision::isSilent(const Device& device, double at) const {

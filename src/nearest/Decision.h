@@ -34,7 +34,8 @@ public:
     /// A registry to decide by. Devices that stay (same port, same address) keep what is known of them. Of several
     /// records with one address the first counts.
     void setRegistry(double at, const Settings& registry);
-    /// A raw reading in dBm. An address that is not registered is passed over.
+    /// A raw reading in dBm. An address that is not registered is passed over; what no controller may say (above 20
+    /// dBm, 127 included) only keeps a device from falling silent.
     void heard(double at, std::string_view MACAddr, std::int32_t RSSI);
     /// A smoothed report of the manager in dBm.
     void reported(double at, std::string_view MACAddr, std::int32_t RSSI);
@@ -75,6 +76,7 @@ private:
 
     double advance(double at);
     void arrive(Device& device, double at);
+    void keepAlive(Device& device, double at);
     void compare(double at, double elapsed);
     void dropSilent(double at);
     void learnClose(double elapsed);

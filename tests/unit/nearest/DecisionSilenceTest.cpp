@@ -36,6 +36,22 @@ TEST(DecisionSilenceTest, CountsAReportAsHeardToo) {
     EXPECT_EQ(bench.at(10), "");
 }
 
+TEST(DecisionSilenceTest, TakesAReadingThatCannotBeForHeardAndNothingMore) {
+    DecisionBench bench = withTheBarChosen();
+    bench.decision.heard(5, barMAC, 21);
+    bench.till(5, 42);
+    EXPECT_EQ(bench.at(9.999), "Bar");
+    EXPECT_EQ(bench.decision.chosen()->level, -60);
+    EXPECT_EQ(bench.at(10), "");
+}
+
+TEST(DecisionSilenceTest, TakesTheStrongestReadingThatCanBe) {
+    DecisionBench bench;
+    bench.decision.heard(0, barMAC, 20);
+    EXPECT_EQ(bench.at(1), "Bar");
+    EXPECT_EQ(bench.decision.chosen()->level, 20);
+}
+
 TEST(DecisionSilenceTest, LetsADeviceThatComesBackBeginAnew) {
     DecisionBench bench = withTheBarChosen();
     bench.bar(7, -60);
