@@ -26,14 +26,26 @@ public:
     NSLock(const NSLock&) = delete;
     NSLock& operator=(const NSLock&) = delete;
 
-    void lock() NEARCAST_ACQUIRE();
-    void unlock() NEARCAST_RELEASE();
+    void lock() NEARCAST_ACQUIRE() {
+        const auto self = std::this_thread::get_id();
+        if (owner_.load(std::memory_order_relaxed) == self) refuse();
+        mutex_.lock();
+        owner_.store(self, std::memory_order_relaxed);
+        if (auto* observer = observer_.load(std::memory_order_acquire)) observer->lockChanged(name_, true);
+    }
+    void unlock() NEARCAST_RELEASE() {
+        if (auto* observer = observer_.load(std::memory_order_acquire)) observer->lockChanged(name_, false);
+        owner_.store({}, std::memory_order_relaxed);
+        mutex_.unlock();
+    }
     [[nodiscard]] std::string_view name() const noexcept { return name_; }
 
     /// One observer for all locks of the process, or none. Only while no lock is held.
     static void setObserver(LockObserver* observer) noexcept { observer_.store(observer, std::memory_order_release); }
 
 private:
+    [[noreturn]] void refuse() const;
+
     static std::atomic<LockObserver*> observer_;
 
     std::mutex mutex_;

@@ -24,21 +24,23 @@ bool Manager::isValidateMACAddr(Text MACAddr) {
 }
 
 std::optional<std::string> Manager::getPortNameFromMACAddr(Text MACAddr) {
+    const FoundPort found = findPort(MACAddr ? std::optional(AddressKey(*MACAddr)) : std::nullopt);
+    if (found.port == nullptr) return std::nullopt;
+    return found.port->name;
+}
+
+// The port is shared instead of copied: an advertisement takes no heap.
+Manager::FoundPort Manager::findPort(const std::optional<AddressKey>& MACAddr) {
     const Trace trace = this->trace("-[QXNearcastManager getPortNameFromMACAddr:]", Trace::Audience::internal);
-    trace.start("", MACAddr);
-    std::optional<std::string> found;
+    const auto text = [&] { return MACAddr ? Text(MACAddr->text()) : Text(); };
+    trace.start("", text);
+    FoundPort found;
     {
         const NSLockGuard guard(_lockMutableSettingsFlag);
-        for (const auto& [portName, record] : mutableSettings) {
-            const auto address = record->find(kQXDongleMACAddr);
-            if (!MACAddr || address == record->end()) continue;
-            const auto* text = address->second.as<std::string>();
-            if (text == nullptr || *text != *MACAddr) continue;
-            found = portName;
-            break;
-        }
+        if (MACAddr) found.port = mutableSettings.portOf(*MACAddr);
+        found.changes = mutableSettings.changes();
     }
-    trace.end("", MACAddr, ", -> ", found);
+    trace.end("", text, ", -> ", [&] { return found.port ? Text(found.port->name) : Text(); });
     return found;
 }
 

@@ -133,7 +133,13 @@ private:
 
     template <class... Parts>
     void record(QXLogType type, const Lead& lead, const Parts&... parts) const {
-        if (!LogWriter::isLogging() || !LogWriter::isTargetLogLevel(level)) return;
+        if (!LogWriter::isLogging() || !LogWriter::isTargetLogLevel(level)) [[likely]] return;
+        build(type, lead, parts...);
+    }
+
+    // Out of the way: what is left in the operation is the question whether the record is wanted.
+    template <class... Parts>
+    [[gnu::cold, gnu::noinline]] void build(QXLogType type, const Lead& lead, const Parts&... parts) const {
         std::string text(lead.text);
         (trace::append(text, parts), ...);
         write(type, lead, text);

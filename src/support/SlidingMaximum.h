@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <memory>
+
+namespace nearcast {
+
+/// The largest of the newest samples, in constant time a sample (on average) whatever the size of the window.
+///
+/// A sample that a later one reaches can never be the largest again. So only the others are held, which fall from the
+/// oldest to the newest, each with the number of samples that it stands for: itself and those before it that it has
+/// reached. Memory is taken for samples held, not for the window, which may be any number; up to eight need no heap.
+/// Not for several threads at once.
+/// @tparam Count counts the samples that one stands for; a larger number is spread over several
+template <class Count>
+class SlidingMaximumOf {
+public:
+    /// @param capacity of the window; one of 0 stays empty
+    explicit SlidingMaximumOf(std::uint64_t capacity) noexcept : capacity_(capacity) {}
+
+    /// Takes a sample in; a full window first loses its oldest one.
+    /// @return the largest in the window; the sample itself where the capacity is 0
+    std::int32_t add(std::int32_t sample) {
+        if (capacity_ == 0) return sample;
+        if (samples_ == capacity_) {
+            dropOldest();
+        } else {
+            ++samples_;
+        }
+        std::uint64_t reached = 1;
+        while (runs_ != 0 && run(runs_ - 1).sample <= sample) reached += run(--runs_).samples;
+        constexpr std::uint64_t most = std::numeric_limits<Count>::max();
+        for (; reached > most; reached -= most) append({sample, static_cast<Count>(most)});
+        append({sample, static_cast<Count>(reached)});
+        return run(0).sample;
+    }
+
+    /// How many samples are in the window.
+    [[nodiscard]] std::uint64_t count() const noexcept { return samples_; }
+    [[nodiscard]] std::uint64_t capacity() const noexcept { return capacity_; }
+
+private:
+    struct Run {
+        std::int32_t sample;
+        Count samples;
+    };
+    static constexpr std::size_t nearRoom = 8;
+
+    Run& run(std::size_t index) noexcept {
+        return (far_ ? far_.get() : near_.data())[(first_ + index) & (room_ - 1)];
+    }
+    void dropOldest() noexcept {
+        if (--run(0).samples != 0) return;
+        ++first_;
+        --runs_;
+    }
+    void append(Run next) {
+        if (runs_ == room_) grow();
+        run(runs_) = next;
+        ++runs_;
+    }
+    void grow() {
+        auto larger = std::make_unique<Run[]>(room_ * 2);
+        for (std::size_t index = 0; index < runs_; ++index) larger[index] = run(index);
+        far_ = std::move(larger);
+        first_ = 0;
+        room_ *= 2;
+    }
+
+    std::uint64_t capacity_;
+    std::uint64_t samples_ = 0;
+    std::size_t runs_ = 0;
+    std::size_t first_ = 0;       ///< the place of the oldest run, modulo the room
+    std::size_t room_ = nearRoom;  ///< a power of two
+    std::unique_ptr<Run[]> far_;   ///< where the runs are once they were too many for `near_`
+    std::array<Run, nearRoom> near_{};
+};
+
+using SlidingMaximum = SlidingMaximumOf<std::uint32_t>;
+
+}  // namespace nearcast
