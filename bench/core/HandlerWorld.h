@@ -40,9 +40,7 @@ public:
 class BenchPlatform : public SystemPlatform {
 public:
     using SystemPlatform::SystemPlatform;
-    [[nodiscard]] NSDate date() const override {
-        return NSDate::dateWithTimeInterval(ahead, SystemPlatform::date());
-    }
+    [[nodiscard]] NSDate date() const override { return NSDate::dateWithTimeInterval(ahead, SystemPlatform::date()); }
     std::chrono::nanoseconds ahead{0};
 };
 

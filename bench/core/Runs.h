@@ -2,8 +2,8 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -50,11 +50,12 @@ public:
     void print() const {
         const auto& judged = budgetOf_ == "ratio" ? ratios_ : values_;
         const auto [low, high] = std::minmax_element(judged.begin(), judged.end());
-        std::printf(R"({"what": "%s", "unit": "%s", "value": %.4g, "floor": %s, "ratio": %s, "low": %.4g, "high": %.4g, )"
-                    R"("runs": %zu, "budget": %g, "budget_of": "%s"})"
-                    "\n",
-                    what_.c_str(), unit_.c_str(), median(values_), number(floors_).c_str(), number(ratios_).c_str(),
-                    *low, *high, values_.size(), budget_, budgetOf_.c_str());
+        std::printf(
+            R"({"what": "%s", "unit": "%s", "value": %.4g, "floor": %s, "ratio": %s, "low": %.4g, "high": %.4g, )"
+            R"("runs": %zu, "budget": %g, "budget_of": "%s"})"
+            "\n",
+            what_.c_str(), unit_.c_str(), median(values_), number(floors_).c_str(), number(ratios_).c_str(), *low,
+            *high, values_.size(), budget_, budgetOf_.c_str());
         std::fflush(stdout);
     }
 
@@ -80,12 +81,18 @@ private:
     std::vector<double> ratios_;
 };
 
-/// Nanoseconds that `work` takes.
+/// Nanoseconds of processor that `work` takes, by one of the clocks that count them: other programs that run at the
+/// same time do not.
 template <class Work>
-double nanoseconds(Work&& work) {
-    const auto begin = std::chrono::steady_clock::now();
+double nanoseconds(clockid_t clock, Work&& work) {
+    const auto now = [clock] {
+        timespec time{};
+        clock_gettime(clock, &time);
+        return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+    };
+    const double begin = now();
     work();
-    return std::chrono::duration<double, std::nano>(std::chrono::steady_clock::now() - begin).count();
+    return now() - begin;
 }
 
 }  // namespace nearcast::bench

@@ -10,9 +10,9 @@
 #include "platform/NSTimer.h"
 #include "platform/Platform.h"
 #include "proximity/ActionAreaSamples.h"
-#include "proximity/Smoothing.h"
+#include "proximity/SignalTable.h"
 #include "settings/Registry.h"
-#include "support/AddressMap.h"
+#include "support/AddressText.h"
 #include "support/AtomicShared.h"
 #include "support/Trace.h"
 
@@ -85,11 +85,6 @@ protected:
 
 private:
     struct Registration;
-    /// What is known of one dongle.
-    struct RSSIEntry {
-        NSDate lastUpdate;
-        Smoothing smoothing;
-    };
     /// What the registry said of an address.
     struct FoundPort {
         RegisteredPortPointer port;  ///< null where there is none
@@ -122,8 +117,7 @@ private:
     bool sampleForCalibration(const Trace& trace, std::string_view address, std::int32_t RSSI);
     std::optional<std::int32_t> smooth(const Trace& trace, const AddressKey& address, std::int32_t RSSI);
     void report(const Trace& trace, const AddressKey& address, std::int32_t output);
-    template <class Half>
-    bool sweep(Half& half) NEARCAST_REQUIRES(_lockRssiDataFlag);
+    bool isStale(const Signal& signal) const;
     bool tellSilence(const AddressKey& address) NEARCAST_REQUIRES(_lockRssiDataFlag);
 
     const void* face_;
@@ -147,7 +141,7 @@ private:
     AtomicShared<const std::string> macAddrForActionArea;
     AtomicShared<ActionAreaSamples> rssiDataForActionArea;
 
-    AddressMap<RSSIEntry> rssiData NEARCAST_GUARDED_BY(_lockRssiDataFlag);
+    SignalTable rssiData NEARCAST_GUARDED_BY(_lockRssiDataFlag);
     Registry mutableSettings NEARCAST_GUARDED_BY(_lockMutableSettingsFlag);
 
     std::atomic<bool> initialised_{false};

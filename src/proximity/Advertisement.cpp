@@ -83,10 +83,10 @@ std::optional<std::int32_t> Manager::smooth(const Trace& trace, const AddressKey
     {
         const NSLockGuard guard(_lockRssiDataFlag);
         if (!rssiData.empty()) trace.process("rssiData.count != 0, ", rssiData.size());
-        RSSIEntry* const known = rssiData.find(address);
+        Signal* const known = rssiData.find(address);
         if (known == nullptr) {
             trace.process("lastRssiDic == nil, ", Pointer{nullptr});
-            rssiData.emplace(address, RSSIEntry{platform_.date(), Smoothing(samplingNumber, RSSI)});
+            rssiData.add(address, platform_.date(), Smoothing(samplingNumber, RSSI));
             return std::nullopt;
         }
         result = known->smoothing.add(RSSI, samplingNumber);

@@ -85,7 +85,7 @@ std::int32_t Manager::getRSSI(Text MACAddr) {
         const NSLockGuard guard(_lockRssiDataFlag);
         if (!rssiData.empty()) {
             trace.process("rssiData.count != 0, ", rssiData.size());
-            const RSSIEntry* const found = MACAddr ? rssiData.find(AddressKey(*MACAddr)) : nullptr;
+            const Signal* const found = MACAddr ? rssiData.find(AddressKey(*MACAddr)) : nullptr;
             if (found != nullptr) {
                 trace.process("foundRssiDic != nil, ", Pointer{found});
                 const std::int32_t* output = found->smoothing.lastOutput();

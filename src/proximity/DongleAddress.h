@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "support/AddressMap.h"
+#include "support/AddressText.h"
 
 #include <cstdint>
 #include <span>

@@ -9,21 +9,6 @@ namespace {
 
 constexpr std::chrono::seconds presenceTimeout{5};
 
-/// A key of the table as the address that it stands for.
-class SilentAddress {
-public:
-    explicit SilentAddress(PackedAddress address) noexcept : text_(address), key_(address, text_.view()) {}
-    explicit SilentAddress(std::string_view name) noexcept : key_(name) {}
-    SilentAddress(const SilentAddress&) = delete;
-    SilentAddress& operator=(const SilentAddress&) = delete;
-
-    [[nodiscard]] const AddressKey& key() const noexcept { return key_; }
-
-private:
-    AddressText text_;
-    AddressKey key_;
-};
-
 }  // namespace
 
 void Manager::eventRepeatTimer() {
@@ -31,25 +16,25 @@ void Manager::eventRepeatTimer() {
     trace.start("");
     {
         const NSLockGuard guard(_lockRssiDataFlag);
-        // Nobody asks for silence: the table keeps what it holds, and the sweep ends without an exit record.
-        if (!sweep(rssiData.addresses()) || !sweep(rssiData.names())) return;
+        for (std::size_t place = 0; place < rssiData.size();) {
+            const Signal& signal = rssiData[place];
+            if (!isStale(signal)) {
+                ++place;
+                continue;
+            }
+            // Nobody asks for silence: the table keeps what it holds, and the sweep ends without an exit record.
+            AddressText space;
+            if (!tellSilence(signal.address(space))) return;
+            rssiData.erase(place);
+        }
     }
     trace.end("");
 }
 
-template <class Half>
-bool Manager::sweep(Half& half) {
-    for (auto entry = half.begin(); entry != half.end();) {
-        const NSDate now = platform_.date();
-        const NSDate expiry = NSDate::dateWithTimeInterval(presenceTimeout, entry->second.lastUpdate);
-        if (!expiry.earlierDate(now).isEqualToDate(expiry)) {
-            ++entry;
-            continue;
-        }
-        if (!tellSilence(SilentAddress(entry->first).key())) return false;
-        entry = half.erase(entry);
-    }
-    return true;
+bool Manager::isStale(const Signal& signal) const {
+    const NSDate now = platform_.date();
+    const NSDate expiry = NSDate::dateWithTimeInterval(presenceTimeout, signal.lastUpdate);
+    return expiry.earlierDate(now).isEqualToDate(expiry);
 }
 
 bool Manager::tellSilence(const AddressKey& address) {

@@ -70,21 +70,16 @@ void Registry::index(const std::string& portName, const SettingRecord& record) {
     const std::string* const address = addressOf(record);
     if (address == nullptr) return;
     const AddressKey key(*address);
-    RegisteredPortPointer* const port = ports_.find(key);
-    if (port == nullptr) {
-        ports_.emplace(key, makePort(portName, record));
-        return;
-    }
-    if (portName < (*port)->name) *port = makePort(portName, record);
-    ++hidden_;
+    const RegisteredPortPointer* const first = ports_.find(key);
+    if (first == nullptr || portName < (*first)->name) ports_.assign(key, makePort(portName, record));
+    if (first != nullptr) ++hidden_;
 }
 
 void Registry::leaveIndex(const std::string& portName, const SettingRecord& record) {
     const std::string* const address = addressOf(record);
     if (address == nullptr) return;
     const AddressKey key(*address);
-    RegisteredPortPointer& port = *ports_.find(key);
-    if (port->name != portName) {
+    if ((*ports_.find(key))->name != portName) {
         --hidden_;
         return;
     }
@@ -93,7 +88,7 @@ void Registry::leaveIndex(const std::string& portName, const SettingRecord& reco
         for (const auto& [otherName, other] : records_) {
             const std::string* const text = addressOf(*other);
             if (text == nullptr || *text != *address || otherName == portName) continue;
-            port = makePort(otherName, *other);
+            ports_.assign(key, makePort(otherName, *other));
             --hidden_;
             return;
         }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/AddressMap.h"
+#include "support/AddressText.h"
 
 namespace nearcast {
 
