@@ -4,7 +4,7 @@
 #include "core/Manager.h"
 #include "platform/json/JSONSerialization.h"
 #include "platform/system/SystemPlatform.h"
-#include "support/AddressMap.h"
+#include "support/AddressText.h"
 
 #include <array>
 #include <chrono>

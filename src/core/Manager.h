@@ -10,9 +10,9 @@
 #include "platform/NSTimer.h"
 #include "platform/Platform.h"
 #include "proximity/ActionAreaSamples.h"
-#include "proximity/SignalTable.h"
+#include "proximity/Signal.h"
 #include "settings/Registry.h"
-#include "support/AddressText.h"
+#include "support/AddressTable.h"
 #include "support/AtomicShared.h"
 #include "support/Trace.h"
 
@@ -87,8 +87,10 @@ private:
     struct Registration;
     /// What the registry said of an address.
     struct FoundPort {
-        RegisteredPortPointer port;  ///< null where there is none
-        std::uint64_t changes = 0;   ///< of the registry, when it said so
+        std::optional<RegisteredPort> port;
+        std::uint64_t changes = 0;  ///< of the registry, when it said so
+
+        [[nodiscard]] std::string_view nameOrNone() const noexcept { return port ? port->name.view() : ""; }
     };
 
     [[nodiscard]] Trace trace(std::string_view method, Trace::Audience audience) const {
@@ -141,7 +143,7 @@ private:
     AtomicShared<const std::string> macAddrForActionArea;
     AtomicShared<ActionAreaSamples> rssiDataForActionArea;
 
-    SignalTable rssiData NEARCAST_GUARDED_BY(_lockRssiDataFlag);
+    AddressTable<Signal> rssiData NEARCAST_GUARDED_BY(_lockRssiDataFlag);
     Registry mutableSettings NEARCAST_GUARDED_BY(_lockMutableSettingsFlag);
 
     std::atomic<bool> initialised_{false};

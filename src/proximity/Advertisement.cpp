@@ -86,7 +86,7 @@ std::optional<std::int32_t> Manager::smooth(const Trace& trace, const AddressKey
         Signal* const known = rssiData.find(address);
         if (known == nullptr) {
             trace.process("lastRssiDic == nil, ", Pointer{nullptr});
-            rssiData.add(address, platform_.date(), Smoothing(samplingNumber, RSSI));
+            rssiData.add(address, Signal{Smoothing(samplingNumber, RSSI), platform_.date()});
             return std::nullopt;
         }
         result = known->smoothing.add(RSSI, samplingNumber);
@@ -105,28 +105,27 @@ std::optional<std::int32_t> Manager::smooth(const Trace& trace, const AddressKey
 std::int32_t Manager::deviceTypeOf(const FoundPort& found) {
     const NSLockGuard guard(_lockMutableSettingsFlag);
     if (mutableSettings.changes() == found.changes) return found.port->deviceType;
-    return mutableSettings.deviceTypeOf(found.port->name);
+    return mutableSettings.deviceTypeOf(found.port->name.view());
 }
 
 void Manager::report(const Trace& trace, const AddressKey& address, std::int32_t output) {
-    auto listener = _delegate.load();
-    if (listener == nullptr || !listener->didDiscoverPort) {
+    AtomicShared<QXNearcastManagerDelegate>::Borrowed listener(_delegate);
+    if (listener.get() == nullptr || !listener.get()->didDiscoverPort) {
         return trace.process(
             "[self.delegate respondsToSelector:@selector(didDiscoverPort:deviceType:MACAddr:RSSI:)] == NO, ",
-            Pointer{listener.get()}, ", ", Pointer{listener ? &listener->didDiscoverPort : nullptr});
+            Pointer{listener.get()}, ", ", Pointer{listener.get() ? &listener.get()->didDiscoverPort : nullptr});
     }
     const FoundPort found = findPort(address);
     std::int32_t deviceType = QXDeviceTypeUnknown;
-    if (found.port != nullptr) {
+    if (found.port) {
         deviceType = deviceTypeOf(found);
     } else {
         trace.process("registeredPortName == nil, ", Pointer{nullptr});
     }
-    // Read anew: the delegate may have been changed meanwhile.
-    _delegate.reload(listener);
-    if (listener != nullptr && listener->didDiscoverPort) {
-        listener->didDiscoverPort(found.port ? std::string_view(found.port->name) : "",
-                                  static_cast<QXDeviceType>(deviceType), address.text(), output);
+    listener.reload();  // the delegate may have been changed meanwhile
+    if (listener.get() != nullptr && listener.get()->didDiscoverPort) {
+        listener.get()->didDiscoverPort(found.nameOrNone(), static_cast<QXDeviceType>(deviceType), address.text(),
+                                        output);
     }
 }
 

@@ -17,15 +17,14 @@ void Manager::eventRepeatTimer() {
     {
         const NSLockGuard guard(_lockRssiDataFlag);
         for (std::size_t place = 0; place < rssiData.size();) {
-            const Signal& signal = rssiData[place];
-            if (!isStale(signal)) {
+            if (!isStale(rssiData[place])) {
                 ++place;
                 continue;
             }
             // Nobody asks for silence: the table keeps what it holds, and the sweep ends without an exit record.
             AddressText space;
-            if (!tellSilence(signal.address(space))) return;
-            rssiData.erase(place);
+            if (!tellSilence(rssiData.addressAt(place, space))) return;
+            rssiData.eraseAt(place);
         }
     }
     trace.end("");
@@ -38,13 +37,13 @@ bool Manager::isStale(const Signal& signal) const {
 }
 
 bool Manager::tellSilence(const AddressKey& address) {
-    auto listener = _delegate.load();
-    if (listener == nullptr || !listener->didUpdateState) return false;
+    AtomicShared<QXNearcastManagerDelegate>::Borrowed listener(_delegate);
+    if (listener.get() == nullptr || !listener.get()->didUpdateState) return false;
     FoundPort found = findPort(address);
-    if (found.port != nullptr) found = findPort(address);
-    _delegate.reload(listener);
-    if (listener != nullptr && listener->didUpdateState) {
-        listener->didUpdateState(found.port ? std::string_view(found.port->name) : "", address.text());
+    if (found.port) found = findPort(address);
+    listener.reload();
+    if (listener.get() != nullptr && listener.get()->didUpdateState) {
+        listener.get()->didUpdateState(found.nameOrNone(), address.text());
     }
     return true;
 }

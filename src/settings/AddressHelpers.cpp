@@ -25,11 +25,11 @@ bool Manager::isValidateMACAddr(Text MACAddr) {
 
 std::optional<std::string> Manager::getPortNameFromMACAddr(Text MACAddr) {
     const FoundPort found = findPort(MACAddr ? std::optional(AddressKey(*MACAddr)) : std::nullopt);
-    if (found.port == nullptr) return std::nullopt;
-    return found.port->name;
+    if (!found.port) return std::nullopt;
+    return std::string(found.port->name.view());
 }
 
-// The port is shared instead of copied: an advertisement takes no heap.
+// The name is copied under the lock, as it is described, and without a heap: there is one for each advertisement.
 Manager::FoundPort Manager::findPort(const std::optional<AddressKey>& MACAddr) {
     const Trace trace = this->trace("-[QXNearcastManager getPortNameFromMACAddr:]", Trace::Audience::internal);
     const auto text = [&] { return MACAddr ? Text(MACAddr->text()) : Text(); };
@@ -37,10 +37,12 @@ Manager::FoundPort Manager::findPort(const std::optional<AddressKey>& MACAddr) {
     FoundPort found;
     {
         const NSLockGuard guard(_lockMutableSettingsFlag);
-        if (MACAddr) found.port = mutableSettings.portOf(*MACAddr);
+        if (MACAddr) {
+            if (const RegisteredPort* const port = mutableSettings.portOf(*MACAddr)) found.port = *port;
+        }
         found.changes = mutableSettings.changes();
     }
-    trace.end("", text, ", -> ", [&] { return found.port ? Text(found.port->name) : Text(); });
+    trace.end("", text, ", -> ", [&] { return found.port ? Text(found.port->name.view()) : Text(); });
     return found;
 }
 

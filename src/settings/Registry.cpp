@@ -18,17 +18,16 @@ std::int32_t deviceTypeIn(const SettingRecord& record) {
     return deviceType == record.end() ? 0 : deviceType->second.intValue();
 }
 
-RegisteredPortPointer makePort(const std::string& portName, const SettingRecord& record) {
-    return std::make_shared<const RegisteredPort>(RegisteredPort{portName, deviceTypeIn(record)});
+RegisteredPort makePort(const std::string& portName, const SettingRecord& record) {
+    return {SharedText(portName), deviceTypeIn(record)};
 }
 
 }  // namespace
 
 Registry::Registry(Settings records) : records_(std::move(records)) {
-    ports_.reserve(records_.size());
     for (auto& [portName, record] : records_) {
         if (record == nullptr) record = std::make_shared<const SettingRecord>();
-        index(portName, *record);
+        enterIndex(portName, *record);
     }
 }
 
@@ -37,16 +36,11 @@ std::int32_t Registry::deviceTypeOf(std::string_view portName) const {
     return record == records_.end() ? 0 : deviceTypeIn(*record->second);
 }
 
-RegisteredPortPointer Registry::portOf(const AddressKey& address) const {
-    const RegisteredPortPointer* const port = ports_.find(address);
-    return port == nullptr ? nullptr : *port;
-}
-
 void Registry::insert(std::string_view portName, SettingRecordPointer record) {
     ++changes_;
     remove(portName);
     const auto place = records_.emplace(portName, std::move(record)).first;
-    index(place->first, *place->second);
+    enterIndex(place->first, *place->second);
 }
 
 bool Registry::remove(std::string_view portName) {
@@ -60,26 +54,28 @@ bool Registry::remove(std::string_view portName) {
 
 void Registry::swap(Registry& other) noexcept {
     records_.swap(other.records_);
-    std::swap(ports_, other.ports_);
+    index_.swap(other.index_);
     std::swap(hidden_, other.hidden_);
     ++changes_;
     ++other.changes_;
 }
 
-void Registry::index(const std::string& portName, const SettingRecord& record) {
+void Registry::enterIndex(const std::string& portName, const SettingRecord& record) {
     const std::string* const address = addressOf(record);
     if (address == nullptr) return;
     const AddressKey key(*address);
-    const RegisteredPortPointer* const first = ports_.find(key);
-    if (first == nullptr || portName < (*first)->name) ports_.assign(key, makePort(portName, record));
-    if (first != nullptr) ++hidden_;
+    RegisteredPort* const first = index_->find(key);
+    if (first == nullptr) return index_->add(key, makePort(portName, record));
+    if (portName < first->name.view()) *first = makePort(portName, record);
+    ++hidden_;
 }
 
 void Registry::leaveIndex(const std::string& portName, const SettingRecord& record) {
     const std::string* const address = addressOf(record);
     if (address == nullptr) return;
     const AddressKey key(*address);
-    if ((*ports_.find(key))->name != portName) {
+    RegisteredPort& port = *index_->find(key);
+    if (port.name.view() != portName) {
         --hidden_;
         return;
     }
@@ -88,12 +84,12 @@ void Registry::leaveIndex(const std::string& portName, const SettingRecord& reco
         for (const auto& [otherName, other] : records_) {
             const std::string* const text = addressOf(*other);
             if (text == nullptr || *text != *address || otherName == portName) continue;
-            ports_.assign(key, makePort(otherName, *other));
+            port = makePort(otherName, *other);
             --hidden_;
             return;
         }
     }
-    ports_.erase(key);
+    index_->erase(key);
 }
 
 }  // namespace nearcast

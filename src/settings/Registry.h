@@ -3,7 +3,8 @@
 
 #include <nearcast/SettingRecord.h>
 
-#include "support/AddressMap.h"
+#include "support/AddressTable.h"
+#include "support/SharedText.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,12 +14,11 @@
 
 namespace nearcast {
 
-/// A registered port as it is found by its dongle's address. Immutable; it outlives its removal for those who hold it.
+/// A registered port as it is found by its dongle's address.
 struct RegisteredPort {
-    std::string name;
-    std::int32_t deviceType;  ///< a `QXDeviceType`, or another number that a record held
+    SharedText name;
+    std::int32_t deviceType = 0;  ///< a `QXDeviceType`, or another number that a record held
 };
-using RegisteredPortPointer = std::shared_ptr<const RegisteredPort>;
 
 /// The registry: records by port name, and an index of them by the address of the dongle. Not for several threads at
 /// once.
@@ -34,8 +34,8 @@ public:
     [[nodiscard]] bool contains(std::string_view portName) const { return records_.find(portName) != records_.end(); }
     /// The device type of a port, read as an integer; 0 where it is not known.
     [[nodiscard]] std::int32_t deviceTypeOf(std::string_view portName) const;
-    /// Null where no record holds that address.
-    [[nodiscard]] RegisteredPortPointer portOf(const AddressKey& address) const;
+    /// Null where no record holds that address. Valid until the registry changes.
+    [[nodiscard]] const RegisteredPort* portOf(const AddressKey& address) const { return index_->find(address); }
     /// How often the registry has changed. What was read of it holds as long as this stays the same.
     [[nodiscard]] std::uint64_t changes() const noexcept { return changes_; }
 
@@ -46,11 +46,11 @@ public:
     void swap(Registry& other) noexcept;
 
 private:
-    void index(const std::string& portName, const SettingRecord& record);
+    void enterIndex(const std::string& portName, const SettingRecord& record);
     void leaveIndex(const std::string& portName, const SettingRecord& record);
 
     Settings records_;
-    AddressMap<RegisteredPortPointer> ports_;
+    std::unique_ptr<AddressTable<RegisteredPort>> index_ = std::make_unique<AddressTable<RegisteredPort>>();
     std::size_t hidden_ = 0;  ///< records that are not found by their address, for an earlier one holds it too
     std::uint64_t changes_ = 0;
 };

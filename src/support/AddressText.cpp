@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/AddressText.h"
 
+#include <algorithm>
+
 namespace nearcast {
 
 namespace {
 
-/// The two digits of every octet.
-constexpr auto digitPairs = [] {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    std::array<std::array<char, 2>, 256> pairs{};
-    for (std::size_t octet = 0; octet < pairs.size(); ++octet) pairs[octet] = {digits[octet >> 4], digits[octet & 15]};
-    return pairs;
+/// Every octet as its two digits, a colon behind them, and a zero that makes it four bytes to be stored at once.
+constexpr auto digits = [] {
+    constexpr std::string_view values = "0123456789ABCDEF";
+    std::array<std::array<char, 4>, 256> all{};
+    for (std::size_t octet = 0; octet < all.size(); ++octet) all[octet] = {values[octet >> 4], values[octet & 15], ':'};
+    return all;
 }();
 
 constexpr unsigned noDigit = 16;
@@ -25,10 +27,8 @@ constexpr unsigned digitValue(char letter) noexcept {
 
 AddressText::AddressText(PackedAddress address) noexcept {
     for (std::size_t octet = 0; octet < octets; ++octet) {
-        const auto& pair = digitPairs[(address >> (8 * (octets - 1 - octet))) & 0xFF];
-        text_[octet * 3] = pair[0];
-        text_[octet * 3 + 1] = pair[1];
-        text_[octet * 3 + 2] = ':';
+        const auto& three = digits[(address >> (8 * (octets - 1 - octet))) & 0xFF];
+        std::copy(three.begin(), three.end(), text_.begin() + octet * 3);  // the fourth is written over by the next
     }
 }
 

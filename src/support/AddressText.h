@@ -24,7 +24,7 @@ public:
     [[nodiscard]] std::string_view view() const noexcept { return {text_.data(), length}; }
 
 private:
-    std::array<char, octets * 3> text_{};
+    std::array<char, octets * 3 + 1> text_;
 };
 
 /// The address behind a text that is spelt exactly as `AddressText` spells it; of any other text nothing.

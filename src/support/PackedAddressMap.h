@@ -5,7 +5,6 @@
 
 #include <bit>
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 namespace nearcast {
@@ -15,34 +14,29 @@ namespace nearcast {
 /// A node for each address, as the standard library keeps them, is three lines of memory away, one after the other:
 /// with more dongles than the caches hold, that is most of what an advertisement costs. Here the addresses and their
 /// pointers stand in one array, each at the place that its address says or at the next free one after it.
-/// @tparam Pointer raw or smart; a null one marks a free place, so none can be kept
-template <class Pointer>
+template <class Value>
 class PackedAddressMap {
 public:
-    /// Null where there is none. Valid until the table changes.
-    [[nodiscard]] const Pointer* find(PackedAddress address) const noexcept {
-        if (size_ == 0) return nullptr;
-        const Slot& slot = slots_[placeOf(address)];
-        return slot.pointer == nullptr ? nullptr : &slot.pointer;
-    }
+    /// Null where there is none.
+    [[nodiscard]] Value* find(PackedAddress address) const noexcept { return slots_[placeOf(address)].value; }
 
     /// Keeps the pointer under that address, in place of one that was there.
-    void assign(PackedAddress address, Pointer pointer) {
-        if (needsRoom(size_ + 1)) rehash(slots_.size() * 2);
+    /// @param value not null
+    void assign(PackedAddress address, Value* value) {
+        if ((size_ + 1) * 3 > slots_.size() * 2) grow();
         Slot& slot = slots_[placeOf(address)];
-        if (slot.pointer == nullptr) ++size_;
-        slot = {address, std::move(pointer)};
+        if (slot.value == nullptr) ++size_;
+        slot = {address, value};
     }
 
     void erase(PackedAddress address) noexcept {
-        if (size_ == 0) return;
         std::size_t hole = placeOf(address);
-        if (slots_[hole].pointer == nullptr) return;
+        if (slots_[hole].value == nullptr) return;
         // Those behind it that would no longer be found across the hole move into it.
-        for (std::size_t place = next(hole); slots_[place].pointer != nullptr; place = next(place)) {
+        for (std::size_t place = next(hole); slots_[place].value != nullptr; place = next(place)) {
             const std::size_t wanted = home(slots_[place].address);
             if (distance(wanted, place) < distance(hole, place)) continue;
-            slots_[hole] = std::move(slots_[place]);
+            slots_[hole] = slots_[place];
             hole = place;
         }
         slots_[hole] = Slot();
@@ -51,20 +45,13 @@ public:
 
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
 
-    void reserve(std::size_t count) {
-        std::size_t slots = slots_.size();
-        while (count * 3 > slots * 2) slots *= 2;
-        if (slots != slots_.size()) rehash(slots);
-    }
-
 private:
     struct Slot {
         PackedAddress address = 0;
-        Pointer pointer = nullptr;
+        Value* value = nullptr;  ///< null: the place is free
     };
     static constexpr std::size_t fewest = 16;
 
-    [[nodiscard]] bool needsRoom(std::size_t count) const noexcept { return count * 3 > slots_.size() * 2; }
     [[nodiscard]] std::size_t next(std::size_t place) const noexcept { return (place + 1) & (slots_.size() - 1); }
     [[nodiscard]] std::size_t distance(std::size_t from, std::size_t to) const noexcept {
         return (to - from) & (slots_.size() - 1);
@@ -78,22 +65,20 @@ private:
     /// Where it is, or the free place for it.
     [[nodiscard]] std::size_t placeOf(PackedAddress address) const noexcept {
         std::size_t place = home(address);
-        while (slots_[place].pointer != nullptr && slots_[place].address != address) place = next(place);
+        while (slots_[place].value != nullptr && slots_[place].address != address) place = next(place);
         return place;
     }
-    void rehash(std::size_t count) {
-        std::vector<Slot> old(count);
+    void grow() {
+        std::vector<Slot> old(slots_.size() * 2);
         old.swap(slots_);
-        shift_ = shiftFor(count);
-        for (Slot& slot : old) {
-            if (slot.pointer != nullptr) slots_[placeOf(slot.address)] = std::move(slot);
+        --shift_;
+        for (const Slot& slot : old) {
+            if (slot.value != nullptr) slots_[placeOf(slot.address)] = slot;
         }
     }
-    static unsigned shiftFor(std::size_t slots) noexcept { return 64 - static_cast<unsigned>(std::countr_zero(slots)); }
-
     std::vector<Slot> slots_ = std::vector<Slot>(fewest);  ///< a power of two of them, at most two thirds taken
     std::size_t size_ = 0;
-    unsigned shift_ = shiftFor(fewest);
+    unsigned shift_ = 64 - std::countr_zero(fewest);
 };
 
 }  // namespace nearcast
