@@ -20,7 +20,7 @@ public:
     void take(std::span<const std::uint8_t, octets> address) noexcept {
         PackedAddress packed = 0;
         for (const std::uint8_t octet : address) packed = packed << 8 | octet;
-        text_ = AddressText(packed);
+        text_.assign(packed);  // in place: a copy right behind the single bytes would wait for them
         key_ = AddressKey(packed, text_.view());
     }
     void take(std::string name) {

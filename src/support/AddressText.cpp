@@ -25,7 +25,7 @@ constexpr unsigned digitValue(char letter) noexcept {
 
 }  // namespace
 
-AddressText::AddressText(PackedAddress address) noexcept {
+void AddressText::assign(PackedAddress address) noexcept {
     for (std::size_t octet = 0; octet < octets; ++octet) {
         const auto& three = digits[(address >> (8 * (octets - 1 - octet))) & 0xFF];
         std::copy(three.begin(), three.end(), text_.begin() + octet * 3);  // the fourth is written over by the next

@@ -19,7 +19,8 @@ public:
     static constexpr std::size_t length = octets * 3 - 1;
 
     AddressText() = default;
-    explicit AddressText(PackedAddress address) noexcept;
+    explicit AddressText(PackedAddress address) noexcept { assign(address); }
+    void assign(PackedAddress address) noexcept;
 
     [[nodiscard]] std::string_view view() const noexcept { return {text_.data(), length}; }
 
