@@ -86,7 +86,7 @@ std::optional<std::int32_t> Manager::smooth(const Trace& trace, const AddressKey
         Signal* const known = rssiData.find(address);
         if (known == nullptr) {
             trace.process("lastRssiDic == nil, ", Pointer{nullptr});
-            rssiData.add(address, Signal{Smoothing(samplingNumber, RSSI), platform_.date()});
+            rssiData.add(address, Signal{platform_.date(), Smoothing(samplingNumber, RSSI)});
             return std::nullopt;
         }
         result = known->smoothing.add(RSSI, samplingNumber);

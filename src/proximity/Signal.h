@@ -8,8 +8,8 @@ namespace nearcast {
 
 /// What is known of one dongle that is in range.
 struct Signal {
-    Smoothing smoothing;
     NSDate lastUpdate;
+    Smoothing smoothing;
 };
 
 }  // namespace nearcast

@@ -2,21 +2,19 @@
 #pragma once
 
 #include "support/AddressText.h"
+#include "support/NumberedNames.h"
 #include "support/PackedAddressMap.h"
 
 #include <cstddef>
 #include <deque>
-#include <functional>
 #include <memory_resource>
-#include <string>
-#include <string_view>
-#include <unordered_map>
+#include <optional>
 #include <utility>
 
 namespace nearcast {
 
 /// Values by address text, compared letter by letter. Nearly all texts are addresses as we spell them ourselves; they
-/// are kept as numbers, which takes less memory and fewer steps.
+/// are kept as numbers, and the others are given numbers that no address has.
 ///
 /// Values stand in the order in which they were added, until one is erased: the last one takes its place. Not for
 /// several threads at once.
@@ -29,23 +27,20 @@ public:
 
     /// Null where there is none. Valid until one is erased.
     [[nodiscard]] Value* find(const AddressKey& key) const {
-        Entry* const entry = entryOf(key);
-        return entry == nullptr ? nullptr : &entry->value;
+        const auto number = key.packed() ? key.packed() : names_.find(key.text());
+        Entry* const entry = number ? index_.find(*number) : nullptr;
+        return entry == nullptr ? nullptr : valueOf(*entry);
     }
 
     /// One whose address has none yet.
     void add(const AddressKey& key, Value value) {
-        Entry& entry = entries_.emplace_back(Entry{std::move(value), 0, nullptr});
-        if (key.packed()) {
-            entry.packed = *key.packed();
-            addresses_.assign(entry.packed, &entry);
-        } else {
-            entry.name = &names_.emplace(key.text(), &entry).first->first;
-        }
+        const PackedAddress number = key.packed() ? *key.packed() : names_.add(key.text());
+        index_.assign(number, &entries_.emplace_back(Entry{std::move(value), number}));
     }
 
     void erase(const AddressKey& key) {
-        if (Entry* const entry = entryOf(key)) erase(*entry);
+        const auto number = key.packed() ? key.packed() : names_.find(key.text());
+        if (Entry* const entry = number ? index_.find(*number) : nullptr) erase(*entry);
     }
     /// By place, below `size()`.
     void eraseAt(std::size_t place) { erase(entries_[place]); }
@@ -56,42 +51,33 @@ public:
     [[nodiscard]] const Value& operator[](std::size_t place) const { return entries_[place].value; }
     /// The address of the value at a place; its text lies in `space` where it has no place of its own.
     [[nodiscard]] AddressKey addressAt(std::size_t place, AddressText& space) const {
-        const Entry& entry = entries_[place];
-        if (entry.name != nullptr) return AddressKey(*entry.name);
-        space = AddressText(entry.packed);
-        return {entry.packed, space.view()};
+        const PackedAddress number = entries_[place].number;
+        if (NumberedNames::isName(number)) return AddressKey(names_[number]);
+        space.assign(number);
+        return {number, space.view()};
     }
 
 private:
-    struct Entry {
+    static constexpr std::size_t cacheLine = 64;
+    struct alignas(cacheLine) Entry {
         Value value;
-        PackedAddress packed;
-        const std::string* name;  ///< in place of the number, where the address has none
-    };
-    struct TextHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>{}(text); }
+        PackedAddress number;
     };
 
-    [[nodiscard]] Entry* entryOf(const AddressKey& key) const {
-        if (key.packed()) return addresses_.find(*key.packed());
-        const auto found = names_.find(key.text());
-        return found == names_.end() ? nullptr : found->second;
+    /// Among many values none is in a cache: what an entry has beyond its first line is asked for together with that.
+    static Value* valueOf(Entry& entry) noexcept {
+        for (std::size_t line = cacheLine; line < sizeof(Entry); line += cacheLine) {
+            __builtin_prefetch(reinterpret_cast<const char*>(&entry) + line);
+        }
+        return &entry.value;
     }
 
     void erase(Entry& gone) {
-        if (gone.name != nullptr) {
-            names_.erase(names_.find(*gone.name));
-        } else {
-            addresses_.erase(gone.packed);
-        }
+        index_.erase(gone.number);
+        if (NumberedNames::isName(gone.number)) names_.remove(gone.number);
         if (&gone != &entries_.back()) {
             gone = std::move(entries_.back());
-            if (gone.name != nullptr) {
-                names_.find(*gone.name)->second = &gone;
-            } else {
-                addresses_.assign(gone.packed, &gone);
-            }
+            index_.assign(gone.number, &gone);
         }
         entries_.pop_back();
     }
@@ -100,8 +86,8 @@ private:
     // close together than for blocks that lie between everything else.
     std::pmr::unsynchronized_pool_resource pool_;
     std::pmr::deque<Entry> entries_{&pool_};
-    PackedAddressMap<Entry> addresses_;
-    std::unordered_map<std::string, Entry*, TextHash, std::equal_to<>> names_;
+    PackedAddressMap<Entry> index_;
+    NumberedNames names_;
 };
 
 }  // namespace nearcast

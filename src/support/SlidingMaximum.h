@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <new>
+#include <utility>
 
 namespace nearcast {
 
@@ -13,7 +15,7 @@ namespace nearcast {
 ///
 /// A sample that a later one reaches can never be the largest again. So only the others are held, which fall from the
 /// oldest to the newest, each with the number of samples that it stands for: itself and those before it that it has
-/// reached. Memory is taken for samples held, not for the window, which may be any number; up to eight need no heap.
+/// reached. Memory is taken for samples held, not for the window, which may be any number; up to seven need no heap.
 /// Not for several threads at once.
 /// @tparam Count counts the samples that one stands for; a larger number is spread over several
 template <class Count>
@@ -48,24 +50,25 @@ private:
         std::int32_t sample;
         Count samples;
     };
-    static constexpr std::size_t nearRoom = 8;
+    static constexpr std::uint32_t nearRoom = 7;
 
-    Run& run(std::size_t index) noexcept {
-        return (far_ ? far_.get() : near_.data())[(first_ + index) & (room_ - 1)];
+    Run& run(std::uint32_t index) noexcept {
+        const std::uint32_t place = index < room_ - first_ ? first_ + index : index - (room_ - first_);
+        return (far_ ? far_.get() : near_.data())[place];
     }
     void dropOldest() noexcept {
         if (--run(0).samples != 0) return;
-        ++first_;
+        first_ = first_ + 1 == room_ ? 0 : first_ + 1;
         --runs_;
     }
     void append(Run next) {
         if (runs_ == room_) grow();
-        run(runs_) = next;
-        ++runs_;
+        run(runs_++) = next;
     }
     void grow() {
-        auto larger = std::make_unique<Run[]>(room_ * 2);
-        for (std::size_t index = 0; index < runs_; ++index) larger[index] = run(index);
+        if (room_ > std::numeric_limits<std::uint32_t>::max() / 2) throw std::bad_alloc();
+        auto larger = std::make_unique<Run[]>(std::size_t{room_} * 2);
+        for (std::uint32_t index = 0; index < runs_; ++index) larger[index] = run(index);
         far_ = std::move(larger);
         first_ = 0;
         room_ *= 2;
@@ -73,10 +76,10 @@ private:
 
     std::uint64_t capacity_;
     std::uint64_t samples_ = 0;
-    std::size_t runs_ = 0;
-    std::size_t first_ = 0;       ///< the place of the oldest run, modulo the room
-    std::size_t room_ = nearRoom;  ///< a power of two
-    std::unique_ptr<Run[]> far_;   ///< where the runs are once they were too many for `near_`
+    std::unique_ptr<Run[]> far_;  ///< where the runs are once they were too many for `near_`
+    std::uint32_t room_ = nearRoom;
+    std::uint32_t runs_ = 0;
+    std::uint32_t first_ = 0;  ///< the place of the oldest run
     std::array<Run, nearRoom> near_{};
 };
 
