@@ -54,10 +54,10 @@ private:
     [[nodiscard]] std::int32_t held(std::int32_t candidate) const noexcept;
     void remember(std::int32_t candidate, std::int32_t output) noexcept;
 
-    std::uint64_t outputs_ = 0;               ///< in the history
+    std::uint64_t outputs_ = 0;                 ///< in the history
     std::uint64_t stepsSinceFollowed_ = never;  ///< 0: the newest candidate was within 2 dB of the output before it
-    std::int32_t lastOutput_ = 0;
     SlidingMaximum readings_;
+    std::int32_t lastOutput_ = 0;
 };
 
 }  // namespace nearcast

@@ -8,6 +8,7 @@
 #include <memory>
 #include <new>
 #include <utility>
+#include <vector>
 
 namespace nearcast {
 
@@ -52,32 +53,34 @@ private:
     };
     static constexpr std::uint32_t nearRoom = 7;
 
+    [[nodiscard]] std::uint32_t room() const noexcept {
+        return far_ ? static_cast<std::uint32_t>(far_->size()) : nearRoom;
+    }
     Run& run(std::uint32_t index) noexcept {
-        const std::uint32_t place = index < room_ - first_ ? first_ + index : index - (room_ - first_);
-        return (far_ ? far_.get() : near_.data())[place];
+        const std::uint32_t behind = room() - first_;
+        const std::uint32_t place = index < behind ? first_ + index : index - behind;
+        return (far_ ? far_->data() : near_.data())[place];
     }
     void dropOldest() noexcept {
         if (--run(0).samples != 0) return;
-        first_ = first_ + 1 == room_ ? 0 : first_ + 1;
+        first_ = first_ + 1 == room() ? 0 : first_ + 1;
         --runs_;
     }
     void append(Run next) {
-        if (runs_ == room_) grow();
+        if (runs_ == room()) grow();
         run(runs_++) = next;
     }
     void grow() {
-        if (room_ > std::numeric_limits<std::uint32_t>::max() / 2) throw std::bad_alloc();
-        auto larger = std::make_unique<Run[]>(std::size_t{room_} * 2);
-        for (std::uint32_t index = 0; index < runs_; ++index) larger[index] = run(index);
+        if (runs_ > std::numeric_limits<std::uint32_t>::max() / 2) throw std::bad_alloc();
+        auto larger = std::make_unique<std::vector<Run>>(std::size_t{runs_} * 2);
+        for (std::uint32_t index = 0; index < runs_; ++index) (*larger)[index] = run(index);
         far_ = std::move(larger);
         first_ = 0;
-        room_ *= 2;
     }
 
     std::uint64_t capacity_;
     std::uint64_t samples_ = 0;
-    std::unique_ptr<Run[]> far_;  ///< where the runs are once they were too many for `near_`
-    std::uint32_t room_ = nearRoom;
+    std::unique_ptr<std::vector<Run>> far_;  ///< where the runs are once they were too many for `near_`
     std::uint32_t runs_ = 0;
     std::uint32_t first_ = 0;  ///< the place of the oldest run
     std::array<Run, nearRoom> near_{};
