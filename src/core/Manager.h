@@ -116,6 +116,8 @@ private:
                   std::int32_t RSSI);
     bool readAddress(const Trace& trace, const CBPeripheral& peripheral, std::span<const std::uint8_t> payload,
                      DongleAddress& address);
+    // Reads nothing of the tables.
+    void expectLookUps(const AddressKey& address) const NEARCAST_NO_THREAD_SAFETY_ANALYSIS;
     bool sampleForCalibration(const Trace& trace, std::string_view address, std::int32_t RSSI);
     std::optional<std::int32_t> smooth(const Trace& trace, const AddressKey& address, std::int32_t RSSI);
     void report(const Trace& trace, const AddressKey& address, std::int32_t output);

@@ -34,10 +34,18 @@ void Manager::discover(const Trace& trace, const CBPeripheral& peripheral, const
     if (!address.key().packed() && address.text().find(nameMarker) != std::string_view::npos) {
         return trace.error("[dongleMACAddress containsString:@\"QX\"] || (dongleMACAddress == nil), ", address.text());
     }
+    expectLookUps(address.key());
     if (sampleForCalibration(trace, address.text(), RSSI)) return;
     const auto output = smooth(trace, address.key(), RSSI);
     if (!output) return;
     report(trace, address.key(), *output);
+}
+
+// The tables' memory comes while the first lock is taken.
+void Manager::expectLookUps(const AddressKey& address) const {
+    if (!address.packed()) return;
+    rssiData.expect(*address.packed());
+    mutableSettings.expect(*address.packed());
 }
 
 bool Manager::readAddress(const Trace& trace, const CBPeripheral& peripheral, std::span<const std::uint8_t> payload,

@@ -55,6 +55,7 @@ bool Registry::remove(std::string_view portName) {
 void Registry::swap(Registry& other) noexcept {
     records_.swap(other.records_);
     index_.swap(other.index_);
+    std::swap(names_, other.names_);
     std::swap(hidden_, other.hidden_);
     ++changes_;
     ++other.changes_;
@@ -63,19 +64,17 @@ void Registry::swap(Registry& other) noexcept {
 void Registry::enterIndex(const std::string& portName, const SettingRecord& record) {
     const std::string* const address = addressOf(record);
     if (address == nullptr) return;
-    const AddressKey key(*address);
-    RegisteredPort* const first = index_->find(key);
-    if (first == nullptr) return index_->add(key, makePort(portName, record));
-    if (portName < first->name.view()) *first = makePort(portName, record);
-    ++hidden_;
+    const PackedAddress number = names_.enter(AddressKey(*address));
+    const RegisteredPort* const first = index_.find(number);
+    if (first != nullptr) ++hidden_;
+    if (first == nullptr || portName < first->name.view()) index_.assign(number, makePort(portName, record));
 }
 
 void Registry::leaveIndex(const std::string& portName, const SettingRecord& record) {
     const std::string* const address = addressOf(record);
     if (address == nullptr) return;
-    const AddressKey key(*address);
-    RegisteredPort& port = *index_->find(key);
-    if (port.name.view() != portName) {
+    const PackedAddress number = *names_.find(AddressKey(*address));
+    if (index_.find(number)->name.view() != portName) {
         --hidden_;
         return;
     }
@@ -84,12 +83,13 @@ void Registry::leaveIndex(const std::string& portName, const SettingRecord& reco
         for (const auto& [otherName, other] : records_) {
             const std::string* const text = addressOf(*other);
             if (text == nullptr || *text != *address || otherName == portName) continue;
-            port = makePort(otherName, *other);
+            index_.assign(number, makePort(otherName, *other));
             --hidden_;
             return;
         }
     }
-    index_->erase(key);
+    index_.erase(number);
+    names_.remove(number);
 }
 
 }  // namespace nearcast

@@ -3,7 +3,8 @@
 
 #include <nearcast/SettingRecord.h>
 
-#include "support/AddressTable.h"
+#include "support/NumberedNames.h"
+#include "support/PackedAddressMap.h"
 #include "support/SharedText.h"
 
 #include <cstddef>
@@ -35,7 +36,12 @@ public:
     /// The device type of a port, read as an integer; 0 where it is not known.
     [[nodiscard]] std::int32_t deviceTypeOf(std::string_view portName) const;
     /// Null where no record holds that address. Valid until the registry changes.
-    [[nodiscard]] const RegisteredPort* portOf(const AddressKey& address) const { return index_->find(address); }
+    [[nodiscard]] const RegisteredPort* portOf(const AddressKey& address) const {
+        const auto number = names_.find(address);
+        return number ? index_.find(*number) : nullptr;
+    }
+    /// Prepares `portOf`; see `PackedAddressMap::expect`. From any thread at any time.
+    void expect(PackedAddress address) const noexcept { index_.expect(address); }
     /// How often the registry has changed. What was read of it holds as long as this stays the same.
     [[nodiscard]] std::uint64_t changes() const noexcept { return changes_; }
 
@@ -50,7 +56,8 @@ private:
     void leaveIndex(const std::string& portName, const SettingRecord& record);
 
     Settings records_;
-    std::unique_ptr<AddressTable<RegisteredPort>> index_ = std::make_unique<AddressTable<RegisteredPort>>();
+    NumberedNames names_;  ///< of the addresses
+    PackedAddressMap<RegisteredPort> index_;
     std::size_t hidden_ = 0;  ///< records that are not found by their address, for an earlier one holds it too
     std::uint64_t changes_ = 0;
 };

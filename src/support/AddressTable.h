@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <deque>
 #include <memory_resource>
-#include <optional>
 #include <utility>
 
 namespace nearcast {
@@ -25,23 +24,22 @@ public:
     AddressTable(const AddressTable&) = delete;
     AddressTable& operator=(const AddressTable&) = delete;
 
+    /// Prepares a look-up of an address; see `PackedAddressMap::expect`. From any thread at any time.
+    void expect(PackedAddress address) const noexcept { index_.expect(address); }
+
     /// Null where there is none. Valid until one is erased.
     [[nodiscard]] Value* find(const AddressKey& key) const {
-        const auto number = key.packed() ? key.packed() : names_.find(key.text());
-        Entry* const entry = number ? index_.find(*number) : nullptr;
-        return entry == nullptr ? nullptr : valueOf(*entry);
+        const auto number = names_.find(key);
+        Entry* const* const entry = number ? index_.find(*number) : nullptr;
+        return entry == nullptr ? nullptr : valueOf(**entry);
     }
 
     /// One whose address has none yet.
     void add(const AddressKey& key, Value value) {
-        const PackedAddress number = key.packed() ? *key.packed() : names_.add(key.text());
+        const PackedAddress number = names_.enter(key);
         index_.assign(number, &entries_.emplace_back(Entry{std::move(value), number}));
     }
 
-    void erase(const AddressKey& key) {
-        const auto number = key.packed() ? key.packed() : names_.find(key.text());
-        if (Entry* const entry = number ? index_.find(*number) : nullptr) erase(*entry);
-    }
     /// By place, below `size()`.
     void eraseAt(std::size_t place) { erase(entries_[place]); }
 
@@ -52,7 +50,7 @@ public:
     /// The address of the value at a place; its text lies in `space` where it has no place of its own.
     [[nodiscard]] AddressKey addressAt(std::size_t place, AddressText& space) const {
         const PackedAddress number = entries_[place].number;
-        if (NumberedNames::isName(number)) return AddressKey(names_[number]);
+        if (NumberedNames::isName(number)) return AddressKey(names_.name(number));
         space.assign(number);
         return {number, space.view()};
     }
@@ -74,7 +72,7 @@ private:
 
     void erase(Entry& gone) {
         index_.erase(gone.number);
-        if (NumberedNames::isName(gone.number)) names_.remove(gone.number);
+        names_.remove(gone.number);
         if (&gone != &entries_.back()) {
             gone = std::move(entries_.back());
             index_.assign(gone.number, &gone);
@@ -86,7 +84,7 @@ private:
     // close together than for blocks that lie between everything else.
     std::pmr::unsynchronized_pool_resource pool_;
     std::pmr::deque<Entry> entries_{&pool_};
-    PackedAddressMap<Entry> index_;
+    PackedAddressMap<Entry*> index_;
     NumberedNames names_;
 };
 

@@ -3,7 +3,6 @@
 
 #include "support/AddressText.h"
 
-#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -12,26 +11,31 @@
 
 namespace nearcast {
 
-/// Texts that are no address as we spell them, each under a number that no address has. Not for several threads at
-/// once.
+/// A number for each address text: addresses as we spell them have theirs, and any other text is given one that no
+/// address has. Not for several threads at once.
 class NumberedNames {
 public:
     [[nodiscard]] static bool isName(PackedAddress number) noexcept { return number >= first; }
 
-    [[nodiscard]] std::optional<PackedAddress> find(std::string_view name) const {
-        const auto found = numbers_.find(name);
+    /// Nothing where the text is no address and was not entered.
+    [[nodiscard]] std::optional<PackedAddress> find(const AddressKey& key) const {
+        if (key.packed()) return key.packed();
+        const auto found = numbers_.find(key.text());
         return found == numbers_.end() ? std::nullopt : std::optional(found->second);
     }
-    /// One that is not there yet.
-    PackedAddress add(std::string_view name) {
-        const auto place = numbers_.emplace(name, next_).first;
+    /// As `find`, and enters the text where it needs to be.
+    PackedAddress enter(const AddressKey& key) {
+        if (const auto known = find(key)) return *known;
+        const auto place = numbers_.emplace(key.text(), next_).first;
         names_.emplace(next_, &place->first);
         return next_++;
     }
-    /// Of a number that `add` gave. Valid until it is removed.
-    [[nodiscard]] const std::string& operator[](PackedAddress number) const { return *names_.at(number); }
+    /// Of a number that is a name's. Valid until it is removed.
+    [[nodiscard]] const std::string& name(PackedAddress number) const { return *names_.at(number); }
+    /// Forgets the text behind a number, where there is one.
     void remove(PackedAddress number) {
         const auto name = names_.find(number);
+        if (name == names_.end()) return;
         numbers_.erase(numbers_.find(*name->second));
         names_.erase(name);
     }

@@ -14,7 +14,7 @@ namespace nearcast {
 class SharedText {
 public:
     /// The longest text that is held in place, in bytes.
-    static constexpr std::size_t nearSize = 23;
+    static constexpr std::size_t nearSize = 31;
 
     SharedText() = default;
     explicit SharedText(std::string_view text) {
