@@ -105,7 +105,8 @@ private:
     [[noreturn]] void refuse(const Trace& trace, const Registration& registration, const std::string& consoleText,
                              std::string_view reason);
     bool holdsPortName(std::string_view portName);
-    FoundPort findPort(const std::optional<AddressKey>& MACAddr);
+    /// @param MACAddr null: absent
+    FoundPort findPort(const AddressKey* MACAddr);
     std::int32_t deviceTypeOf(const FoundPort& found);
 
     bool startScanning(const Trace& trace);

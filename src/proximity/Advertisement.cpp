@@ -31,7 +31,7 @@ void Manager::discover(const Trace& trace, const CBPeripheral& peripheral, const
     DongleAddress address;
     if (!readAddress(trace, peripheral, *advertisementData.manufacturerData, address)) return;
     if (RSSI == kQXInvalidRSSI) return trace.error("RSSI.intValue == 127, ", RSSI);
-    if (!address.key().packed() && address.text().find(nameMarker) != std::string_view::npos) {
+    if (address.key().packed() == noAddress && address.text().find(nameMarker) != std::string_view::npos) {
         return trace.error("[dongleMACAddress containsString:@\"QX\"] || (dongleMACAddress == nil), ", address.text());
     }
     expectLookUps(address.key());
@@ -43,9 +43,8 @@ void Manager::discover(const Trace& trace, const CBPeripheral& peripheral, const
 
 // The tables' memory comes while the first lock is taken.
 void Manager::expectLookUps(const AddressKey& address) const {
-    if (!address.packed()) return;
-    rssiData.expect(*address.packed());
-    mutableSettings.expect(*address.packed());
+    rssiData.expect(address.packed());
+    mutableSettings.expect(address.packed());
 }
 
 bool Manager::readAddress(const Trace& trace, const CBPeripheral& peripheral, std::span<const std::uint8_t> payload,
@@ -123,7 +122,7 @@ void Manager::report(const Trace& trace, const AddressKey& address, std::int32_t
             "[self.delegate respondsToSelector:@selector(didDiscoverPort:deviceType:MACAddr:RSSI:)] == NO, ",
             Pointer{listener.get()}, ", ", Pointer{listener.get() ? &listener.get()->didDiscoverPort : nullptr});
     }
-    const FoundPort found = findPort(address);
+    const FoundPort found = findPort(&address);
     std::int32_t deviceType = QXDeviceTypeUnknown;
     if (found.port) {
         deviceType = deviceTypeOf(found);

@@ -39,8 +39,8 @@ bool Manager::isStale(const Signal& signal) const {
 bool Manager::tellSilence(const AddressKey& address) {
     AtomicShared<QXNearcastManagerDelegate>::Borrowed listener(_delegate);
     if (listener.get() == nullptr || !listener.get()->didUpdateState) return false;
-    FoundPort found = findPort(address);
-    if (found.port) found = findPort(address);
+    FoundPort found = findPort(&address);
+    if (found.port) found = findPort(&address);
     listener.reload();
     if (listener.get() != nullptr && listener.get()->didUpdateState) {
         listener.get()->didUpdateState(found.nameOrNone(), address.text());

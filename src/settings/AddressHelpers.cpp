@@ -24,20 +24,21 @@ bool Manager::isValidateMACAddr(Text MACAddr) {
 }
 
 std::optional<std::string> Manager::getPortNameFromMACAddr(Text MACAddr) {
-    const FoundPort found = findPort(MACAddr ? std::optional(AddressKey(*MACAddr)) : std::nullopt);
+    const AddressKey address(MACAddr.value_or(""));
+    const FoundPort found = findPort(MACAddr ? &address : nullptr);
     if (!found.port) return std::nullopt;
     return std::string(found.port->name.view());
 }
 
 // The name is copied under the lock, as it is described, and without a heap: there is one for each advertisement.
-Manager::FoundPort Manager::findPort(const std::optional<AddressKey>& MACAddr) {
+Manager::FoundPort Manager::findPort(const AddressKey* MACAddr) {
     const Trace trace = this->trace("-[QXNearcastManager getPortNameFromMACAddr:]", Trace::Audience::internal);
-    const auto text = [&] { return MACAddr ? Text(MACAddr->text()) : Text(); };
+    const auto text = [&] { return MACAddr != nullptr ? Text(MACAddr->text()) : Text(); };
     trace.start("", text);
     FoundPort found;
     {
         const NSLockGuard guard(_lockMutableSettingsFlag);
-        if (MACAddr) {
+        if (MACAddr != nullptr) {
             if (const RegisteredPort* const port = mutableSettings.portOf(*MACAddr)) found.port = *port;
         }
         found.changes = mutableSettings.changes();

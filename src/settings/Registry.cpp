@@ -73,7 +73,7 @@ void Registry::enterIndex(const std::string& portName, const SettingRecord& reco
 void Registry::leaveIndex(const std::string& portName, const SettingRecord& record) {
     const std::string* const address = addressOf(record);
     if (address == nullptr) return;
-    const PackedAddress number = *names_.find(AddressKey(*address));
+    const PackedAddress number = names_.find(AddressKey(*address));
     if (index_.find(number)->name.view() != portName) {
         --hidden_;
         return;

@@ -37,8 +37,7 @@ public:
     [[nodiscard]] std::int32_t deviceTypeOf(std::string_view portName) const;
     /// Null where no record holds that address. Valid until the registry changes.
     [[nodiscard]] const RegisteredPort* portOf(const AddressKey& address) const {
-        const auto number = names_.find(address);
-        return number ? index_.find(*number) : nullptr;
+        return index_.find(names_.find(address));
     }
     /// Prepares `portOf`; see `PackedAddressMap::expect`. From any thread at any time.
     void expect(PackedAddress address) const noexcept { index_.expect(address); }

@@ -29,8 +29,7 @@ public:
 
     /// Null where there is none. Valid until one is erased.
     [[nodiscard]] Value* find(const AddressKey& key) const {
-        const auto number = names_.find(key);
-        Entry* const* const entry = number ? index_.find(*number) : nullptr;
+        Entry* const* const entry = index_.find(names_.find(key));
         return entry == nullptr ? nullptr : valueOf(**entry);
     }
 

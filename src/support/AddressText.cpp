@@ -32,16 +32,16 @@ void AddressText::assign(PackedAddress address) noexcept {
     }
 }
 
-std::optional<PackedAddress> packedAddress(std::string_view text) noexcept {
-    if (text.size() != AddressText::length) return std::nullopt;
+PackedAddress packedAddress(std::string_view text) noexcept {
+    if (text.size() != AddressText::length) return noAddress;
     PackedAddress address = 0;
     for (std::size_t place = 0; place < text.size(); ++place) {
         if (place % 3 == 2) {
-            if (text[place] != ':') return std::nullopt;
+            if (text[place] != ':') return noAddress;
             continue;
         }
         const unsigned digit = digitValue(text[place]);
-        if (digit == noDigit) return std::nullopt;
+        if (digit == noDigit) return noAddress;
         address = address << 4 | digit;
     }
     return address;

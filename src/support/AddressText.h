@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <limits>
 #include <string_view>
 
 namespace nearcast {
@@ -28,8 +28,11 @@ private:
     std::array<char, octets * 3 + 1> text_;
 };
 
-/// The address behind a text that is spelt exactly as `AddressText` spells it; of any other text nothing.
-std::optional<PackedAddress> packedAddress(std::string_view text) noexcept;
+/// Stands for no address.
+inline constexpr PackedAddress noAddress = std::numeric_limits<PackedAddress>::max();
+
+/// The address behind a text that is spelt exactly as `AddressText` spells it; of any other text `noAddress`.
+PackedAddress packedAddress(std::string_view text) noexcept;
 
 /// An address as tables are asked for it: a text, and its number where it has one. A view; the text lives longer.
 class AddressKey {
@@ -39,11 +42,12 @@ public:
     AddressKey(PackedAddress packed, std::string_view text) noexcept : text_(text), packed_(packed) {}
 
     [[nodiscard]] std::string_view text() const noexcept { return text_; }
-    [[nodiscard]] const std::optional<PackedAddress>& packed() const noexcept { return packed_; }
+    /// `noAddress` where the text is spelt otherwise.
+    [[nodiscard]] PackedAddress packed() const noexcept { return packed_; }
 
 private:
     std::string_view text_;
-    std::optional<PackedAddress> packed_;
+    PackedAddress packed_;
 };
 
 }  // namespace nearcast

@@ -4,7 +4,6 @@
 #include "support/AddressText.h"
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -17,15 +16,15 @@ class NumberedNames {
 public:
     [[nodiscard]] static bool isName(PackedAddress number) noexcept { return number >= first; }
 
-    /// Nothing where the text is no address and was not entered.
-    [[nodiscard]] std::optional<PackedAddress> find(const AddressKey& key) const {
-        if (key.packed()) return key.packed();
+    /// `noAddress` where the text is no address and was not entered.
+    [[nodiscard]] PackedAddress find(const AddressKey& key) const {
+        if (key.packed() != noAddress) return key.packed();
         const auto found = numbers_.find(key.text());
-        return found == numbers_.end() ? std::nullopt : std::optional(found->second);
+        return found == numbers_.end() ? noAddress : found->second;
     }
     /// As `find`, and enters the text where it needs to be.
     PackedAddress enter(const AddressKey& key) {
-        if (const auto known = find(key)) return *known;
+        if (const PackedAddress known = find(key); known != noAddress) return known;
         const auto place = numbers_.emplace(key.text(), next_).first;
         names_.emplace(next_, &place->first);
         return next_++;

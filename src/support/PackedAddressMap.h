@@ -7,7 +7,6 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <utility>
 #include <vector>
 
@@ -35,26 +34,26 @@ public:
         __builtin_prefetch(reinterpret_cast<const void*>(line));  // NOLINT(performance-no-int-to-ptr)
     }
 
-    /// Null where there is none. Valid until the table changes.
+    /// Null where there is none, as of `noAddress`. Valid until the table changes.
     [[nodiscard]] const Value* find(PackedAddress number) const noexcept {
         const Slot& slot = slots_[placeOf(number)];
-        return slot.number == nobody ? nullptr : &slot.value;
+        return slot.number == noAddress ? nullptr : &slot.value;
     }
 
     /// Keeps the value under that number, in place of one that was there.
     void assign(PackedAddress number, Value value) {
         if ((size_ + 1) * 3 > slots_.size() * 2) grow();
         Slot& slot = slots_[placeOf(number)];
-        if (slot.number == nobody) ++size_;
+        if (slot.number == noAddress) ++size_;
         slot.number = number;
         slot.value = std::move(value);
     }
 
     void erase(PackedAddress number) noexcept {
         std::size_t hole = placeOf(number);
-        if (slots_[hole].number == nobody) return;
+        if (slots_[hole].number == noAddress) return;
         // Those behind it that would no longer be found across the hole move into it.
-        for (std::size_t place = next(hole); slots_[place].number != nobody; place = next(place)) {
+        for (std::size_t place = next(hole); slots_[place].number != noAddress; place = next(place)) {
             const std::size_t wanted = home(slots_[place].number);
             if (distance(wanted, place) < distance(hole, place)) continue;
             slots_[hole] = std::move(slots_[place]);
@@ -75,10 +74,9 @@ public:
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
 
 private:
-    static constexpr PackedAddress nobody = std::numeric_limits<PackedAddress>::max();
     /// Never across two lines.
     struct alignas(std::bit_ceil(sizeof(PackedAddress) + sizeof(Value))) Slot {
-        PackedAddress number = nobody;  ///< `nobody`: the place is free
+        PackedAddress number = noAddress;  ///< `noAddress`: the place is free
         Value value{};
     };
     static constexpr std::size_t fewest = 16;
@@ -96,7 +94,7 @@ private:
     /// Where it is, or the free place for it.
     [[nodiscard]] std::size_t placeOf(PackedAddress number) const noexcept {
         std::size_t place = home(number);
-        while (slots_[place].number != nobody && slots_[place].number != number) place = next(place);
+        while (slots_[place].number != noAddress && slots_[place].number != number) place = next(place);
         return place;
     }
     void grow() {
@@ -105,7 +103,7 @@ private:
         --shift_;
         publish();
         for (Slot& slot : old) {
-            if (slot.number != nobody) slots_[placeOf(slot.number)] = std::move(slot);
+            if (slot.number != noAddress) slots_[placeOf(slot.number)] = std::move(slot);
         }
     }
     void publish() noexcept {
