@@ -7,6 +7,7 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <utility>
 
 namespace nearcast {
 namespace {
@@ -53,7 +54,7 @@ TEST(Registry, ARecordThatIsReplacedIsNotFoundByItsOldAddress) {
 
 TEST(Registry, EveryChangeIsCountedAndNoRefusalIs) {
     Registry registry;
-    const auto changed = [&registry, last = registry.changes()]() mutable {
+    auto changed = [&registry, last = registry.changes()]() mutable {
         return registry.changes() != std::exchange(last, registry.changes());
     };
     registry.insert("A", recordOf("Z"));

@@ -28,6 +28,14 @@ TEST(AddressText, IsReadOnlyAsItIsSpelt) {
     }
 }
 
+void eraseOne(AddressTable<int>& table, std::string_view text) {
+    AddressText space;
+    for (std::size_t place = 0; place < table.size(); ++place) {
+        if (table.addressAt(place, space).text() == text) return table.eraseAt(place);
+    }
+    FAIL() << text << " is not there";
+}
+
 TEST(AddressTable, TellsTextsApartLetterByLetter) {
     AddressTable<int> table;
     for (const char* const text : {"00:11:22:AA:BB:CC", "00:11:22:aa:bb:cc", "Q", ""}) {
@@ -37,7 +45,7 @@ TEST(AddressTable, TellsTextsApartLetterByLetter) {
     EXPECT_EQ(*table.find(AddressKey("00:11:22:aa:bb:cc")), 1);
     EXPECT_EQ(*table.find(AddressKey("")), 3);
     EXPECT_EQ(table.find(AddressKey("q")), nullptr);
-    table.erase(AddressKey("Q"));
+    eraseOne(table, "Q");
     EXPECT_EQ(table.find(AddressKey("Q")), nullptr);
     EXPECT_EQ(table.size(), 3U);
 }
@@ -56,7 +64,7 @@ TEST(AddressTable, AgreesWithAPlainMapAndKnowsTheAddressOfEveryPlace) {
         const AddressKey key(text);
         if (table.find(key) != nullptr) {
             ASSERT_EQ(*table.find(key), plain.at(text));
-            table.erase(key);
+            eraseOne(table, text);
             plain.erase(text);
         } else {
             ASSERT_EQ(plain.count(text), 0U);
