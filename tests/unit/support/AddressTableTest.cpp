@@ -60,7 +60,7 @@ TEST(AddressTable, AgreesWithAPlainMapAndKnowsTheAddressOfEveryPlace) {
     AddressTable<int> table;
     std::map<std::string, int> plain;
     for (int step = 0; step < 5000; ++step) {
-        const std::string text = someText(random() % 100);
+        const std::string text = someText(static_cast<std::uint32_t>(random() % 100));
         const AddressKey key(text);
         if (table.find(key) != nullptr) {
             ASSERT_EQ(*table.find(key), plain.at(text));

@@ -46,7 +46,9 @@ TEST(PackedAddressMap, AgreesWithAPlainMapThroughInsertionsAndRemovals) {
         const auto known = plain.find(asked);
         const int* const found = map.find(asked);
         ASSERT_EQ(found == nullptr, known == plain.end()) << step;
-        if (found != nullptr) ASSERT_EQ(*found, known->second) << step;
+        if (found != nullptr) {
+            ASSERT_EQ(*found, known->second) << step;
+        }
         ASSERT_EQ(map.size(), plain.size());
     }
 }
