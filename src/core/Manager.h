@@ -10,7 +10,9 @@
 #include "platform/NSTimer.h"
 #include "platform/Platform.h"
 #include "proximity/ActionAreaSamples.h"
-#include "proximity/Smoothing.h"
+#include "proximity/Signal.h"
+#include "settings/Registry.h"
+#include "support/AddressTable.h"
 #include "support/AtomicShared.h"
 #include "support/Trace.h"
 
@@ -20,9 +22,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 namespace nearcast {
+
+class DongleAddress;
 
 /// The manager behind its public face: its state, its four locks, and every operation, public and internal.
 ///
@@ -82,15 +85,12 @@ protected:
 
 private:
     struct Registration;
-    struct DongleAddress;
-    struct TextHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>{}(text); }
-    };
-    /// What is known of one dongle.
-    struct RSSIEntry {
-        Smoothing smoothing;
-        NSDate lastUpdate;
+    /// What the registry said of an address.
+    struct FoundPort {
+        std::optional<RegisteredPort> port;
+        std::uint64_t changes = 0;  ///< of the registry, when it said so
+
+        [[nodiscard]] std::string_view nameOrNone() const noexcept { return port ? port->name.view() : ""; }
     };
 
     [[nodiscard]] Trace trace(std::string_view method, Trace::Audience audience) const {
@@ -105,7 +105,9 @@ private:
     [[noreturn]] void refuse(const Trace& trace, const Registration& registration, const std::string& consoleText,
                              std::string_view reason);
     bool holdsPortName(std::string_view portName);
-    std::int32_t deviceTypeOf(std::string_view portName);
+    /// @param MACAddr null: absent
+    FoundPort findPort(const AddressKey* MACAddr);
+    std::int32_t deviceTypeOf(const FoundPort& found);
 
     bool startScanning(const Trace& trace);
     bool armCalibration(const Trace& trace, Text MACAddr, const std::shared_ptr<ActionAreaSamples>& samples);
@@ -115,10 +117,13 @@ private:
                   std::int32_t RSSI);
     bool readAddress(const Trace& trace, const CBPeripheral& peripheral, std::span<const std::uint8_t> payload,
                      DongleAddress& address);
+    // Reads nothing of the tables.
+    void expectLookUps(const AddressKey& address) const NEARCAST_NO_THREAD_SAFETY_ANALYSIS;
     bool sampleForCalibration(const Trace& trace, std::string_view address, std::int32_t RSSI);
-    std::optional<std::int32_t> smooth(const Trace& trace, std::string_view address, std::int32_t RSSI);
-    void report(const Trace& trace, std::string_view address, std::int32_t output);
-    bool tellSilence(std::string_view address) NEARCAST_REQUIRES(_lockRssiDataFlag);
+    std::optional<std::int32_t> smooth(const Trace& trace, const AddressKey& address, std::int32_t RSSI);
+    void report(const Trace& trace, const AddressKey& address, std::int32_t output);
+    bool isStale(const Signal& signal) const;
+    bool tellSilence(const AddressKey& address) NEARCAST_REQUIRES(_lockRssiDataFlag);
 
     const void* face_;
     PlatformServices& platform_;
@@ -141,9 +146,8 @@ private:
     AtomicShared<const std::string> macAddrForActionArea;
     AtomicShared<ActionAreaSamples> rssiDataForActionArea;
 
-    std::unordered_map<std::string, RSSIEntry, TextHash, std::equal_to<>> rssiData
-        NEARCAST_GUARDED_BY(_lockRssiDataFlag);
-    Settings mutableSettings NEARCAST_GUARDED_BY(_lockMutableSettingsFlag);
+    AddressTable<Signal> rssiData NEARCAST_GUARDED_BY(_lockRssiDataFlag);
+    Registry mutableSettings NEARCAST_GUARDED_BY(_lockMutableSettingsFlag);
 
     std::atomic<bool> initialised_{false};
     std::atomic<CBCentralManager*> manager{nullptr};

@@ -7,20 +7,15 @@ namespace nearcast {
 
 std::atomic<LockObserver*> NSLock::observer_{nullptr};
 
-void NSLock::lock() {
-    const auto self = std::this_thread::get_id();
+void NSLock::wait(std::thread::id self) {
+    // Only a thread that holds the lock finds itself here: nobody else ever writes its name.
     if (owner_.load(std::memory_order_relaxed) == self) {
         throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur), std::string(name_));
     }
-    mutex_.lock();
-    owner_.store(self, std::memory_order_relaxed);
-    if (auto* observer = observer_.load(std::memory_order_acquire)) observer->lockChanged(name_, true);
-}
-
-void NSLock::unlock() {
-    if (auto* observer = observer_.load(std::memory_order_acquire)) observer->lockChanged(name_, false);
-    owner_.store({}, std::memory_order_relaxed);
-    mutex_.unlock();
+    // Whoever takes it here leaves it awaited: there may be others, and waking nobody costs little.
+    while (state_.exchange(isAwaited, std::memory_order_acquire) != isFree) {
+        state_.wait(isAwaited, std::memory_order_relaxed);
+    }
 }
 
 }  // namespace nearcast

@@ -26,18 +26,25 @@ void Manager::centralManagerDidDiscoverPeripheral(CBCentralManager& central, con
 
 void Manager::discover(const Trace& trace, const CBPeripheral& peripheral, const AdvertisementData& advertisementData,
                        std::int32_t RSSI) {
-    if (delegate() == nullptr) return trace.process("self.delegate == nil, ", Pointer{nullptr});
+    if (_delegate.empty()) return trace.process("self.delegate == nil, ", Pointer{nullptr});
     if (!advertisementData.manufacturerData) return trace.process("manufactureData == nil, ", Pointer{nullptr});
     DongleAddress address;
     if (!readAddress(trace, peripheral, *advertisementData.manufacturerData, address)) return;
     if (RSSI == kQXInvalidRSSI) return trace.error("RSSI.intValue == 127, ", RSSI);
-    if (address.text().find(nameMarker) != std::string_view::npos) {
+    if (address.key().packed() == noAddress && address.text().find(nameMarker) != std::string_view::npos) {
         return trace.error("[dongleMACAddress containsString:@\"QX\"] || (dongleMACAddress == nil), ", address.text());
     }
+    expectLookUps(address.key());
     if (sampleForCalibration(trace, address.text(), RSSI)) return;
-    const auto output = smooth(trace, address.text(), RSSI);
+    const auto output = smooth(trace, address.key(), RSSI);
     if (!output) return;
-    report(trace, address.text(), *output);
+    report(trace, address.key(), *output);
+}
+
+// The tables' memory comes while the first lock is taken.
+void Manager::expectLookUps(const AddressKey& address) const {
+    rssiData.expect(address.packed());
+    mutableSettings.expect(address.packed());
 }
 
 bool Manager::readAddress(const Trace& trace, const CBPeripheral& peripheral, std::span<const std::uint8_t> payload,
@@ -52,7 +59,7 @@ bool Manager::readAddress(const Trace& trace, const CBPeripheral& peripheral, st
         trace.error("the address of 6 octets at offset 2 lies beyond the payload of ", payload.size(), " octets");
         return false;
     }
-    address.format(payload.subspan<addressOffset, DongleAddress::octets>());
+    address.take(payload.subspan<addressOffset, DongleAddress::octets>());
     return true;
 }
 
@@ -77,56 +84,55 @@ bool Manager::sampleForCalibration(const Trace& trace, std::string_view address,
     return true;
 }
 
-std::optional<std::int32_t> Manager::smooth(const Trace& trace, std::string_view address, std::int32_t RSSI) {
+std::optional<std::int32_t> Manager::smooth(const Trace& trace, const AddressKey& address, std::int32_t RSSI) {
     Smoothing::Result result;
     const std::uint64_t samplingNumber = this->samplingNumber();
     {
         const NSLockGuard guard(_lockRssiDataFlag);
         if (!rssiData.empty()) trace.process("rssiData.count != 0, ", rssiData.size());
-        const auto known = rssiData.find(address);
-        if (known == rssiData.end()) {
+        Signal* const known = rssiData.find(address);
+        if (known == nullptr) {
             trace.process("lastRssiDic == nil, ", Pointer{nullptr});
-            rssiData.emplace(address, RSSIEntry{Smoothing(samplingNumber, RSSI), platform_.date()});
+            rssiData.add(address, Signal{platform_.date(), Smoothing(samplingNumber, RSSI)});
             return std::nullopt;
         }
-        RSSIEntry& entry = known->second;
-        result = entry.smoothing.add(RSSI, samplingNumber);
+        result = known->smoothing.add(RSSI, samplingNumber);
         if (result.stage == Smoothing::Stage::filling) {
             trace.process("rawRSSIQueue.count < self.samplingNumber, ", result.readings, ", ", samplingNumber);
         } else if (result.stage == Smoothing::Stage::settling) {
             trace.process("outputRSSIQueue.count < self.samplingNumber, ", result.outputs, ", ", samplingNumber);
         }
-        entry.lastUpdate = platform_.date();
+        known->lastUpdate = platform_.date();
     }
     if (!result.output) trace.process("outputRssi == nil, ", Pointer{nullptr});
     return result.output;
 }
 
-std::int32_t Manager::deviceTypeOf(std::string_view portName) {
+// The port was found a moment ago; the record under its name may have been replaced since.
+std::int32_t Manager::deviceTypeOf(const FoundPort& found) {
     const NSLockGuard guard(_lockMutableSettingsFlag);
-    const auto record = mutableSettings.find(portName);
-    if (record == mutableSettings.end()) return QXDeviceTypeUnknown;
-    const auto deviceType = record->second->find(kQXDeviceType);
-    return deviceType == record->second->end() ? QXDeviceTypeUnknown : deviceType->second.intValue();
+    if (mutableSettings.changes() == found.changes) return found.port->deviceType;
+    return mutableSettings.deviceTypeOf(found.port->name.view());
 }
 
-void Manager::report(const Trace& trace, std::string_view address, std::int32_t output) {
-    const auto listener = delegate();
-    if (listener == nullptr || !listener->didDiscoverPort) {
+void Manager::report(const Trace& trace, const AddressKey& address, std::int32_t output) {
+    AtomicShared<QXNearcastManagerDelegate>::Borrowed listener(_delegate);
+    if (listener.get() == nullptr || !listener.get()->didDiscoverPort) {
         return trace.process(
             "[self.delegate respondsToSelector:@selector(didDiscoverPort:deviceType:MACAddr:RSSI:)] == NO, ",
-            Pointer{listener.get()}, ", ", Pointer{listener ? &listener->didDiscoverPort : nullptr});
+            Pointer{listener.get()}, ", ", Pointer{listener.get() ? &listener.get()->didDiscoverPort : nullptr});
     }
-    const auto portName = getPortNameFromMACAddr(address);
+    const FoundPort found = findPort(&address);
     std::int32_t deviceType = QXDeviceTypeUnknown;
-    if (portName) {
-        deviceType = deviceTypeOf(*portName);
+    if (found.port) {
+        deviceType = deviceTypeOf(found);
     } else {
         trace.process("registeredPortName == nil, ", Pointer{nullptr});
     }
-    // Read anew: the delegate may have been changed meanwhile.
-    if (const auto current = delegate(); current != nullptr && current->didDiscoverPort) {
-        current->didDiscoverPort(portName.value_or(""), static_cast<QXDeviceType>(deviceType), address, output);
+    listener.reload();  // the delegate may have been changed meanwhile
+    if (listener.get() != nullptr && listener.get()->didDiscoverPort) {
+        listener.get()->didDiscoverPort(found.nameOrNone(), static_cast<QXDeviceType>(deviceType), address.text(),
+                                        output);
     }
 }
 

@@ -85,10 +85,10 @@ std::int32_t Manager::getRSSI(Text MACAddr) {
         const NSLockGuard guard(_lockRssiDataFlag);
         if (!rssiData.empty()) {
             trace.process("rssiData.count != 0, ", rssiData.size());
-            const auto found = MACAddr ? rssiData.find(*MACAddr) : rssiData.end();
-            if (found != rssiData.end()) {
-                trace.process("foundRssiDic != nil, ", Pointer{&found->second});
-                const std::int32_t* output = found->second.smoothing.lastOutput();
+            const Signal* const found = MACAddr ? rssiData.find(AddressKey(*MACAddr)) : nullptr;
+            if (found != nullptr) {
+                trace.process("foundRssiDic != nil, ", Pointer{found});
+                const std::int32_t* output = found->smoothing.lastOutput();
                 RSSI = output != nullptr ? *output : 0;
             }
         }

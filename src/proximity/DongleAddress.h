@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "core/Manager.h"
+#include "support/AddressText.h"
 
-#include <array>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -12,30 +11,35 @@
 
 namespace nearcast {
 
-/// The address text of a dongle: written from six octets, without a heap, or made from a name.
-struct Manager::DongleAddress {
-    static constexpr std::size_t octets = 6;
+/// The address of the dongle that an advertisement came from: six octets, without a heap, or made from a name.
+class DongleAddress {
+public:
+    static constexpr std::size_t octets = AddressText::octets;
 
-    void format(std::span<const std::uint8_t, octets> address) {
-        constexpr std::string_view digits = "0123456789ABCDEF";
-        char* place = formatted_.data();
-        for (const std::uint8_t octet : address) {
-            *place++ = digits[octet >> 4];
-            *place++ = digits[octet & 15];
-            *place++ = ':';
-        }
-        view_ = std::string_view(formatted_.data(), formatted_.size() - 1);
+    /// Takes six octets, the first one first.
+    void take(std::span<const std::uint8_t, octets> address) noexcept {
+        PackedAddress packed = 0;
+        for (const std::uint8_t octet : address) packed = packed << 8 | octet;
+        text_.assign(packed);  // in place: a copy right behind the single bytes would wait for them
+        key_ = AddressKey(packed, text_.view());
     }
     void take(std::string name) {
         name_ = std::move(name);
-        view_ = name_;
+        key_ = AddressKey(name_);
     }
-    [[nodiscard]] std::string_view text() const { return view_; }
+
+    DongleAddress() = default;
+    DongleAddress(const DongleAddress&) = delete;
+    DongleAddress& operator=(const DongleAddress&) = delete;
+
+    [[nodiscard]] std::string_view text() const noexcept { return key_.text(); }
+    /// Valid as long as this object stays as it is.
+    [[nodiscard]] const AddressKey& key() const noexcept { return key_; }
 
 private:
-    std::array<char, octets * 3> formatted_{};
+    AddressText text_;
     std::string name_;
-    std::string_view view_;
+    AddressKey key_{std::string_view()};
 };
 
 }  // namespace nearcast

@@ -6,35 +6,44 @@
 namespace nearcast {
 
 namespace {
+
 constexpr std::chrono::seconds presenceTimeout{5};
-}
+
+}  // namespace
 
 void Manager::eventRepeatTimer() {
     const Trace trace = this->trace("-[QXNearcastManager eventRepeatTimer]", Trace::Audience::internal);
     trace.start("");
     {
         const NSLockGuard guard(_lockRssiDataFlag);
-        for (auto entry = rssiData.begin(); entry != rssiData.end();) {
-            const NSDate now = platform_.date();
-            const NSDate expiry = NSDate::dateWithTimeInterval(presenceTimeout, entry->second.lastUpdate);
-            if (!expiry.earlierDate(now).isEqualToDate(expiry)) {
-                ++entry;
+        for (std::size_t place = 0; place < rssiData.size();) {
+            if (!isStale(rssiData[place])) {
+                ++place;
                 continue;
             }
             // Nobody asks for silence: the table keeps what it holds, and the sweep ends without an exit record.
-            if (!tellSilence(entry->first)) return;
-            entry = rssiData.erase(entry);
+            AddressText space;
+            if (!tellSilence(rssiData.addressAt(place, space))) return;
+            rssiData.eraseAt(place);
         }
     }
     trace.end("");
 }
 
-bool Manager::tellSilence(std::string_view address) {
-    if (const auto listener = delegate(); listener == nullptr || !listener->didUpdateState) return false;
-    auto portName = getPortNameFromMACAddr(address);
-    if (portName) portName = getPortNameFromMACAddr(address);
-    if (const auto current = delegate(); current != nullptr && current->didUpdateState) {
-        current->didUpdateState(portName.value_or(""), address);
+bool Manager::isStale(const Signal& signal) const {
+    const NSDate now = platform_.date();
+    const NSDate expiry = NSDate::dateWithTimeInterval(presenceTimeout, signal.lastUpdate);
+    return expiry.earlierDate(now).isEqualToDate(expiry);
+}
+
+bool Manager::tellSilence(const AddressKey& address) {
+    AtomicShared<QXNearcastManagerDelegate>::Borrowed listener(_delegate);
+    if (listener.get() == nullptr || !listener.get()->didUpdateState) return false;
+    FoundPort found = findPort(&address);
+    if (found.port) found = findPort(&address);
+    listener.reload();
+    if (listener.get() != nullptr && listener.get()->didUpdateState) {
+        listener.get()->didUpdateState(found.nameOrNone(), address.text());
     }
     return true;
 }

@@ -11,42 +11,40 @@ std::int32_t distance(std::int32_t left, std::int32_t right) {
     return static_cast<std::int32_t>(static_cast<std::int32_t>(difference) < 0 ? 0 - difference : difference);
 }
 
+bool isWithinTwo(std::int32_t left, std::int32_t right) { return distance(left, right) <= 2; }
+
 }  // namespace
 
-Smoothing::Smoothing(std::uint64_t capacity, std::int32_t first)
-    : rawRSSI_(capacity), maxRSSI_(capacity), outputRSSI_(capacity) {
-    rawRSSI_.enqueue(first);
+Smoothing::Smoothing(std::uint64_t capacity, std::int32_t first) : readings_(capacity) { readings_.add(first); }
+
+// A step leads from one output to the next candidate; a history of n outputs has n - 1 of them.
+bool Smoothing::historyFollowed() const noexcept { return outputs_ >= 2 && stepsSinceFollowed_ <= outputs_ - 2; }
+
+std::int32_t Smoothing::held(std::int32_t candidate) const noexcept {
+    if (outputs_ == 0 || isWithinTwo(lastOutput_, candidate) || !historyFollowed()) return candidate;
+    return lastOutput_;
 }
 
-std::int32_t Smoothing::strongest(std::int32_t newest) const {
-    std::int32_t result = newest;
-    for (const std::int32_t reading : rawRSSI_) {
-        if (reading > result) result = reading;
+void Smoothing::remember(std::int32_t candidate, std::int32_t output) noexcept {
+    if (outputs_ != 0 && isWithinTwo(lastOutput_, candidate)) {
+        stepsSinceFollowed_ = 0;
+    } else if (stepsSinceFollowed_ != never) {
+        ++stepsSinceFollowed_;
     }
-    return result;
-}
-
-std::int32_t Smoothing::held(std::int32_t candidate) const {
-    const std::int32_t last = *outputRSSI_.lastObject();
-    if (distance(last, candidate) < 3) return candidate;
-    for (std::size_t step = maxRSSI_.count(); step-- > 1;) {
-        if (distance(outputRSSI_[step - 1], maxRSSI_[step]) <= 2) return last;
-    }
-    return candidate;
+    lastOutput_ = output;
+    if (outputs_ < readings_.capacity()) ++outputs_;
 }
 
 Smoothing::Result Smoothing::add(std::int32_t RSSI, std::uint64_t samplingNumber) {
-    rawRSSI_.enqueue(RSSI);
+    const std::int32_t candidate = readings_.add(RSSI);
     Result result;
-    result.readings = rawRSSI_.count();
-    result.outputs = outputRSSI_.count();
+    result.readings = readings_.count();
+    result.outputs = outputs_;
     if (result.readings < samplingNumber) return result;
-    const std::int32_t candidate = strongest(RSSI);
     const bool settling = result.outputs < samplingNumber;
     result.stage = settling ? Stage::settling : Stage::holding;
     result.output = settling ? candidate : held(candidate);
-    maxRSSI_.enqueue(candidate);
-    outputRSSI_.enqueue(*result.output);
+    remember(candidate, *result.output);
     return result;
 }
 

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "support/Queue.h"
+#include "support/SlidingMaximum.h"
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 namespace nearcast {
@@ -14,6 +15,10 @@ namespace nearcast {
 /// readings weaker far more often than stronger, so the maximum follows the true level. A candidate within 2 dB of the
 /// last output is followed at once. A larger change is followed only when the candidates of the whole history had left
 /// the outputs behind, so that one outlier does not move the output.
+///
+/// The history is a window of outputs and their candidates. All that is asked of it is how full it is, what came out
+/// last, and whether any step in it followed, so that is all that is kept: a reading costs the same, and the history
+/// takes the same memory, whatever the window.
 class Smoothing {
 public:
     /// Why a reading gave an output, or none.
@@ -26,11 +31,11 @@ public:
     struct Result {
         Stage stage = Stage::filling;
         std::optional<std::int32_t> output;  ///< dBm
-        std::size_t readings = 0;            ///< in the window, this one included
-        std::size_t outputs = 0;             ///< in the history, this one not included
+        std::uint64_t readings = 0;          ///< in the window, this one included
+        std::uint64_t outputs = 0;           ///< in the history, this one not included
     };
 
-    /// @param capacity of the three windows, for their whole life
+    /// @param capacity of the windows, for their whole life
     /// @param first    the reading that made the dongle known, in dBm
     Smoothing(std::uint64_t capacity, std::int32_t first);
 
@@ -40,15 +45,19 @@ public:
     Result add(std::int32_t RSSI, std::uint64_t samplingNumber);
 
     /// The newest output, or null while there is none.
-    [[nodiscard]] const std::int32_t* lastOutput() const noexcept { return outputRSSI_.lastObject(); }
+    [[nodiscard]] const std::int32_t* lastOutput() const noexcept { return outputs_ == 0 ? nullptr : &lastOutput_; }
 
 private:
-    [[nodiscard]] std::int32_t strongest(std::int32_t newest) const;
-    [[nodiscard]] std::int32_t held(std::int32_t candidate) const;
+    static constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
-    Queue<std::int32_t> rawRSSI_;
-    Queue<std::int32_t> maxRSSI_;
-    Queue<std::int32_t> outputRSSI_;
+    [[nodiscard]] bool historyFollowed() const noexcept;
+    [[nodiscard]] std::int32_t held(std::int32_t candidate) const noexcept;
+    void remember(std::int32_t candidate, std::int32_t output) noexcept;
+
+    std::uint64_t outputs_ = 0;                 ///< in the history
+    std::uint64_t stepsSinceFollowed_ = never;  ///< 0: the newest candidate was within 2 dB of the output before it
+    SlidingMaximum readings_;
+    std::int32_t lastOutput_ = 0;
 };
 
 }  // namespace nearcast

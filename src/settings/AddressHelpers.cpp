@@ -24,21 +24,26 @@ bool Manager::isValidateMACAddr(Text MACAddr) {
 }
 
 std::optional<std::string> Manager::getPortNameFromMACAddr(Text MACAddr) {
+    const AddressKey address(MACAddr.value_or(""));
+    const FoundPort found = findPort(MACAddr ? &address : nullptr);
+    if (!found.port) return std::nullopt;
+    return std::string(found.port->name.view());
+}
+
+// The name is copied under the lock, as it is described, and without a heap: there is one for each advertisement.
+Manager::FoundPort Manager::findPort(const AddressKey* MACAddr) {
     const Trace trace = this->trace("-[QXNearcastManager getPortNameFromMACAddr:]", Trace::Audience::internal);
-    trace.start("", MACAddr);
-    std::optional<std::string> found;
+    const auto text = [&] { return MACAddr != nullptr ? Text(MACAddr->text()) : Text(); };
+    trace.start("", text);
+    FoundPort found;
     {
         const NSLockGuard guard(_lockMutableSettingsFlag);
-        for (const auto& [portName, record] : mutableSettings) {
-            const auto address = record->find(kQXDongleMACAddr);
-            if (!MACAddr || address == record->end()) continue;
-            const auto* text = address->second.as<std::string>();
-            if (text == nullptr || *text != *MACAddr) continue;
-            found = portName;
-            break;
+        if (MACAddr != nullptr) {
+            if (const RegisteredPort* const port = mutableSettings.portOf(*MACAddr)) found.port = *port;
         }
+        found.changes = mutableSettings.changes();
     }
-    trace.end("", MACAddr, ", -> ", found);
+    trace.end("", text, ", -> ", [&] { return found.port ? Text(found.port->name.view()) : Text(); });
     return found;
 }
 

@@ -73,7 +73,9 @@ Settings loadedSettings(SettingValue results) {
 
 }  // namespace
 
-std::shared_ptr<const Settings> Manager::snapshot() { return std::make_shared<const Settings>(mutableSettings); }
+std::shared_ptr<const Settings> Manager::snapshot() {
+    return std::make_shared<const Settings>(mutableSettings.records());
+}
 
 std::shared_ptr<const Settings> Manager::getSettings() {
     const Trace trace = this->trace("-[QXNearcastManager getSettings]", Trace::Audience::internal);
@@ -87,10 +89,7 @@ std::shared_ptr<const Settings> Manager::getSettings() {
 void Manager::setSettings(std::optional<Settings> settings) {
     const Trace trace = this->trace("-[QXNearcastManager setSettings:]", Trace::Audience::internal);
     trace.start("", Pointer{settings ? &*settings : nullptr});
-    Settings next = settings ? std::move(*settings) : Settings();
-    for (auto& [portName, record] : next) {
-        if (record == nullptr) record = std::make_shared<const SettingRecord>();
-    }
+    Registry next = settings ? Registry(std::move(*settings)) : Registry();
     {
         const NSLockGuard guard(_lockMutableSettingsFlag);
         mutableSettings.swap(next);
@@ -105,7 +104,7 @@ std::optional<std::string> Manager::serializedSettings() {
     {
         const NSLockGuard guard(_lockMutableSettingsFlag);
         SettingValue::Dictionary copies;
-        for (const auto& [portName, record] : mutableSettings) {
+        for (const auto& [portName, record] : mutableSettings.records()) {
             copies.emplace_hint(copies.end(), portName, saved(*record));
         }
         const SettingValue copiedSettings(std::move(copies));

@@ -58,7 +58,7 @@ void Manager::addSettingForTFTillfoxPortName(Text portName, Text portSettings, T
 
 bool Manager::holdsPortName(std::string_view portName) {
     const NSLockGuard guard(_lockMutableSettingsFlag);
-    return mutableSettings.find(portName) != mutableSettings.end();
+    return mutableSettings.contains(portName);
 }
 
 void Manager::refuse(const Trace& trace, const Registration& registration, const std::string& consoleText,
@@ -115,7 +115,7 @@ void Manager::addSetting(const Trace& trace, const Registration& registration) {
     {
         auto shared = std::make_shared<const SettingRecord>(std::move(record));
         const NSLockGuard guard(_lockMutableSettingsFlag);
-        mutableSettings.insert_or_assign(std::string(*registration.portName), std::move(shared));
+        mutableSettings.insert(*registration.portName, std::move(shared));
     }
     trace.end("", arguments);
 }
@@ -130,10 +130,7 @@ void Manager::removeSettingWithPortName(Text portName) {
     }
     {
         const NSLockGuard guard(_lockMutableSettingsFlag);
-        const auto found = mutableSettings.find(*portName);
-        if (found != mutableSettings.end()) {
-            mutableSettings.erase(found);
-        } else {
+        if (!mutableSettings.remove(*portName)) {
             trace.error("[mutableSettings.allKeys containsObject:portName] == NO, ", Pointer{&mutableSettings}, ", ",
                         *portName);
         }

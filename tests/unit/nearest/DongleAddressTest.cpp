@@ -43,7 +43,8 @@ TEST(NearestDongleAddressTest, ReadsWhatTheManagerReads) {
         if (each.name) heard.name = *each.name;
         DongleAddress address;
         ASSERT_EQ(address.read(heard), each.address.has_value());
-        if (each.address) EXPECT_EQ(address.text(), *each.address);
+        if (!each.address) continue;
+        EXPECT_EQ(address.text(), *each.address);
     }
 }
 

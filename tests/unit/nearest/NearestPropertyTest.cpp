@@ -108,7 +108,9 @@ private:
     /// From one device to another it takes the dwell time, unless the first cannot be kept.
     void checkDwell(const std::string& port) {
         noteLoss();
-        if (!lastNamed_.empty() && !lost_) EXPECT_GE(at_ - namedAt_, settings_.dwell);
+        if (!lastNamed_.empty() && !lost_) {
+            EXPECT_GE(at_ - namedAt_, settings_.dwell);
+        }
         ++named_;
         lastNamed_ = port;
         namedAt_ = at_;

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <barrier>
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -84,6 +86,7 @@ TEST(NSLock, ReleasedBeforeTheEndOfTheScopeIsReleasedOnce) {
 }
 
 TEST(NSLock, KeepsOtherThreadsOutWhileItIsHeld) {
+    constexpr int threads = 8;
     NSLock lock("_lockA");
     std::uint64_t count = 0;
     const auto increment = [&] {
@@ -92,10 +95,31 @@ TEST(NSLock, KeepsOtherThreadsOutWhileItIsHeld) {
             ++count;
         }
     };
-    std::thread other(increment);
+    std::vector<std::thread> others;
+    for (int thread = 1; thread < threads; ++thread) others.emplace_back(increment);
     increment();
+    for (std::thread& other : others) other.join();
+    EXPECT_EQ(count, 20'000U * threads);
+    EXPECT_FALSE(isRefused(lock));
+}
+
+TEST(NSLock, AThreadThatWaitedForItMayNotTakeItTwiceEither) {
+    NSLock lock("_lockA");
+    std::barrier start(2);
+    bool refused = false;
+    std::thread other;
+    {
+        const NSLockGuard guard(lock);
+        other = std::thread([&] {
+            start.arrive_and_wait();
+            const NSLockGuard own(lock);
+            refused = isRefused(lock);
+        });
+        start.arrive_and_wait();
+        for (int turns = 0; turns < 1000; ++turns) std::this_thread::yield();  // so that it mostly finds it taken
+    }
     other.join();
-    EXPECT_EQ(count, 40'000U);
+    EXPECT_TRUE(refused);
 }
 
 TEST(NSLock, MayBeHeldBesideAnother) {

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "proximity/Smoothing.h"
 
+#include "doubles/Queue.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
-#include <deque>
 #include <limits>
 #include <optional>
 #include <random>
@@ -114,38 +115,36 @@ TEST(Smoothing, DifferencesAreThoseOf32BitMachines) {
     EXPECT_EQ(outputsOf(2, {-60, -60, -60, largest}).back(), -60);
 }
 
-/// The rule, as plain as can be.
+/// The rule, as plain as can be: three windows, and a walk through all of them for every reading.
 class PlainRule {
 public:
-    PlainRule(std::size_t capacity, int first) : capacity_(capacity), raw_{first} {}
+    PlainRule(std::uint64_t capacity, int first) : raw_(capacity), maxima_(capacity), outputs_(capacity) {
+        raw_.enqueue(first);
+    }
 
     std::optional<int> add(int reading, std::size_t number) {
-        push(raw_, reading);
-        if (raw_.size() < number) return std::nullopt;
-        const int max = *std::max_element(raw_.begin(), raw_.end());
-        const int output = outputs_.size() < number || !holds(max) ? max : outputs_.back();
-        push(maxima_, max);
-        push(outputs_, output);
+        raw_.enqueue(reading);
+        if (raw_.count() < number) return std::nullopt;
+        int max = reading;
+        for (const int one : raw_) max = std::max(max, one);
+        const int output = outputs_.count() < number || !holds(max) ? max : *outputs_.lastObject();
+        maxima_.enqueue(max);
+        outputs_.enqueue(output);
         return output;
     }
 
 private:
-    void push(std::deque<int>& queue, int value) const {
-        queue.push_back(value);
-        if (queue.size() > capacity_) queue.pop_front();
-    }
     [[nodiscard]] bool holds(int max) const {
-        if (std::abs(outputs_.back() - max) < 3) return false;
-        for (std::size_t i = 1; i < maxima_.size(); ++i) {
+        if (std::abs(*outputs_.lastObject() - max) < 3) return false;
+        for (std::size_t i = 1; i < maxima_.count(); ++i) {
             if (std::abs(outputs_[i - 1] - maxima_[i]) <= 2) return true;
         }
         return false;
     }
 
-    std::size_t capacity_;
-    std::deque<int> raw_;
-    std::deque<int> maxima_;
-    std::deque<int> outputs_;
+    doubles::Queue<int> raw_;
+    doubles::Queue<int> maxima_;
+    doubles::Queue<int> outputs_;
 };
 
 /// A signal that wanders, jumps and is drowned in noise by turns.

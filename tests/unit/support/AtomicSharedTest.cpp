@@ -58,6 +58,43 @@ TEST(AtomicShared, DestroysAReplacedObjectThatUsesItAgain) {
     EXPECT_TRUE(destroyed);
 }
 
+TEST(AtomicShared, WhatIsBorrowedLivesUntilItIsGivenBack) {
+    AtomicShared<int> shared;
+    auto object = std::make_shared<int>(1);
+    const std::weak_ptr<int> watched = object;
+    shared.store(std::move(object));
+    {
+        const AtomicShared<int>::Borrowed first(shared);
+        {
+            const AtomicShared<int>::Borrowed second(shared);
+            shared.store(std::make_shared<int>(2));
+            EXPECT_EQ(*second.get(), 1);
+        }
+        EXPECT_FALSE(watched.expired());
+        EXPECT_EQ(*first.get(), 1);
+    }
+    EXPECT_TRUE(watched.expired());
+    EXPECT_EQ(*shared.load(), 2);
+}
+
+TEST(AtomicShared, ABorrowerThatReadsAnewSeesWhatWasStoredLastAndLetsGoOfTheOther) {
+    AtomicShared<int> shared;
+    AtomicShared<int>::Borrowed lent(shared);
+    EXPECT_EQ(lent.get(), nullptr);
+    auto object = std::make_shared<int>(1);
+    const std::weak_ptr<int> watched = object;
+    shared.store(std::move(object));
+    EXPECT_EQ(lent.get(), nullptr);
+    lent.reload();
+    EXPECT_EQ(*lent.get(), 1);
+    shared.store(nullptr);
+    EXPECT_FALSE(watched.expired());
+    lent.reload();
+    EXPECT_EQ(lent.get(), nullptr);
+    EXPECT_TRUE(watched.expired());
+    EXPECT_TRUE(shared.empty());
+}
+
 TEST(AtomicShared, ManyThreadsNeverSeeAnObjectThatIsGone) {
     struct Counted {
         explicit Counted(std::atomic<int>& alive) : alive_(alive) { ++alive_; }
@@ -82,6 +119,10 @@ TEST(AtomicShared, ManyThreadsNeverSeeAnObjectThatIsGone) {
                 for (int count = 0; count < 5000; ++count) {
                     if (thread == 0) shared.store(std::make_shared<Counted>(alive));
                     if (const auto seen = shared.load(); seen != nullptr && seen->value != 42) ++wrong;
+                    AtomicShared<Counted>::Borrowed lent(shared);
+                    if (lent.get() != nullptr && lent.get()->value != 42) ++wrong;
+                    lent.reload();
+                    if (lent.get() != nullptr && lent.get()->value != 42) ++wrong;
                     if (thread == 1) shared.clearIf(shared.load());
                 }
             });

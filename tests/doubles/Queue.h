@@ -5,9 +5,10 @@
 #include <cstdint>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::doubles {
 
-/// A sliding window of samples: it holds the newest `maxCount` of them, oldest first.
+/// A sliding window of samples, for models that say a rule as it is described: it holds the newest `maxCount` of them,
+/// oldest first.
 ///
 /// Memory is taken for samples held, not for the capacity, which may be any number. Not for several threads at once.
 template <class Sample>
@@ -64,4 +65,4 @@ private:
     std::size_t oldest_ = 0;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::doubles

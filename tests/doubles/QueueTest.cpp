@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/Queue.h"
+#include "doubles/Queue.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::doubles {
 
 namespace {
 
@@ -84,4 +84,4 @@ TEST(Queue, IsAValueOfItsOwnWhenCopied) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::doubles
