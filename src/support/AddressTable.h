@@ -35,6 +35,7 @@ public:
 
     /// One whose address has none yet.
     void add(const AddressKey& key, Value value) {
+        index_.makeRoom();  // so that nothing can fail once the value is there
         const PackedAddress number = names_.enter(key);
         index_.assign(number, &entries_.emplace_back(Entry{std::move(value), number}));
     }

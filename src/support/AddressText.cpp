@@ -2,6 +2,8 @@
 #include "support/AddressText.h"
 
 #include <algorithm>
+#include <exception>
+#include <random>
 
 namespace nearcast {
 
@@ -45,6 +47,20 @@ PackedAddress packedAddress(std::string_view text) noexcept {
         address = address << 4 | digit;
     }
     return address;
+}
+
+std::uint64_t hashFactor() noexcept {
+    static const std::uint64_t factor = [] {
+        std::uint64_t chance = 0;
+        try {
+            std::random_device device;
+            chance = std::uint64_t{device()} << 32 | device();
+        } catch (const std::exception&) {
+            chance = reinterpret_cast<std::uintptr_t>(&chance);  // a system without: where its stack lies
+        }
+        return chance | 1U;
+    }();
+    return factor;
 }
 
 }  // namespace nearcast

@@ -34,6 +34,9 @@ inline constexpr PackedAddress noAddress = std::numeric_limits<PackedAddress>::m
 /// The address behind a text that is spelt exactly as `AddressText` spells it; of any other text `noAddress`.
 PackedAddress packedAddress(std::string_view text) noexcept;
 
+/// A factor to spread addresses over a table by: odd, and chosen by chance once in a process.
+std::uint64_t hashFactor() noexcept;
+
 /// An address as tables are asked for it: a text, and its number where it has one. A view; the text lives longer.
 class AddressKey {
 public:

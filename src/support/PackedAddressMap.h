@@ -40,9 +40,14 @@ public:
         return slot.number == noAddress ? nullptr : &slot.value;
     }
 
+    /// Makes sure that one more number finds room.
+    void makeRoom() {
+        if ((size_ + 1) * 3 > slots_.size() * 2) grow();
+    }
+
     /// Keeps the value under that number, in place of one that was there.
     void assign(PackedAddress number, Value value) {
-        if ((size_ + 1) * 3 > slots_.size() * 2) grow();
+        makeRoom();
         Slot& slot = slots_[placeOf(number)];
         if (slot.number == noAddress) ++size_;
         slot.number = number;
@@ -85,8 +90,13 @@ private:
     [[nodiscard]] std::size_t distance(std::size_t from, std::size_t to) const noexcept {
         return (to - from) & (slots_.size() - 1);
     }
-    /// Dongles of one maker count up in the last octets; the multiplication takes every bit to the highest ones.
-    [[nodiscard]] static std::uint64_t mixed(PackedAddress number) noexcept { return number * 0x9E3779B97F4A7C15; }
+    /// Dongles of one maker count up in the last octets: the first multiplication makes them lie anywhere. The second
+    /// is by a secret, so that nobody on the air can choose addresses that all fall on one place.
+    [[nodiscard]] std::uint64_t mixed(PackedAddress number) const noexcept {
+        constexpr std::uint64_t golden = 0x9E3779B97F4A7C15;
+        const std::uint64_t anywhere = number * golden;
+        return (anywhere ^ anywhere >> 32) * factor_;
+    }
     /// Where a number belongs.
     [[nodiscard]] std::size_t home(PackedAddress number) const noexcept {
         return static_cast<std::size_t>(mixed(number) >> shift_);
@@ -111,6 +121,7 @@ private:
         publishedShift_.store(shift_, std::memory_order_relaxed);
     }
 
+    const std::uint64_t factor_ = hashFactor();            // the same in all, so that two can be swapped
     std::vector<Slot> slots_ = std::vector<Slot>(fewest);  ///< a power of two of them, at most two thirds taken
     std::size_t size_ = 0;
     unsigned shift_ = 64 - std::countr_zero(fewest);

@@ -7,7 +7,7 @@ need_to_build() {
 }
 
 need_to_test() {
-    need_to_build clang libclang-rt-dev llvm clang-format clang-tidy libgtest-dev librapidcheck-dev \
+    need_to_build clang libclang-rt-dev llvm clang-format clang-tidy libgtest-dev librapidcheck-dev valgrind \
         binutils dpkg-dev file python3 groff-base shellcheck dbus-daemon nodejs chromium
 }
 

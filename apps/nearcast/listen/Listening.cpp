@@ -42,9 +42,8 @@ void Listening::begin(Ears ears) {
     begin_ = opened_.services->date();
     opened_.monitor->setHealthChanged(
         [this, changed = std::move(ears.changed)](const RadioHealth& health) { changed(health, now()); });
-    opened_.monitor->setTap([this, heard = std::move(ears.heard)](const AdvertisingReport& report, NSDate at, bool /*wanted*/) {
-        heard(report, since(at));
-    });
+    opened_.monitor->setTap([this, heard = std::move(ears.heard)](const AdvertisingReport& report, NSDate at,
+                                                                  bool /*wanted*/) { heard(report, since(at)); });
     radio_->scanForPeripheralsWithServices(std::nullopt, ScanOptions{true});
 }
 
