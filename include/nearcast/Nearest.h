@@ -39,7 +39,7 @@ struct NearestCandidate {
 };
 
 /// What is chosen at a moment, and why.
-struct NearestChoice {
+struct NEARCAST_EXPORT NearestChoice {
     std::optional<NearestCandidate> device;      ///< nothing: the user stands next to none
     NearestRule rule = NearestRule::noneInside;  ///< what made this choice
     std::optional<NearestCandidate> runnerUp;    ///< the strongest of the others inside their areas
@@ -51,7 +51,7 @@ struct NearestChoice {
     double since = 0;  ///< when the device was chosen, in seconds of the clock
 
     /// One line for people: "BT:Bar at -58 dBm (threshold -65), 6 dB before BT:Kitchen: entered".
-    [[nodiscard]] NEARCAST_EXPORT std::string text() const;
+    [[nodiscard]] std::string text() const;
 };
 
 /// A change of the choice: of its device, or of whether it is stale.

@@ -10,7 +10,7 @@ namespace nearcast {
 
 /// How `Nearest` decides. The defaults were found by measurement (docs/nearest.md) and serve most places: change one at
 /// a time, and measure with `nearcast evaluate --sweep`. A plain value.
-struct NearestSettings {
+struct NEARCAST_EXPORT NearestSettings {
     /// dBm, from -127 to 20. The threshold of a device whose record has no "Threshold RSSI". The default is below what
     /// any dongle is heard with: such a device is inside wherever it is heard, and only the others' lead decides. Raise
     /// it where "nobody is near" has to be an answer and devices are not calibrated.
@@ -56,7 +56,7 @@ struct NearestSettings {
 
     /// Says what is wrong with a setting.
     /// @throws std::invalid_argument naming the setting, its value and what it may be
-    NEARCAST_EXPORT void validate() const;
+    void validate() const;
 
     friend bool operator==(const NearestSettings&, const NearestSettings&) = default;
 };

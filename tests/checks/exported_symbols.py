@@ -4,8 +4,8 @@
 
     exported_symbols.py INCLUDE SHARED STATIC
 
-The shared library exports the members of the classes marked NEARCAST_EXPORT, with their type information, and nothing
-else. The static one, which has to show its layers to itself, defines nothing outside our namespace but what every
+The shared library exports the members of the classes marked NEARCAST_EXPORT, with their type information, the functions
+that are marked, and nothing else. The static one, which has to show its layers to itself, defines nothing outside our namespace but what every
 program may define again (inline functions and templates).
 """
 
@@ -30,10 +30,12 @@ def symbols(library, *options):
     return [(match.group(1), match.group(2)) for match in lines if match]
 
 
-def exported_classes(include):
-    """The names of the classes that the headers mark."""
+def exported_names(include):
+    """The names of the classes and functions that the headers mark."""
     text = "".join(header.read_text(encoding="utf-8") for header in Path(include).rglob("*.h"))
-    return set(re.findall(r"\b(?:class|struct)\s+NEARCAST_EXPORT\s+(\w+)", text))
+    classes = re.findall(r"\b(?:class|struct)\s+NEARCAST_EXPORT\s+(\w+)", text)
+    functions = re.findall(r"^NEARCAST_EXPORT\s[^;(]*?(\w+)\(", text, re.M)
+    return set(classes + functions)
 
 
 def problems_of_shared(found, classes):
@@ -57,7 +59,7 @@ def problems_of_static(found):
 
 
 def main(include, shared, static):
-    classes = exported_classes(include)
+    classes = exported_names(include)
     problems = list(problems_of_shared(symbols(shared, "--dynamic"), classes))
     problems += problems_of_static(symbols(static, "--extern-only"))
     for problem in problems:

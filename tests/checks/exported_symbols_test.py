@@ -2,15 +2,24 @@
 # SPDX-License-Identifier: Apache-2.0
 """Shows that exported_symbols.py finds what should not be there, and what should."""
 
+import tempfile
 import unittest
+from pathlib import Path
 
-from exported_symbols import MUST_BE_THERE, problems_of_shared, problems_of_static
+from exported_symbols import MUST_BE_THERE, exported_names, problems_of_shared, problems_of_static
 
 CLASSES = {"QXNearcastManager", "PortException"}
 GOOD = [("T", name) for name in MUST_BE_THERE]
 
 
 class ExportedSymbols(unittest.TestCase):
+    def test_reads_what_the_headers_mark(self):
+        with tempfile.TemporaryDirectory() as folder:
+            Path(folder, "A.h").write_text("struct NEARCAST_EXPORT Marked {\n    void inside();\n};\nstruct Plain {};\n"
+                                           "NEARCAST_EXPORT std::span<const Marked> marked(int) noexcept;\nint plain();\n",
+                                           encoding="utf-8")
+            self.assertEqual(exported_names(folder), {"Marked", "marked"})
+
     def test_passes_members_of_exported_classes(self):
         self.assertEqual(list(problems_of_shared(GOOD, CLASSES)), [])
 
