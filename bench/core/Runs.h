@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <exception>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -80,6 +81,18 @@ private:
     std::vector<double> floors_;
     std::vector<double> ratios_;
 };
+
+/// The whole of a measuring program's `main`. Gives its exit status: 2 where it cannot measure.
+template <class Measure>
+int run(const char* program, int argc, char** argv, Measure&& measure) {
+    try {
+        measure(Request::of(argc, argv));
+        return 0;
+    } catch (const std::exception& problem) {
+        std::fprintf(stderr, "%s: %s\n", program, problem.what());
+        return 2;
+    }
+}
 
 /// Nanoseconds of processor that `work` takes, by one of the clocks that count them: other programs that run at the
 /// same time do not.

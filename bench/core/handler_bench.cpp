@@ -154,12 +154,4 @@ void all(const Request& request) {
 }  // namespace
 }  // namespace nearcast::bench
 
-int main(int argc, char** argv) {
-    try {
-        nearcast::bench::all(nearcast::bench::Request::of(argc, argv));
-    } catch (const std::exception& problem) {
-        std::fprintf(stderr, "handler_bench: %s\n", problem.what());
-        return 2;
-    }
-    return 0;
-}
+int main(int argc, char** argv) { return nearcast::bench::run("handler_bench", argc, argv, nearcast::bench::all); }

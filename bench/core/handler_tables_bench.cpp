@@ -94,11 +94,5 @@ void all(const Request& request) {
 }  // namespace nearcast::bench
 
 int main(int argc, char** argv) {
-    try {
-        nearcast::bench::all(nearcast::bench::Request::of(argc, argv));
-    } catch (const std::exception& problem) {
-        std::fprintf(stderr, "handler_tables_bench: %s\n", problem.what());
-        return 2;
-    }
-    return 0;
+    return nearcast::bench::run("handler_tables_bench", argc, argv, nearcast::bench::all);
 }

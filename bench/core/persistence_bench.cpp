@@ -148,12 +148,5 @@ void measure(const Request& request) {
 }  // namespace nearcast::bench
 
 int main(int argc, char** argv) {
-    using namespace nearcast::bench;
-    try {
-        measure(Request::of(argc, argv));
-        return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "persistence_bench: %s\n", error.what());
-        return 2;
-    }
+    return nearcast::bench::run("persistence_bench", argc, argv, nearcast::bench::measure);
 }

@@ -119,13 +119,4 @@ void measure(const Request& request) {
 
 }  // namespace nearcast::bench
 
-int main(int argc, char** argv) {
-    using namespace nearcast::bench;
-    try {
-        measure(Request::of(argc, argv));
-        return 0;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "trace_bench: %s\n", error.what());
-        return 2;
-    }
-}
+int main(int argc, char** argv) { return nearcast::bench::run("trace_bench", argc, argv, nearcast::bench::measure); }

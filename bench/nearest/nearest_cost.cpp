@@ -3,22 +3,21 @@
 // JSON object a line.
 #include <nearcast/Nearest.h>
 
-#include <algorithm>
+#include "core/Runs.h"
+
 #include <array>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
-namespace {
+namespace nearcast::bench {
 
-using namespace nearcast;
+namespace {
 
 constexpr std::size_t devices = 1000;
 constexpr double budget = 1000;  // ns
@@ -55,7 +54,7 @@ using Feed =
     std::function<void(Nearest& nearest, const Tap& tap, const Shop::Dongle& dongle, std::int32_t RSSI, double at)>;
 
 /// Nanoseconds that a report takes when each device sends `rate` times a second.
-double measure(const Shop& shop, double rate, std::size_t reports, const Feed& feed) {
+double nanoseconds(const Shop& shop, double rate, std::size_t reports, const Feed& feed) {
     double now = 0;
     std::uint64_t changes = 0;
     Nearest nearest(
@@ -74,35 +73,19 @@ double measure(const Shop& shop, double rate, std::size_t reports, const Feed& f
         }
     };
     run(2 * devices, 0);
-    const auto begin = std::chrono::steady_clock::now();
-    run(reports, 2 * devices);
-    const std::chrono::duration<double, std::nano> took = std::chrono::steady_clock::now() - begin;
-    if (changes == 0) {
-        std::fprintf(stderr, "nothing was ever chosen: this measures nothing\n");
-        std::exit(1);
-    }
-    return took.count() / static_cast<double>(reports);
+    const double took = bench::nanoseconds(CLOCK_THREAD_CPUTIME_ID, [&] { run(reports, 2 * devices); });
+    if (changes == 0) throw std::logic_error("nothing was ever chosen: this measures nothing");
+    return took / static_cast<double>(reports);
 }
 
-void tell(const char* what, const Shop& shop, double rate, std::size_t reports, int runs, const Feed& feed) {
-    std::vector<double> figures;
-    for (int i = 0; i < runs; ++i) figures.push_back(measure(shop, rate, reports, feed));
-    std::sort(figures.begin(), figures.end());
-    std::printf(
-        "{\"what\": \"Nearest, %zu devices, %s\", \"unit\": \"ns\", \"value\": %.1f, \"floor\": null, \"ratio\": null, "
-        "\"low\": %.1f, \"high\": %.1f, \"runs\": %d, \"budget\": %.0f, \"budget_of\": \"value\"}\n",
-        devices, what, figures[figures.size() / 2], figures.front(), figures.back(), runs, budget);
+void tell(const Request& request, const char* what, const Shop& shop, double rate, const Feed& feed) {
+    const std::size_t reports = request.quick ? 5'000 : 500'000;
+    Line line("Nearest, 1,000 devices, " + std::string(what), "ns", budget, "value");
+    for (int i = 0; i < request.runs; ++i) line.add(nanoseconds(shop, rate, reports, feed));
+    line.print();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    int runs = 5;
-    std::size_t reports = 500'000;
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--quick") == 0) reports = 5'000;
-        if (std::strcmp(argv[i], "--runs") == 0 && i + 1 < argc) runs = std::max(1, std::atoi(argv[++i]));
-    }
+void measure(const Request& request) {
     const Shop shop;
     const Feed raw = [](Nearest&, const Tap& tap, const Shop::Dongle& dongle, std::int32_t RSSI, double at) {
         tap({{}, dongle.payload, RSSI, true, at});
@@ -110,8 +93,14 @@ int main(int argc, char** argv) {
     const Feed smoothed = [](Nearest& nearest, const Tap&, const Shop::Dongle& dongle, std::int32_t RSSI, double) {
         nearest.didDiscoverPort(dongle.portName, QXDeviceTypeDesktopPrinter, dongle.MACAddr, RSSI);
     };
-    tell("raw readings, each heard 4/s", shop, 4, reports, runs, raw);
-    tell("smoothed reports, each heard 4/s", shop, 4, reports, runs, smoothed);
+    tell(request, "raw readings, each heard 4/s", shop, 4, raw);
+    tell(request, "smoothed reports, each heard 4/s", shop, 4, smoothed);
     // The fewest at which all are still heard: the comparisons weigh most here.
-    tell("raw readings, each heard every 4 s", shop, 0.25, reports, runs, raw);
+    tell(request, "raw readings, each heard every 4 s", shop, 0.25, raw);
 }
+
+}  // namespace
+
+}  // namespace nearcast::bench
+
+int main(int argc, char** argv) { return nearcast::bench::run("nearest_cost", argc, argv, nearcast::bench::measure); }

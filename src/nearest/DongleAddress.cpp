@@ -3,10 +3,14 @@
 
 #include "support/Utf8.h"
 
+#include <cstddef>
+#include <cstdint>
+
 namespace nearcast::nearest {
 
 namespace {
 
+constexpr std::size_t octets = AddressText::octets;
 constexpr std::size_t addressOffset = 2;
 constexpr std::string_view nameMarker = "QX";
 constexpr std::size_t pieceCharacters = 2;
@@ -20,19 +24,11 @@ bool DongleAddress::read(const HeardAdvertisement& heard) {
         return heard.name && readName(*heard.name);
     }
     if (payload.size() < addressOffset + octets) return false;
-    format(payload.subspan<addressOffset, octets>());
+    PackedAddress packed = 0;
+    for (const std::uint8_t octet : payload.subspan(addressOffset, octets)) packed = packed << 8 | octet;
+    formatted_.assign(packed);
+    view_ = formatted_.view();
     return true;
-}
-
-void DongleAddress::format(std::span<const std::uint8_t, octets> address) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    char* place = formatted_.data();
-    for (const std::uint8_t octet : address) {
-        *place++ = digits[octet >> 4];
-        *place++ = digits[octet & 15];
-        *place++ = ':';
-    }
-    view_ = std::string_view(formatted_.data(), formatted_.size() - 1);
 }
 
 bool DongleAddress::readName(std::string_view name) {

@@ -3,10 +3,8 @@
 
 #include <nearcast/HeardAdvertisement.h>
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
-#include <span>
+#include "support/AddressText.h"
+
 #include <string>
 #include <string_view>
 
@@ -22,12 +20,9 @@ public:
     [[nodiscard]] std::string_view text() const noexcept { return view_; }
 
 private:
-    static constexpr std::size_t octets = 6;
-
-    void format(std::span<const std::uint8_t, octets> address);
     bool readName(std::string_view name);
 
-    std::array<char, octets * 3> formatted_{};
+    AddressText formatted_;
     std::string fromName_;
     std::string_view view_;
 };
