@@ -49,9 +49,9 @@ PackedAddress packedAddress(std::string_view text) noexcept {
     return address;
 }
 
-std::uint64_t hashFactor(std::optional<std::uint64_t> wanted) noexcept {
+std::uint64_t hashFactor(std::uint64_t wanted) noexcept {
     static const std::uint64_t factor = [wanted] {
-        if (wanted) return *wanted | 1U;
+        if (wanted != 0) return wanted | 1U;
         std::uint64_t chance = 0;
         try {
             std::random_device device;

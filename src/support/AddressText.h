@@ -35,8 +35,9 @@ inline constexpr PackedAddress noAddress = std::numeric_limits<PackedAddress>::m
 PackedAddress packedAddress(std::string_view text) noexcept;
 
 /// A factor to spread addresses over a table by: odd, and chosen by chance once in a process.
-/// @param wanted in place of chance, where this is the first call; for measurements that have to be repeatable
-std::uint64_t hashFactor(std::optional<std::uint64_t> wanted = std::nullopt) noexcept;
+/// @param wanted in place of chance, where it is not 0 and this is the first call; for measurements that have to be
+///               repeatable
+std::uint64_t hashFactor(std::uint64_t wanted = 0) noexcept;
 
 /// An address as tables are asked for it: a text, and its number where it has one. A view; the text lives longer.
 class AddressKey {
