@@ -20,6 +20,10 @@ target_compile_options(nearcast_options INTERFACE
 if(nearcast_source_from_build)
     target_compile_options(nearcast_options INTERFACE -ffile-prefix-map=${nearcast_source_from_build}/=)
 endif()
+# GCC 12 sees an overlap in a text that is put before another, where there is none (GCC bug 105651).
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(nearcast_options INTERFACE -Wno-restrict)
+endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     target_compile_options(nearcast_options INTERFACE -Wthread-safety -Werror=thread-safety)
 endif()

@@ -32,7 +32,9 @@ std::string textOf(const Evaluation& evaluation) {
     if (!evaluation.sweeps.empty()) return sweepText(evaluation);
     std::string text;
     for (std::size_t place = 0; place < evaluation.recordings.size(); ++place) {
-        text += (place == 0 ? "" : "\n") + printable(evaluation.recordings[place]) + "\n";
+        if (place != 0) text += "\n";
+        text += printable(evaluation.recordings[place]);
+        text += "\n";
         text += rulesText(evaluation, [place](const RuleScores& scores) { return scores.each[place]; });
     }
     if (evaluation.recordings.size() == 1) return text;
