@@ -17,10 +17,8 @@ namespace {
 /// as a report. Nobody who reads signals averaged over seconds sees the difference, and a single message does not wait.
 constexpr std::chrono::milliseconds crowdedInterval(5);
 
-/// The same where so many come that in a longer time they would fill the socket, and the bus would have to wait for us.
-constexpr std::chrono::milliseconds floodedInterval(1);
-
-/// For how long such a time is not over.
+/// For how long there is no such pause once so many came that they would fill the socket in it, and the bus would have
+/// to wait for us.
 constexpr Time floodMemory = std::chrono::seconds(1);
 
 }  // namespace
@@ -77,8 +75,8 @@ bool ThreadedBluezRadio::wait() noexcept {
     }
     if (next != alarm_) wakeUp.setAlarm(next);
     alarm_ = next;
-    const auto longest = lastTurn_ < floodedUntil_ ? floodedInterval : crowdedInterval;
-    const WakeUp::Found found = crowded_ ? wakeUp.pause(longest) : wakeUp.wait(bus.descriptor(), bus.events());
+    const bool pausing = crowded_ && lastTurn_ >= floodedUntil_;
+    const WakeUp::Found found = pausing ? wakeUp.pause(crowdedInterval) : wakeUp.wait(bus.descriptor(), bus.events());
     if (found.wake) wakeUp.takeWake();
     if (found.alarm) {
         wakeUp.takeAlarm();
