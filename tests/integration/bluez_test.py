@@ -19,8 +19,7 @@ class Watching:
 
     def __init__(self, bus, radio="bluez"):
         self.process = subprocess.Popen([PROGRAM, "watch", "--radio", radio, "--json"], env=bus.environment,
-                                        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                                        text=True)
+                                        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, text=True)
         self.lines = queue.Queue()
         self.reader = threading.Thread(target=self.read)
         self.reader.start()
@@ -46,11 +45,14 @@ class Watching:
             pass
 
     def close(self):
+        if self.process.stdout.closed:
+            return
         self.process.terminate()
-        self.process.wait(timeout=DEADLINE)
+        status = self.process.wait(timeout=DEADLINE)
         self.reader.join()
         self.process.stdout.close()
-        self.process.stderr.close()
+        if status != 0:  # a sanitizer's finding has a status of its own
+            raise AssertionError(f"nearcast watch has ended with {status}")
 
 
 class BluezTest(ProgramTest):
@@ -117,6 +119,17 @@ class Hearing(BluezTest):
         self.assertIsNone(watching.report(within=1))
         self.assertGreater(int(other.ask("count").split()[1]), 20)
         self.assertIsNone(watching.process.poll())
+
+
+class Ending(BluezTest):
+    def test_as_bluetoothd_goes(self):
+        for _ in range(5):
+            bluezd = Bluezd(self.bus, *TWO_DONGLES)
+            watching = self.watch()
+            self.assertTrue(watching.report())
+            bluezd.process.kill()
+            watching.close()
+            bluezd.kill()
 
 
 class Failing(BluezTest):

@@ -58,8 +58,8 @@ int watchWith(WatchSession& session, const Interruption& interruption, const Wat
 
 int watch(const WatchArguments& arguments) {
     const Interruption interruption([] { Platform::interrupt(); });
-    // What the platform calls lives as long as the process, as the platform does.
-    static WatchSession session(viewFor(arguments), [] { Platform::interrupt(); });
+    // What the platform calls outlives even the end of main, as the radio's thread does: nothing destroys it.
+    static auto& session = *new WatchSession(viewFor(arguments), [] { Platform::interrupt(); });
     PlatformOptions options;
     options.radio = arguments.radio;
     options.ownLoop = true;
