@@ -80,7 +80,8 @@ struct NearestExplanation {
 /// in the registry: "MAC Address" and, where it has one, "Threshold RSSI". A device is inside its action area when its
 /// signal has been above the threshold for the dwell time, and outside when it has been below by the hysteresis. Among
 /// those inside, the choice moves when another's lead adds up to the patience. A dongle that falls silent leaves at
-/// once. While the radio cannot hear, the choice is kept and marked as stale.
+/// once; a weaker one takes its place only after the time of silence again, for lost packets look like silence. While
+/// the radio cannot hear, the choice is kept and marked as stale.
 ///
 /// With a tap it hears the raw readings too and decides by them, which is quicker and surer than by the smoothed
 /// reports, and works where dongles send less than once a second.

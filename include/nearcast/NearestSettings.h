@@ -47,11 +47,13 @@ struct NEARCAST_EXPORT NearestSettings {
     /// readings too weak, and never much too strong: a level that falls slowly sees through it. Lower it where users
     /// move fast.
     double decay = 1.5;
-    /// Seconds, from 0.5 to 60. A dongle unheard for so long is silent; its device leaves at once. Raise it where
+    /// Seconds, from 0.5 to 60. A dongle unheard for so long is silent; its device leaves at once, and one that is
+    /// weaker than it was, by more than the hysteresis, takes its place only after so long again. Raise it where
     /// dongles send less than once a second.
     double silence = 5;
     /// Seconds, from 0 to 3600. So long the choice is kept, marked as stale, while the radio cannot hear. 0 drops it
-    /// as soon as that is known.
+    /// as soon as that is known. And so long a device that fell silent can have its place back as soon as it is heard
+    /// and leads.
     double staleFor = 30;
 
     /// Says what is wrong with a setting.

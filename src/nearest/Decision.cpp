@@ -88,6 +88,7 @@ void Decision::arrive(Device& device, double at) {
     const auto index = static_cast<Index>(&device - devices_.data());
     const bool listed = device.level.has_value();
     device.forget();
+    if (missed_ && missed_->device == index) device.evidence = settings_.patience;
     if (!listed) audible_.push_back(index);
 }
 
@@ -105,6 +106,7 @@ void Decision::compare(double at, double elapsed) {
     compared_ = at;
     if (!hears_) return endStale(at);
     dropSilent(at);
+    forgetMissed(at);
     const double counted = std::min(elapsed, settings_.silence);
     learnClose(counted);
     addUpLeads(at, counted);
@@ -119,6 +121,10 @@ void Decision::compare(double at, double elapsed) {
 
 void Decision::dropSilent(double at) {
     const bool presentSilent = present_ != none && isSilent(devices_[present_], at);
+    if (presentSilent) {
+        const Device& device = devices_[present_];
+        missed_ = Missed{present_, *device.level, std::max(device.heardAt, radioSince_) + settings_.silence};
+    }
     const auto drop = [&](Index index) {
         if (!isSilent(devices_[index], at)) return false;
         devices_[index].forget();
@@ -126,6 +132,20 @@ void Decision::dropSilent(double at) {
     };
     audible_.erase(std::remove_if(audible_.begin(), audible_.end(), drop), audible_.end());
     if (presentSilent) enter(at, NearestRule::silent);
+}
+
+/// Lost packets look like silence. So whoever fell silent while it was chosen can have its place back without its lead
+/// adding up anew, for as long as an old choice counts.
+void Decision::forgetMissed(double at) {
+    if (missed_ && at - missed_->at >= settings_.staleFor) missed_.reset();
+}
+
+/// For how many seconds a device has to wait, still, before it takes the place of one that fell silent: not at all when
+/// it is about as strong.
+double Decision::waitsForMissed(const Device& device, double at) const {
+    if (!missed_ || devices_[missed_->device].level) return 0;
+    if (*device.level >= missed_->level - settings_.hysteresis) return 0;
+    return std::max(0.0, missed_->at + settings_.silence - at);
 }
 
 /// What a close device is heard with differs from place to place and from dongle to dongle: it is what the strongest
@@ -144,10 +164,7 @@ void Decision::addUpLeads(double at, double elapsed) {
     for (const Index index : audible_) {
         Device& device = devices_[index];
         if (index == present_) continue;
-        if (!device.isInside(at, settings_)) {
-            device.evidence = 0;
-            continue;
-        }
+        if (!device.isInside(at, settings_)) continue;
         double lead = std::min(device.expected(settings_) - present - settings_.margin, most);
         if (lead > 0) lead *= device.weight(close_, settings_);
         device.evidence = std::max(0.0, device.evidence + lead * elapsed);
@@ -161,7 +178,8 @@ void Decision::leave(double at) {
 
 /// Chooses the strongest device inside its area, or none.
 void Decision::enter(double at, NearestRule rule) {
-    const Index best = strongestInside(present_, at);
+    Index best = strongestInside(present_, at);
+    if (best != none && waitsForMissed(devices_[best], at) > 0) best = none;
     if (best != none || present_ != none) choose(best, at, rule);
 }
 
@@ -199,6 +217,7 @@ void Decision::choose(Index device, double at, NearestRule rule) {
     since_ = at;
     stale_ = false;
     ++changes_;
+    if (rule != NearestRule::silent) missed_.reset();
     for (const Index index : audible_) devices_[index].evidence = 0;
     noteStaleness();
 }

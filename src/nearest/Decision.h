@@ -65,6 +65,12 @@ public:
 private:
     using Index = std::size_t;
     static constexpr Index none = std::numeric_limits<Index>::max();
+    /// A device that fell silent while it was chosen.
+    struct Missed {
+        Index device;
+        double level;  ///< in dBm, when it was heard last
+        double at;     ///< when it was silent for long enough, noticed or not
+    };
     struct TextHash {
         using is_transparent = void;
         std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>{}(text); }
@@ -79,6 +85,7 @@ private:
     void keepAlive(Device& device, double at);
     void compare(double at, double elapsed);
     void dropSilent(double at);
+    void forgetMissed(double at);
     void learnClose(double elapsed);
     void addUpLeads(double at, double elapsed);
     void leave(double at);
@@ -89,6 +96,7 @@ private:
     void noteStaleness();
 
     [[nodiscard]] bool isSilent(const Device& device, double at) const;
+    [[nodiscard]] double waitsForMissed(const Device& device, double at) const;
     [[nodiscard]] Index strongest(Index but) const;
     [[nodiscard]] Index strongestInside(Index but, double at) const;
     [[nodiscard]] NearestExplanation explain(const Device& device, double at) const;
@@ -109,6 +117,7 @@ private:
     NearestRule rule_ = NearestRule::noneInside;
     double since_ = -std::numeric_limits<double>::infinity();  ///< of the choice
     bool stale_ = false;
+    std::optional<Missed> missed_;
     double close_;           ///< the signal of a close device, as it was learned, in dBm
     double learnedFor_ = 5;  ///< seconds that stand behind it; at first a few, so that it soon follows what is heard
     std::uint64_t changes_ = 0;

@@ -80,6 +80,9 @@ std::string Decision::missing(const Device& device, double at) const {
     if (!device.isInside(at, settings_)) {
         return oneDecimal(settings_.dwell - (at - *device.insideSince)) + " s of the dwell time";
     }
+    if (const double wait = waitsForMissed(device, at); present == nullptr && wait > 0) {
+        return "waits " + oneDecimal(wait) + " s for " + devices_[missed_->device].portName + ", which was stronger";
+    }
     if (present == nullptr) return "a stronger one is not inside for long enough";
     const double lead = *device.level - *present->level;
     if (lead < 0) return oneDecimal(-lead) + " dB behind " + present->portName;

@@ -39,6 +39,7 @@ void Decision::setRegistry(double at, const Settings& registry) {
     const auto known = std::exchange(byAddress_, {});
     devices_.reserve(registry.size());
     audible_.clear();
+    missed_.reset();
     for (const auto& [portName, record] : registry) {
         if (record == nullptr) continue;
         Device device = fromRecord(portName, *record);

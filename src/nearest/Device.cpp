@@ -59,6 +59,7 @@ void Device::settle(double at, const NearestSettings& settings) {
     const bool below = level && *level < threshold - settings.hysteresis;
     if (!inside) {
         insideSince.reset();
+        evidence = 0;
     } else if (!insideSince) {
         insideSince = at;
     }

@@ -79,6 +79,15 @@ TEST(DecisionExplainTest, GivesTheRawAndTheSmoothedSignal) {
     EXPECT_EQ(ofBar(bench, 1).threshold, -60);
 }
 
+TEST(DecisionExplainTest, SaysForHowLongADeviceWaitsForOneThatFellSilent) {
+    DecisionBench bench(plainSettings(), -90);
+    bench.bar(0, -60);
+    bench.bar(1, -60);
+    for (double at = 0; at < 8; at += DecisionBench::quarter) bench.till(at, -70);
+    ASSERT_EQ(bench.at(7.75), "");
+    EXPECT_EQ(ofTill(bench, 8.5).missing, "waits 2.5 s for Bar, which was stronger");
+}
+
 }  // namespace
 
 }  // namespace nearcast::nearest

@@ -59,6 +59,75 @@ TEST(DecisionSilenceTest, LetsADeviceThatComesBackBeginAnew) {
     EXPECT_EQ(bench.at(8), "Bar");
 }
 
+/// The bar was chosen at -60 dBm and falls silent at 6 s; the till is heard all the time. Areas are wide.
+DecisionBench withTheBarGone(std::int32_t tillRSSI) {
+    DecisionBench bench(plainSettings(), -90);
+    bench.bar(0, -60);
+    bench.bar(1, -60);
+    for (double at = 0; at < 6; at += DecisionBench::quarter) bench.till(at, tillRSSI);
+    EXPECT_EQ(bench.at(5.999), "Bar");
+    bench.till(6, tillRSSI);
+    return bench;
+}
+
+TEST(DecisionSilenceTest, GoesOnAtOnceToADeviceWeakerByTheHysteresis) {
+    DecisionBench bench = withTheBarGone(-64);
+    EXPECT_EQ(bench.at(6), "Till");
+}
+
+TEST(DecisionSilenceTest, LetsAWeakerDeviceWaitForTheTimeOfSilenceOnceMore) {
+    DecisionBench bench = withTheBarGone(-65);
+    EXPECT_EQ(bench.at(6), "");
+    for (double at = 6; at < 11; at += DecisionBench::quarter) bench.till(at, -65);
+    EXPECT_EQ(bench.at(10.999), "");
+    EXPECT_EQ(bench.at(11), "Till");
+    EXPECT_EQ(bench.decision.choice().rule, NearestRule::entered);
+}
+
+TEST(DecisionSilenceTest, LetsADeviceWaitNoMoreThatGrowsStrongEnough) {
+    DecisionBench bench = withTheBarGone(-65);
+    EXPECT_EQ(bench.at(6), "");
+    bench.till(7, -64);
+    EXPECT_EQ(bench.at(7.25), "Till");
+}
+
+TEST(DecisionSilenceTest, LetsNobodyWaitForADeviceThatIsHeardAgain) {
+    DecisionBench bench = withTheBarGone(-65);
+    EXPECT_EQ(bench.at(6.25), "");
+    bench.bar(6.5, -80);
+    EXPECT_EQ(bench.at(6.75), "Till");
+}
+
+TEST(DecisionSilenceTest, GivesADeviceItsPlaceBackAfterTheDwellTimeWhereItLeadsAgain) {
+    DecisionBench bench = withTheBarGone(-60);
+    EXPECT_EQ(bench.at(6), "Till");
+    bench.both(8, 8.75, -57, -60);
+    EXPECT_EQ(bench.at(8.999), "Till");
+    bench.both(9, 9, -57, -60);
+    EXPECT_EQ(bench.at(9), "Bar");
+    EXPECT_EQ(bench.decision.choice().rule, NearestRule::led);
+}
+
+TEST(DecisionSilenceTest, GivesADeviceNoPlaceBackWithoutALeadBeyondTheMargin) {
+    DecisionBench bench = withTheBarGone(-60);
+    bench.both(8, 12, -58, -60);
+    EXPECT_EQ(bench.at(12), "Till");
+}
+
+TEST(DecisionSilenceTest, KeepsAPlaceForAsLongAsAnOldChoiceCounts) {
+    DecisionBench bench = withTheBarGone(-60);
+    for (double at = 6; at < 35.75; at += DecisionBench::quarter) bench.till(at, -60);
+    bench.both(35.75, 36.75, -57, -60);
+    EXPECT_EQ(bench.at(36.75), "Bar");
+}
+
+TEST(DecisionSilenceTest, KeepsNoPlaceForLongerThanAnOldChoiceCounts) {
+    DecisionBench bench = withTheBarGone(-60);
+    for (double at = 6; at < 36; at += DecisionBench::quarter) bench.till(at, -60);
+    bench.both(36, 37, -57, -60);
+    EXPECT_EQ(bench.at(37), "Till");
+}
+
 TEST(DecisionSilenceTest, KeepsTheChoiceAsStaleWhileTheRadioCannotHear) {
     DecisionBench bench = withTheBarChosen();
     bench.decision.setRadio(2, false, 2);

@@ -93,6 +93,8 @@ private:
         const Device* chosen = decision_.chosen();
         const std::string port = chosen == nullptr ? "" : chosen->portName;
         if (chosen != nullptr) checkHeard(*chosen);
+        if (port.empty() && !lastPort_.empty()) noteLoss();
+        lastPort_ = port;
         if (port != lastNamed_ && !port.empty()) checkDwell(port);
     }
     /// A device that is named is registered, and was heard a short time ago or is marked as stale.
@@ -131,7 +133,8 @@ private:
     bool hears_ = true;
     double radioSince_ = -1e9;
     std::map<std::string, double> heardAt_;
-    std::string lastNamed_;
+    std::string lastPort_;   ///< "": none
+    std::string lastNamed_;  ///< the last one that was not none
     double namedAt_ = 0;
     bool lost_ = false;
     int named_ = 0;
