@@ -52,9 +52,9 @@ def judge(kept, counted):
 
 def main(arguments):
     parser = argparse.ArgumentParser()
-    parser.add_argument("program")
-    parser.add_argument("compiler")
-    parser.add_argument("--update", action="store_true")
+    parser.add_argument("program", help="instruction_count, as it was built")
+    parser.add_argument("compiler", help="what it was built with, as in instructions.json: it does not apply to others")
+    parser.add_argument("--update", action="store_true", help="keep what is counted now")
     options = parser.parse_args(arguments)
     kept = json.loads(KEPT.read_text(encoding="utf-8"))
     if shutil.which("valgrind") is None:
