@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "SilentRadio.h"
 #include "core/Manager.h"
 #include "platform/json/JSONSerialization.h"
 #include "platform/system/SystemPlatform.h"
@@ -19,15 +20,6 @@
 #include <vector>
 
 namespace nearcast::bench {
-
-/// A radio that hears nothing by itself.
-class SilentRadio : public CBCentralManager {
-public:
-    [[nodiscard]] CBManagerState state() const override { return CBManagerStatePoweredOn; }
-    void scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& /*services*/,
-                                        ScanOptions /*options*/) override {}
-    void stopScan() override {}
-};
 
 class ErrorConsole : public Console {
 public:

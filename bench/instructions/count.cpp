@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // One kind of work, so many times: what valgrind counts the instructions of. The difference between two numbers of
 // times is the work alone, without what comes before it.
+#include "SilentRadio.h"
 #include "core/Manager.h"
 #include "proximity/Smoothing.h"
 #include "support/AddressText.h"
@@ -18,19 +19,11 @@
 namespace nearcast {
 namespace {
 
-class SilentRadio : public CBCentralManager {
-public:
-    [[nodiscard]] CBManagerState state() const override { return CBManagerStatePoweredOn; }
-    void scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& /*services*/,
-                                        ScanOptions /*options*/) override {}
-    void stopScan() override {}
-};
-
 /// The least that a manager stands on. Its clock stands still.
 class StillPlatform : public PlatformServices {
 public:
     std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& /*delegate*/) override {
-        return std::make_unique<SilentRadio>();
+        return std::make_unique<bench::SilentRadio>();
     }
     [[nodiscard]] NSDate date() const override { return NSDate(std::chrono::seconds(1)); }
     void usleep(std::chrono::microseconds /*duration*/) override {}
@@ -78,7 +71,7 @@ private:
     static PackedAddress addressOf(std::uint64_t dongle) { return 0x001122000000 + dongle * 5; }
 
     std::uint64_t count_;
-    SilentRadio radio_;
+    bench::SilentRadio radio_;
     StillPlatform platform_;
     Manager manager_{this, platform_};
 };
