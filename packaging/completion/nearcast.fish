@@ -4,7 +4,16 @@
 set -l commands watch record run import scene evaluate report radios doctor
 set -l rules 'strongest-report maximum-7 trimmed-mean-20s exponential-0.1 kalman-quick kalman-calm median-7 strongest-raw nearest'
 set -l settings 'defaultThreshold= hysteresis= dwell= margin= patience= closeSignal= closeTime= anticipation= attack= decay= silence= staleFor='
-set -l radios 'auto bluez hci none simulator simulator: replay:'
+function __nearcast_radios
+    set -l typed (commandline -ct)
+    if set -l kind (string match -r '^(?:simulator|replay):' -- $typed)
+        set -l file (string replace $kind '' -- $typed)
+        printf '%s\n' $kind(__fish_complete_path $file)
+    else
+        printf '%s\n' auto bluez hci none simulator simulator: replay:
+    end
+end
+set -l radios '(__nearcast_radios)'
 
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -f
 complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -l version -d 'Print the version'

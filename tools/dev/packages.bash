@@ -8,7 +8,7 @@ need_to_build() {
 
 need_to_test() {
     need_to_build clang libclang-rt-dev llvm clang-format clang-tidy libgtest-dev librapidcheck-dev valgrind \
-        binutils dpkg-dev file python3 groff-base shellcheck dbus-daemon nodejs chromium
+        binutils dpkg-dev file python3 groff-base shellcheck fish dbus-daemon nodejs chromium
 }
 
 # need PACKAGE...: installs those that are missing. Where all are there it needs neither root nor a network.
