@@ -30,7 +30,7 @@ struct SharedClock {
 class NearestThreadsTest : public testing::Test {
 protected:
     Nearest::Sources sources() {
-        const auto registry =
+        auto registry =
             std::make_shared<const Settings>(Settings{{"Bar", recordOf(barMAC)}, {"Till", recordOf(tillMAC)}});
         return {
             [registry] { return registry; }, [this] { return (*clock)(); },
