@@ -37,6 +37,11 @@ struct NEARCAST_EXPORT NearestSettings {
     /// Seconds, from 1 to 3600. For about so long what was learned of close counts. Raise it where users stay at one
     /// device for many minutes.
     double closeTime = 120;
+    /// dB, from 1 to 100. As long as the strongest device is on average no further than this above the three next ones,
+    /// leads count as they are. Where walls or distances let it stand out more, they count up to four times, by the
+    /// square, and that of a far device more of it: such leads deceive less. Raise it to keep the choice calm there
+    /// too.
+    double contrast = 11;
     /// From 0 to 2. How far ahead a lead looks: the level counts with this part of what it rose or fell within the
     /// decay's time. Lower it where signals go up and down though nobody moves.
     double anticipation = 0.5;

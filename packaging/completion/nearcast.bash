@@ -3,7 +3,7 @@
 
 _nearcast_rules='strongest-report maximum-7 trimmed-mean-20s exponential-0.1 kalman-quick kalman-calm median-7
     strongest-raw nearest'
-_nearcast_nearest_settings='defaultThreshold hysteresis dwell margin patience closeSignal closeTime anticipation
+_nearcast_nearest_settings='defaultThreshold hysteresis dwell margin patience closeSignal closeTime contrast anticipation
     attack decay silence staleFor'
 
 _nearcast_radio() {

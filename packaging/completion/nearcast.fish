@@ -3,7 +3,7 @@
 
 set -l commands watch record run import scene evaluate report radios doctor
 set -l rules 'strongest-report maximum-7 trimmed-mean-20s exponential-0.1 kalman-quick kalman-calm median-7 strongest-raw nearest'
-set -l settings 'defaultThreshold= hysteresis= dwell= margin= patience= closeSignal= closeTime= anticipation= attack= decay= silence= staleFor='
+set -l settings 'defaultThreshold= hysteresis= dwell= margin= patience= closeSignal= closeTime= contrast= anticipation= attack= decay= silence= staleFor='
 function __nearcast_radios
     set -l typed (commandline -ct)
     if set -l kind (string match -r '^(?:simulator|replay):' -- $typed)

@@ -31,7 +31,7 @@ _nearcast() {
     _arguments -C '(- *)'{-h,--help}'[print help]' '(- *)--version[print the version]' \
         '1: :_nearcast_command' '*:: :->arguments'
     [[ $state == arguments ]] || return
-    local -a settings=(defaultThreshold hysteresis dwell margin patience closeSignal closeTime anticipation attack decay
+    local -a settings=(defaultThreshold hysteresis dwell margin patience closeSignal closeTime contrast anticipation attack decay
         silence staleFor)
     case $words[1] in
         watch)

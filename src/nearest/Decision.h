@@ -86,7 +86,7 @@ private:
     void compare(double at, double elapsed);
     void dropSilent(double at);
     void forgetMissed(double at);
-    void learnClose(double elapsed);
+    void learnPlace(double elapsed);
     void addUpLeads(double at, double elapsed);
     void leave(double at);
     void enter(double at, NearestRule rule);
@@ -96,6 +96,8 @@ private:
     void noteStaleness();
 
     [[nodiscard]] bool isSilent(const Device& device, double at) const;
+    [[nodiscard]] std::optional<double> leadOverTheNext(Index best) const;
+    [[nodiscard]] double clarity() const;
     [[nodiscard]] double waitsForMissed(const Device& device, double at) const;
     [[nodiscard]] Index strongest(Index but) const;
     [[nodiscard]] Index strongestInside(Index but, double at) const;
@@ -119,7 +121,8 @@ private:
     bool stale_ = false;
     std::optional<Missed> missed_;
     double close_;           ///< the signal of a close device, as it was learned, in dBm
-    double learnedFor_ = 5;  ///< seconds that stand behind it; at first a few, so that it soon follows what is heard
+    double contrast_ = 0;    ///< how far the strongest device is above the next ones, as it was learned, in dB
+    double learnedFor_ = 5;  ///< seconds that stand behind both; at first a few, so that they soon follow what is heard
     std::uint64_t changes_ = 0;
 };
 

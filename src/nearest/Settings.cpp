@@ -24,6 +24,7 @@ constexpr std::array settingsByName = {
     NearestSetting{"patience", "dB s", &S::patience, 0, 1000, true},
     NearestSetting{"closeSignal", "dBm", &S::closeSignal, weakest, strongest, true},
     NearestSetting{"closeTime", "s", &S::closeTime, 1, 3600, true},
+    NearestSetting{"contrast", "dB", &S::contrast, 1, 100, true},
     NearestSetting{"anticipation", "", &S::anticipation, 0, 2, true},
     NearestSetting{"attack", "", &S::attack, 0, 1, false},
     NearestSetting{"decay", "s", &S::decay, 0.1, 60, true},

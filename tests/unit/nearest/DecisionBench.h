@@ -28,6 +28,7 @@ inline NearestSettings plainSettings() {
     settings.patience = 6;
     settings.closeSignal = -60;
     settings.anticipation = 0;
+    settings.contrast = 100;  // leads count as they are
     settings.silence = 5;
     settings.staleFor = 30;
     return settings;

@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 namespace nearcast::nearest {
 
 namespace {
@@ -59,6 +62,65 @@ double patienceFarAway(double quietSeconds) {
 TEST(DecisionLeadTest, LearnsWhatIsCloseFromTheStrongestSignal) {
     EXPECT_GT(patienceFarAway(1), 4);
     EXPECT_LE(patienceFarAway(100), 2.5);
+}
+
+/// How long it takes to follow a lead of 6 dB s, 1 dB above the margin, where the strongest device was 20 dB above the
+/// other one for ten minutes.
+double secondsWhereItStandsOut(double contrast) {
+    NearestSettings settings = plainSettings();
+    settings.contrast = contrast;
+    settings.closeTime = 3600;
+    DecisionBench bench(settings, std::nullopt);
+    bench.both(0, 600, -60, -80);
+    double at = 600.25;
+    bench.both(at, at, -63, -60);
+    while (at < 620 && bench.at(at) == "Bar") {
+        at += DecisionBench::quarter;
+        bench.both(at, at, -63, -60);
+    }
+    return at - 600.25;
+}
+
+TEST(DecisionLeadTest, CountsLeadsAsTheyAreUntilTheStrongestDeviceStandsOut) {
+    EXPECT_EQ(secondsWhereItStandsOut(100), 6);
+    EXPECT_EQ(secondsWhereItStandsOut(20), 6);
+}
+
+TEST(DecisionLeadTest, CountsLeadsBySquareWhereTheStrongestDeviceStandsOut) {
+    EXPECT_LE(secondsWhereItStandsOut(14), 3.25);
+    EXPECT_GE(secondsWhereItStandsOut(14), 2.75);
+}
+
+TEST(DecisionLeadTest, CountsLeadsFourTimesAtMostWhereTheStrongestDeviceStandsOut) {
+    EXPECT_EQ(secondsWhereItStandsOut(9), 1.5);
+    EXPECT_EQ(secondsWhereItStandsOut(1), 1.5);
+}
+
+/// How long it takes to follow the same lead where the bar's device was at -60 dBm for ten minutes, the till's at -70,
+/// and others are at what is given.
+double secondsBeside(const std::vector<std::int32_t>& others) {
+    NearestSettings settings = plainSettings();
+    settings.contrast = 10;
+    settings.closeTime = 3600;
+    DecisionBench bench(settings, std::nullopt);
+    Settings registry = {{"Bar", recordOf(barMAC)}, {"Till", recordOf(tillMAC)}};
+    const auto addressOf = [](std::size_t other) { return "02:00:00:00:01:0" + std::to_string(other); };
+    for (std::size_t i = 0; i < others.size(); ++i) registry.emplace("Other " + addressOf(i), recordOf(addressOf(i)));
+    bench.decision.setRegistry(0, registry);
+    double at = 0;
+    for (; at <= 600 || (at < 620 && bench.at(at) == "Bar"); at += DecisionBench::quarter) {
+        for (std::size_t i = 0; i < others.size(); ++i) bench.decision.reported(at, addressOf(i), others[i]);
+        at <= 600 ? bench.both(at, at, -60, -70) : bench.both(at, at, -63, -60);
+    }
+    return at - 600;
+}
+
+TEST(DecisionLeadTest, LooksAtTheThreeNextDevicesToSeeWhetherTheStrongestStandsOut) {
+    EXPECT_LT(secondsBeside({-70, -90}), secondsBeside({-70, -70}));
+}
+
+TEST(DecisionLeadTest, LooksAtNoMoreThanThreeToSeeWhetherTheStrongestStandsOut) {
+    EXPECT_EQ(secondsBeside({-90, -70, -90, -70}), secondsBeside({-70, -70}));
 }
 
 TEST(DecisionLeadTest, LooksAheadAtALevelThatRises) {

@@ -57,6 +57,7 @@ private:
         settings.dwell = number(3) == 0 ? 0 : real(0, 6);
         settings.margin = real(0, 5);
         settings.patience = number(3) == 0 ? 0 : real(0, 20);
+        settings.contrast = real(1, 30);
         settings.attack = real(0.1, 1);
         settings.decay = real(0.1, 5);
         settings.silence = real(0.5, 6);
@@ -93,8 +94,6 @@ private:
         const Device* chosen = decision_.chosen();
         const std::string port = chosen == nullptr ? "" : chosen->portName;
         if (chosen != nullptr) checkHeard(*chosen);
-        if (port.empty() && !lastPort_.empty()) noteLoss();
-        lastPort_ = port;
         if (port != lastNamed_ && !port.empty()) checkDwell(port);
     }
     /// A device that is named is registered, and was heard a short time ago or is marked as stale.
@@ -121,7 +120,10 @@ private:
 
     /// Whether the device named last could not be kept.
     void noteLoss() {
-        const auto rule = decision_.choice().rule;
+        const auto choice = decision_.choice();
+        if (choice.since == lookedAt_) return;
+        lookedAt_ = choice.since;
+        const auto rule = choice.rule;
         lost_ = lost_ || rule == NearestRule::silent || rule == NearestRule::removed || rule == NearestRule::blind;
     }
 
@@ -133,8 +135,8 @@ private:
     bool hears_ = true;
     double radioSince_ = -1e9;
     std::map<std::string, double> heardAt_;
-    std::string lastPort_;   ///< "": none
     std::string lastNamed_;  ///< the last one that was not none
+    double lookedAt_ = -1;   ///< since when the choice was that was looked at last
     double namedAt_ = 0;
     bool lost_ = false;
     int named_ = 0;

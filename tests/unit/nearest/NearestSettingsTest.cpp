@@ -59,7 +59,8 @@ TEST(NearestSettingsTest, ListsEverySettingOnce) {
     NearestSettings settings;
     for (const NearestSetting& setting : nearestSettings()) settings.*setting.value = -1000;
     // The list names each member: none has kept its default.
-    const NearestSettings none{-1000, -1000, -1000, -1000, -1000, -1000, -1000, -1000, -1000, -1000, -1000, -1000};
+    const NearestSettings none{-1000, -1000, -1000, -1000, -1000, -1000, -1000,
+                               -1000, -1000, -1000, -1000, -1000, -1000};
     EXPECT_EQ(settings, none);
 }
 
