@@ -12,6 +12,10 @@
 namespace nearcast {
 
 /// What the manager stands on: a radio, a clock, timers and a console.
+///
+/// The manager and its radio live as long as the process. `console`, `radioHealthChanged` and a tap may thus be called
+/// until its very end, also while the objects of the program's own are destroyed after `main`: what they use must not
+/// be among those. Either end the tap and set no callbacks on such objects, or never destroy them.
 struct PlatformOptions {
     /// Which radio, as a radio string: `auto`, `bluez`, `bluez:hci1`, `hci:0` (a controller for this process alone),
     /// `hci:0?beside` (beside the Bluetooth service), `none`, `simulator`, `simulator:SCENE.json`, `replay:FILE`, and
