@@ -2,9 +2,7 @@
 #include "nearest/Decision.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <numeric>
 
 namespace nearcast::nearest {
 
@@ -17,11 +15,9 @@ bool isReading(std::int32_t RSSI) {
     return RSSI >= weakest && RSSI <= strongest;
 }
 
-constexpr double silentLevel = -std::numeric_limits<double>::infinity();
-
 }  // namespace
 
-Decision::Decision(const NearestSettings& settings) : settings_(settings), close_(settings.closeSignal) {
+Decision::Decision(const NearestSettings& settings) : settings_(settings), surroundings_(settings) {
     settings_.validate();
 }
 
@@ -152,53 +148,30 @@ double Decision::waitsForMissed(const Device& device, double at) const {
     return std::max(0.0, missed_->at + settings_.silence - at);
 }
 
-/// What a close device is heard with differs from place to place and from dongle to dongle: it is what the strongest
-/// is usually heard with. And how far it is above the next ones differs with walls and distances.
+/// What close means differs from place to place and from dongle to dongle.
 void Decision::learnPlace(double elapsed) {
     const Index best = strongest(none);
     if (best == none) return;
-    learnedFor_ = std::min(learnedFor_ + elapsed, settings_.closeTime);
-    const double part = std::min(elapsed / learnedFor_, 1.0);
-    close_ += (*devices_[best].level - close_) * part;
-    if (const auto lead = leadOverTheNext(best)) contrast_ += (*lead - contrast_) * part;
-}
-
-/// How far a device is above the mean of the three strongest others. More would make it a question of how large the
-/// place is.
-std::optional<double> Decision::leadOverTheNext(Index best) const {
-    std::array<double, 3> next{};
-    std::size_t known = 0;
+    NextLevels next;
     for (const Index index : audible_) {
-        if (index == best) continue;
-        if (known < next.size()) next[known++] = silentLevel;
-        double& weakest = *std::min_element(next.begin(), next.begin() + known);
-        weakest = std::max(weakest, *devices_[index].level);
+        if (index != best) next.add(*devices_[index].level);
     }
-    if (known == 0) return std::nullopt;
-    return *devices_[best].level -
-           std::accumulate(next.begin(), next.begin() + known, 0.0) / static_cast<double>(known);
-}
-
-/// How clear leads are here: 1, and up to 4 where the strongest device stands out more than usual. Leads are larger
-/// there while readings vary as they do everywhere, so less time is enough, and a weak leader says more.
-double Decision::clarity() const {
-    constexpr double most = 4;
-    const double ratio = contrast_ / settings_.contrast;
-    return std::clamp(ratio * ratio, 1.0, most);
+    surroundings_.learn(elapsed, *devices_[best].level, next.mean(), settings_);
 }
 
 void Decision::addUpLeads(double at, double elapsed) {
     if (present_ == none) return;
     constexpr double most = 12;  // dB: a single reading that is far too strong moves nothing by itself
     const double present = devices_[present_].expected(settings_);
-    const double clear = clarity();
+    const double clarity = surroundings_.clarity(settings_);
     for (const Index index : audible_) {
         Device& device = devices_[index];
         if (index == present_) continue;
         if (!device.isInside(at, settings_)) continue;
-        double lead = std::min(device.expected(settings_) - present - settings_.margin, most);
-        if (lead > 0) lead *= device.weight(close_, clear, settings_);
-        device.evidence = std::max(0.0, device.evidence + lead * clear * elapsed);
+        const double expected = device.expected(settings_);
+        double lead = std::min(expected - present - settings_.margin, most);
+        if (lead > 0) lead *= surroundings_.weight(expected, settings_);
+        device.evidence = std::max(0.0, device.evidence + lead * clarity * elapsed);
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "nearest/Device.h"
+#include "nearest/Surroundings.h"
 
 #include <nearcast/Nearest.h>
 
@@ -96,8 +97,6 @@ private:
     void noteStaleness();
 
     [[nodiscard]] bool isSilent(const Device& device, double at) const;
-    [[nodiscard]] std::optional<double> leadOverTheNext(Index best) const;
-    [[nodiscard]] double clarity() const;
     [[nodiscard]] double waitsForMissed(const Device& device, double at) const;
     [[nodiscard]] Index strongest(Index but) const;
     [[nodiscard]] Index strongestInside(Index but, double at) const;
@@ -120,9 +119,7 @@ private:
     double since_ = -std::numeric_limits<double>::infinity();  ///< of the choice
     bool stale_ = false;
     std::optional<Missed> missed_;
-    double close_;           ///< the signal of a close device, as it was learned, in dBm
-    double contrast_ = 0;    ///< how far the strongest device is above the next ones, as it was learned, in dB
-    double learnedFor_ = 5;  ///< seconds that stand behind both; at first a few, so that they soon follow what is heard
+    Surroundings surroundings_;
     std::uint64_t changes_ = 0;
 };
 

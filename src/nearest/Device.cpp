@@ -82,11 +82,4 @@ double Device::expected(const NearestSettings& settings) const {
     return *level + settings.anticipation * (*level - trail);
 }
 
-double Device::weight(double close, double clarity, const NearestSettings& settings) const {
-    constexpr double doubling = 3;  // dB: twice the power
-    constexpr double least = 0.0625;
-    constexpr double most = 8;
-    return std::clamp(std::exp2((expected(settings) - close) / (doubling * clarity)), least, most);
-}
-
 }  // namespace nearcast::nearest

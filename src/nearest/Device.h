@@ -43,10 +43,6 @@ struct Device {
     [[nodiscard]] bool isOutside(double at, const NearestSettings& settings) const;
     /// Where the level is going: a user who comes closer makes it rise for seconds. In dBm; only with a level.
     [[nodiscard]] double expected(const NearestSettings& settings) const;
-    /// How much a lead of this device counts: 1 with the signal of a close device, twice as much for each 3 dB more.
-    /// @param close   in dBm
-    /// @param clarity how many times those 3 dB
-    [[nodiscard]] double weight(double close, double clarity, const NearestSettings& settings) const;
 
 private:
     void draw(double elapsed, const NearestSettings& settings);

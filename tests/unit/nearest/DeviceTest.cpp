@@ -53,28 +53,6 @@ TEST(DeviceTest, DecidesByReportsAgainOnceRawReadingsHaveEnded) {
     EXPECT_EQ(device.level, -60);
 }
 
-TEST(DeviceTest, WeighsALeadByThePowerWithinBounds) {
-    Device device;
-    const auto weight = [&](double level) {
-        device.level = level;
-        device.trail = level;
-        return device.weight(-60, 1, {});
-    };
-    EXPECT_EQ(weight(-60), 1);
-    EXPECT_EQ(weight(-57), 2);
-    EXPECT_EQ(weight(-63), 0.5);
-    EXPECT_EQ(weight(-20), 8);
-    EXPECT_EQ(weight(-100), 0.0625);
-}
-
-TEST(DeviceTest, WeighsALeadByLessOfThePowerWhereLeadsAreClear) {
-    Device device;
-    device.level = -66;
-    device.trail = -66;
-    EXPECT_EQ(device.weight(-60, 1, {}), 0.25);
-    EXPECT_EQ(device.weight(-60, 2, {}), 0.5);
-}
-
 TEST(DeviceTest, ExpectsALevelThatRoseToRiseOn) {
     NearestSettings settings;
     settings.anticipation = 0.5;
