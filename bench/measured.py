@@ -1,7 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """What measuring scripts share: the lines that they print, and what Linux tells of a process."""
 
+import argparse
 import json
+import os
 import pathlib
 import statistics
 import sys
@@ -10,6 +12,25 @@ import sys
 def tell(text):
     """Progress, which is not what was measured."""
     print(text, file=sys.stderr, flush=True)
+
+
+def options_of(doc, quick, **others):
+    """What a measuring script was called with: the build, the number of runs, and options of its own.
+
+    @param quick  the values that --quick stands for
+    @param others the script's own options and their defaults
+    """
+    parser = argparse.ArgumentParser(description=doc.splitlines()[0])
+    parser.add_argument("build", type=lambda text: pathlib.Path(text).resolve())
+    for name, default in {"runs": 5, **others}.items():
+        parser.add_argument(f"--{name}", type=type(default), default=default)
+    parser.add_argument("--quick", action="store_true")
+    options = parser.parse_args()
+    if options.quick:
+        vars(options).update(quick)
+    for bluezd in options.build.glob("**/bluezd/bluezd"):
+        os.environ["NEARCAST_BLUEZD"] = str(bluezd)
+    return options
 
 
 def print_line(what, unit, values, floors=None, budget=None, budget_of="value", scale=2):

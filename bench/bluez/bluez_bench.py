@@ -16,7 +16,6 @@ How much that is depends on what else the machine does, so each run of ours is c
 client just before it. Prints lines for the table; a budget that is not kept is for the table to say.
 """
 
-import argparse
 import os
 import pathlib
 import subprocess
@@ -26,7 +25,7 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(ROOT / "tests" / "integration"), str(ROOT / "bench")]
-from measured import print_line, processor_seconds, resident, tell, threads_of, wake_ups  # noqa: E402
+from measured import options_of, print_line, processor_seconds, resident, tell, threads_of, wake_ups  # noqa: E402
 from private_bus import Bluezd, PrivateBus  # noqa: E402
 
 PROGRAMS = {"minimal": "minimal_client", "ours": "our_client"}
@@ -125,17 +124,7 @@ def alternate(measure, runs, options):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("build", type=lambda text: pathlib.Path(text).resolve())
-    parser.add_argument("--devices", type=int, default=400)
-    parser.add_argument("--rate", type=float, default=1000)
-    parser.add_argument("--seconds", type=float, default=4)
-    parser.add_argument("--runs", type=int, default=5)
-    parser.add_argument("--quick", action="store_true")
-    options = parser.parse_args()
-    if options.quick:
-        options.seconds, options.runs = 0.5, 1
-    os.environ["NEARCAST_BLUEZD"] = str(next(options.build.glob("**/bluezd/bluezd")))
+    options = options_of(__doc__, quick={"seconds": 0.5, "runs": 1}, devices=400, rate=1000.0, seconds=4.0)
     at_rate = alternate(steady, options.runs, options)
     flood = alternate(flooded, 3 * options.runs, options)
     ours, floor = at_rate["ours"], at_rate["minimal"]

@@ -17,6 +17,7 @@ namespace nearcast::bench {
 namespace {
 
 constexpr double mostTimesTheFloor = 1.5;
+constexpr int threadsAtOnce = 8;
 
 void progress(const std::string& what) { std::fprintf(stderr, "%s\n", what.c_str()); }
 
@@ -32,10 +33,9 @@ void hearAll(Handler& handler, Slice slice) {
 /// The same, all of it from each of eight threads at once.
 template <class Handler>
 void hearInThreads(Handler& handler, Slice slice) {
-    constexpr int count = 8;
-    std::barrier start(count);
+    std::barrier start(threadsAtOnce);
     std::vector<std::thread> threads;
-    for (int thread = 0; thread < count; ++thread) {
+    for (int thread = 0; thread < threadsAtOnce; ++thread) {
         threads.emplace_back([&] {
             start.arrive_and_wait();
             hearAll(handler, slice);
@@ -61,8 +61,12 @@ std::pair<double, double> inTurns(clockid_t clock, const Air& air, First&& first
     return {costs.first / count, costs.second / count};
 }
 
-void besideTheFloor(const Request& request, std::size_t dongles, std::size_t advertisements) {
-    progress("handler, " + std::to_string(dongles) + " dongles");
+/// @param hear  how a handler hears a slice
+/// @param times how often it hears it so
+template <class Hear>
+void besideTheFloor(const Request& request, const std::string& what, std::size_t dongles, std::size_t advertisements,
+                    clockid_t clock, Hear&& hear, int times = 1) {
+    progress(what);
     const auto addresses = someAddresses(dongles);
     HandlerFloor floor(addresses, ignore);
     HandlerWorld world;
@@ -71,35 +75,24 @@ void besideTheFloor(const Request& request, std::size_t dongles, std::size_t adv
     hearAll(floor, first.advertisements());
     hearAll(world, first.advertisements());
     const Air air(addresses, advertisements);
-    Line line("handler, " + std::to_string(dongles) + " dongles, random order", "ns", mostTimesTheFloor, "ratio");
+    Line line(what, "ns", mostTimesTheFloor, "ratio");
     for (int run = 0; run < request.runs; ++run) {
         const auto [least, ours] = inTurns(
-            CLOCK_THREAD_CPUTIME_ID, air, [&](Slice slice) { hearAll(floor, slice); },
-            [&](Slice slice) { hearAll(world, slice); });
-        line.add(ours, least);
+            clock, air, [&](Slice slice) { hear(floor, slice); }, [&](Slice slice) { hear(world, slice); });
+        line.add(ours / times, least / times);
     }
     line.print();
 }
 
-void inThreads(const Request& request, std::size_t advertisements) {
-    constexpr int threads = 8;
-    progress("handler, eight threads");
-    const auto addresses = someAddresses(100);
-    HandlerFloor floor(addresses, ignore);
-    HandlerWorld world;
-    world.registerAll(addresses);
-    const Air first = Air::inTurn(addresses, 7);
-    hearAll(floor, first.advertisements());
-    hearAll(world, first.advertisements());
-    const Air air(addresses, advertisements);
-    Line line("handler, 100 dongles, eight threads at once", "ns", mostTimesTheFloor, "ratio");
-    for (int run = 0; run < request.runs; ++run) {
-        const auto [least, ours] = inTurns(
-            CLOCK_PROCESS_CPUTIME_ID, air, [&](Slice slice) { hearInThreads(floor, slice); },
-            [&](Slice slice) { hearInThreads(world, slice); });
-        line.add(ours / threads, least / threads);
-    }
-    line.print();
+void oneThread(const Request& request, std::size_t dongles, std::size_t advertisements) {
+    besideTheFloor(request, "handler, " + std::to_string(dongles) + " dongles, random order", dongles, advertisements,
+                   CLOCK_THREAD_CPUTIME_ID, [](auto& handler, Slice slice) { hearAll(handler, slice); });
+}
+
+void eightThreads(const Request& request, std::size_t advertisements) {
+    besideTheFloor(
+        request, "handler, 100 dongles, eight threads at once", 100, advertisements, CLOCK_PROCESS_CPUTIME_ID,
+        [](auto& handler, Slice slice) { hearInThreads(handler, slice); }, threadsAtOnce);
 }
 
 /// Ours beside ours, the one small and the other large.
@@ -143,10 +136,10 @@ void registries(const Request& request, std::size_t advertisements, std::size_t 
 
 void all(const Request& request) {
     const std::size_t many = request.quick ? 20'000 : 2'000'000;
-    besideTheFloor(request, 100, many);
-    besideTheFloor(request, 10'000, many);
-    besideTheFloor(request, request.quick ? 20'000 : 1'000'000, many);
-    inThreads(request, many / 8);
+    oneThread(request, 100, many);
+    oneThread(request, 10'000, many);
+    oneThread(request, request.quick ? 20'000 : 1'000'000, many);
+    eightThreads(request, many / threadsAtOnce);
     windows(request, many / 2);
     registries(request, many / 2, request.quick ? 1'000 : 100'000);
 }

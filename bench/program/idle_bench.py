@@ -8,7 +8,6 @@ A wake-up is a voluntary context switch of Linux's: a thread that has waited. Al
 many intervals of so many seconds; they include sweeps (every 5 s) and the watchdog's restart (after 30 s).
 """
 
-import argparse
 import json
 import os
 import pathlib
@@ -21,7 +20,7 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(ROOT / "tests" / "integration"), str(ROOT / "bench")]
-from measured import print_line, processor_seconds, tell, wake_ups  # noqa: E402
+from measured import options_of, print_line, processor_seconds, tell, wake_ups  # noqa: E402
 from private_bus import Bluezd, PrivateBus  # noqa: E402
 
 EMPTY_SCENE = {"floor": {"width": 8, "depth": 6}, "user": {"path": [{"at": [1, 1]}]}, "dongles": []}
@@ -76,15 +75,7 @@ def measure(processes, seconds):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("build", type=lambda text: pathlib.Path(text).resolve())
-    parser.add_argument("--runs", type=int, default=5)
-    parser.add_argument("--seconds", type=float, default=12)
-    parser.add_argument("--quick", action="store_true")
-    options = parser.parse_args()
-    if options.quick:
-        options.runs, options.seconds = 1, 1
-    os.environ["NEARCAST_BLUEZD"] = str(next(options.build.glob("**/bluezd/bluezd")))
+    options = options_of(__doc__, quick={"runs": 1, "seconds": 1}, seconds=12.0)
     with tempfile.TemporaryDirectory() as folder:
         bus = PrivateBus(folder)
         bluezd = Bluezd(bus, "--devices", 0)

@@ -7,8 +7,6 @@
 What counts is VmRSS of /proc/PID/status, shared libraries included, once every device has filled its windows.
 """
 
-import argparse
-import os
 import pathlib
 import subprocess
 import sys
@@ -18,7 +16,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(ROOT / "tests" / "integration"), str(ROOT / "bench")]
 from idle_bench import on_terminal  # noqa: E402
-from measured import print_line, resident, status, tell  # noqa: E402
+from measured import options_of, print_line, resident, status, tell  # noqa: E402
 from private_bus import Bluezd, PrivateBus  # noqa: E402
 
 RATE = 4000
@@ -45,15 +43,7 @@ def one_run(bus, build, how, options):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("build", type=lambda text: pathlib.Path(text).resolve())
-    parser.add_argument("--devices", type=int, default=1000)
-    parser.add_argument("--runs", type=int, default=5)
-    parser.add_argument("--quick", action="store_true")
-    options = parser.parse_args()
-    if options.quick:
-        options.runs = 1
-    os.environ["NEARCAST_BLUEZD"] = str(next(options.build.glob("**/bluezd/bluezd")))
+    options = options_of(__doc__, quick={"runs": 1}, devices=1000)
     hows = ("into a file", "on a terminal")
     memories = {how: [] for how in hows}
     with tempfile.TemporaryDirectory() as folder:

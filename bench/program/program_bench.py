@@ -8,7 +8,6 @@ Being started is told by the wall, beside a program that does nothing, started i
 the processor time of the process, which on a machine that has nothing else to do is the wall's too.
 """
 
-import argparse
 import os
 import statistics
 import sys
@@ -18,7 +17,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 import make_scenario  # noqa: E402
-from measured import print_line  # noqa: E402
+from measured import options_of, print_line  # noqa: E402
 
 
 def started(command, out):
@@ -62,11 +61,7 @@ def scenarios(program, folder, foreign, options):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("build", type=Path)
-    parser.add_argument("--runs", type=int, default=5)
-    parser.add_argument("--quick", action="store_true")
-    options = parser.parse_args()
+    options = options_of(__doc__, quick={})
     program = str(options.build.resolve() / "apps" / "nearcast" / "nearcast")
     ours, floors = starts(program, options)
     print_line("nearcast --version, beside /bin/true", "ms", ours, floors, 10)
