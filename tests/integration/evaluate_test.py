@@ -262,14 +262,35 @@ class RealRecordings(EvaluateTest):
         self.assertAlmostEqual(report["wrongSwitchesPerMinute"], 0.3, delta=0.1)
         self.assertAlmostEqual(report["medianSecondsToFollow"], 5.0, delta=0.2)
 
-    def test_the_hall_tracks(self):
+    def tracks(self):
         folder = recording("hall", "track_straight_01.jsonl").parent
         tracks = sorted(path for path in folder.glob("track_*.jsonl") if ".truth." not in path.name)
         self.assertEqual(len(tracks), 9)
-        report = self.totals(*tracks)["strongest-report"]
+        return tracks
+
+    def test_the_hall_tracks(self):
+        report = self.totals(*self.tracks())["strongest-report"]
         self.assertAlmostEqual(report["rightOfAnsweredPercent"], 51, delta=1)
         self.assertAlmostEqual(report["wrongSwitchesPerMinute"], 5.3, delta=0.2)
         self.assertAlmostEqual(report["medianSecondsToFollow"], 4.0, delta=0.5)
+
+    def expect_nearest_is_best(self, *recordings):
+        """The most accurate of all, with at most half the wrong switches of the second, and within 3 s."""
+        totals = self.totals(*recordings)
+        nearest = totals.pop("nearest")
+        second = max(totals.values(), key=lambda total: total["rightPercent"])
+        self.assertGreaterEqual(nearest["rightPercent"], second["rightPercent"])
+        self.assertLessEqual(nearest["wrongSwitchesPerMinute"], second["wrongSwitchesPerMinute"] / 2)
+        self.assertLessEqual(nearest["medianSecondsToFollow"], 3)
+
+    def test_nearest_is_best_on_the_stays(self):
+        self.expect_nearest_is_best(recording("hall", "hall_steps_40s.jsonl"))
+
+    def test_nearest_is_best_on_the_tracks(self):
+        self.expect_nearest_is_best(*self.tracks())
+
+    def test_nearest_is_best_on_all_of_the_hall(self):
+        self.expect_nearest_is_best(recording("hall", "hall_steps_40s.jsonl"), *self.tracks())
 
 
 if __name__ == "__main__":
