@@ -79,6 +79,7 @@ private:
 
     Device* find(std::string_view MACAddr);
     Device fromRecord(const std::string& portName, const SettingRecord& record) const;
+    void restoreMissed(const std::optional<Device>& missed);
     void restoreChoice(double at, const std::optional<Device>& last);
 
     double advance(double at);

@@ -35,11 +35,11 @@ Device Decision::fromRecord(const std::string& portName, const SettingRecord& re
 void Decision::setRegistry(double at, const Settings& registry) {
     const double now = advance(at);
     const std::optional<Device> last = present_ == none ? std::nullopt : std::optional(devices_[present_]);
+    const std::optional<Device> missed = missed_ ? std::optional(devices_[missed_->device]) : std::nullopt;
     const auto before = std::exchange(devices_, {});
     const auto known = std::exchange(byAddress_, {});
     devices_.reserve(registry.size());
     audible_.clear();
-    missed_.reset();
     for (const auto& [portName, record] : registry) {
         if (record == nullptr) continue;
         Device device = fromRecord(portName, *record);
@@ -52,7 +52,18 @@ void Decision::setRegistry(double at, const Settings& registry) {
         if (device.level) audible_.push_back(devices_.size());
         devices_.push_back(std::move(device));
     }
+    restoreMissed(missed);
     restoreChoice(now, last);
+}
+
+void Decision::restoreMissed(const std::optional<Device>& missed) {
+    if (!missed) return;
+    const Device* device = find(missed->MACAddr);
+    if (device != nullptr && device->portName == missed->portName) {
+        missed_->device = static_cast<Index>(device - devices_.data());
+    } else {
+        missed_.reset();
+    }
 }
 
 void Decision::restoreChoice(double at, const std::optional<Device>& last) {

@@ -98,6 +98,24 @@ TEST(DecisionSilenceTest, LetsNobodyWaitForADeviceThatIsHeardAgain) {
     EXPECT_EQ(bench.at(6.75), "Till");
 }
 
+TEST(DecisionSilenceTest, LetsAWeakerDeviceWaitThoughTheRegistryChanges) {
+    DecisionBench bench = withTheBarGone(-65);
+    EXPECT_EQ(bench.at(6), "");
+    bench.decision.setRegistry(
+        7,
+        {{"Attic", recordOf("02:00:00:00:00:0C")}, {"Bar", recordOf(barMAC, -80)}, {"Till", recordOf(tillMAC, -90)}});
+    for (double at = 7; at < 11; at += DecisionBench::quarter) bench.till(at, -65);
+    EXPECT_EQ(bench.at(10.999), "");
+    EXPECT_EQ(bench.at(11), "Till");
+}
+
+TEST(DecisionSilenceTest, LetsNobodyWaitForADeviceThatIsRemoved) {
+    DecisionBench bench = withTheBarGone(-65);
+    EXPECT_EQ(bench.at(6), "");
+    bench.decision.setRegistry(7, {{"Till", recordOf(tillMAC, -90)}});
+    EXPECT_EQ(bench.at(7.25), "Till");
+}
+
 TEST(DecisionSilenceTest, GivesADeviceItsPlaceBackAfterTheDwellTimeWhereItLeadsAgain) {
     DecisionBench bench = withTheBarGone(-60);
     EXPECT_EQ(bench.at(6), "Till");
