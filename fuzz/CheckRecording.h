@@ -5,8 +5,8 @@
 #include "platform/replay/Import.h"
 #include "platform/replay/RecordingReader.h"
 #include "platform/replay/RecordingWriter.h"
-#include "scenario/Line.h"
-#include "scenario/PlainLine.h"
+#include "lines/Line.h"
+#include "lines/PlainLine.h"
 
 #include <algorithm>
 #include <chrono>
@@ -34,11 +34,11 @@ inline ByteSource sourceOf(std::span<const std::uint8_t> bytes) {
 struct Lines {
     std::string text;
     ImportResult result;
-    scenario::Time farthest{0};  ///< from the start, either way
+    lines::Time farthest{0};  ///< from the start, either way
 };
 
 /// Beyond this a time that is read as a double does not name each microsecond any more.
-inline constexpr scenario::Time exactTimes = std::chrono::seconds(4'000'000'000);
+inline constexpr lines::Time exactTimes = std::chrono::seconds(4'000'000'000);
 
 /// What an import gives; nothing for what is no recording.
 inline std::unique_ptr<Lines> imported(std::span<const std::uint8_t> bytes, const RecordingOptions& options) {
@@ -51,10 +51,10 @@ inline std::unique_ptr<Lines> imported(std::span<const std::uint8_t> bytes, cons
     auto lines = std::make_unique<Lines>();
     lines->result = importRecording(*reader, "input", options, [&](std::string_view line) {
         lines->text.append(line).push_back('\n');
-        const auto plain = scenario::readPlainLine(line, {});
-        const scenario::Line parsed = scenario::parseJSONLine(line, {});
+        const auto plain = lines::readPlainLine(line, {});
+        const lines::Line parsed = lines::parseJSONLine(line, {});
         lines->farthest = std::max(lines->farthest, std::chrono::abs(parsed.at));
-        expect(!plain || scenario::writeLine(*plain) == scenario::writeLine(parsed), "a plain line is the JSON it is");
+        expect(!plain || lines::writeLine(*plain) == lines::writeLine(parsed), "a plain line is the JSON it is");
     });
     expect(!reader->next(), "nothing comes after the end or the damage");
     return lines;

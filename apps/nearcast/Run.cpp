@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "scenario/Runner.h"
+#include "lab/Runner.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -11,13 +11,13 @@ namespace {
 
 struct RunArguments {
     std::vector<std::string> files;
-    scenario::RunOptions options;
+    lab::RunOptions options;
 };
 
 int run(const RunArguments& arguments) {
     try {
-        scenario::run(arguments.files, arguments.options, writeOut);
-    } catch (const scenario::ScenarioError& error) {
+        lab::run(arguments.files, arguments.options, writeOut);
+    } catch (const lines::ScenarioError& error) {
         return complain("run", error.what(), exitUsage);
     }
     finishOut();

@@ -37,7 +37,8 @@ class ExportedSymbols(unittest.TestCase):
     def test_finds_strong_symbols_of_others_in_a_static_library(self):
         ours = [("T", "nearcast::Manager::startScan()"), ("W", "std::vector<int>::push_back(int&&)")]
         self.assertEqual(list(problems_of_static(ours)), [])
-        for letter, name in (("T", "helper(int)"), ("D", "counter"), ("B", "CLI::App::instance")):
+        for letter, name in (("T", "helper(int)"), ("D", "counter"), ("B", "CLI::App::instance"),
+                             ("T", "nearcast::lab::play(nearcast::lab::PlaybackInput const&)")):
             with self.subTest(name=name):
                 self.assertEqual(list(problems_of_static(ours + [(letter, name)])),
                                  [f"the static library defines {name}"])

@@ -8,7 +8,7 @@
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorPlatform.h"
 #include "platform/virtual/VirtualPlatform.h"
-#include "scenario/Line.h"
+#include "lines/Line.h"
 
 #include <algorithm>
 
@@ -66,12 +66,12 @@ private:
 std::string recording() {
     std::string lines;
     for (auto at = 100ms; at <= 60s; at += advertisingInterval) {
-        scenario::Advertise advertise;
+        lines::Advertise advertise;
         advertise.manufacturerData = {{0xFF, 0xFF, 2, 0, 0, 0, 0, 1}};
         advertise.RSSI = -60;
-        lines += scenario::writeLine({at, advertise}) + "\n";
-        if (at == lost) lines += scenario::writeLine({at, scenario::RadioState{CBManagerStatePoweredOff}}) + "\n";
-        if (at == back) lines += scenario::writeLine({at, scenario::RadioState{CBManagerStatePoweredOn}}) + "\n";
+        lines += lines::writeLine({at, advertise}) + "\n";
+        if (at == lost) lines += lines::writeLine({at, lines::RadioState{CBManagerStatePoweredOff}}) + "\n";
+        if (at == back) lines += lines::writeLine({at, lines::RadioState{CBManagerStatePoweredOn}}) + "\n";
     }
     return lines;
 }

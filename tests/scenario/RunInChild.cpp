@@ -51,9 +51,9 @@ private:
 };
 
 [[noreturn]] void runHere(const SharedFile& input, const SharedFile& output, const SharedFile& problem,
-                          const RunOptions& options) {
+                          const lab::RunOptions& options) {
     try {
-        run({input.path()}, options, [&](std::string_view text) { output.write(text); });
+        lab::run({input.path()}, options, [&](std::string_view text) { output.write(text); });
     } catch (const std::exception& error) {
         problem.write(error.what());
     }
@@ -62,7 +62,7 @@ private:
 
 }  // namespace
 
-Outcome runInChild(const std::vector<std::string>& lines, const RunOptions& options) {
+Outcome runInChild(const std::vector<std::string>& lines, const lab::RunOptions& options) {
     const SharedFile input;
     const SharedFile output;
     const SharedFile problem;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "scenario/Runner.h"
+#include "lab/Runner.h"
 
 #include <string>
 #include <vector>
@@ -16,6 +16,6 @@ struct Outcome {
 
 /// Runs a scenario in a process of its own, for there is one manager in a process. Only while the caller has one
 /// thread.
-Outcome runInChild(const std::vector<std::string>& lines, const RunOptions& options);
+Outcome runInChild(const std::vector<std::string>& lines, const lab::RunOptions& options);
 
 }  // namespace nearcast::scenario

@@ -32,7 +32,7 @@ using Shown = std::vector<std::string>;
 
 TEST(Runner, ShowsNoTracesAndNoLocksUnlessAsked) {
     const std::vector<std::string> lines{delegate, R"({"do":"startScan"})"};
-    const auto count = [&](RunOptions options, const std::string& kind) {
+    const auto count = [&](lab::RunOptions options, const std::string& kind) {
         const auto events = readEvents(runInChild(lines, options).output);
         return std::count_if(events.begin(), events.end(), [&](const Event& event) { return event["event"] == kind; });
     };

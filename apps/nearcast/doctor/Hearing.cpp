@@ -3,7 +3,7 @@
 
 #include "doctor/Text.h"
 #include "platform/hciformat/RawReport.h"
-#include "scenario/Line.h"
+#include "lines/Line.h"
 
 #include <algorithm>
 #include <span>
@@ -16,7 +16,7 @@ constexpr std::size_t addressOctets = 6;
 constexpr std::string_view nameMarker = "QX";
 
 bool hasDongleService(const AdvertisingReport& report) {
-    static const CBUUID service = CBUUID::UUIDWithString(scenario::dongleService);
+    static const CBUUID service = CBUUID::UUIDWithString(lines::dongleService);
     return std::find(report.services.begin(), report.services.end(), service) != report.services.end();
 }
 

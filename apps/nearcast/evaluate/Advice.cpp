@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Advice.h"
 
-#include "nearest/NearestAsRule.h"
-#include "scenario/Deciding.h"
+#include "lab/NearestAsRule.h"
+#include "lab/Deciding.h"
 
 #include <map>
 
@@ -13,12 +13,12 @@ namespace {
 using Levels = std::map<std::string, double, std::less<>>;
 
 /// Adds the stays of a recording, with the levels that `nearest` compares.
-void addStays(nearest::Standing& standing, const JudgedRecording& recording, const NearestSettings& settings) {
-    const auto stays = nearest::staysOf(recording.truth, recording.playback.end);
+void addStays(lab::Standing& standing, const JudgedRecording& recording, const NearestSettings& settings) {
+    const auto stays = lab::staysOf(recording.truth, recording.playback.end);
     auto stay = stays.begin();
     bool begun = false;
-    nearest::NearestAsRule rule(*recording.playback.registry, settings);
-    scenario::tell(recording.playback, rule, [&](double at) {
+    lab::NearestAsRule rule(*recording.playback.registry, settings);
+    lab::tell(recording.playback, rule, [&](double at) {
         rule.nearest(at);
         while (stay != stays.end() && at >= stay->to) {
             ++stay;
@@ -34,10 +34,10 @@ void addStays(nearest::Standing& standing, const JudgedRecording& recording, con
     });
 }
 
-std::map<std::string, scenario::PlaybackDongle> devicesOf(const std::vector<JudgedRecording>& recordings) {
-    std::map<std::string, scenario::PlaybackDongle> devices;
+std::map<std::string, lab::PlaybackDongle> devicesOf(const std::vector<JudgedRecording>& recordings) {
+    std::map<std::string, lab::PlaybackDongle> devices;
     for (const JudgedRecording& recording : recordings) {
-        for (const scenario::PlaybackDongle& dongle : recording.playback.dongles) {
+        for (const lab::PlaybackDongle& dongle : recording.playback.dongles) {
             if (!dongle.portName.empty()) devices.emplace(dongle.MACAddr, dongle);
         }
     }
@@ -47,10 +47,10 @@ std::map<std::string, scenario::PlaybackDongle> devicesOf(const std::vector<Judg
 }  // namespace
 
 std::vector<DeviceAdvice> advise(const std::vector<JudgedRecording>& recordings, const NearestSettings& settings) {
-    nearest::Standing standing;
+    lab::Standing standing;
     for (const JudgedRecording& recording : recordings) addStays(standing, recording, settings);
-    std::map<std::string, nearest::ThresholdAdvice> found;
-    for (auto& one : nearest::adviseThresholds(standing)) found.emplace(one.MACAddr, one);
+    std::map<std::string, lab::ThresholdAdvice> found;
+    for (auto& one : lab::adviseThresholds(standing)) found.emplace(one.MACAddr, one);
     const auto devices = devicesOf(recordings);
     std::vector<DeviceAdvice> all;
     for (const auto& [MACAddr, dongle] : devices) {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "evaluate/Evaluation.h"
-#include "nearest/evaluation/Thresholds.h"
+#include "lab/Thresholds.h"
 
 #include <nearcast/QXNearcastManager.h>
 
@@ -16,7 +16,7 @@ namespace nearcast::cli {
 struct DeviceAdvice {
     std::string portName;
     std::optional<std::int32_t> present;  ///< its threshold until now, in dBm
-    nearest::ThresholdAdvice advice;
+    lab::ThresholdAdvice advice;
     std::string mistakenAt;  ///< the port name of `advice.mistakenAt`
 };
 

@@ -12,7 +12,7 @@ std::string decibels(std::optional<std::int32_t> value) { return value ? std::to
 
 /// What a person has to know of it; empty where the table says all.
 std::string remark(const DeviceAdvice& one) {
-    const nearest::ThresholdAdvice& advice = one.advice;
+    const lab::ThresholdAdvice& advice = one.advice;
     if (advice.inseparable()) {
         const std::string other = one.mistakenAt.empty() ? "the rest" : printable(one.mistakenAt);
         return "cannot be told apart from " + other + ": " + percent(advice.errorThere()) + " % error";
@@ -24,7 +24,7 @@ std::string remark(const DeviceAdvice& one) {
 }
 
 JSON asJSON(const DeviceAdvice& one) {
-    const nearest::ThresholdAdvice& advice = one.advice;
+    const lab::ThresholdAdvice& advice = one.advice;
     JSON result = {{"portName", one.portName}, {"MACAddr", advice.MACAddr}};
     result["present"] = one.present ? JSON(*one.present) : JSON();
     result["threshold"] = advice.threshold ? JSON(*advice.threshold) : JSON();

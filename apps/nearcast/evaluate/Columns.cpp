@@ -13,7 +13,7 @@ std::vector<std::string> withFigures(std::vector<std::string> names) {
     return names;
 }
 
-std::vector<std::string> withFigures(std::vector<std::string> cells, const nearest::Score& score) {
+std::vector<std::string> withFigures(std::vector<std::string> cells, const lab::Score& score) {
     cells.push_back(percent(score.rightOfAll()));
     cells.push_back(percent(score.rightOfAnswered()));
     cells.push_back(decimals(score.wrongSwitchesPerMinute(), 2));

@@ -13,7 +13,7 @@ namespace nearcast::cli {
 /// The names of columns, followed by those of the figures.
 std::vector<std::string> withFigures(std::vector<std::string> names);
 /// The cells of a row, followed by its figures.
-std::vector<std::string> withFigures(std::vector<std::string> cells, const nearest::Score& score);
+std::vector<std::string> withFigures(std::vector<std::string> cells, const lab::Score& score);
 /// The columns of the settings that are swept.
 std::vector<std::string> sweepNames(const Evaluation& evaluation);
 

@@ -6,9 +6,9 @@
 #include "evaluate/EvaluationPage.h"
 #include "evaluate/EvaluationText.h"
 #include "evaluate/Recordings.h"
-#include "nearest/rules/RuleList.h"
+#include "lab/RuleList.h"
 #include "playback/PlaybackFile.h"
-#include "scenario/LineReader.h"
+#include "lines/LineReader.h"
 #include "watch/SettingsFile.h"
 
 #include <CLI/CLI.hpp>
@@ -37,8 +37,8 @@ struct EvaluateArguments {
 
 int listRules() {
     std::size_t longest = 0;
-    for (const nearest::NamedRule& rule : nearest::rules()) longest = std::max(longest, rule.name.size());
-    for (const nearest::NamedRule& rule : nearest::rules()) {
+    for (const lab::NamedRule& rule : lab::rules()) longest = std::max(longest, rule.name.size());
+    for (const lab::NamedRule& rule : lab::rules()) {
         writeOut(std::string(rule.name) + std::string(longest + 2 - rule.name.size(), ' '));
         writeOut(std::string(rule.description) + "\n");
     }
@@ -50,12 +50,12 @@ int listRules() {
 std::vector<std::string> rulesOf(const EvaluateArguments& arguments) {
     std::string known;
     std::vector<std::string> all;
-    for (const nearest::NamedRule& rule : nearest::rules()) {
+    for (const lab::NamedRule& rule : lab::rules()) {
         known.append(known.empty() ? "" : ", ").append(rule.name);
         all.emplace_back(rule.name);
     }
     for (const std::string& name : arguments.rules) {
-        if (nearest::findRule(name) != nullptr) continue;
+        if (lab::findRule(name) != nullptr) continue;
         throw std::invalid_argument("there is no rule '" + name + "' (known: " + known + ")");
     }
     return arguments.rules.empty() ? all : arguments.rules;
@@ -107,7 +107,7 @@ int evaluateRules(const EvaluateArguments& arguments) {
 
 /// Writes the settings file as the manager saves it.
 void writeSettings(const std::string& path, Settings registry) {
-    auto& manager = scenario::playbackManager();
+    auto& manager = lab::playbackManager();
     manager.setSettings(std::move(registry));
     const auto saved = manager.serializedSettings();
     if (!saved) throw std::runtime_error(path + ": the settings hold what JSON cannot express");
@@ -136,7 +136,7 @@ int evaluate(const EvaluateArguments& arguments) {
         return complain("evaluate", error.what(), exitUsage);
     } catch (const SettingsFileError& error) {
         return complain("evaluate", error.what(), exitUsage);
-    } catch (const scenario::ScenarioError& error) {
+    } catch (const lines::ScenarioError& error) {
         return complain("evaluate", error.what(), exitUsage);
     } catch (const std::exception& error) {
         return complain("evaluate", error.what(), exitFailed);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Evaluation.h"
 
-#include "nearest/rules/RuleList.h"
-#include "scenario/Deciding.h"
+#include "lab/RuleList.h"
+#include "lab/Deciding.h"
 
 #include <stdexcept>
 
@@ -10,14 +10,14 @@ namespace nearcast::cli {
 
 namespace {
 
-nearest::Score judge(const JudgedRecording& recording, const nearest::NamedRule& named,
+lab::Score judge(const JudgedRecording& recording, const lab::NamedRule& named,
                      const NearestSettings& settings) {
     const auto rule = named.make(*recording.playback.registry, settings);
-    return nearest::scoreOf(scenario::answersOf(recording.playback, *rule), recording.truth);
+    return lab::scoreOf(lab::answersOf(recording.playback, *rule), recording.truth);
 }
 
-const nearest::NamedRule& ruleNamed(std::string_view name) {
-    const auto* rule = nearest::findRule(name);
+const lab::NamedRule& ruleNamed(std::string_view name) {
+    const auto* rule = lab::findRule(name);
     if (rule == nullptr) throw std::logic_error("there is no rule " + std::string(name));
     return *rule;
 }
@@ -27,7 +27,7 @@ void sweepFrom(std::size_t next, const std::vector<JudgedRecording>& recordings,
                std::vector<double>& values, Evaluation& evaluation) {
     if (next == evaluation.sweeps.size()) {
         SweepScores point{values, {}};
-        const auto& rule = ruleNamed(nearest::nearestRuleName);
+        const auto& rule = ruleNamed(lab::nearestRuleName);
         for (const JudgedRecording& recording : recordings) point.total += judge(recording, rule, settings);
         evaluation.points.push_back(std::move(point));
         return;

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "nearest/SettingArguments.h"
-#include "nearest/evaluation/Score.h"
-#include "scenario/Playback.h"
+#include "lab/Score.h"
+#include "lab/Playback.h"
 
 #include <nearcast/NearestSettings.h>
 
@@ -16,22 +16,22 @@ namespace nearcast::cli {
 struct JudgedRecording {
     std::string path;
     std::string truthPath;
-    scenario::Playback playback;
-    nearest::Truth truth;
+    lab::Playback playback;
+    lab::Truth truth;
     std::string damage;  ///< why the recording ends before its end; empty when it does not
 };
 
 /// How good a rule was.
 struct RuleScores {
     std::string rule;
-    std::vector<nearest::Score> each;  ///< a score for each recording
-    nearest::Score total;
+    std::vector<lab::Score> each;  ///< a score for each recording
+    lab::Score total;
 };
 
 /// How good `nearest` was with some settings.
 struct SweepScores {
     std::vector<double> values;  ///< of the settings that are swept, in their order
-    nearest::Score total;
+    lab::Score total;
 };
 
 /// What an evaluation found.

@@ -6,7 +6,7 @@ namespace nearcast::cli {
 
 namespace {
 
-using nearest::Score;
+using lab::Score;
 
 JSON asJSON(const Score& score) {
     return {{"rightPercent", percentJSON(score.rightOfAll())},

@@ -5,13 +5,13 @@
 #include "evaluate/Columns.h"
 #include "evaluate/PageAssets.h"
 #include "evaluate/Table.h"
-#include "nearest/rules/RuleList.h"
+#include "lab/RuleList.h"
 
 namespace nearcast::cli {
 
 namespace {
 
-using nearest::Score;
+using lab::Score;
 
 std::string element(const std::string& name, const std::string& content) {
     return "<" + name + ">" + content + "</" + name + ">";
@@ -41,7 +41,7 @@ template <class ScoreOf>
 std::string rulesTable(const Evaluation& evaluation, const ScoreOf& scoreOf) {
     HTMLTable table(withFigures({"rule"}));
     for (const RuleScores& scores : evaluation.rules) {
-        table.add(withFigures({scores.rule}, scoreOf(scores)), scores.rule == nearest::nearestRuleName);
+        table.add(withFigures({scores.rule}, scoreOf(scores)), scores.rule == lab::nearestRuleName);
     }
     return table.text();
 }
@@ -123,7 +123,7 @@ void addSweep(Chart& chart, const Evaluation& evaluation, const Along& along) {
 std::string chartOf(const Evaluation& evaluation, const Along& along) {
     Chart chart{along.title, along.name, "time right, %", {}};
     for (const RuleScores& scores : evaluation.rules) {
-        ChartSeries series{scores.rule, false, scores.rule == nearest::nearestRuleName, {}, {}};
+        ChartSeries series{scores.rule, false, scores.rule == lab::nearestRuleName, {}, {}};
         addPoint(series, along, scores.rule, scores.total);
         chart.series.push_back(std::move(series));
     }

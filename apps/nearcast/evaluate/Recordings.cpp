@@ -2,8 +2,8 @@
 #include "evaluate/Recordings.h"
 
 #include "playback/PlaybackFile.h"
-#include "scenario/LineReader.h"
-#include "scenario/TruthFile.h"
+#include "lines/LineReader.h"
+#include "lab/TruthFile.h"
 
 #include <filesystem>
 #include <stdexcept>
@@ -13,13 +13,13 @@ namespace nearcast::cli {
 namespace {
 
 /// The truth that was named, or that should lie beside the recording.
-nearest::Truth truthOf(JudgedRecording& recording, const std::string* named) {
+lab::Truth truthOf(JudgedRecording& recording, const std::string* named) {
     recording.truthPath = named != nullptr ? *named : truthPathFor(recording.path);
     if (named == nullptr && !std::filesystem::exists(recording.truthPath)) {
         throw std::invalid_argument(recording.path + ": where its user stood is not known: there is no " +
                                     recording.truthPath + "; name another file with --truth");
     }
-    return scenario::readTruth(recording.truthPath);
+    return lab::readTruth(recording.truthPath);
 }
 
 }  // namespace
@@ -41,8 +41,8 @@ std::vector<JudgedRecording> playAll(const std::vector<std::string>& recordings,
         recording.path = file.path;
         recording.damage = file.damage;
         recording.truth = truthOf(recording, truths.empty() ? nullptr : &truths[place]);
-        recording.playback = scenario::play(file.input);
-        scenario::requireKnown(recording.truth, recording.playback, recording.truthPath);
+        recording.playback = lab::play(file.input);
+        lab::requireKnown(recording.truth, recording.playback, recording.truthPath);
         played.push_back(std::move(recording));
     }
     return played;

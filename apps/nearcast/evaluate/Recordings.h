@@ -16,9 +16,9 @@ std::string truthPathFor(const std::string& recordingPath);
 /// Reads and plays recordings with their truth files.
 /// @param recordings as `readPlaybackFile`
 /// @param truths     one for each recording; none: `truthPathFor` each
-/// @param registry   as `scenario::PlaybackInput::registry`
+/// @param registry   as `lab::PlaybackInput::registry`
 /// @throws std::invalid_argument when the numbers do not fit
-/// @throws PlaybackFileError, scenario::ScenarioError for a file that is wrong
+/// @throws PlaybackFileError, lines::ScenarioError for a file that is wrong
 std::vector<JudgedRecording> playAll(const std::vector<std::string>& recordings, const std::vector<std::string>& truths,
                                      const std::shared_ptr<const Settings>& registry);
 

@@ -4,7 +4,7 @@
 #include "platform/replay/RecordingOptions.h"
 #include "platform/replay/RecordingReader.h"
 #include "platform/replay/RecordingWriter.h"
-#include "scenario/LineReader.h"
+#include "lines/LineReader.h"
 #include "watch/SettingsFile.h"
 
 #include <cerrno>
@@ -19,9 +19,9 @@ namespace {
 // All of it is held in memory.
 constexpr std::size_t mostLines = 5'000'000;
 
-using Lines = std::vector<scenario::Line>;
+using Lines = std::vector<lines::Line>;
 
-void append(Lines& lines, scenario::Line line, const std::string& path) {
+void append(Lines& lines, lines::Line line, const std::string& path) {
     if (lines.size() == mostLines) {
         throw PlaybackFileError(path + ": has more than " + std::to_string(mostLines) + " lines or reports");
     }
@@ -39,9 +39,9 @@ bool isJSONLines(const std::string& path) {
 }
 
 void readScenario(PlaybackFile& file, const RecordingOptions& options) {
-    scenario::LineReader reader({file.path});
+    lines::LineReader reader({file.path});
     while (auto line = reader.next()) {
-        auto* const advertise = std::get_if<scenario::Advertise>(&line->action);
+        auto* const advertise = std::get_if<lines::Advertise>(&line->action);
         if (advertise != nullptr && options.anyService) advertise->services.reset();
         append(file.input.lines, *std::move(line), file.path);
     }
@@ -84,7 +84,7 @@ PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const
 }
 
 std::shared_ptr<const Settings> registryOfFile(const std::string& path) {
-    auto& manager = scenario::playbackManager();
+    auto& manager = lab::playbackManager();
     loadSettings(manager, path);
     auto registry = manager.getSettings();
     manager.setSettings(std::nullopt);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "scenario/Playback.h"
+#include "lab/Playback.h"
 
 #include <memory>
 #include <stdexcept>
@@ -18,7 +18,7 @@ public:
 /// What is played of a file.
 struct PlaybackFile {
     std::string path;  ///< without the options
-    scenario::PlaybackInput input;
+    lab::PlaybackInput input;
     std::string damage;  ///< why the file ends before its end; empty when it does not
 };
 

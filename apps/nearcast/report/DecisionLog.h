@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "nearest/NearestAsRule.h"
-#include "nearest/Rule.h"
+#include "lab/NearestAsRule.h"
+#include "lab/Rule.h"
 #include "report/ReportData.h"
 
 #include <cstdint>
@@ -15,7 +15,7 @@
 namespace nearcast::cli {
 
 /// Hands everything on to `Nearest` and writes down how it decides, at the moments at which that changes.
-class DecisionLog : public nearest::Rule {
+class DecisionLog : public lab::Rule {
 public:
     /// @param dongles whose places the decisions name; their levels are added by `sample`. Lives longer.
     DecisionLog(const Settings& registry, const NearestSettings& settings, std::vector<ReportDongle>& dongles);
@@ -35,7 +35,7 @@ private:
     void note(double at);
     [[nodiscard]] std::int32_t placeOf(const std::string& MACAddr) const;
 
-    nearest::NearestAsRule rule_;
+    lab::NearestAsRule rule_;
     std::vector<ReportDongle>& dongles_;
     std::unordered_map<std::string, std::int32_t> places_;
     std::vector<std::int32_t> placeOfDevice_;

@@ -5,8 +5,8 @@
 #include "playback/PlaybackFile.h"
 #include "report/ReportData.h"
 #include "report/ReportPage.h"
-#include "scenario/LineReader.h"
-#include "scenario/TruthFile.h"
+#include "lines/LineReader.h"
+#include "lab/TruthFile.h"
 #include "watch/SettingsFile.h"
 
 #include <CLI/CLI.hpp>
@@ -48,10 +48,10 @@ void writePage(const std::string& page, const std::string& output) {
 std::string makeReport(const ReportArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
-    std::optional<nearest::Truth> truth;
-    if (!arguments.truth.empty()) truth = scenario::readTruth(arguments.truth);
+    std::optional<lab::Truth> truth;
+    if (!arguments.truth.empty()) truth = lab::readTruth(arguments.truth);
     const PlaybackFile file = readPlaybackFile(arguments.recording, registry);
-    ReportData data = reportOf(scenario::play(file.input), settings, truth ? &*truth : nullptr);
+    ReportData data = reportOf(lab::play(file.input), settings, truth ? &*truth : nullptr);
     data.title = arguments.title.empty() ? std::filesystem::path(file.path).filename().string() : arguments.title;
     writePage(reportPage(data, program), arguments.output);
     return file.damage;
@@ -67,7 +67,7 @@ int report(const ReportArguments& arguments) {
         return complain("report", error.what(), exitUsage);
     } catch (const SettingsFileError& error) {
         return complain("report", error.what(), exitUsage);
-    } catch (const scenario::ScenarioError& error) {
+    } catch (const lines::ScenarioError& error) {
         return complain("report", error.what(), exitUsage);
     } catch (const std::exception& error) {
         return complain("report", error.what(), exitFailed);

@@ -3,7 +3,7 @@
 
 #include "RadioWords.h"
 #include "report/DecisionLog.h"
-#include "scenario/Deciding.h"
+#include "lab/Deciding.h"
 
 #include <algorithm>
 
@@ -11,10 +11,10 @@ namespace nearcast::cli {
 
 namespace {
 
-using scenario::Playback;
-using scenario::PlaybackEvent;
+using lab::Playback;
+using lab::PlaybackEvent;
 
-ReportDongle dongleOf(const scenario::PlaybackDongle& known, double defaultThreshold) {
+ReportDongle dongleOf(const lab::PlaybackDongle& known, double defaultThreshold) {
     ReportDongle dongle;
     dongle.portName = known.portName;
     dongle.nickName = known.nickName;
@@ -65,22 +65,22 @@ std::int32_t placeOf(const std::string& MACAddr, ReportData& data) {
     return static_cast<std::int32_t>(dongles.size() - 1);
 }
 
-void addTruth(const nearest::Truth& truth, ReportData& data) {
+void addTruth(const lab::Truth& truth, ReportData& data) {
     auto& marks = data.truth.emplace();
-    for (const nearest::TruthMark& mark : nearest::changesOf(truth)) {
+    for (const lab::TruthMark& mark : lab::changesOf(truth)) {
         marks.push_back({milliseconds(mark.at), placeOf(mark.MACAddr, data)});
     }
 }
 
 void decide(const Playback& playback, ReportData& data) {
     DecisionLog log(*playback.registry, data.settings, data.dongles);
-    scenario::tell(playback, log, [&](double at) { log.sample(at); });
+    lab::tell(playback, log, [&](double at) { log.sample(at); });
     data.decisions = log.take();
 }
 
 }  // namespace
 
-ReportData reportOf(const Playback& playback, const NearestSettings& settings, const nearest::Truth* truth) {
+ReportData reportOf(const Playback& playback, const NearestSettings& settings, const lab::Truth* truth) {
     ReportData data;
     data.sources = {playback.name};
     data.settings = settings;

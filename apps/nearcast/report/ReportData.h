@@ -4,8 +4,8 @@
 #include <nearcast/Nearest.h>
 #include <nearcast/NearestSettings.h>
 
-#include "nearest/evaluation/Truth.h"
-#include "scenario/Playback.h"
+#include "lab/Truth.h"
+#include "lab/Playback.h"
 
 #include <cstdint>
 #include <optional>
@@ -85,6 +85,6 @@ struct ReportData {
 /// Gathers what the page shows of a recording that was played: `Nearest` decides on it with these settings.
 /// @param truth where the user stood; null: that is not known
 /// @throws std::invalid_argument as `NearestSettings::validate`
-ReportData reportOf(const scenario::Playback& playback, const NearestSettings& settings, const nearest::Truth* truth);
+ReportData reportOf(const lab::Playback& playback, const NearestSettings& settings, const lab::Truth* truth);
 
 }  // namespace nearcast::cli

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "scenario/EventWriter.h"
+#include "lab/EventWriter.h"
 #include "watch/Printable.h"
 #include "watch/WatchView.h"
 
@@ -10,13 +10,13 @@ namespace nearcast::cli {
 
 namespace {
 
-scenario::Time timeOf(double seconds) { return scenario::Time(std::llround(seconds * 1e6)); }
+lines::Time timeOf(double seconds) { return lines::Time(std::llround(seconds * 1e6)); }
 
 /// The events of `nearcast run`, and what only a watch knows beside them.
 class JSONView : public WatchView {
 public:
     void report(const WatchReport& report) override {
-        std::optional<scenario::Time> age;
+        std::optional<lines::Time> age;
         if (report.age) age = timeOf(*report.age);
         writer_.discovered(timeOf(report.at), report.portName, report.deviceType, report.MACAddr, report.RSSI, age);
         handOver();
@@ -45,7 +45,7 @@ private:
         finishOut();
     }
 
-    scenario::EventWriter writer_{writeOut};
+    lab::EventWriter writer_{writeOut};
 };
 
 }  // namespace

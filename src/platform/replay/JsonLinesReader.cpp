@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/replay/JsonLinesReader.h"
 
-#include "scenario/Line.h"
+#include "lines/Line.h"
 
 #include <string>
 #include <string_view>
@@ -11,10 +11,10 @@ namespace nearcast {
 
 namespace {
 
-using scenario::Advertise;
+using lines::Advertise;
 
 std::vector<CBUUID> servicesOf(const Advertise& line) {
-    static const CBUUID dongleService = CBUUID::UUIDWithString(scenario::dongleService);
+    static const CBUUID dongleService = CBUUID::UUIDWithString(lines::dongleService);
     if (!line.services) return {dongleService};
     std::vector<CBUUID> services;
     services.reserve(line.services->size());
@@ -22,14 +22,14 @@ std::vector<CBUUID> servicesOf(const Advertise& line) {
     return services;
 }
 
-RecordedItem itemOf(scenario::Line line) {
-    if (const auto* radio = std::get_if<scenario::RadioState>(&line.action)) {
+RecordedItem itemOf(lines::Line line) {
+    if (const auto* radio = std::get_if<lines::RadioState>(&line.action)) {
         return RecordedState{line.at, radio->state};
     }
-    if (std::holds_alternative<scenario::End>(line.action)) return RecordedEnd{line.at};
+    if (std::holds_alternative<lines::End>(line.action)) return RecordedEnd{line.at};
     auto* const advertise = std::get_if<Advertise>(&line.action);
     if (advertise == nullptr) {
-        throw scenario::LineError("\"" + std::string(scenario::nameOf(line.action)) + "\" is no part of a recording");
+        throw lines::LineError("\"" + std::string(lines::nameOf(line.action)) + "\" is no part of a recording");
     }
     RecordedReport item;
     item.at = line.at;
@@ -51,10 +51,10 @@ std::optional<RecordedItem> JsonLinesReader::next() {
         const std::string_view text = input_.takeLine(longestLine);
         if (isBlank(text)) continue;
         try {
-            scenario::Line line = scenario::parseLine(text, previous_);
+            lines::Line line = lines::parseLine(text, previous_);
             previous_ = line.at;
             return itemOf(std::move(line));
-        } catch (const scenario::LineError& error) {
+        } catch (const lines::LineError& error) {
             throw RecordingDamage(start, "line " + std::to_string(line_) + ": " + error.what());
         }
     }

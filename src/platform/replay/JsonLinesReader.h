@@ -10,7 +10,7 @@
 
 namespace nearcast {
 
-/// Reads recordings in JSON Lines: `advertise`, `radio` and `end` lines of a scenario (see `scenario::parseLine`).
+/// Reads recordings in JSON Lines: `advertise`, `radio` and `end` lines of a scenario (see `lines::parseLine`).
 /// Times are as written. Any other line is damage.
 class JsonLinesReader : public RecordingReader {
 public:

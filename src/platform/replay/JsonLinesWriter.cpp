@@ -8,12 +8,12 @@ namespace nearcast {
 namespace {
 
 bool isDongleServiceAlone(const std::vector<CBUUID>& services) {
-    static const CBUUID dongleService = CBUUID::UUIDWithString(scenario::dongleService);
+    static const CBUUID dongleService = CBUUID::UUIDWithString(lines::dongleService);
     return services.size() == 1 && services.front() == dongleService;
 }
 
-scenario::Action actionOf(RecordedReport report) {
-    scenario::Advertise action;
+lines::Action actionOf(RecordedReport report) {
+    lines::Advertise action;
     action.name = std::move(report.report.name);
     action.manufacturerData = std::move(report.report.manufacturerData);
     action.RSSI = report.report.RSSI;
@@ -23,9 +23,9 @@ scenario::Action actionOf(RecordedReport report) {
     return action;
 }
 
-scenario::Action actionOf(const RecordedState& state) { return scenario::RadioState{state.state}; }
+lines::Action actionOf(const RecordedState& state) { return lines::RadioState{state.state}; }
 
-scenario::Action actionOf(const RecordedEnd& /*end*/) { return scenario::End{}; }
+lines::Action actionOf(const RecordedEnd& /*end*/) { return lines::End{}; }
 
 class JsonLinesWriter : public RecordingWriter {
 public:
@@ -38,12 +38,12 @@ private:
 
 }  // namespace
 
-scenario::Line lineOf(RecordedItem item) {
+lines::Line lineOf(RecordedItem item) {
     const auto at = timeOf(item);
     return {at, std::visit([](auto& one) { return actionOf(std::move(one)); }, item)};
 }
 
-std::string recordedLine(RecordedItem item) { return scenario::writeLine(lineOf(std::move(item))); }
+std::string recordedLine(RecordedItem item) { return lines::writeLine(lineOf(std::move(item))); }
 
 std::unique_ptr<RecordingWriter> makeJsonLinesWriter(RecordingWriter::Out out) {
     return std::make_unique<JsonLinesWriter>(std::move(out));

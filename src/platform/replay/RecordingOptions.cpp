@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/replay/RecordingOptions.h"
 
-#include "scenario/Line.h"
+#include "lines/Line.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -23,7 +23,7 @@ bool isGiven(const RadioString& radio, std::string_view name, std::string_view o
 }
 
 void addDongleService(std::vector<CBUUID>& services) {
-    static const CBUUID dongleService = CBUUID::UUIDWithString(scenario::dongleService);
+    static const CBUUID dongleService = CBUUID::UUIDWithString(lines::dongleService);
     if (std::find(services.begin(), services.end(), dongleService) == services.end()) services.push_back(dongleService);
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/replay/RecordingReader.h"
-#include "scenario/Line.h"
+#include "lines/Line.h"
 
 #include <chrono>
 #include <functional>
@@ -35,7 +35,7 @@ std::unique_ptr<RecordingWriter> makeJsonLinesWriter(RecordingWriter::Out out);
 std::unique_ptr<RecordingWriter> makeBtsnoopWriter(RecordingWriter::Out out, std::chrono::microseconds begin);
 
 /// The line of a scenario that an item is.
-scenario::Line lineOf(RecordedItem item);
+lines::Line lineOf(RecordedItem item);
 /// The line that an item is in JSON Lines, without its end.
 std::string recordedLine(RecordedItem item);
 

@@ -8,7 +8,7 @@
 namespace nearcast::cli {
 namespace {
 
-using Kind = scenario::PlaybackEvent::Kind;
+using Kind = lab::PlaybackEvent::Kind;
 
 SettingRecordPointer recordOf(const char* address) {
     return std::make_shared<const SettingRecord>(SettingRecord{{"MAC Address", address}, {"Nick Name", "x"}});

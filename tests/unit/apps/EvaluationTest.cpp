@@ -15,7 +15,7 @@
 namespace nearcast::cli {
 namespace {
 
-using Kind = scenario::PlaybackEvent::Kind;
+using Kind = lab::PlaybackEvent::Kind;
 
 /// Ten seconds next to A, which is heard at -50 twice a second; B is heard at -70.
 JudgedRecording recordingOf(const std::string& path) {

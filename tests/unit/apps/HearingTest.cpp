@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/Hearing.h"
-#include "scenario/Line.h"
+#include "lines/Line.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ constexpr DeviceAddress sender{0xC4, 0xF7, 0xC1, 0x4C, 0xC1, 0xC0};
 
 AdvertisingReport withService() {
     AdvertisingReport report;
-    report.services = {CBUUID::UUIDWithString(scenario::dongleService)};
+    report.services = {CBUUID::UUIDWithString(lines::dongleService)};
     report.RSSI = -60;
     return report;
 }

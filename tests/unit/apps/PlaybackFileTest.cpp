@@ -28,8 +28,8 @@ struct PlaybackFileTest : testing::Test {
 TEST_F(PlaybackFileTest, ReadsTheLinesOfAScenario) {
     const PlaybackFile file = readPlaybackFile(write("\n " + advertise + "\n{\"do\":\"startScan\"}\n"));
     ASSERT_EQ(file.input.lines.size(), 2U);
-    EXPECT_TRUE(scenario::isScenario(file.input.lines));
-    EXPECT_EQ(file.input.lines[1].at, scenario::Time(1'000'000));
+    EXPECT_TRUE(lab::isScenario(file.input.lines));
+    EXPECT_EQ(file.input.lines[1].at, lines::Time(1'000'000));
     EXPECT_EQ(file.damage, "");
 }
 
@@ -40,7 +40,7 @@ TEST_F(PlaybackFileTest, AnEmptyFileIsARecordingOfNothing) {
 TEST_F(PlaybackFileTest, LetsReportsOfOtherServicesPassWhereAsked) {
     const std::string path = write(advertise);
     const auto services = [](const PlaybackFile& file) {
-        return std::get<scenario::Advertise>(file.input.lines.at(0).action).services;
+        return std::get<lines::Advertise>(file.input.lines.at(0).action).services;
     };
     EXPECT_TRUE(services(readPlaybackFile(path)));
     EXPECT_FALSE(services(readPlaybackFile(path + "?services=any")));
@@ -77,7 +77,7 @@ TEST_F(PlaybackFileTest, ARegistryIsReadWithoutStayingInTheManager) {
     const std::string path = write(R"({"BT:Bar":{"Device Type":"Printer","MAC Address":"00:11:22:AA:BB:CC"}})");
     const auto registry = registryOfFile(path);
     ASSERT_EQ(registry->count("BT:Bar"), 1U);
-    EXPECT_TRUE(scenario::playbackManager().getSettings()->empty());
+    EXPECT_TRUE(lab::playbackManager().getSettings()->empty());
     EXPECT_THROW(registryOfFile(write("{")), SettingsFileError);
 }
 

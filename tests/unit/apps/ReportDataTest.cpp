@@ -6,7 +6,7 @@
 namespace nearcast::cli {
 namespace {
 
-using Kind = scenario::PlaybackEvent::Kind;
+using Kind = lab::PlaybackEvent::Kind;
 
 constexpr const char* barAddress = "02:4E:43:00:00:01";
 constexpr const char* kitchenAddress = "02:4E:43:00:00:02";
@@ -18,7 +18,7 @@ SettingRecordPointer recordOf(const char* MACAddr) {
 }
 
 struct ReportDataTest : testing::Test {
-    scenario::Playback playback;
+    lab::Playback playback;
     NearestSettings settings;
 
     ReportDataTest() {
@@ -34,7 +34,7 @@ struct ReportDataTest : testing::Test {
     void hear(std::uint32_t dongle, double from, double to, std::int32_t RSSI) {
         for (double at = from; at < to; at += 0.1) playback.events.push_back({at, Kind::heard, dongle, RSSI});
     }
-    ReportData report(const nearest::Truth* truth = nullptr) { return reportOf(playback, settings, truth); }
+    ReportData report(const lab::Truth* truth = nullptr) { return reportOf(playback, settings, truth); }
 };
 
 TEST_F(ReportDataTest, ReadingsAndReportsAreCurvesOfTheirDongle) {
@@ -96,8 +96,8 @@ TEST_F(ReportDataTest, LevelsAreInTenthsAndEndWithTheDongle) {
 
 TEST_F(ReportDataTest, TheRadioAndItsScansAreMarks) {
     playback.events = {{0, Kind::scanStarted},
-                       {1, Kind::radio, scenario::PlaybackEvent::noDongle, 4},
-                       {2, Kind::radio, scenario::PlaybackEvent::noDongle, 5},
+                       {1, Kind::radio, lab::PlaybackEvent::noDongle, 4},
+                       {2, Kind::radio, lab::PlaybackEvent::noDongle, 5},
                        {3, Kind::scanRestarted},
                        {4, Kind::scanStopped}};
     const ReportData data = report();
@@ -119,7 +119,7 @@ TEST_F(ReportDataTest, WhatFollowsFromTheRecordingsEndIsLeftOut) {
 TEST_F(ReportDataTest, WithoutATruthThereIsNone) { EXPECT_FALSE(report().truth); }
 
 TEST_F(ReportDataTest, TheTruthNamesDonglesByTheirPlaces) {
-    const nearest::Truth truth = {{0, kitchenAddress}, {2, kitchenAddress}, {4, ""}, {6, barAddress}};
+    const lab::Truth truth = {{0, kitchenAddress}, {2, kitchenAddress}, {4, ""}, {6, barAddress}};
     const auto marks = report(&truth).truth.value();
     ASSERT_EQ(marks.size(), 3U);
     EXPECT_EQ(marks[0].dongle, 1);
@@ -129,7 +129,7 @@ TEST_F(ReportDataTest, TheTruthNamesDonglesByTheirPlaces) {
 }
 
 TEST_F(ReportDataTest, ATruthThatNobodyHeardGetsAPlaceToo) {
-    const nearest::Truth truth = {{0, "AA:BB:CC:DD:EE:FF"}};
+    const lab::Truth truth = {{0, "AA:BB:CC:DD:EE:FF"}};
     const ReportData data = report(&truth);
     ASSERT_EQ(data.dongles.size(), 3U);
     EXPECT_EQ(data.truth->at(0).dongle, 2);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/replay/JsonLinesReader.h"
 
-#include "scenario/Line.h"
+#include "lines/Line.h"
 #include "unit/platform/replay/CaptureBytes.h"
 
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ TEST(JsonLinesReader, TakesAbsentServicesForTheDongleServiceAndAnEmptyListForNon
                              "{\"do\": \"advertise\", \"RSSI\": -60, \"services\": []}\n")
                              .reports();
     ASSERT_EQ(reports.size(), 2U);
-    EXPECT_EQ(reports[0].report.services, std::vector{CBUUID::UUIDWithString(scenario::dongleService)});
+    EXPECT_EQ(reports[0].report.services, std::vector{CBUUID::UUIDWithString(lines::dongleService)});
     EXPECT_TRUE(reports[1].report.services.empty());
 }
 

@@ -6,7 +6,7 @@
 #include "platform/radio/AdvertisingReport.h"
 #include "platform/replay/RecordingReader.h"
 #include "platform/timeline/Timeline.h"
-#include "scenario/Line.h"
+#include "lines/Line.h"
 
 #include <chrono>
 #include <cstdint>
@@ -84,7 +84,7 @@ private:
     std::string damage_;
 };
 
-inline CBUUID dongleUUID() { return CBUUID::UUIDWithString(scenario::dongleService); }
+inline CBUUID dongleUUID() { return CBUUID::UUIDWithString(lines::dongleService); }
 
 /// A report of a dongle.
 inline RecordedReport dongleReport(std::int64_t microseconds, std::int32_t RSSI) {

@@ -1,0 +1,51 @@
+# SPDX-License-Identifier: Apache-2.0
+# Layers of src, each seeing only what it may include.
+
+# nearcast_view(RESULT NAME FOLDERS...): an include folder that holds these folders of src and nothing else. "platform"
+# stands for the headers directly in it; its folders are named one by one.
+function(nearcast_view result name)
+    set(view ${PROJECT_BINARY_DIR}/views/${name})
+    file(REMOVE_RECURSE ${view})
+    file(MAKE_DIRECTORY ${view}/platform)
+    foreach(folder IN LISTS ARGN)
+        set(origin ${PROJECT_SOURCE_DIR}/src/${folder})
+        if(NOT IS_DIRECTORY ${origin})
+            message(FATAL_ERROR "there is no layer src/${folder}")
+        endif()
+        if(folder STREQUAL "platform")
+            file(GLOB headers CONFIGURE_DEPENDS RELATIVE ${origin} ${origin}/*.h)
+            foreach(header IN LISTS headers)
+                file(CREATE_LINK ${origin}/${header} ${view}/platform/${header} SYMBOLIC)
+            endforeach()
+        else()
+            file(CREATE_LINK ${origin} ${view}/${folder} SYMBOLIC)
+        endif()
+    endforeach()
+    set(${result} ${view} PARENT_SCOPE)
+endfunction()
+
+set(nearcast_layers "")
+
+# nearcast_layer(FOLDER [SEES FOLDERS...] [LINKS LIBRARIES...]): the target nearcast_NAME of src/FOLDER, where NAME is
+# the last part of the folder. Its name is appended to nearcast_layers.
+function(nearcast_layer folder)
+    cmake_parse_arguments(PARSE_ARGV 1 layer "" "" "SEES;LINKS")
+    get_filename_component(name ${folder} NAME)
+    set(target nearcast_${name})
+    set(origin ${PROJECT_SOURCE_DIR}/src/${folder})
+    set(patterns ${origin}/*.cpp)
+    if(NOT folder STREQUAL "platform")
+        list(APPEND patterns ${origin}/*/*.cpp)
+    endif()
+    file(GLOB sources CONFIGURE_DEPENDS ${patterns})
+    list(REMOVE_DUPLICATES layer_SEES)
+    list(REMOVE_ITEM layer_SEES ${folder})
+    nearcast_view(view ${name} ${folder} ${layer_SEES})
+    add_library(${target} OBJECT ${sources})
+    target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/include ${view})
+    target_link_libraries(${target} PRIVATE nearcast_options ${layer_LINKS})
+    set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
+    nearcast_precompile(${target} library)
+    set(nearcast_layers ${nearcast_layers} ${target} PARENT_SCOPE)
+endfunction()

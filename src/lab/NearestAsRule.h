@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "nearest/Decision.h"
+#include "lab/Rule.h"
+
+#include <nearcast/NearestSettings.h>
+#include <nearcast/SettingRecord.h>
+
+#include <memory>
+
+namespace nearcast::lab {
+
+/// What `Nearest` decides, as a rule to be compared, and with its reasons.
+class NearestAsRule : public Rule {
+public:
+    /// @throws std::invalid_argument as `NearestSettings::validate`
+    NearestAsRule(const Settings& registry, const NearestSettings& settings);
+
+    void heard(double at, std::string_view MACAddr, std::int32_t RSSI) override;
+    void reported(double at, std::string_view MACAddr, std::int32_t RSSI) override;
+    void silent(double at, std::string_view MACAddr) override;
+    void radio(double at, bool hears) override;
+    std::string_view nearest(double at) override;
+
+    /// The choice and why, as of the last call.
+    [[nodiscard]] NearestChoice choice() const { return decision_.choice(); }
+    /// What is known of each device, as of the last call.
+    [[nodiscard]] std::vector<NearestExplanation> explain(double at) const { return decision_.explain(at); }
+    /// The same without words, in the registry's order.
+    [[nodiscard]] const std::vector<nearest::Device>& devices() const noexcept { return decision_.devices(); }
+    /// Grows with each change of the chosen device or of its staleness.
+    [[nodiscard]] std::uint64_t changes() const noexcept { return decision_.changes(); }
+
+private:
+    nearest::Decision decision_;
+};
+
+/// @throws std::invalid_argument as `NearestSettings::validate`
+std::unique_ptr<Rule> makeNearestRule(const Settings& registry, const NearestSettings& settings);
+
+}  // namespace nearcast::lab

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/PlaybackRecorder.h"
+
+#include "nearest/DongleAddress.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nearcast::lab {
+
+namespace {
+
+constexpr std::int32_t noReading = 127;
+
+PlaybackDongle dongleOf(const std::string& portName, const SettingRecord& record) {
+    PlaybackDongle dongle;
+    dongle.portName = portName;
+    const auto text = [&](std::string_view key) {
+        const auto found = record.find(key);
+        const auto* value = found == record.end() ? nullptr : found->second.as<std::string>();
+        return value == nullptr ? std::string() : *value;
+    };
+    dongle.MACAddr = text(kQXDongleMACAddr);
+    dongle.nickName = text(kQXNickName);
+    if (dongle.nickName == "(null)") dongle.nickName.clear();
+    if (const auto threshold = record.find(kQXThreshouldRSSI); threshold != record.end()) {
+        dongle.threshold = threshold->second.intValue();
+    }
+    return dongle;
+}
+
+}  // namespace
+
+void PlaybackRecorder::begin(Clock clock) {
+    clock_ = std::move(clock);
+    playback_ = {};
+    registry_.clear();
+    indices_.clear();
+    scanning_ = false;
+}
+
+/// The dongles change their places: the registered ones come first.
+Playback PlaybackRecorder::take() {
+    clock_ = nullptr;
+    std::vector<PlaybackDongle> dongles;
+    std::vector<std::uint32_t> places(playback_.dongles.size(), PlaybackEvent::noDongle);
+    for (const auto& [portName, record] : registry_) {
+        const auto known = indices_.find(dongleOf(portName, *record).MACAddr);
+        // Of several records with one address the first is the one that the manager finds.
+        if (known != indices_.end() && places[known->second] != PlaybackEvent::noDongle) continue;
+        if (known != indices_.end()) places[known->second] = static_cast<std::uint32_t>(dongles.size());
+        dongles.push_back(dongleOf(portName, *record));
+    }
+    for (std::size_t index = 0; index < places.size(); ++index) {
+        if (places[index] != PlaybackEvent::noDongle) continue;
+        places[index] = static_cast<std::uint32_t>(dongles.size());
+        dongles.push_back(std::move(playback_.dongles[index]));
+    }
+    for (PlaybackEvent& event : playback_.events) {
+        if (event.dongle != PlaybackEvent::noDongle) event.dongle = places[event.dongle];
+    }
+    playback_.dongles = std::move(dongles);
+    playback_.registry = std::make_shared<const Settings>(std::move(registry_));
+    return std::exchange(playback_, {});
+}
+
+void PlaybackRecorder::noteRegistry(const Settings& registry) {
+    for (const auto& [portName, record] : registry) registry_.insert_or_assign(portName, record);
+}
+
+std::uint32_t PlaybackRecorder::indexOf(std::string_view MACAddr) {
+    const auto known = indices_.find(MACAddr);
+    if (known != indices_.end()) return known->second;
+    const auto index = static_cast<std::uint32_t>(playback_.dongles.size());
+    playback_.dongles.push_back({std::string(MACAddr), {}, {}});
+    indices_.emplace(MACAddr, index);
+    return index;
+}
+
+void PlaybackRecorder::add(Kind kind, std::uint32_t dongle, std::int32_t RSSI) {
+    playback_.events.push_back({clock_(), kind, dongle, RSSI});
+}
+
+std::shared_ptr<QXNearcastManagerDelegate> PlaybackRecorder::delegate(bool discovers, bool updates) {
+    auto delegate = std::make_shared<QXNearcastManagerDelegate>();
+    if (discovers) {
+        delegate->didDiscoverPort = [this](std::string_view, QXDeviceType, std::string_view MACAddr,
+                                           std::int32_t RSSI) {
+            if (clock_) add(Kind::reported, indexOf(MACAddr), RSSI);
+        };
+    }
+    if (updates) {
+        delegate->didUpdateState = [this](std::string_view, std::string_view MACAddr) {
+            if (clock_) add(Kind::silent, indexOf(MACAddr), 0);
+        };
+    }
+    return delegate;
+}
+
+void PlaybackRecorder::heard(const CBPeripheral& peripheral, const AdvertisementData& data, std::int32_t RSSI) {
+    if (!clock_ || RSSI == noReading) return;
+    nearest::DongleAddress address;
+    if (!address.read({.name = peripheral.name, .manufacturerData = data.manufacturerData})) return;
+    add(Kind::heard, indexOf(address.text()), RSSI);
+}
+
+void PlaybackRecorder::radioChanged(CBManagerState state) {
+    // Radios of the future may have states beyond these; what they mean is not known either way.
+    const std::int64_t known = std::clamp<std::int64_t>(state, INT32_MIN, INT32_MAX);
+    if (clock_) add(Kind::radio, PlaybackEvent::noDongle, static_cast<std::int32_t>(known));
+}
+
+/// Every start of the manager's is a stop and a start; only between two scans is it a restart.
+void PlaybackRecorder::scanAsked(const std::optional<std::vector<CBUUID>>& /*services*/, ScanOptions /*options*/) {
+    if (!clock_) return;
+    const bool restarts = !playback_.events.empty() && playback_.events.back().kind == Kind::scanStopped &&
+                          playback_.events.back().at == clock_();
+    if (restarts) {
+        playback_.events.back().kind = Kind::scanRestarted;
+    } else if (!scanning_) {
+        add(Kind::scanStarted, PlaybackEvent::noDongle, 0);
+    }
+    scanning_ = true;
+}
+
+void PlaybackRecorder::stopAsked() {
+    if (clock_ && std::exchange(scanning_, false)) add(Kind::scanStopped, PlaybackEvent::noDongle, 0);
+}
+
+/// Stands between the radio and the manager.
+class PlaybackPlatform::Witness : public CBCentralManagerDelegate {
+public:
+    Witness(PlaybackRecorder& recorder, CBCentralManagerDelegate& manager) : recorder_(recorder), manager_(manager) {}
+
+    void centralManagerDidUpdateState(CBCentralManager& central) override {
+        recorder_.radioChanged(central.state());
+        manager_.centralManagerDidUpdateState(central);
+    }
+    void centralManagerDidDiscoverPeripheral(CBCentralManager& central, const CBPeripheral& peripheral,
+                                             const AdvertisementData& advertisementData, std::int32_t RSSI) override {
+        recorder_.heard(peripheral, advertisementData, RSSI);
+        manager_.centralManagerDidDiscoverPeripheral(central, peripheral, advertisementData, RSSI);
+    }
+
+private:
+    PlaybackRecorder& recorder_;
+    CBCentralManagerDelegate& manager_;
+};
+
+std::unique_ptr<CBCentralManager> PlaybackPlatform::centralManager(CBCentralManagerDelegate& delegate) {
+    witness_ = std::make_shared<Witness>(recorder_, delegate);
+    return VirtualPlatform::centralManager(*witness_);
+}
+
+}  // namespace nearcast::lab

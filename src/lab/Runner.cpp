@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lab/Runner.h"
+
+#include "platform/NSLock.h"
+#include "platform/json/JSONSerialization.h"
+#include "platform/virtual/VirtualPlatform.h"
+#include "lab/Performer.h"
+
+#include <nearcast/LogWriter.h>
+
+#include <memory>
+#include <utility>
+
+namespace nearcast::lab {
+
+namespace {
+
+const JSONSerialization JSON;
+
+/// Writes down what the manager shows to the console, to its radio, through its locks and in its trace.
+class Observation : public Console, public LockObserver, public VirtualRadioObserver {
+public:
+    explicit Observation(EventWriter::Out out) : writer_(std::move(out)) {}
+
+    void watch(const Timeline& timeline, const RunOptions& options) {
+        timeline_ = &timeline;
+        if (options.locks) NSLock::setObserver(this);
+        if (!options.trace) return;
+        LogWriter::Options tracing;
+        tracing.synchronous = true;
+        tracing.sink = [this](const LogRecord& record) {
+            writer_.trace(timeline_->now(), record.logType, record.methodName, record.anyString);
+        };
+        LogWriter::sharedInstance().start(std::move(tracing));
+    }
+
+    static void unwatch() {
+        NSLock::setObserver(nullptr);
+        LogWriter::sharedInstance().stop();
+    }
+
+    void NSLog(std::string_view line) noexcept override { writer_.console(now(), line); }
+    void lockChanged(std::string_view name, bool held) noexcept override { writer_.lock(now(), name, held); }
+    void stopAsked() override { writer_.centralStopped(now()); }
+    void scanAsked(const std::optional<std::vector<CBUUID>>& services, ScanOptions options) override {
+        std::optional<std::vector<std::string>> texts;
+        if (services) {
+            texts.emplace();
+            for (const CBUUID& service : *services) texts->push_back(service.UUIDString());
+        }
+        writer_.centralScans(now(), texts, options.allowDuplicates);
+    }
+
+    [[nodiscard]] EventWriter& writer() { return writer_; }
+
+private:
+    [[nodiscard]] lines::Time now() const { return timeline_ == nullptr ? lines::Time{0} : timeline_->now(); }
+
+    EventWriter writer_;
+    const Timeline* timeline_ = nullptr;
+};
+
+/// The lines of a scenario as happenings on the timeline. A line that cannot be read ends it: nothing that a call in
+/// progress still does is written any more.
+class Script : public TimelineSource {
+public:
+    Script(lines::LineReader reader, Performer performer, EventWriter& writer)
+        : reader_(std::move(reader)), performer_(performer), writer_(writer) {}
+
+    std::optional<lines::Time> due() override { return failure_ ? std::nullopt : reader_.peekTime(); }
+
+    void happen() override {
+        try {
+            const auto line = reader_.next();
+            if (!line) return;
+            if (depth_ == deepest)
+                throw lines::ScenarioError(reader_.place() + ": " + std::to_string(deepest) +
+                                    " calls sleep inside one another already");
+            ++depth_;
+            performer_.perform(line->action);
+            --depth_;
+        } catch (const lines::ScenarioError& error) {
+            failure_ = error;
+            writer_.flush();
+            writer_.mute();
+        }
+    }
+
+    [[nodiscard]] const std::optional<lines::ScenarioError>& failure() const { return failure_; }
+
+private:
+    // A line inside a sleep runs on the stack of the call that sleeps, which is not endless.
+    static constexpr int deepest = 500;
+
+    lines::LineReader reader_;
+    Performer performer_;
+    EventWriter& writer_;
+    int depth_ = 0;  ///< lines that have begun to happen and not ended
+    std::optional<lines::ScenarioError> failure_;
+};
+
+}  // namespace
+
+void run(const std::vector<std::string>& paths, const RunOptions& options, EventWriter::Out out) {
+    lines::LineReader reader(paths);
+    // The manager and the platform that it holds on to live as long as the process, and so does this.
+    static std::unique_ptr<Observation> observation;
+    auto watching = std::make_unique<Observation>(std::move(out));
+    auto owned = std::make_unique<VirtualPlatform>(*watching, JSON, watching.get());
+    VirtualPlatform& platform = *owned;
+    setCurrentPlatform(std::move(owned));
+    observation = std::move(watching);
+    auto& manager = QXNearcastManager::sharedManager();
+
+    EventWriter& writer = observation->writer();
+    Script script(std::move(reader), Performer(manager, platform, writer), writer);
+    observation->watch(platform.timeline(), options);
+    platform.timeline().setSource(&script);
+    platform.timeline().runToLastHappening();
+    platform.timeline().setSource(nullptr);
+    Observation::unwatch();
+    manager.setDelegate(nullptr);
+    writer.flush();
+    if (script.failure()) throw lines::ScenarioError(*script.failure());
+}
+
+}  // namespace nearcast::lab

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lines/LineReader.h"
+#include "lab/Playback.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace nearcast::lab {
+namespace {
+
+using Kind = PlaybackEvent::Kind;
+
+const std::string first = "00:11:22:AA:BB:CC";
+const std::string second = "00:11:22:AA:BB:DD";
+
+std::vector<lines::Line> linesOf(const std::vector<std::string>& texts) {
+    std::vector<lines::Line> lines;
+    lines::Time at{0};
+    for (const std::string& text : texts) {
+        lines.push_back(lines::parseLine(text, at));
+        at = lines.back().at;
+    }
+    return lines;
+}
+
+std::string heardAt(double at, std::string address, int RSSI) {
+    std::erase(address, ':');
+    return R"({"at":)" + std::to_string(at) + R"(,"do":"advertise","manufacturerData":"FFFF)" + address +
+           R"(","RSSI":)" + std::to_string(RSSI) + "}";
+}
+
+/// A dongle once a second from second 1 on.
+std::vector<std::string> seconds(int count, const std::string& address, int RSSI) {
+    std::vector<std::string> texts;
+    for (int at = 1; at <= count; ++at) texts.push_back(heardAt(at, address, RSSI));
+    return texts;
+}
+
+Playback playLines(const std::vector<std::string>& texts, std::shared_ptr<const Settings> registry = nullptr) {
+    return play({"a recording", linesOf(texts), std::move(registry)});
+}
+
+std::vector<PlaybackEvent> eventsOf(const Playback& playback, Kind kind) {
+    std::vector<PlaybackEvent> events;
+    std::copy_if(playback.events.begin(), playback.events.end(), std::back_inserter(events),
+                 [&](const PlaybackEvent& event) { return event.kind == kind; });
+    return events;
+}
+
+using Events = std::vector<PlaybackEvent>;
+constexpr std::uint32_t none = PlaybackEvent::noDongle;
+
+TEST(Playback, EveryDongleOfARecordingIsRegisteredUnderItsAddress) {
+    const Playback playback = playLines({heardAt(1, second, -60), heardAt(2, first, -70)});
+    ASSERT_EQ(playback.dongles.size(), 2U);
+    EXPECT_EQ(playback.dongles[0].MACAddr, first);
+    EXPECT_EQ(playback.dongles[0].portName, first);
+    EXPECT_EQ(playback.dongles[0].threshold, std::nullopt);
+    EXPECT_EQ(playback.dongles[1].MACAddr, second);
+    EXPECT_EQ(playback.registry->size(), 2U);
+}
+
+TEST(Playback, TheRecordsAreThoseThatTheManagerMakesOfPrinters) {
+    auto& manager = playbackManager();
+    manager.addSettingForPrinterPortName(first, {}, false, first, {}, {});
+    const SettingRecord made = *manager.getSettings()->at(first);
+    manager.setSettings(std::nullopt);
+    EXPECT_EQ(*playLines({heardAt(1, first, -60)}).registry->at(first), made);
+}
+
+TEST(Playback, RawReadingsAreSeenBesideTheReportsThatComeOfThem) {
+    const Playback playback = playLines(seconds(8, first, -60));
+    EXPECT_EQ(eventsOf(playback, Kind::heard).size(), 8U);
+    EXPECT_EQ(eventsOf(playback, Kind::reported), (Events{{7, Kind::reported, 0, -60}, {8, Kind::reported, 0, -60}}));
+    const auto reported =
+        std::find(playback.events.begin(), playback.events.end(), PlaybackEvent{7, Kind::reported, 0, -60});
+    EXPECT_EQ(*std::prev(reported), (PlaybackEvent{7, Kind::heard, 0, -60}));
+}
+
+TEST(Playback, AReadingThatTheControllerDoesNotHaveIsNotHeard) {
+    const Playback playback = playLines({heardAt(1, first, 127), heardAt(2, first, 126)});
+    EXPECT_EQ(eventsOf(playback, Kind::heard), (Events{{2, Kind::heard, 0, 126}}));
+}
+
+TEST(Playback, TheSilencesAfterTheLastLineAreInItButNotItsLength) {
+    const Playback playback = playLines({heardAt(1, first, -60), R"({"at":3,"do":"end"})"});
+    EXPECT_EQ(playback.end, 3);
+    EXPECT_EQ(eventsOf(playback, Kind::silent), (Events{{10, Kind::silent, 0, 0}}));
+}
+
+TEST(Playback, ChangesOfTheRadioAndRestartsOfTheScanAreInIt) {
+    const Playback playback = playLines({R"({"at":60,"do":"radio","state":4})", R"({"at":121,"do":"end"})"});
+    EXPECT_EQ(
+        playback.events,
+        (Events{{0, Kind::scanStarted, none, 0}, {60, Kind::radio, none, 4}, {120, Kind::scanRestarted, none, 0}}));
+}
+
+TEST(Playback, OneRecordingAfterAnotherIsAsIfItWereAlone) {
+    const auto texts = seconds(9, first, -60);
+    const Playback alone = playLines(texts);
+    playLines(seconds(33, second, -50));
+    const Playback again = playLines(texts);
+    EXPECT_EQ(again.events, alone.events);
+    EXPECT_EQ(again.dongles.size(), 1U);
+    EXPECT_EQ(again.end, alone.end);
+}
+
+TEST(Playback, GivenSettingsNameTheDevicesAndOthersAreNotRegistered) {
+    const SettingRecord record{{"MAC Address", second}, {"Nick Name", "Bar"}, {"Threshold RSSI", -65}};
+    const auto registry =
+        std::make_shared<const Settings>(Settings{{"BT:Bar", std::make_shared<const SettingRecord>(record)}});
+    const Playback playback = playLines({heardAt(1, first, -60), heardAt(2, second, -70)}, registry);
+    ASSERT_EQ(playback.dongles.size(), 2U);
+    EXPECT_EQ(playback.dongles[0].portName, "BT:Bar");
+    EXPECT_EQ(playback.dongles[0].nickName, "Bar");
+    EXPECT_EQ(playback.dongles[0].threshold, -65);
+    EXPECT_EQ(playback.dongles[1].MACAddr, first);
+    EXPECT_EQ(playback.dongles[1].portName, "");
+    EXPECT_EQ(eventsOf(playback, Kind::heard), (Events{{1, Kind::heard, 1, -60}, {2, Kind::heard, 0, -70}}));
+}
+
+const std::string both =
+    R"({"do":"setDelegate","implements":["didDiscoverPort:deviceType:MACAddr:RSSI:","didUpdateState:MACAddr:"]})";
+
+TEST(Playback, AScenarioRunsAsItIs) {
+    const Playback playback = playLines(
+        {heardAt(1, first, -10), both, R"({"at":2,"do":"startScan","samplingNumber":2})", heardAt(3, first, -20),
+         heardAt(4, first, -30), R"({"at":5,"do":"stopScan"})", heardAt(6, first, -40)});
+    EXPECT_EQ(playback.events, (Events{{2, Kind::scanStarted, none, 0},
+                                       {3, Kind::heard, 0, -20},
+                                       {4, Kind::heard, 0, -30},
+                                       {4, Kind::reported, 0, -20},
+                                       {5, Kind::scanStopped, none, 0}}));
+    EXPECT_EQ(playback.dongles[0].portName, "");
+    EXPECT_EQ(playback.end, 6);
+}
+
+TEST(Playback, ADelegateOfAScenarioHearsOnlyWhatItImplements) {
+    const Playback playback = playLines({R"({"do":"setDelegate","implements":["didUpdateState:MACAddr:"]})",
+                                         R"({"do":"startScan","samplingNumber":1})", heardAt(1, first, -20),
+                                         heardAt(2, first, -30), R"({"at":11,"do":"end"})"});
+    EXPECT_TRUE(eventsOf(playback, Kind::reported).empty());
+    EXPECT_EQ(eventsOf(playback, Kind::silent), (Events{{10, Kind::silent, 0, 0}}));
+}
+
+TEST(Playback, ADeviceThatAScenarioRemovesStaysKnown) {
+    const Playback playback =
+        playLines({R"({"do":"addSettingForPrinterPortName","portName":"BT:Bar","dongleMACAddr":"00:11:22:AA:BB:CC"})",
+                   R"({"do":"removeSettingWithPortName","portName":"BT:Bar"})"});
+    ASSERT_EQ(playback.dongles.size(), 1U);
+    EXPECT_EQ(playback.dongles[0].portName, "BT:Bar");
+    EXPECT_EQ(playback.registry->count("BT:Bar"), 1U);
+}
+
+TEST(Playback, AScenarioLeavesNothingBehind) {
+    const auto texts = seconds(9, first, -60);
+    const Playback alone = playLines(texts);
+    playLines({both, R"({"do":"startScan","samplingNumber":2})", R"({"at":1,"do":"radio","state":4})",
+               heardAt(1, first, -20), heardAt(1, second, -20), R"({"do":"setDelegate"})"});
+    EXPECT_EQ(playLines(texts).events, alone.events);
+}
+
+std::string endAt(double seconds) { return R"({"do":"end","at":)" + std::to_string(seconds) + "}"; }
+
+TEST(Playback, LastsSevenDaysAtMost) {
+    constexpr double week = 7 * 24 * 3600;
+    EXPECT_EQ(playLines({endAt(week)}).end, week);
+    EXPECT_THROW(playLines({endAt(week + 0.001)}), lines::ScenarioError);
+}
+
+std::vector<std::string> differentDongles(std::size_t count) {
+    std::vector<std::string> texts;
+    std::array<char, 20> address{};
+    for (std::size_t number = 0; number < count; ++number) {
+        std::snprintf(address.data(), address.size(), "000000%06X", static_cast<unsigned>(number));
+        texts.push_back(heardAt(1, address.data(), -60));
+    }
+    return texts;
+}
+
+TEST(Playback, MoreDonglesThanCanBeRegisteredNeedSettings) {
+    EXPECT_THROW(playLines(differentDongles(mostDongles + 1)), lines::ScenarioError);
+    const Playback playback =
+        playLines(differentDongles(mostDongles + 1), std::make_shared<const Settings>(Settings()));
+    EXPECT_EQ(playback.dongles.size(), mostDongles + 1);
+}
+
+/// Calls that all sleep: each in the sleep of the one before it, for the radio's state is not known.
+std::vector<std::string> sleepers(int count) {
+    std::vector<std::string> texts{R"({"do":"radio","state":0})"};
+    for (int call = 0; call < count; ++call) texts.emplace_back(R"({"do":"startScan"})");
+    return texts;
+}
+
+TEST(Playback, CallsSleepFiveHundredDeepAtMost) {
+    EXPECT_NO_THROW(playLines(sleepers(500)));
+    EXPECT_THROW(playLines(sleepers(501)), lines::ScenarioError);
+}
+
+TEST(Playback, AScenarioThatBreaksOffLeavesNothingBehind) {
+    const auto texts = seconds(9, first, -60);
+    const Playback alone = playLines(texts);
+    EXPECT_THROW(playLines(sleepers(501)), lines::ScenarioError);
+    EXPECT_EQ(playLines(texts).events, alone.events);
+}
+
+TEST(Playback, NothingToPlayIsAnEmptyRecording) {
+    const Playback playback = playLines({});
+    EXPECT_EQ(playback.end, 0);
+    EXPECT_TRUE(playback.dongles.empty());
+    EXPECT_EQ(playback.events, (Events{{0, Kind::scanStarted, none, 0}}));
+}
+
+}  // namespace
+}  // namespace nearcast::lab
