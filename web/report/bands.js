@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The bands below the curves: the decision, the truth, and what happened to the radio and the dongles.
 
-import { byId, drawing } from './dom.js';
+import { byId, drawing } from '../shared/dom.js';
 import { colourOf } from './palette.js';
 import { span } from './range.js';
 import { drawable } from './stretches.js';

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // What was the case at the moment that is pointed at.
 
-import { byId, element } from './dom.js';
+import { byId, element } from '../shared/dom.js';
+import { GUTTER, MARGIN } from './plot.js';
 import { fitInto, span } from './range.js';
 import { PRESENT, valueAt } from './search.js';
 import { stretchAt } from './stretches.js';
-import { GUTTER, MARGIN } from './plot.js';
 import { decisionFacts, decisionSentence, markText, nameOfDongle, timeText } from './texts.js';
 
 /** Pixels around the moment in which what happened counts as pointed at. */

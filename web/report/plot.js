@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The curves, drawn by uPlot. It is given as many points as there are pixels, again for each range.
 
+import { byId } from '../shared/dom.js';
+import { figure } from '../shared/tables.js';
 import { columnsFor } from './decimate.js';
-import { byId } from './dom.js';
 import { signalScale } from './model.js';
-import { colourOf, dashOf, faded } from './palette.js';
 import { paintBlind, paintChosen, paintThresholds } from './paint.js';
-import { figure, timeText } from './texts.js';
+import { colourOf, dashOf, faded } from './palette.js';
+import { timeText } from './texts.js';
 
 /** Where the curves begin, and how much room is left of their end; the bands keep to both. */
 export const GUTTER = 64;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the page says in words.
 
+import { figure } from '../shared/tables.js';
+
 /** Why a choice was made, by the name of its rule. */
 const RULES = {
     'none inside': 'no device is inside its action area',
@@ -20,11 +22,6 @@ export function timeText(seconds, decimals = 1) {
     const minutes = Math.floor(tenths / 60) % 60;
     const rest = (tenths % 60).toFixed(decimals).padStart(decimals > 0 ? decimals + 3 : 2, '0');
     return hours > 0 ? `${hours}:${String(minutes).padStart(2, '0')}:${rest}` : `${minutes}:${rest}`;
-}
-
-/** A number with a proper minus sign, and so many decimals. */
-export function figure(value, decimals = 1) {
-    return value.toFixed(decimals).replace('-', '\u2212');
 }
 
 export function signalText(value, decimals = 0) {

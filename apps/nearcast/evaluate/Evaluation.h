@@ -7,6 +7,7 @@
 
 #include <nearcast/NearestSettings.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,19 @@ struct JudgedRecording {
     nearest::Truth truth;
     std::string damage;  ///< why the recording ends before its end; empty when it does not
 };
+
+/// The truth file that belongs to a recording where none is named: beside it, its name's ending replaced by
+/// ".truth.jsonl".
+std::string truthPathFor(const std::string& recordingPath);
+
+/// Reads and plays recordings with their truth files.
+/// @param recordings as `readPlaybackFile`
+/// @param truths     one for each recording; none: `truthPathFor` each
+/// @param registry   as `scenario::PlaybackInput::registry`
+/// @throws std::invalid_argument when the numbers do not fit
+/// @throws PlaybackFileError, scenario::ScenarioError for a file that is wrong
+std::vector<JudgedRecording> playAll(const std::vector<std::string>& recordings, const std::vector<std::string>& truths,
+                                     const std::shared_ptr<const Settings>& registry);
 
 /// How good a rule was.
 struct RuleScores {

@@ -87,4 +87,9 @@ struct ReportData {
 /// @throws std::invalid_argument as `NearestSettings::validate`
 ReportData reportOf(const scenario::Playback& playback, const NearestSettings& settings, const nearest::Truth* truth);
 
+/// The data as the page reads it (docs/reports.md), in JSON. Text that is not UTF-8 is written with the replacement
+/// character. Columns hold whole numbers, each as its difference from the one before.
+/// @param program which program wrote it
+std::string JSONOf(const ReportData& data, const std::string& program);
+
 }  // namespace nearcast::cli

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "report/ReportJSON.h"
-
 #include "platform/json/JSONSerialization.h"
+#include "report/ReportData.h"
 
 #include <array>
 #include <charconv>
@@ -137,23 +136,9 @@ void write(Writer& out, const NearestSettings& settings) {
     out.close(']');
 }
 
-/// No text can end the script that it stands in, or begin a comment of the page. It is the same JSON.
-std::string withoutMarkup(const std::string& json) {
-    std::string result;
-    result.reserve(json.size());
-    for (const char character : json) {
-        if (character == '<') {
-            result += "\\u003c";
-        } else {
-            result += character;
-        }
-    }
-    return result;
-}
-
 }  // namespace
 
-std::string reportJSON(const ReportData& data, const std::string& program) {
+std::string JSONOf(const ReportData& data, const std::string& program) {
     Writer out;
     out.open('{').key("format").integer(1).key("program").text(program).key("title").text(data.title);
     out.key("sources").open('[');
@@ -175,7 +160,7 @@ std::string reportJSON(const ReportData& data, const std::string& program) {
     out.key("scans");
     write(out, data.scans);
     out.close('}');
-    return withoutMarkup(out.take());
+    return out.take();
 }
 
 }  // namespace nearcast::cli
