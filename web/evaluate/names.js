@@ -7,17 +7,21 @@ const RADIUS = 5;
 const LINE = 13;
 
 /** A name that has moved further than this from its point does not belong to it any more. */
-const MOST_LINES = 8;
+const MOST_LINES = 4;
 
 function overlaps(box, other) {
     return box.x < other.x + other.length && other.x < box.x + box.length && Math.abs(box.y - other.y) < LINE;
 }
 
-/** Half a line down, half a line up, a whole line down, and so on. */
-function distances() {
-    const result = [0];
-    for (let half = 1; half <= 2 * MOST_LINES; ++half) result.push((half * LINE) / 2, (-half * LINE) / 2);
-    return result;
+/** To the right and to the left of the point; then half a line down, half a line up, a whole line down, and so on. */
+function candidates({ x, y, length }) {
+    const boxes = [];
+    for (let half = 0; half <= 2 * MOST_LINES; ++half) {
+        for (const distance of half === 0 ? [0] : [(half * LINE) / 2, (-half * LINE) / 2]) {
+            for (const left of [x + BESIDE, x - BESIDE - length]) boxes.push({ x: left, y: y + distance, length });
+        }
+    }
+    return boxes;
 }
 
 /**
@@ -28,11 +32,12 @@ function distances() {
  */
 export function placeNames(names, points, size) {
     const taken = points.map(({ x, y }) => ({ x: x - RADIUS, y, length: 2 * RADIUS }));
-    return names.map(({ x, y, length }) => {
-        const left = x + BESIDE + length > size.width ? Math.max(x - BESIDE - length, 0) : x + BESIDE;
-        const boxes = distances().map((distance) => ({ x: left, y: y + distance, length }));
-        const inside = boxes.filter((box) => box.y >= LINE / 2 && box.y <= size.height - LINE / 2);
-        const free = inside.find((box) => !taken.some((other) => overlaps(box, other))) ?? boxes[0];
+    const inside = ({ x, y, length }) =>
+        x >= 0 && x + length <= size.width && y >= LINE / 2 && y <= size.height - LINE / 2;
+    return names.map((name) => {
+        const places = candidates(name);
+        const free = places.filter(inside).find((box) => !taken.some((other) => overlaps(box, other))) ??
+            places.find(inside) ?? places[0];
         taken.push(free);
         return { x: free.x, y: free.y };
     });

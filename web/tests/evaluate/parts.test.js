@@ -23,17 +23,17 @@ test('a name that would leave the plot stands to the left of its point', () => {
 test('two names beside one point do not lie on one another', () => {
     const point = { x: 100, y: 100, length: 50 };
     const [first, second] = placeNames([point, point], [point, point], size);
-    assert.ok(Math.abs(first.y - second.y) >= 13);
+    assert.ok(Math.abs(first.y - second.y) >= 13 || Math.abs(first.x - second.x) >= 50);
 });
 
 test('a name keeps clear of other points and of the edges', () => {
     const names = [{ x: 100, y: 2, length: 50 }];
-    const [{ y }] = placeNames(names, [{ x: 100, y: 2 }, { x: 130, y: 8 }], size);
+    const [{ y }] = placeNames(names, [{ x: 100, y: 2 }, { x: 130, y: 8 }, { x: 70, y: 8 }], size);
     assert.ok(y >= 8 + 13, String(y));
 });
 
 test('where everything is taken a name stands beside its point all the same', () => {
-    const points = Array.from({ length: 300 }, (_, y) => ({ x: 120, y }));
+    const points = Array.from({ length: 300 }, (_, y) => [{ x: 120, y }, { x: 80, y }]).flat();
     assert.deepEqual(placeNames([{ x: 100, y: 100, length: 50 }], points, size), [{ x: 109, y: 100 }]);
 });
 
