@@ -9,7 +9,7 @@ import { placeNames } from './names.js';
 const FONT = '12px system-ui, "DejaVu Sans", sans-serif';
 const nameFont = (main, pixel) => `${main ? 600 : 400} ${11.5 * pixel}px system-ui, "DejaVu Sans", sans-serif`;
 
-/** Of one family of curves the colours go from blue to red. */
+/** Hues of the first and the last curve of a family. */
 const BLUE = 215;
 const RED = 365;
 
@@ -35,7 +35,7 @@ function axes(chart, store) {
     ];
 }
 
-/** Curve and points of a series, in places of the canvas. */
+/** Paints the curve and the points of a series. */
 function paintSeries(plot, series, state) {
     const { ctx } = plot;
     const pixel = globalThis.devicePixelRatio || 1;
@@ -59,7 +59,7 @@ function paintSeries(plot, series, state) {
     ctx.restore();
 }
 
-/** The name of each series beside its last point; curves of a family have a legend instead. */
+/** Paints the name of each series beside its last point; curves of a family have a legend instead. */
 function paintNames(plot, chart, state) {
     const { ctx, bbox } = plot;
     const pixel = globalThis.devicePixelRatio || 1;
@@ -118,8 +118,8 @@ function legendOf(chart) {
 }
 
 /**
- * The chart as an element; it draws itself once it stands in the page.
- * @param marks makes the buttons over the points and puts them in their places: (chart, plot) => function
+ * Makes the element of a chart, which is drawn when it gets its size.
+ * @param marks (chart, plot) => place: makes the buttons over the points; place() moves them to their points
  */
 export function chartElement(chart, store, marks) {
     const place = element('div', { class: 'plot', role: 'group', 'aria-label': chart.title,

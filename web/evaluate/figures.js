@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The figures in tables: of all recordings, of each, and of the settings that were tried.
+// Tables of the figures: of all recordings, of each one, and of the settings that were tried.
 
 import { element } from '../shared/dom.js';
 import { figure, textTable } from '../shared/tables.js';

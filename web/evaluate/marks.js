@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Buttons over the points of a chart: they say a point's figures when it is pointed at, touched, or reached by the
-// keyboard. Tab goes to a chart as a whole, for there may be thousands of points.
+// Buttons over the points of a chart, which show a point's figures on pointing, touch and focus. Only one button of a
+// chart is reached by Tab, since there may be thousands.
 
 import { byId, element } from '../shared/dom.js';
 
-/** Pixels between a point and what is said of it, and from there to the edges of the window. */
+/** Pixels between a mark and its tip, and between the tip and the edges of the window. */
 const APART = 8;
 
 function showTip(mark) {
@@ -24,7 +24,7 @@ function hideTip() {
     byId('tip').hidden = true;
 }
 
-/** The place that a key leads to from another one of so many; null: the key leads nowhere. */
+/** The index of the mark to which a key leads, of `count` marks; null for other keys. */
 export function placeAfter(key, place, count) {
     const steps = { ArrowRight: 1, ArrowDown: 1, ArrowLeft: -1, ArrowUp: -1 };
     if (key === 'Home') return 0;
@@ -32,7 +32,7 @@ export function placeAfter(key, place, count) {
     return key in steps ? Math.min(Math.max(place + steps[key], 0), count - 1) : null;
 }
 
-/** Of all buttons of a chart, Tab reaches the one that was used last. */
+/** Tab reaches the button that was used last; the other keys go from there. */
 function attachKeys(area, marks) {
     const reach = (place) => marks.forEach((mark, index) => { mark.tabIndex = index === place ? 0 : -1; });
     area.addEventListener('focusin', ({ target }) => reach(marks.indexOf(target)));
@@ -44,7 +44,7 @@ function attachKeys(area, marks) {
     });
 }
 
-/** Makes the buttons of a chart. @return a function that puts them where their points are now */
+/** Makes the buttons of a chart. @return a function that moves them to their points */
 export function marksOf(chart, plot) {
     const points = chart.series.flatMap(({ points: own, main }) => own.map((point) => ({ ...point, main })));
     const first = Math.max(points.findIndex(({ main }) => main), 0);
@@ -63,7 +63,7 @@ export function marksOf(chart, plot) {
     });
 }
 
-/** What was said goes with Escape, and when the page moves under it. */
+/** Hides the tip on Escape, and on scrolling, which would leave it behind. */
 export function attachTip() {
     document.addEventListener('keydown', ({ key }) => {
         if (key === 'Escape') hideTip();

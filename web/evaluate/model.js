@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// The page's data as charts: series of points, each with the words that are said of it.
+// The page's data as charts: series of points, each point with its tip.
 
 import { figure } from '../shared/tables.js';
 
-/** What goes along the lower edge of each chart; the time right goes up all of them. */
+/** The quantity on the x axis of each chart; y is the time right in all of them. */
 const ALONG = [
     { title: 'Time right over wrong switches', name: 'wrong switches a minute', key: 'wrongSwitchesPerMinute' },
     {
@@ -24,13 +24,13 @@ export function tipOf(what, score) {
         `${score.neverReached} of ${score.changes} changes never reached`;
 }
 
-/** The point of a score in a list of its own; an empty list where one of its figures is not known. */
+/** The point of a score, as a list; empty where one of its figures is not known. */
 function pointsOf(what, score, key) {
     const [x, y] = [score[key], score.rightPercent];
     return x === null || y === null ? [] : [{ x, y, tip: tipOf(what, score) }];
 }
 
-/** One curve, or for a grid of two settings one for each value of the first. */
+/** The curve of a sweep, or, for a grid of two settings, a curve for each value of the first. */
 function sweepSeries({ sweeps, points }, key) {
     if (sweeps.length === 0) return [];
     const called = (place, value) => `${sweeps[place].name} ${shortest(value)}`;
@@ -47,13 +47,13 @@ function sweepSeries({ sweeps, points }, key) {
     });
 }
 
-/** Others may be this many times as far to the right as what the page is about, and this much below it. */
+/** Other rules may be this many times as far to the right as `nearest` and its curves, and this much lower. */
 const WIDER = 2.5;
 const LOWER = 15;
 
 /**
- * Leaves out series that are there for comparison but so far away that little room would be left for what the page is
- * about. Where it is about nothing, all stay.
+ * Leaves out rules that are so far away that there would be little room to see `nearest` and its curves. Where those
+ * have no points, all stay.
  * @return {near: the series that stay, far: the names of the others}
  */
 export function withoutFar(series) {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where the names of points are written, so that neither points nor other names are in the way.
+// Where to write the names of points, so that they overlap neither points nor other names.
 
 /** Pixels from a point to its name, around a point, and from line to line. */
 const BESIDE = 9;
 const RADIUS = 5;
 const LINE = 13;
 
-/** A name that has moved further than this from its point does not belong to it any more. */
+/** Further away a name would not be seen to belong to its point. */
 const MOST_LINES = 4;
 
 function overlaps(box, other) {

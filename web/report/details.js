@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The same in words: every decision, every event, and the settings, for those who read rather than look.
+// Lists below the chart: every decision, every event, and the settings.
 
 import { byId, element } from '../shared/dom.js';
 import { figure, settingTable, textTable } from '../shared/tables.js';

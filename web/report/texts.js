@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the page says in words.
+// The page's texts.
 
 import { figure } from '../shared/tables.js';
 
@@ -71,7 +71,7 @@ export function decisionFacts(decision, dongles, now = null) {
     return facts;
 }
 
-/** The same in one sentence, for those who hear the page. */
+/** The same in one sentence, for screen readers. */
 export function decisionSentence(decision, dongles) {
     return decisionFacts(decision, dongles)
         .map(([label, text]) => `${label}: ${text}`)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Making elements. Texts become text nodes: nothing that was heard is ever read as markup.
+// Making elements. Texts become text nodes, so a name from the air is never read as markup.
 
 const SVG = 'http://www.w3.org/2000/svg';
 

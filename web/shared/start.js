@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Beginning of a page: its data are read and handed on; a page that cannot be shown says so.
+// The start of a page: reads its data, builds it, and says so when that fails.
 
 import { byId } from './dom.js';
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is shown at the moment, and who wants to know when it changes.
+// The state of a page, and its listeners.
 
 /**
  * @param initial  the state: a plain object
@@ -18,7 +18,7 @@ export function makeStore(initial, schedule) {
     };
     return {
         get: () => state,
-        /** Takes over the values that differ. */
+        /** Changes values; those that stay the same are not reported. */
         set(values) {
             const keys = Object.keys(values).filter((key) => !Object.is(values[key], state[key]));
             if (keys.length === 0) return;

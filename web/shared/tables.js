@@ -6,7 +6,7 @@ import { element } from './dom.js';
 /** Digits that tell whether a number lies in the middle between two that can be shown. */
 const MORE = 40;
 
-/** Rounds as the program does on a terminal: what lies in the middle goes to the even digit. */
+/** Rounds as printf does, so that page and terminal agree: a value in the middle goes to the even digit. */
 function rounded(value, decimals) {
     const text = value.toFixed(decimals);
     const exact = value.toFixed(decimals + MORE);

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Light or dark: as the system says, until somebody chooses.
+// Light or dark colours: those of the system until the user chooses.
 
 import { byId } from './dom.js';
 
 const NEXT = { automatic: 'light', light: 'dark', dark: 'automatic' };
 
-/** Keeps `dark` and `colours` of the store right, and drives the button. */
+/** Sets `dark` and `colours` in the store, now and after each change, and handles the button. */
 export function attachTheme(store) {
     const system = matchMedia('(prefers-color-scheme: dark)');
     let choice = 'automatic';

@@ -49,7 +49,7 @@ std::map<std::string, scenario::PlaybackDongle> devicesOf(const std::vector<Judg
 
 std::string decibels(std::optional<std::int32_t> value) { return value ? std::to_string(*value) : std::string("-"); }
 
-/// What a person has to know of it; empty where the table says all.
+/// What the table cannot say about a device; empty where it says all.
 std::string remark(const DeviceAdvice& one) {
     const nearest::ThresholdAdvice& advice = one.advice;
     if (advice.inseparable()) {

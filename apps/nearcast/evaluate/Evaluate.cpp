@@ -45,7 +45,7 @@ int listRules() {
     return exitGood;
 }
 
-/// The rules that are asked for; all of them where none is.
+/// The rules of the command line; all rules where it names none.
 std::vector<std::string> rulesOf(const EvaluateArguments& arguments) {
     std::string known;
     std::vector<std::string> all;

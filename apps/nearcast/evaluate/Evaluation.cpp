@@ -14,7 +14,7 @@ namespace nearcast::cli {
 
 namespace {
 
-/// The truth that was named, or that should lie beside the recording.
+/// Reads the truth file that was named, or else the one beside the recording.
 nearest::Truth truthOf(JudgedRecording& recording, const std::string* named) {
     recording.truthPath = named != nullptr ? *named : truthPathFor(recording.path);
     if (named == nullptr && !std::filesystem::exists(recording.truthPath)) {

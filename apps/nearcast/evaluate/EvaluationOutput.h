@@ -8,14 +8,14 @@
 namespace nearcast::cli {
 
 /// The evaluation as tables with aligned columns, for people: one for each recording, and one for all where there are
-/// several. With a sweep the table of its values alone.
+/// several. With a sweep only the table of its values.
 std::string textOf(const Evaluation& evaluation);
 
-/// The evaluation as one JSON object, with line ends.
+/// The evaluation as one JSON object and a line end.
 std::string JSONOf(const Evaluation& evaluation);
 
 /// The evaluation as its page reads it (docs/reports.md), in JSON.
-/// @param program which program wrote it
+/// @param program name and version of the program that writes the page
 std::string pageDataOf(const Evaluation& evaluation, const std::string& program);
 
 }  // namespace nearcast::cli

@@ -12,14 +12,14 @@ namespace nearcast::cli {
 
 // Figures and tables of them, as text and as JSON.
 
-/// A table for people: columns as wide as they need to be, the first one flush left and the others flush right.
+/// A table for people: columns as wide as their widest cell, the first flush left, the others flush right.
 class Table {
 public:
     explicit Table(std::vector<std::string> header) { rows_.push_back(std::move(header)); }
 
-    /// @param cells as many as the header has
+    /// @param cells one for each column of the header
     void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
-    /// Lines, each indented by two spaces and ended.
+    /// The lines, each indented by two spaces and with a line end.
     [[nodiscard]] std::string text() const;
 
 private:

@@ -23,10 +23,10 @@ constexpr double levelScale = 10;
 /// Seconds as whole milliseconds.
 std::int64_t milliseconds(double seconds) { return std::llround(seconds * 1000); }
 
-/// Hands everything on to `Nearest` and writes down how it decides, at the moments at which that changes.
+/// Passes everything on to `Nearest` and records its decision whenever that changes.
 class DecisionLog : public nearest::Rule {
 public:
-    /// @param dongles whose places the decisions name; their levels are added by `sample`. Lives longer.
+    /// @param dongles the decisions name them by their places; `sample` adds their levels. Has to outlive this object.
     DecisionLog(const Settings& registry, const NearestSettings& settings, std::vector<ReportDongle>& dongles);
 
     void heard(double at, std::string_view MACAddr, std::int32_t RSSI) override;
@@ -35,7 +35,7 @@ public:
     void radio(double at, bool hears) override;
     std::string_view nearest(double at) override;
 
-    /// Lets time pass up to that moment, and notes the levels.
+    /// Advances the time to that moment, and records the levels.
     void sample(double at);
 
     [[nodiscard]] std::vector<ReportDecision> take() { return std::move(decisions_); }
@@ -139,7 +139,7 @@ ReportDongle dongleOf(const scenario::PlaybackDongle& known, double defaultThres
     return dongle;
 }
 
-/// Adds what happened to the dongles and to the radio.
+/// Sorts events into the curves of their dongles, the radio's states and the scans.
 class EventSorter {
 public:
     explicit EventSorter(ReportData& data) : data_(data) {}
@@ -166,7 +166,7 @@ private:
     ReportData& data_;
 };
 
-/// The place of a dongle of the truth; one that was neither registered nor heard gets one.
+/// The place of a dongle of the truth. One that was neither registered nor heard is added.
 std::int32_t placeOf(const std::string& MACAddr, ReportData& data) {
     if (MACAddr.empty()) return noReportDongle;
     auto& dongles = data.dongles;
@@ -203,7 +203,7 @@ ReportData reportOf(const Playback& playback, const NearestSettings& settings, c
     for (const auto& dongle : playback.dongles) data.dongles.push_back(dongleOf(dongle, settings.defaultThreshold));
     EventSorter sorter(data);
     for (const PlaybackEvent& event : playback.events) {
-        // What follows from the recording's end belongs to no moment of it.
+        // What the manager tells after the end (silences) belongs to no moment of the recording.
         if (event.at <= playback.end) sorter.add(event);
     }
     decide(playback, data);

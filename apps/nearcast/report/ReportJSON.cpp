@@ -11,7 +11,8 @@ namespace nearcast::cli {
 
 namespace {
 
-/// Writes objects and arrays one after another; commas come by themselves.
+/// Writes JSON from left to right and puts in the commas. Unlike a tree of the JSON library it keeps no second copy of
+/// an hour of readings in memory.
 class Writer {
 public:
     Writer& open(char bracket) {

@@ -43,7 +43,7 @@ std::string base64OfHexadecimal(std::string_view text) {
     return result;
 }
 
-/// What the page may do: run these scripts, use these styles.
+/// Allows the page's own scripts and styles, and nothing else.
 std::string policy(std::span<const Asset> assets, const std::string& kind) {
     const auto source = [&](std::string_view name) { return policySource(assetNamed(assets, name)); };
     return "default-src 'none'; base-uri 'none'; form-action 'none'; script-src " + source(plotScript) + " " +

@@ -8,40 +8,39 @@
 
 namespace nearcast::cli {
 
-/// A file that is part of the program; see `nearcast_embed` in cmake/NearcastEmbed.cmake. It lives as long as the
-/// process.
+/// A file that the build put into the program (`nearcast_embed` in cmake/NearcastEmbed.cmake). It is valid as long as
+/// the process runs.
 struct Asset {
     std::string_view name;     ///< of the file, without its folder
     std::string_view content;  ///< its octets
     std::string_view SHA256;   ///< of the content, in hexadecimal
 };
 
-/// What the pages are made of, the files of web/ and of uPlot; without uPlot where the build did not find it. Made by
-/// the build: `nearcast_pages` in cmake/NearcastPages.cmake.
+/// The files that pages are made of: those of web/, and uPlot's where the build found them. Defined by the build, see
+/// `nearcast_pages` in cmake/NearcastPages.cmake.
 std::span<const Asset> pageAssets() noexcept;
 
-/// What one page is.
+/// What one page has of its own.
 struct Page {
-    std::string
-        kind;  ///< "report" or "evaluate": its template, style and script are the assets KIND.html, .css and .js
+    std::string kind;     ///< "report" or "evaluate": names its assets, KIND.html, KIND.css and KIND.js
     std::string title;    ///< any text
-    std::string program;  ///< what wrote the page
+    std::string program;  ///< name and version of the program that writes the page
     std::string data;     ///< JSON, for the page's script
 };
 
 /// The program's name and version, as its pages give them.
 std::string programName();
 
-/// One page that needs nothing beside itself: it opens without a network, and its policy (Content Security Policy)
-/// lets it ask for nothing and run no script but its own.
+/// A page in one file: it opens without a network, and its policy (Content Security Policy) lets it request nothing and
+/// run no script but its own.
 /// @throws std::runtime_error as `requirePlot`
 std::string writtenPage(std::span<const Asset> assets, const Page& page);
 
-/// Looks for uPlot, so that a command can say at its begin that it cannot make a page.
+/// Checks that uPlot is there, so that a command can fail before it plays a recording.
 /// @throws std::runtime_error when it is missing; the text says how to get it
 void requirePlot(std::span<const Asset> assets);
 
-// The parts of the above.
+// What `writtenPage` is made of.
 
 /// The asset of that name.
 /// @throws std::logic_error when there is none
@@ -51,13 +50,13 @@ const Asset& assetNamed(std::span<const Asset> assets, std::string_view name);
 /// 2.3.1).
 std::string policySource(const Asset& asset);
 
-/// Text that may stand in a page or in an attribute of it. Text that is not UTF-8 gets the replacement character.
+/// The text, escaped for a page and for attributes. What is not UTF-8 becomes the replacement character.
 std::string markupOf(std::string_view text);
 
-/// The same JSON, in which no text can end the script that it stands in or begin a comment of the page.
+/// The same JSON, escaped so that no text in it can end the script element around it or begin a comment.
 std::string scriptDataOf(std::string_view json);
 
-/// The text with each {{name}} replaced by what `value` gives for the name. What is put in is not looked at again.
+/// The text with each {{name}} replaced by what `value` gives for the name. Values are not searched for names.
 /// @throws std::logic_error for a {{ without an end
 std::string filledIn(std::string_view text, const std::function<std::string_view(std::string_view name)>& value);
 
