@@ -20,7 +20,7 @@ foreach(file IN LISTS FILES)
     math(EXPR index "${index} + 1")
 endforeach()
 file(WRITE ${OUTPUT} "// Made by cmake/EmbedFiles.cmake.
-#include \"web/Asset.h\"
+#include \"web/Page.h\"
 
 #include <span>
 

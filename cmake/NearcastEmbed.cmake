@@ -3,8 +3,8 @@
 
 set(NEARCAST_EMBED_SCRIPTS ${CMAKE_CURRENT_LIST_DIR})
 
-# nearcast_bundle(OUTPUT FILES...): one file of JavaScript from modules, each after those that it imports. What they
-# import from one another is known to all of them then, so two may not give different things the same name.
+# nearcast_bundle(OUTPUT FILES...): one file of JavaScript from modules, each after those that it imports. In it they
+# share their names, so two modules may neither give different things the same name nor have the same name themselves.
 function(nearcast_bundle output)
     add_custom_command(OUTPUT ${output}
         COMMAND ${CMAKE_COMMAND} "-DOUTPUT=${output}" "-DFILES=${ARGN}" -P ${NEARCAST_EMBED_SCRIPTS}/BundleModules.cmake
@@ -12,7 +12,7 @@ function(nearcast_bundle output)
 endfunction()
 
 # nearcast_embed(TARGET FUNCTION FILES...): compiles the files into the target, which gets a function
-# `std::span<const nearcast::cli::Asset> FUNCTION() noexcept` (apps/nearcast/web/Asset.h), to be declared where it is
+# `std::span<const nearcast::cli::Asset> FUNCTION() noexcept` (apps/nearcast/web/Page.h), to be declared where it is
 # used. An asset has the file's name without its folder.
 function(nearcast_embed target function)
     set(output ${CMAKE_CURRENT_BINARY_DIR}/embedded/${function}.cpp)

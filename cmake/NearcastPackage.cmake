@@ -37,13 +37,33 @@ set(CPACK_DEBIAN_TOOLS_DESCRIPTION "${PROJECT_DESCRIPTION} (command line)
  Watches the air, a recording or a simulated shop; runs scenarios; imports
  captures.")
 
-# Every package says its licence where Debian looks for it.
-foreach(pair IN ITEMS library:libnearcast${abi} development:libnearcast-dev tools:nearcast)
-    string(REPLACE ":" ";" pair ${pair})
-    list(GET pair 0 component)
-    list(GET pair 1 package)
-    install(FILES ${PROJECT_SOURCE_DIR}/packaging/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
-        COMPONENT ${component})
-endforeach()
+# nearcast_copyright(COMPONENT PACKAGE TEXT...): every package says its licence where Debian looks for it.
+function(nearcast_copyright component package)
+    file(READ ${PROJECT_SOURCE_DIR}/packaging/copyright text)
+    file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/package/${package}/copyright CONTENT "${text}${ARGN}" @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/package/${package}/copyright
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
+endfunction()
+
+# The program holds uPlot where the build found it.
+set(plot_copyright "")
+if(NEARCAST_PLOT)
+    set(file ${NEARCAST_PLOT})
+    list(FILTER file INCLUDE REGEX "/LICENSE$")
+    file(READ ${file} licence)
+    string(REGEX MATCH "Copyright \\(c\\) ([^\n]+)" holder "${licence}")
+    set(holder ${CMAKE_MATCH_1})
+    string(REGEX REPLACE "^.*Copyright[^\n]*\n+" "" licence "${licence}")
+    string(STRIP "${licence}" licence)
+    # In this format a line is indented, and an empty one is a dot.
+    string(REGEX REPLACE "\n\n+" "\n.\n" licence "${licence}")
+    string(REPLACE "\n" "\n " licence "${licence}")
+    string(CONCAT plot_copyright "\nFiles: web/node_modules/uplot/*\nCopyright: ${holder}\nLicense: Expat\n"
+        "Comment: Part of the program, and of the pages that it writes.\n\nLicense: Expat\n ${licence}\n")
+endif()
+
+nearcast_copyright(library libnearcast${abi})
+nearcast_copyright(development libnearcast-dev)
+nearcast_copyright(tools nearcast "${plot_copyright}")
 
 include(CPack)

@@ -21,5 +21,8 @@ fi
 for package in "${names[@]}"; do
     [[ -s $folder/root/usr/share/doc/$package/copyright ]] || { echo "$package has no copyright file" && exit 1; }
 done
+# The program holds uPlot, and says so, where it makes pages.
+grep -q '^Copyright: 2022 Leon Sorokin$' "$folder/root/usr/share/doc/nearcast/copyright"
+grep -q '^ Permission is hereby granted, free of charge' "$folder/root/usr/share/doc/nearcast/copyright"
 "$folder/root/usr/bin/nearcast" --version
 "$source/tests/consumer/build.bash" "$folder/root/usr" pkg-config shared

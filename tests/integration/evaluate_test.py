@@ -4,7 +4,7 @@
 import json
 import re
 
-from nearcast_program import ROOT, ProgramTest, main, nearcast, recording
+from nearcast_program import ROOT, ProgramTest, data_of, main, nearcast, recording
 
 KITCHEN, BAR = "00:00:00:00:00:01", "00:00:00:00:00:02"
 
@@ -164,8 +164,11 @@ class Page(EvaluateTest):
         result = nearcast("evaluate", self.walk, "--html", path, "--sweep", "patience=0..4:3")
         self.assertEqual(result.returncode, 0, result.stderr)
         page = path.read_text(encoding="utf-8")
-        self.assertTrue(page.startswith("<!DOCTYPE html>") and page.endswith("</html>\n"))
-        self.assertEqual(page.count("<svg"), 2)
+        self.assertTrue(page.startswith("<!doctype html>") and page.endswith("</html>\n"))
+        data = data_of(page)
+        self.assertEqual([point["values"] for point in data["points"]], [[0], [2], [4]])
+        self.assertEqual(data["rules"], self.run_json(self.walk, "--sweep", "patience=0..4:3")["rules"])
+        self.assertEqual(data["recordings"], [str(self.walk)])
 
     def test_a_page_that_cannot_be_written_is_told_after_the_table(self):
         result = nearcast("evaluate", self.walk, "--html", self.folder / "none" / "page.html")

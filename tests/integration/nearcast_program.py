@@ -4,6 +4,7 @@
 import json
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -24,6 +25,11 @@ def nearcast(*arguments, **options):
 def events(output, *kinds):
     """The events of these kinds in JSON Lines."""
     return [event for event in map(json.loads, output.splitlines()) if event["event"] in kinds]
+
+
+def data_of(page):
+    """The data that a page carries."""
+    return json.loads(re.search(r'<script type="application/json" id="data">(.*?)</script>', page, re.DOTALL).group(1))
 
 
 def recording(*names):

@@ -2,9 +2,8 @@
 """nearcast report as a person uses it: a page of a recording, whole or not at all."""
 
 import json
-import re
 
-from nearcast_program import ProgramTest, main, nearcast, recording
+from nearcast_program import ProgramTest, data_of, main, nearcast, recording
 
 BAR, KITCHEN = "02:4E:43:00:00:01", "02:4E:43:00:00:02"
 
@@ -18,10 +17,6 @@ def walk():
     """Ten seconds beside the bar, ten beside the kitchen."""
     return "".join(advertise(step / 5, address, -50 if (step < 50) == (address == BAR) else -75)
                    for step in range(100) for address in (BAR, KITCHEN))
-
-
-def data_of(page):
-    return json.loads(re.search(r'<script type="application/json" id="data">(.*?)</script>', page, re.DOTALL).group(1))
 
 
 class Report(ProgramTest):

@@ -24,6 +24,7 @@ build() {
 
 run_build() {
     need_to_test
+    want_plot
     run_stage "build" build dev
 }
 
@@ -39,6 +40,7 @@ run_demo() {
 run_install() {
     [[ $# -eq 1 ]] || fail "usage: ./dev install PREFIX"
     need_to_build
+    want_plot
     run_stage "build" build release -DNEARCAST_TESTS=OFF
     run_stage "install" cmake --install build/release --prefix "$1"
 }
@@ -51,6 +53,7 @@ make_packages() {
 
 run_package() {
     need_to_build dpkg-dev file
+    want_plot
     run_stage "packages" make_packages
     ls build/package/*.deb
 }

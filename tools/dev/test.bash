@@ -25,12 +25,14 @@ join_builds() {
 
 run_quick() {
     need_to_test
+    want_plot
     run_stage "build" build dev
     run_stage "tests" run_ctest build/dev ${1:+-R "$1"}
 }
 
 run_test() {
     need_to_test
+    need_plot
     need_for_lab
     run_stage "format" check_format
     run_stage "scripts" check_scripts

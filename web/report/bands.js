@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The bands below the curves: the decision, the truth, and what happened to the radio and the dongles.
 
-import { byId, drawing } from './dom.js';
+import { byId, drawing } from '../shared/dom.js';
 import { colourOf } from './palette.js';
 import { span } from './range.js';
 import { drawable } from './stretches.js';
 import { nameOfDongle } from './texts.js';
 
-/** Pixels that a piece has to be wide to be itself, and to carry its name. */
+/** The least width of a piece that is drawn by itself, and the room that a letter of its name takes, in pixels. */
 const LEAST_PIXELS = 1;
 const PIXELS_PER_LETTER = 7.5;
 
@@ -95,7 +95,7 @@ function drawMarks(svg, model, state) {
     svg.replaceChildren(...symbols);
 }
 
-/** Draws the bands and keeps them right. */
+/** Draws the bands, and draws them again when something changes. */
 export function attachBands(model, store) {
     const svgOf = (id) => byId(id).querySelector('svg');
     byId('truth-band').hidden = model.truth === null;

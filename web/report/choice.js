@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Which dongles a page shows at first: all of a shop's, or of a crowd those that mattered.
+// Which dongles a page shows at first: all of them, or of more than 16 those that were chosen longest.
 
 /** More curves than these cannot be told apart. */
 const AT_ONCE = 16;

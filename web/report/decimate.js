@@ -4,7 +4,7 @@
 
 import { lowerBound, upperBound } from './search.js';
 
-/** Up to so many points are shown as they are. */
+/** Up to this many points are drawn exactly. */
 const EXACT_POINTS = 3000;
 
 /** The indexes of a curve that are needed to draw [from, to]: those inside, and one more on each side. */
@@ -41,7 +41,7 @@ function exact(curves, parts, range) {
     return [times, ...curves.map((curve, index) => exactColumn(curve, parts[index], times))];
 }
 
-/** Lowest and highest value of each bin, in the order in which they came. */
+/** Lowest and highest value of each bin, in their order of time. */
 function binnedColumn(curve, part, bins) {
     const column = new Array(bins.count * 2).fill(undefined);
     let i = part.begin;

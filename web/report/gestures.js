@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Mouse, wheel and fingers over the chart.
 
-import { byId } from './dom.js';
+import { byId } from '../shared/dom.js';
 import { GUTTER, MARGIN } from './plot.js';
 import { LEAST_SPAN, panned, pinched, span, zoomed } from './range.js';
 

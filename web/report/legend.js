@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // The table of dongles: switches them on and off, and says how each was heard at the moment that is pointed at.
 
-import { byId, drawing, element } from './dom.js';
+import { byId, drawing, element } from '../shared/dom.js';
+import { figure } from '../shared/tables.js';
 import { colourOf, dashOf } from './palette.js';
 import { PRESENT, valueAt } from './search.js';
 import { stretchAt } from './stretches.js';
-import { figure, fullName, signalText } from './texts.js';
+import { fullName, signalText } from './texts.js';
 
 function head() {
     const cells = [

@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 // Puts the page together.
 
+import { byId, element } from '../shared/dom.js';
+import { startPage } from '../shared/start.js';
+import { makeStore } from '../shared/store.js';
+import { attachTheme } from '../shared/theme.js';
 import { attachBands } from './bands.js';
 import { shownAtFirst } from './choice.js';
-import { byId, element } from './dom.js';
+import { attachDetails } from './details.js';
 import { attachGestures } from './gestures.js';
 import { attachLegend } from './legend.js';
 import { agreement, readModel } from './model.js';
 import { attachPanel } from './panel.js';
 import { attachPlot } from './plot.js';
-import { makeStore } from './store.js';
-import { attachTables } from './tables.js';
 import { summary, timeText } from './texts.js';
-import { attachTheme } from './theme.js';
 import { attachToolbar } from './toolbar.js';
 
 function startingState(model) {
@@ -36,8 +37,8 @@ function watchSize(store) {
         .observe(byId('chart'));
 }
 
-function start() {
-    const model = readModel(JSON.parse(byId('data').textContent));
+startPage((data) => {
+    const model = readModel(data);
     const store = makeStore(startingState(model), (tell) => requestAnimationFrame(tell));
     describe(model);
     attachTheme(store);
@@ -45,17 +46,8 @@ function start() {
     attachBands(model, store);
     attachLegend(model, store);
     attachPanel(model, store);
-    attachTables(model);
+    attachDetails(model);
     attachToolbar(model, store);
     attachGestures(model, store);
     watchSize(store);
-    document.documentElement.dataset.ready = 'true';
-}
-
-try {
-    start();
-} catch (error) {
-    byId('problem').hidden = false;
-    byId('problem').textContent = `This page cannot be shown: ${error.message}`;
-    throw error;
-}
+});

@@ -2,9 +2,9 @@
 // What is painted on the plot's canvas beside the curves: where the radio could not hear, which curve was the chosen
 // one, and the thresholds.
 
+import { figure } from '../shared/tables.js';
 import { colourOf, faded } from './palette.js';
 import { lowerBound } from './search.js';
-import { figure } from './texts.js';
 
 /** Shades the time in which the radio could not hear. */
 export function paintBlind(plot, model, state) {

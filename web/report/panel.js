@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-// What was the case at the moment that is pointed at.
+// The panel that tells the decision and its reasons at the moment that is pointed at.
 
-import { byId, element } from './dom.js';
+import { byId, element } from '../shared/dom.js';
+import { GUTTER, MARGIN } from './plot.js';
 import { fitInto, span } from './range.js';
 import { PRESENT, valueAt } from './search.js';
 import { stretchAt } from './stretches.js';
-import { GUTTER, MARGIN } from './plot.js';
 import { decisionFacts, decisionSentence, markText, nameOfDongle, timeText } from './texts.js';
 
-/** Pixels around the moment in which what happened counts as pointed at. */
+/** Events within this many pixels of the moment are told too. */
 const REACH = 6;
 
-/** What happened close to a moment, at most so much of it. */
+/** The events close to a moment, the closest first. */
 export function marksNear(marks, time, reach, most = 3) {
     return marks
         .filter((mark) => Math.abs(mark.at - time) <= reach)
@@ -74,7 +74,7 @@ function moveLine({ cursor, range }) {
     line.style.transform = `translateX(${GUTTER + ((cursor - range.from) / span(range)) * width}px)`;
 }
 
-/** Keeps the panel and the line through the chart right. */
+/** Updates the panel, and the line through the chart, when something changes. */
 export function attachPanel(model, store) {
     const show = (state) => {
         moveLine(state);

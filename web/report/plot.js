@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// The curves, drawn by uPlot. It is given as many points as there are pixels, again for each range.
+// The curves, drawn by uPlot. For each range it gets no more points than there are pixels to show them.
 
+import { byId } from '../shared/dom.js';
+import { figure } from '../shared/tables.js';
 import { columnsFor } from './decimate.js';
-import { byId } from './dom.js';
 import { signalScale } from './model.js';
-import { colourOf, dashOf, faded } from './palette.js';
 import { paintBlind, paintChosen, paintThresholds } from './paint.js';
-import { figure, timeText } from './texts.js';
+import { colourOf, dashOf, faded } from './palette.js';
+import { timeText } from './texts.js';
 
-/** Where the curves begin, and how much room is left of their end; the bands keep to both. */
+/** Pixels to the left and to the right of the curves; the bands keep to both. */
 export const GUTTER = 64;
 export const MARGIN = 12;
 
@@ -93,7 +94,7 @@ function options(model, store, scale) {
     };
 }
 
-/** Draws the curves and keeps them right. */
+/** Draws the curves, and draws them again when something changes. */
 export function attachPlot(model, store) {
     const place = byId('plot');
     const plot = new globalThis.uPlot(options(model, store, signalScale(model.dongles)), undefined, place);

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // The part of the recording that is shown: {from, to} in seconds, always inside {from: 0, to: end}.
 
-/** Nothing is told apart below this. */
+/** The shortest range that can be shown, in seconds. */
 export const LEAST_SPAN = 0.5;
 
 export function span(range) {
     return range.to - range.from;
 }
 
-/** The range moved and, where it must be, resized, so that it lies inside the whole. */
+/** The range moved, and resized if it has to be, so that it lies inside the whole. */
 export function fitInto(range, whole) {
     const least = Math.min(LEAST_SPAN, span(whole));
     const width = Math.min(Math.max(span(range), least), span(whole));
@@ -31,7 +31,7 @@ export function panned(range, seconds, whole) {
     return fitInto({ from: range.from + seconds, to: range.to + seconds }, whole);
 }
 
-/** What two fingers do: both moments, which were at shares `was` of the range, are at shares `now` of it after. */
+/** Zoom and move by two fingers: the moments at the shares `was` of the range are then at the shares `now` of it. */
 export function pinched(range, was, now, whole) {
     const first = range.from + span(range) * was[0];
     const second = range.from + span(range) * was[1];

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Looking things up in columns that are in order of time.
+// Searching columns that are sorted by time.
 
 /** The first index whose time is not before `time`; the length where there is none. */
 export function lowerBound(times, time) {
@@ -25,7 +25,7 @@ export function upperBound(times, time) {
     return low;
 }
 
-/** Seconds after which what was heard is not present any more: when the manager tells silence. */
+/** After this many seconds without a reading the manager reports a dongle as silent. */
 export const PRESENT = 5;
 
 /** The last value of a curve at a moment, or null where it is older than `age` seconds. */

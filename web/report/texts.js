@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the page says in words.
+// The page's texts.
+
+import { figure } from '../shared/tables.js';
 
 /** Why a choice was made, by the name of its rule. */
 const RULES = {
@@ -20,11 +22,6 @@ export function timeText(seconds, decimals = 1) {
     const minutes = Math.floor(tenths / 60) % 60;
     const rest = (tenths % 60).toFixed(decimals).padStart(decimals > 0 ? decimals + 3 : 2, '0');
     return hours > 0 ? `${hours}:${String(minutes).padStart(2, '0')}:${rest}` : `${minutes}:${rest}`;
-}
-
-/** A number with a proper minus sign, and so many decimals. */
-export function figure(value, decimals = 1) {
-    return value.toFixed(decimals).replace('-', '\u2212');
 }
 
 export function signalText(value, decimals = 0) {
@@ -74,7 +71,7 @@ export function decisionFacts(decision, dongles, now = null) {
     return facts;
 }
 
-/** The same in one sentence, for those who hear the page. */
+/** The same in one sentence, for screen readers. */
 export function decisionSentence(decision, dongles) {
     return decisionFacts(decision, dongles)
         .map(([label, text]) => `${label}: ${text}`)

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Buttons and keys.
 
-import { byId } from './dom.js';
-import { panned, span, zoomed } from './range.js';
+import { byId } from '../shared/dom.js';
 import { stepTo } from './panel.js';
+import { panned, span, zoomed } from './range.js';
 import { timeText } from './texts.js';
 
 const ZOOM = 1.6;

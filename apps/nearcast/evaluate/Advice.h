@@ -12,24 +12,24 @@
 
 namespace nearcast::cli {
 
-/// What is advised for a device.
+/// The threshold that is advised for a device.
 struct DeviceAdvice {
     std::string portName;
-    std::optional<std::int32_t> present;  ///< its threshold until now, in dBm
+    std::optional<std::int32_t> present;  ///< its current threshold in dBm
     lab::ThresholdAdvice advice;
     std::string mistakenAt;  ///< the port name of `advice.mistakenAt`
 };
 
-/// Advises thresholds for the devices of recordings in which the user stood at one after another.
-/// @param settings by which `nearest` makes the levels that a threshold is compared with
+/// Advises thresholds from recordings in which the user stood at one device after another.
+/// @param settings with which `nearest` computes the levels that thresholds are compared with
 std::vector<DeviceAdvice> advise(const std::vector<JudgedRecording>& recordings, const NearestSettings& settings);
 
-/// For people: a table, and a line for each device that has no threshold or is not told apart by it.
+/// For people: a table, and a line for each device that got no threshold or that its threshold does not separate.
 std::string textOf(const std::vector<DeviceAdvice>& advice);
-/// One JSON object, with line end.
+/// One JSON object and a line end.
 std::string JSONOf(const std::vector<DeviceAdvice>& advice, const NearestSettings& settings);
 
-/// The registry with the advised thresholds in its records; those without advice stay as they are.
+/// The registry with the advised thresholds in its records; records without advice stay as they are.
 Settings withThresholds(const Settings& registry, const std::vector<DeviceAdvice>& advice);
 
 }  // namespace nearcast::cli

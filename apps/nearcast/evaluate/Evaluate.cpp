@@ -3,13 +3,12 @@
 #include "Command.h"
 #include "evaluate/Advice.h"
 #include "evaluate/Evaluation.h"
-#include "evaluate/EvaluationPage.h"
-#include "evaluate/EvaluationText.h"
-#include "evaluate/Recordings.h"
+#include "evaluate/EvaluationOutput.h"
 #include "lab/RuleList.h"
 #include "playback/PlaybackFile.h"
 #include "lines/LineReader.h"
 #include "watch/SettingsFile.h"
+#include "web/Page.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -46,7 +45,7 @@ int listRules() {
     return exitGood;
 }
 
-/// The rules that are asked for; all of them where none is.
+/// The rules of the command line; all rules where it names none.
 std::vector<std::string> rulesOf(const EvaluateArguments& arguments) {
     std::string known;
     std::vector<std::string> all;
@@ -92,7 +91,14 @@ void writeFile(const std::string& path, const std::string& content) {
     file.commit();
 }
 
+void writePage(const std::string& path, const Evaluation& evaluation) {
+    const std::string program = programName();
+    const Page page{"evaluate", "Who is nearest", program, pageDataOf(evaluation, program)};
+    writeFile(path, writtenPage(pageAssets(), page));
+}
+
 int evaluateRules(const EvaluateArguments& arguments) {
+    if (!arguments.html.empty()) requirePlot(pageAssets());
     const NearestSettings settings = settingsOf(arguments.set);
     const auto sweeps = sweepsOf(arguments);
     const auto rules = rulesOf(arguments);
@@ -101,7 +107,7 @@ int evaluateRules(const EvaluateArguments& arguments) {
     const Evaluation evaluation = evaluate(recordings, rules, settings, sweeps);
     writeOut(arguments.json ? JSONOf(evaluation) : textOf(evaluation));
     finishOut();
-    if (!arguments.html.empty()) writeFile(arguments.html, pageOf(evaluation));
+    if (!arguments.html.empty()) writePage(arguments.html, evaluation);
     return statusOf(recordings);
 }
 

@@ -7,12 +7,13 @@
 
 #include <nearcast/NearestSettings.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace nearcast::cli {
 
-/// A recording that was played, and where its user stood.
+/// A recording after its playback, and where its user stood.
 struct JudgedRecording {
     std::string path;
     std::string truthPath;
@@ -21,20 +22,33 @@ struct JudgedRecording {
     std::string damage;  ///< why the recording ends before its end; empty when it does not
 };
 
-/// How good a rule was.
+/// The truth file of a recording where the command line names none: beside it, with ".truth.jsonl" in place of the
+/// extension.
+std::string truthPathFor(const std::string& recordingPath);
+
+/// Reads and plays recordings with their truth files.
+/// @param recordings as `readPlaybackFile`
+/// @param truths     one for each recording, or empty: `truthPathFor` each
+/// @param registry   as `lab::PlaybackInput::registry`
+/// @throws std::invalid_argument when there are more truths than recordings, or fewer, or a truth file is missing
+/// @throws PlaybackFileError, lines::ScenarioError for a file with errors
+std::vector<JudgedRecording> playAll(const std::vector<std::string>& recordings, const std::vector<std::string>& truths,
+                                     const std::shared_ptr<const Settings>& registry);
+
+/// The scores of one rule.
 struct RuleScores {
     std::string rule;
     std::vector<lab::Score> each;  ///< a score for each recording
     lab::Score total;
 };
 
-/// How good `nearest` was with some settings.
+/// The score of `nearest` at one point of a sweep.
 struct SweepScores {
-    std::vector<double> values;  ///< of the settings that are swept, in their order
+    std::vector<double> values;  ///< of the swept settings, in the order of `Evaluation::sweeps`
     lab::Score total;
 };
 
-/// What an evaluation found.
+/// The scores of rules, and of `nearest` with other settings.
 struct Evaluation {
     NearestSettings settings;
     std::vector<std::string> recordings;
@@ -43,7 +57,7 @@ struct Evaluation {
     std::vector<SweepScores> points;   ///< the last setting's values change fastest
 };
 
-/// Runs rules over recordings.
+/// Scores rules on recordings.
 /// @param rules  names of rules, each known
 /// @param sweeps at most two
 Evaluation evaluate(const std::vector<JudgedRecording>& recordings, const std::vector<std::string>& rules,

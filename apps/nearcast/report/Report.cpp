@@ -4,10 +4,10 @@
 #include "nearest/SettingArguments.h"
 #include "playback/PlaybackFile.h"
 #include "report/ReportData.h"
-#include "report/ReportPage.h"
 #include "lines/LineReader.h"
 #include "lab/TruthFile.h"
 #include "watch/SettingsFile.h"
+#include "web/Page.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
@@ -20,8 +20,6 @@
 namespace nearcast::cli {
 
 namespace {
-
-constexpr const char* program = "nearcast " NEARCAST_VERSION;
 
 struct ReportArguments {
     std::string recording;
@@ -46,6 +44,7 @@ void writePage(const std::string& page, const std::string& output) {
 /// Plays the recording and writes its page.
 /// @return why the recording ends before its end; empty when it does not
 std::string makeReport(const ReportArguments& arguments) {
+    requirePlot(pageAssets());
     const NearestSettings settings = settingsOf(arguments.set);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
     std::optional<lab::Truth> truth;
@@ -53,7 +52,8 @@ std::string makeReport(const ReportArguments& arguments) {
     const PlaybackFile file = readPlaybackFile(arguments.recording, registry);
     ReportData data = reportOf(lab::play(file.input), settings, truth ? &*truth : nullptr);
     data.title = arguments.title.empty() ? std::filesystem::path(file.path).filename().string() : arguments.title;
-    writePage(reportPage(data, program), arguments.output);
+    const std::string program = programName();
+    writePage(writtenPage(pageAssets(), {"report", data.title, program, JSONOf(data, program)}), arguments.output);
     return file.damage;
 }
 

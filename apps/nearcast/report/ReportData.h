@@ -14,7 +14,7 @@
 
 namespace nearcast::cli {
 
-/// What the page of a report shows, as columns. Times are in whole milliseconds on the recording's clock. Dongles are
+/// What the page shows, as columns. Times are in whole milliseconds on the recording's clock. Dongles are
 /// named by their place in `ReportData::dongles`.
 struct ReportCurve {
     std::vector<std::int64_t> at;
@@ -26,7 +26,7 @@ struct ReportCurve {
     }
 };
 
-/// In place of a dongle: none.
+/// The place of no dongle.
 inline constexpr std::int32_t noReportDongle = -1;
 
 struct ReportDongle {
@@ -41,7 +41,7 @@ struct ReportDongle {
     std::vector<std::int64_t> silent;
 };
 
-/// A choice, which holds up to the next one.
+/// A decision, valid until the next one.
 struct ReportDecision {
     std::int64_t at = 0;
     std::int32_t dongle = noReportDongle;
@@ -82,9 +82,14 @@ struct ReportData {
     std::vector<ReportScan> scans;
 };
 
-/// Gathers what the page shows of a recording that was played: `Nearest` decides on it with these settings.
-/// @param truth where the user stood; null: that is not known
+/// Collects the page's data from a playback, on which `Nearest` decides with these settings.
+/// @param truth where the user stood; null where that is not known
 /// @throws std::invalid_argument as `NearestSettings::validate`
 ReportData reportOf(const lab::Playback& playback, const NearestSettings& settings, const lab::Truth* truth);
+
+/// The data as the page reads it (docs/reports.md), in JSON. Text that is not UTF-8 is written with the replacement
+/// character. Columns hold whole numbers, each as its difference from the one before.
+/// @param program name and version of the program that writes the page
+std::string JSONOf(const ReportData& data, const std::string& program);
 
 }  // namespace nearcast::cli

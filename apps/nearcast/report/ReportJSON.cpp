@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "report/ReportJSON.h"
-
 #include "platform/json/JSONSerialization.h"
+#include "report/ReportData.h"
 
 #include <array>
 #include <charconv>
@@ -12,7 +11,8 @@ namespace nearcast::cli {
 
 namespace {
 
-/// Writes objects and arrays one after another; commas come by themselves.
+/// Writes JSON from left to right and puts in the commas. Unlike a tree of the JSON library it keeps no second copy of
+/// an hour of readings in memory.
 class Writer {
 public:
     Writer& open(char bracket) {
@@ -137,23 +137,9 @@ void write(Writer& out, const NearestSettings& settings) {
     out.close(']');
 }
 
-/// No text can end the script that it stands in, or begin a comment of the page. It is the same JSON.
-std::string withoutMarkup(const std::string& json) {
-    std::string result;
-    result.reserve(json.size());
-    for (const char character : json) {
-        if (character == '<') {
-            result += "\\u003c";
-        } else {
-            result += character;
-        }
-    }
-    return result;
-}
-
 }  // namespace
 
-std::string reportJSON(const ReportData& data, const std::string& program) {
+std::string JSONOf(const ReportData& data, const std::string& program) {
     Writer out;
     out.open('{').key("format").integer(1).key("program").text(program).key("title").text(data.title);
     out.key("sources").open('[');
@@ -175,7 +161,7 @@ std::string reportJSON(const ReportData& data, const std::string& program) {
     out.key("scans");
     write(out, data.scans);
     out.close('}');
-    return withoutMarkup(out.take());
+    return out.take();
 }
 
 }  // namespace nearcast::cli

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "evaluate/Chart.h"
 #include "evaluate/Evaluation.h"
-#include "evaluate/EvaluationPage.h"
-#include "evaluate/EvaluationText.h"
-#include "evaluate/Recordings.h"
-#include "evaluate/Table.h"
+#include "evaluate/EvaluationOutput.h"
+#include "evaluate/Figures.h"
 
 #include <gtest/gtest.h>
 
@@ -105,28 +102,31 @@ TEST(EvaluationJSON, HoldsSettingsRulesAndSweep) {
     EXPECT_EQ(json["sweep"][2]["settings"]["dwell"], 4);
 }
 
-TEST(EvaluationPage, NamesAreWrittenAsText) {
-    const std::string page = pageOf(evaluate({recordingOf("</script><img src=x>\"&")}, {"nearest"}, {}, {}));
-    EXPECT_EQ(page.find("<img"), std::string::npos);
-    EXPECT_NE(page.find("&lt;/script&gt;&lt;img src=x&gt;&quot;&amp;"), std::string::npos);
+TEST(EvaluationPageData, HoldsRulesSettingsAndRecordings) {
+    const auto json = nlohmann::json::parse(pageDataOf(evaluateTwo(), "nearcast 0"));
+    EXPECT_EQ(json["format"], 1);
+    EXPECT_EQ(json["program"], "nearcast 0");
+    EXPECT_EQ(json["main"], "nearest");
+    EXPECT_EQ(json["recordings"], (std::vector<std::string>{"one", "two"}));
+    EXPECT_EQ(json["rules"][0]["recordings"][1]["rightPercent"], 0);
+    EXPECT_EQ(json["rules"][0]["total"]["medianSecondsToFollow"], nullptr);
+    ASSERT_EQ(json["settings"].size(), nearestSettings().size());
+    EXPECT_EQ(json["settings"][2], nlohmann::json({{"name", "dwell"}, {"value", 0.5}, {"unit", "s"}}));
+    EXPECT_TRUE(json["sweeps"].empty() && json["points"].empty());
 }
 
-TEST(EvaluationPage, AsksForNothingFromAnywhere) {
-    const std::string page = pageOf(evaluateTwo({sweepOf("dwell=0..4:3")}));
-    EXPECT_NE(page.find("default-src 'none'"), std::string::npos);
-    EXPECT_EQ(page.find("http:"), std::string::npos);
-    EXPECT_EQ(page.find("https:"), std::string::npos);
-    EXPECT_EQ(page.find(" src="), std::string::npos);
+TEST(EvaluationPageData, OfAGridHoldsThePointsInTheirOrder) {
+    const auto json = nlohmann::json::parse(
+        pageDataOf(evaluateTwo({sweepOf("dwell=0..4:3"), sweepOf("patience=1..3:2")}), "nearcast 0"));
+    EXPECT_EQ(json["sweeps"][1], nlohmann::json({{"name", "patience"}, {"unit", "dB s"}}));
+    ASSERT_EQ(json["points"].size(), 6U);
+    EXPECT_EQ(json["points"][3]["values"], (std::vector<double>{2, 3}));
+    EXPECT_EQ(json["points"][3]["total"]["minutes"], json["rules"][0]["total"]["minutes"]);
 }
 
-TEST(EvaluationPage, OfAGridEachValueOfTheFirstSettingHasACurve) {
-    const std::string page = pageOf(evaluateTwo({sweepOf("dwell=0..4:3"), sweepOf("patience=1..3:2")}));
-    std::size_t curves = 0;
-    for (auto place = page.find("<polyline"); place != std::string::npos; place = page.find("<polyline", place + 1)) {
-        ++curves;
-    }
-    EXPECT_EQ(curves, 3U);  // in one chart: without a change there are no times to follow one
-    EXPECT_NE(page.find("dwell 2, patience 3: "), std::string::npos);
+TEST(EvaluationPageData, ANameThatIsNotUTF8GetsTheReplacementCharacter) {
+    const auto json = nlohmann::json::parse(pageDataOf(evaluate({recordingOf("a\xFF")}, {}, {}, {}), ""));
+    EXPECT_EQ(json["recordings"][0], "a\xEF\xBF\xBD");
 }
 
 TEST(Recordings, ATruthFileHasTheNameOfItsRecording) {
@@ -139,32 +139,6 @@ TEST(Table, ColumnsAreAsWideAsTheyNeedToBe) {
     Table table({"x", "longer"});
     table.add({"Café", "1"});
     EXPECT_EQ(table.text(), "  x     longer\n  Café       1\n");
-}
-
-TEST(Chart, WhatIsFarFromWhatItIsAboutIsDropped) {
-    const auto series = [](const char* name, bool emphasised, double x, double y) {
-        return ChartSeries{name, false, emphasised, {{x, y, name}}, {}};
-    };
-    Chart chart{"",
-                "",
-                "",
-                {series("main", true, 2, 50), series("edge", false, 5, 35), series("right", false, 5.1, 50),
-                 series("below", false, 1, 34.9)}};
-    EXPECT_EQ(dropFar(chart), (std::vector<std::string>{"right", "below"}));
-    EXPECT_EQ(chart.series.size(), 2U);
-}
-
-TEST(Chart, WhereNothingIsEmphasisedEverythingStays) {
-    Chart chart{"", "", "", {{"one", false, false, {{900, 0, ""}}, {}}, {"two", false, false, {{0, 90, ""}}, {}}}};
-    EXPECT_TRUE(dropFar(chart).empty());
-}
-
-TEST(Chart, WithoutAPointThereIsNoPicture) { EXPECT_EQ(SVGOf({"", "", "", {{"one", true, true, {}, {}}}}), ""); }
-
-TEST(Chart, APointAloneCanBeDrawn) {
-    const std::string picture = SVGOf({"", "", "", {{"one", false, false, {{0, 50, "tip"}}, {}}}});
-    EXPECT_EQ(picture.find("nan"), std::string::npos) << picture;
-    EXPECT_NE(picture.find("<title>tip</title>"), std::string::npos);
 }
 
 }  // namespace

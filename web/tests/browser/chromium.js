@@ -130,8 +130,10 @@ class Page {
     }
 
     async key(key) {
-        await this.send('Input.dispatchKeyEvent', { type: 'keyDown', key });
-        await this.send('Input.dispatchKeyEvent', { type: 'keyUp', key });
+        // The browser itself acts on Tab, and knows it by its code alone.
+        const code = key === 'Tab' ? { code: 'Tab', windowsVirtualKeyCode: 9 } : {};
+        await this.send('Input.dispatchKeyEvent', { type: 'keyDown', key, ...code });
+        await this.send('Input.dispatchKeyEvent', { type: 'keyUp', key, ...code });
     }
 
     /** A picture of the window, or of the whole page, as PNG. */
@@ -155,6 +157,7 @@ export async function openBrowser({ width = 1200, height = 900, dark = false, to
     const page = new Page(connection, sessionId);
     for (const domain of ['Page', 'Runtime', 'Log', 'Network']) await page.send(`${domain}.enable`);
     await page.send('Emulation.setDeviceMetricsOverride', { width, height, deviceScaleFactor: 1, mobile: touch });
+    await page.send('Emulation.setFocusEmulationEnabled', { enabled: true });
     await page.send('Emulation.setTouchEmulationEnabled', { enabled: touch });
     await page.send('Emulation.setEmulatedMedia',
         { features: [{ name: 'prefers-color-scheme', value: dark ? 'dark' : 'light' }] });

@@ -2,34 +2,23 @@
 // The page of `nearcast report` in a real browser: made by the program, opened as a file, used with mouse, fingers and
 // keys.
 import assert from 'node:assert/strict';
-import { execFileSync } from 'node:child_process';
-import { mkdtempSync, readFileSync, rmSync, statSync, writeFileSync } from 'node:fs';
-import { tmpdir } from 'node:os';
-import { join } from 'node:path';
-import test, { after, before } from 'node:test';
-import { fileURLToPath, pathToFileURL } from 'node:url';
+import { readFileSync, statSync } from 'node:fs';
+import test, { before } from 'node:test';
+import { pathToFileURL } from 'node:url';
 
-import { openBrowser } from './chromium.js';
+import { advertise, coloursOn, linesOf, makePages, middleOf } from './pages.js';
 
-const PROGRAM = process.env.NEARCAST_PROGRAM;
 const HOSTILE = '</script><script>window.hacked = 1</script><!-- "\'\u0000\u001b\u2028 &amp; {{data}}';
 
-const folder = mkdtempSync(join(tmpdir(), 'nearcast-report-'));
-const pages = [];
-after(async () => {
-    for (const { close } of pages) await close();
-    rmSync(folder, { recursive: true });
-});
+const pages = makePages('report');
 
 /** Two dongles: the user walks from one to the other, and the second falls silent. */
 function recording() {
     const lines = [];
     for (let step = 0; step < 300; ++step) {
         const near = step < 120 ? 0 : 1;
-        [0, 1].filter((i) => i === 0 || step < 220).forEach((i) => lines.push({
-            at: step / 10, do: 'advertise', manufacturerData: `FFFF024E4300000${i + 1}`,
-            RSSI: (i === near ? -50 : -75) - (step % 3),
-        }));
+        [0, 1].filter((i) => i === 0 || step < 220).forEach((i) => lines.push(
+            advertise(step / 10, `02:4E:43:00:00:0${i + 1}`, (i === near ? -50 : -75) - (step % 3))));
     }
     lines.push({ at: 28, do: 'radio', state: 4 }, { at: 29, do: 'radio', state: 5 });
     return lines.sort((a, b) => a.at - b.at);
@@ -40,40 +29,22 @@ function record(name, MACAddr) {
 }
 
 function makePage(name, nickName, ...options) {
-    const write = (file, text) => {
-        writeFileSync(join(folder, file), text);
-        return join(folder, file);
-    };
-    const shop = write(`${name}.jsonl`, recording().map((line) => `${JSON.stringify(line)}\n`).join(''));
-    const settings = write(`${name}.json`, JSON.stringify({
+    const shop = pages.write(`${name}.jsonl`, linesOf(recording()));
+    const settings = pages.write(`${name}.json`, JSON.stringify({
         [`BT:${nickName}`]: record(nickName, '02:4E:43:00:00:01'),
         'BT:Kitchen': record('Kitchen', '02:4E:43:00:00:02'),
     }));
-    const truth = write(`${name}.truth.jsonl`,
-        '{"at": 0, "truth": "02:4E:43:00:00:01"}\n{"at": 12, "truth": "02:4E:43:00:00:02"}\n');
-    const page = join(folder, `${name}.html`);
-    execFileSync(PROGRAM, ['report', shop, '--settings', settings, '--truth', truth, '-o', page, ...options]);
-    return pathToFileURL(page).href;
+    const truth = pages.write(`${name}.truth.jsonl`,
+        linesOf([{ at: 0, truth: '02:4E:43:00:00:01' }, { at: 12, truth: '02:4E:43:00:00:02' }]));
+    const page = pages.path(`${name}.html`);
+    pages.run('report', shop, '--settings', settings, '--truth', truth, '-o', page, ...options);
+    return page;
 }
 
-async function open(url, options) {
-    const browser = await openBrowser(options);
-    pages.push(browser);
-    await browser.page.open(url);
-    await browser.page.until('document.documentElement.dataset.ready === "true"');
-    return browser.page;
-}
+const open = (path, options) => pages.open(pathToFileURL(path).href, options);
 
 const RANGE = 'document.getElementById("range").textContent';
 const textOf = (id) => `document.getElementById(${JSON.stringify(id)}).textContent`;
-
-/** Where the middle of an element is in the window. */
-async function middleOf(page, selector) {
-    return page.evaluate(`(() => {
-        const box = document.querySelector(${JSON.stringify(selector)}).getBoundingClientRect();
-        return { x: box.left + box.width / 2, y: box.top + box.height / 2 };
-    })()`);
-}
 
 async function drag(page, from, to, modifiers = 0) {
     await page.mouse('mousePressed', from.x, from.y, { button: 'left', clickCount: 1, modifiers });
@@ -85,8 +56,8 @@ async function drag(page, from, to, modifiers = 0) {
 let desk;
 let tablet;
 before(async () => {
-    const url = makePage('shop', 'Bar');
-    [desk, tablet] = await Promise.all([open(url), open(url, { width: 800, height: 1100, touch: true, dark: true })]);
+    const path = makePage('shop', 'Bar');
+    [desk, tablet] = await Promise.all([open(path), open(path, { width: 800, height: 1100, touch: true, dark: true })]);
 });
 
 /** Does something that changes the range that is shown, and gives the new one. */
@@ -101,15 +72,7 @@ const reset = (page) => page.evaluate('document.getElementById("reset").click()'
 const whole = (page) => page.until(`${RANGE} === "0.0 s \u2013 29.9 s"`);
 
 test('the curves are drawn in several colours', async () => {
-    const colours = await desk.evaluate(`(() => {
-        const canvas = document.querySelector('#plot canvas');
-        const { data } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
-        const seen = new Set();
-        for (let i = 0; i < data.length; i += 4) {
-            if (data[i + 3] === 255) seen.add(data[i] << 16 | data[i + 1] << 8 | data[i + 2]);
-        }
-        return [0x1f6fd6, 0xd1495b].map((colour) => seen.has(colour));
-    })()`);
+    const colours = await coloursOn(desk, '#plot canvas', [0x1f6fd6, 0xd1495b]);
     assert.deepEqual(colours, [true, true]);
 });
 
@@ -222,7 +185,7 @@ test('a hostile name is text', async () => {
 
 /** A page like that of the shop, of an hour of twelve dongles that are heard ten times a second. */
 function makeLongPage() {
-    const page = readFileSync(fileURLToPath(makePage('long', 'Bar')), 'utf8');
+    const page = readFileSync(makePage('long', 'Bar'), 'utf8');
     const begin = page.indexOf('id="data">') + 'id="data">'.length;
     const end = page.indexOf('</script>', begin);
     const data = JSON.parse(page.slice(begin, end));
@@ -236,14 +199,12 @@ function makeLongPage() {
         raw: curve(36000, 100), smoothed: curve(36000, 100), level: curve(7200, 500),
     }));
     data.decision = Array.from({ length: 700 }, (_, i) => ({ ...data.decision[0], at: i * 5000, dongle: i % 12 }));
-    const path = join(folder, 'hour.html');
-    writeFileSync(path, page.slice(0, begin) + JSON.stringify(data) + page.slice(end));
-    return path;
+    return pages.write('hour.html', page.slice(0, begin) + JSON.stringify(data) + page.slice(end));
 }
 
 test('an hour of twelve dongles opens in three seconds, and is zoomed without waiting', async (t) => {
     const path = makeLongPage();
-    const page = await open(pathToFileURL(path).href);
+    const page = await open(path);
     const opened = await page.evaluate('performance.getEntriesByType("navigation")[0].loadEventEnd');
     const zoomed = await page.evaluate(`(async () => {
         const begin = performance.now();
