@@ -9,6 +9,7 @@ find_package(Threads REQUIRED)
 
 # A compiler cache that serves several source trees names files from the build folder on.
 file(RELATIVE_PATH nearcast_source_from_build ${CMAKE_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+string(REGEX REPLACE "/$" "" nearcast_source_from_build "${nearcast_source_from_build}")
 
 add_library(nearcast_options INTERFACE)
 target_compile_features(nearcast_options INTERFACE cxx_std_20)

@@ -11,7 +11,7 @@ set(nearcast_headers_library ${nearcast_standard_headers})
 set(nearcast_headers_program ${nearcast_standard_headers} <filesystem> <fstream> <iostream> <sstream>
     <nlohmann/json.hpp> <CLI/CLI.hpp>)
 set(nearcast_headers_test ${nearcast_standard_headers} <filesystem> <fstream> <iostream> <sstream> <nlohmann/json.hpp>
-    <gmock/gmock.h> <gtest/gtest.h>)
+    <gtest/gtest.h>)
 
 # nearcast_precompile(TARGET KIND): KIND is `library`, `program` or `test`. The targets of one kind are compiled with the
 # same flags: the first one makes the header, the others use it.

@@ -7,8 +7,12 @@ need_to_build() {
 }
 
 need_to_test() {
-    need_to_build clang libclang-rt-dev llvm clang-format clang-tidy libgtest-dev librapidcheck-dev valgrind \
-        binutils dpkg-dev file python3 groff-base shellcheck fish dbus-daemon nodejs chromium
+    need_to_build clang-format libgtest-dev librapidcheck-dev valgrind binutils dpkg-dev file python3 groff-base \
+        shellcheck fish dbus-daemon nodejs chromium "$@"
+}
+
+need_to_check() {
+    need_to_test clang libclang-rt-dev llvm clang-tidy
 }
 
 # need PACKAGE...: installs those that are missing. Where all are there it needs neither root nor a network.

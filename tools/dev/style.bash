@@ -26,7 +26,8 @@ run_format() {
 }
 
 run_tidy() {
-    need_to_test
-    run_stage "build" build dev
-    run_stage "clang-tidy" tools/tidy.py build/dev "$@"
+    need_to_check
+    want_plot
+    run_stage "build" build asan
+    run_stage "clang-tidy" tools/tidy.py build/asan "$@"
 }
