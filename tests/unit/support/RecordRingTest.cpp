@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/RecordRing.h"
+#include "support/log/RecordRing.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/LogWorker.h"
+#include "support/log/LogWorker.h"
 
 #include <chrono>
 #include <cstdio>

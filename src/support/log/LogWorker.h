@@ -2,7 +2,7 @@
 #pragma once
 
 #include "support/Mutex.h"
-#include "support/RecordRing.h"
+#include "support/log/RecordRing.h"
 
 #include <nearcast/LogWriter.h>
 
