@@ -12,9 +12,11 @@ namespace nearcast {
 namespace {
 
 /// Waking a thread costs its caller some 20 microseconds. So a thread that had work a moment ago looks for more by
-/// itself; it is called only after a second without, or when half of the queue is full.
+/// itself, and is called only after a second without; where a burst would fill the queue during a nap, it is always
+/// called.
 constexpr auto nap = std::chrono::milliseconds(1);
 constexpr int napsInASecond = 1000;
+constexpr std::size_t smallQueue = 4096;
 
 thread_local bool callsSink = false;
 
@@ -84,7 +86,8 @@ void QueuedLogOutput::start(LogWriter::Sink sink, std::size_t capacity) {
     thread_ = std::thread([this] { run(); });  // it waits for the mutex
     sink_ = std::move(sink);
     capacity_ = capacity;
-    naps_ = napsInASecond;
+    mostNaps_ = capacity < smallQueue ? 0 : napsInASecond;
+    naps_ = mostNaps_;
     open_ = true;
 }
 
@@ -114,7 +117,7 @@ void QueuedLogOutput::take(const LogRecord& record) noexcept {
             ++untold_;
             countDropped();
         }
-        call = std::exchange(asleep_, false) || waiting_.size() == (capacity_ + 1) / 2;
+        call = std::exchange(asleep_, false);
     }
     if (call) called_.notify_one();
 }
@@ -143,7 +146,7 @@ void QueuedLogOutput::run() noexcept {
 }
 
 void QueuedLogOutput::rest(MutexLock& lock) {
-    if (naps_ < napsInASecond) {
+    if (naps_ < mostNaps_) {
         ++naps_;
         called_.wait_for(lock.native(), nap);
     } else {

@@ -88,6 +88,7 @@ private:
     std::uint64_t taken_ NEARCAST_GUARDED_BY(mutex_) = 0;    ///< records handed over, the dropped ones too
     std::uint64_t written_ NEARCAST_GUARDED_BY(mutex_) = 0;  ///< how many of them are written, or told as dropped
     int naps_ NEARCAST_GUARDED_BY(mutex_) = 0;               ///< since something was last written
+    int mostNaps_ NEARCAST_GUARDED_BY(mutex_) = 0;           ///< after so many the thread rests until it is called
     bool asleep_ NEARCAST_GUARDED_BY(mutex_) = false;        ///< the thread rests until it is called
     bool open_ NEARCAST_GUARDED_BY(mutex_) = false;
     LogWriter::Sink sink_;  ///< set before the thread begins to write, released after it has ended
