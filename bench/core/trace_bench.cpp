@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <barrier>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -78,6 +79,43 @@ double on(int bursts, int records) {
     return all / bursts / records;
 }
 
+struct Cost {
+    double processor = 0;  ///< nanoseconds of the threads a record
+    double wall = 0;       ///< the same with what they waited, for each other and for a processor
+};
+
+/// Eight threads at once that do nothing else, each with its share of what nearly fills the queue.
+Cost together(int bursts) {
+    constexpr int threads = 8;
+    constexpr int records = 1'000;
+    const TraceFile file;
+    std::vector<Cost> costs(threads);
+    for (int burst = 0; burst < bursts; ++burst) {
+        std::barrier start(threads);
+        std::vector<std::thread> crowd;
+        for (Cost& cost : costs) {
+            crowd.emplace_back([&] {
+                const Trace trace(&file, "-[QXNearcastManager getRSSI:]", Trace::Audience::publicAPI);
+                start.arrive_and_wait();
+                cost.wall += nanoseconds(CLOCK_MONOTONIC, [&] {
+                    cost.processor += nanoseconds(CLOCK_THREAD_CPUTIME_ID, [&] {
+                        for (int record = 0; record < records; ++record) recordSite(trace, &file, record);
+                    });
+                });
+            });
+        }
+        for (std::thread& thread : crowd) thread.join();
+        LogWriter::sharedInstance().flush();
+    }
+    if (LogWriter::sharedInstance().dropped() != 0) throw std::runtime_error("records were dropped");
+    Cost all;
+    for (const Cost& cost : costs) {
+        all.processor += cost.processor / bursts / records / threads;
+        all.wall += cost.wall / bursts / records / threads;
+    }
+    return all;
+}
+
 /// One record after the writer's thread has gone to sleep, which it does after a second without work: it is woken.
 double afterRest(const Request& request) {
     const TraceFile file;
@@ -87,32 +125,37 @@ double afterRest(const Request& request) {
     return nanoseconds(CLOCK_MONOTONIC, [&] { recordSite(trace, &file, 1); });
 }
 
-/// There is no budget for it: it comes once a second at most.
-void tell(std::vector<double> rested) {
-    std::sort(rested.begin(), rested.end());
-    std::printf(
-        R"({"what": "trace into a file, the first record after a second without", "unit": "ns", "value": %.0f, )"
-        R"("floor": null, "ratio": null, "low": %.0f, "high": %.0f, "runs": %zu, "budget": null, )"
-        R"("budget_of": "value"})"
-        "\n",
-        rested[rested.size() / 2], rested.front(), rested.back(), rested.size());
+/// A line without a budget.
+void tell(const char* what, std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    std::printf(R"({"what": "%s", "unit": "ns", "value": %.0f, "floor": null, "ratio": null, "low": %.0f, )"
+                R"("high": %.0f, "runs": %zu, "budget": null, "budget_of": "value"})"
+                "\n",
+                what, values[values.size() / 2], values.front(), values.back(), values.size());
 }
 
 void measure(const Request& request) {
     Line offs("trace off, a record site", "ns", 2, "value");
     Line advertisements("trace into a file, 16 records at a time, each", "ns", 1000, "value");
     Line streams("trace into a file, 8,000 records at a time, each", "ns", 1000, "value");
-    std::vector<double> rested;
+    Line crowds("trace into a file, eight threads at once, each: processor", "ns", 1000, "value");
+    std::vector<double> waited;  // no budget: it is the number of processors that shows
+    std::vector<double> rested;  // no budget: it comes once a second at most
     for (int run = 0; run < request.runs; ++run) {
         offs.add(off(request));
         advertisements.add(on(request.quick ? 3 : 5'000, 16));
         streams.add(on(request.quick ? 3 : 20, 8'000));
+        const Cost crowd = together(request.quick ? 2 : 20);
+        crowds.add(crowd.processor);
+        waited.push_back(crowd.wall);
         rested.push_back(afterRest(request));
     }
     offs.print();
     advertisements.print();
     streams.print();
-    tell(rested);
+    crowds.print();
+    tell("trace into a file, eight threads at once, each: by the wall", waited);
+    tell("trace into a file, the first record after a second without", rested);
 }
 
 }  // namespace

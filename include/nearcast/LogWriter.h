@@ -39,9 +39,9 @@ struct LogRecord {
 /// The trace facility: off until started, and then one record for every entry, decision and exit of the manager.
 ///
 /// While it is off, a record costs one relaxed load and no text is built. While it is on, the text is built
-/// by the caller and handed without blocking through a bounded queue to one worker thread, which writes it to
-/// the sink. A full queue drops the record and counts it; the count is written as a record of its own as soon
-/// as there is room.
+/// by the caller and handed through a bounded queue to one worker thread, which writes it to the sink; the caller
+/// never waits for the sink. A full queue drops the record and counts it; the count is written as a record of its
+/// own as soon as there is room.
 ///
 /// All operations may be called from any thread. A sink runs on the worker thread (on the caller's in
 /// synchronous mode), one call at a time; what it throws is reported on standard error and ends nothing. A sink may
@@ -57,8 +57,9 @@ public:
     struct Options {
         Sink sink;                      ///< where records go; see also `standardErrorSink` and `fileSink`
         std::int32_t maximumLevel = 0;  ///< records of this level and below are wanted
-        std::size_t capacity = 8192;    ///< records that may wait for the worker; rounded up to a power of two
-        bool synchronous = false;       ///< call the sink at once, on the caller's thread; no worker is made
+        /// Records that may wait for the worker, beside those that it has taken to write; rounded up to a power of two.
+        std::size_t capacity = 8192;
+        bool synchronous = false;  ///< call the sink at once, on the caller's thread; no worker is made
     };
 
     /// The one writer of the process.
@@ -86,7 +87,7 @@ public:
     [[nodiscard]] std::uint64_t dropped() const noexcept;
 
     /// Hands a record over. Called after `isLogging` and `isTargetLogLevel` said yes; while the writer is off it
-    /// does nothing. The texts are copied. It never throws, and blocks in synchronous mode alone.
+    /// does nothing. The texts are copied. It never throws, and waits for a sink in synchronous mode alone.
     void outputLogAsyncWithLogType(QXLogType logType, std::int32_t logLevel, const void* objectAddress,
                                    std::string_view fileName, std::uint32_t lineNumber, std::string_view methodName,
                                    std::string_view anyString);

@@ -55,6 +55,7 @@ TEST_F(LogWriterDirect, EndsASinkThatAlwaysCausesARecordAtTheCapacity) {
     EXPECT_EQ(writer.dropped(), 2u);  // the last echo, and that of the telling
     say("second");
     EXPECT_EQ(seen.texts().size(), 8u);
+    EXPECT_EQ(seen.texts().back(), "2 records were dropped");
 }
 
 TEST_F(LogWriterDirect, CallsTheSinkOneAtATime) {

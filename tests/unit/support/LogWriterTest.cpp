@@ -162,6 +162,27 @@ TEST_F(LogWriterTest, TellsOnlyWhatWasDroppedSinceItLastTold) {
     EXPECT_EQ(seen.texts(), (Texts{"held", "1", "1 records were dropped"}));
 }
 
+TEST_F(LogWriterTest, DropsARecordThatMemoryDoesNotHoldAndTellsIt) {
+    constexpr auto huge = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
+    const std::string_view longerThanMemory("x", huge);  // never read: its length alone is refused
+    startHeld(8);
+    say("before");
+    say(longerThanMemory);
+    say("after");
+    EXPECT_EQ(writer.dropped(), 1u);
+    held.open();
+    writer.flush();
+    EXPECT_EQ(seen.texts(), (Texts{"held", "before", "after", "1 records were dropped"}));
+}
+
+TEST_F(LogWriterTest, TellsARecordThatMemoryDoesNotHoldWhileNothingElseComes) {
+    constexpr auto huge = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
+    writer.start({seeing(), 0, 8});
+    say(std::string_view("x", huge));
+    writer.flush();
+    EXPECT_EQ(seen.texts(), Texts{"1 records were dropped"});
+}
+
 struct CapacityCase {
     std::size_t asked;
     int holds;
