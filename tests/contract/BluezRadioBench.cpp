@@ -25,7 +25,7 @@ public:
 
     std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) override {
         auto radio = std::make_unique<bluez::BluezRadio>(delegate, console_, monitor(), bluez_, rfkill_, "", [] {});
-        for (bluez::Time time{0}; time < headStart; time += turnInterval) turn(*radio, time);
+        for (Time time{0}; time < headStart; time += turnInterval) turn(*radio, time);
         turns_ = scheduledTimer(turnInterval,
                                 [this, &radio = *radio](NSTimer&) { turn(radio, headStart + date().sinceStart()); });
         return radio;
@@ -33,14 +33,14 @@ public:
     void end() { turns_->invalidate(); }
 
 private:
-    void turn(bluez::BluezRadio& radio, bluez::Time time) {
+    void turn(bluez::BluezRadio& radio, Time time) {
         radio.pass(time);
         bluez_.runUntil(time);
     }
 
     Console& console_;
-    FakeBluez bluez_;
-    FakeRfkill rfkill_;
+    bluez::FakeBluez bluez_;
+    bluez::FakeRfkill rfkill_;
     std::shared_ptr<NSTimer> turns_;
 };
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/bluez/Moment.h"
 #include "platform/bluez/SystemBus.h"
+#include "platform/radio/BackOff.h"
 
 #include <cstdint>
 #include <functional>
@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 /// A dongle in the air of a `FakeBluez`.
 struct FakeDongle {
@@ -21,7 +21,7 @@ struct FakeDongle {
     std::uint16_t company = 0xFFFF;
     std::vector<std::uint8_t> octets = {2, 0, 0, 0, 0, 1};
     std::int16_t RSSI = -60;
-    bluez::Time interval = std::chrono::milliseconds(100);
+    Time interval = std::chrono::milliseconds(100);
     bool silent = false;
 };
 
@@ -31,9 +31,8 @@ struct FakeDongle {
 /// when asked for.
 ///
 /// One client is played: whoever connects. The listener is called from `runUntil` alone.
-class FakeBluez : public bluez::SystemBus {
+class FakeBluez : public SystemBus {
 public:
-    using Time = bluez::Time;
     static constexpr Time latency = std::chrono::milliseconds(5);
     static constexpr Time silenceLimit = std::chrono::seconds(30);
     static constexpr Time strictCycle = std::chrono::milliseconds(10300);
@@ -53,7 +52,7 @@ public:
     /// @name The world
     /// @{
     /// The connection breaks, and none comes about until `mendBus`.
-    void breakBus(const bluez::Failure& failure);
+    void breakBus(const Failure& failure);
     void mendBus() { busFailure_.reset(); }
     void startDaemon();
     /// As a crash: no signal but that its name has no owner.
@@ -61,7 +60,7 @@ public:
     void hang(bool hanging) { hanging_ = hanging; }  ///< it answers nothing; calls fail after ten seconds
     void plug(const std::string& name, bool powered = true, bool monitors = false);
     void unplug(const std::string& name);
-    void power(const std::string& name, bool on, bluez::PowerState state = bluez::PowerState::unknown);
+    void power(const std::string& name, bool on, PowerState state = PowerState::unknown);
     void place(FakeDongle dongle);
     FakeDongle& dongle(std::size_t index) { return dongles_.at(index).dongle; }
     /// The next call of that method fails.
@@ -98,15 +97,15 @@ public:
     [[nodiscard]] int reports() const noexcept { return reports_; }
     /// @}
 
-    std::optional<bluez::Failure> connect(bluez::SystemBusListener& listener) override;
+    std::optional<Failure> connect(SystemBusListener& listener) override;
     void disconnect() override;
-    void listObjects(bluez::Done done) override;
-    void listDevice(std::string_view path, bluez::Done done) override;
-    void setDiscoveryFilter(const std::string& adapter, bluez::Done done) override;
-    void startDiscovery(const std::string& adapter, bluez::Done done) override;
-    void stopDiscovery(const std::string& adapter, bluez::Done done) override;
-    void registerMonitor(const std::string& adapter, bluez::Done done) override;
-    void unregisterMonitor(const std::string& adapter, bluez::Done done) override;
+    void listObjects(Done done) override;
+    void listDevice(std::string_view path, Done done) override;
+    void setDiscoveryFilter(const std::string& adapter, Done done) override;
+    void startDiscovery(const std::string& adapter, Done done) override;
+    void stopDiscovery(const std::string& adapter, Done done) override;
+    void registerMonitor(const std::string& adapter, Done done) override;
+    void unregisterMonitor(const std::string& adapter, Done done) override;
 
 private:
     struct Adapter {
@@ -115,7 +114,7 @@ private:
         bool ours = false;         ///< a discovery of the client runs
         bool filtered = false;     ///< the client's filter has been set
         bool monitors = false;
-        bluez::PowerState powerState = bluez::PowerState::unknown;
+        PowerState powerState = PowerState::unknown;
     };
     struct Sender {
         FakeDongle dongle;
@@ -124,33 +123,33 @@ private:
         Time lastReport{0};
         std::int16_t lastRSSI = 0;
     };
-    using Work = std::function<std::optional<bluez::Failure>()>;
+    using Work = std::function<std::optional<Failure>()>;
 
     static std::string pathOf(const std::string& name) { return "/org/bluez/" + name; }
     static std::string pathOf(const FakeDongle& dongle);
-    void call(const std::string& method, bluez::Done done, Work work);
-    std::optional<bluez::Failure> outcome(const std::string& method, const Work& work);
+    void call(const std::string& method, Done done, Work work);
+    std::optional<Failure> outcome(const std::string& method, const Work& work);
     Adapter* find(const std::string& path);
-    bluez::AdapterNews newsOf(const Adapter& adapter) const;
+    AdapterNews newsOf(const Adapter& adapter) const;
     void describe(const Sender& sender, bool reading);
     void advertise(std::size_t index);
     void hear(Sender& sender);
     void removeSilent();
     void removeDevices();
     void endDiscovery(const std::string& path, Adapter& adapter);
-    void tell(const std::function<void(bluez::SystemBusListener&)>& what);
+    void tell(const std::function<void(SystemBusListener&)>& what);
 
     Time now_{0};
     std::multimap<Time, std::function<void()>> happenings_;
-    bluez::SystemBusListener* listener_ = nullptr;
+    SystemBusListener* listener_ = nullptr;
     int connections_ = 0;
-    std::optional<bluez::Failure> busFailure_;
+    std::optional<Failure> busFailure_;
     bool daemon_ = true;
     bool hanging_ = false;
     std::map<std::string, Adapter> adapters_;  ///< by path
     std::vector<Sender> dongles_;
-    std::map<std::string, bluez::Failure> failing_;
-    std::map<std::string, bluez::Failure> alwaysFailing_;
+    std::map<std::string, Failure> failing_;
+    std::map<std::string, Failure> alwaysFailing_;
     std::string monitored_;
     bool stalled_ = false;
     bool denies_ = false;
@@ -161,7 +160,7 @@ private:
     Time round_{0};
     std::vector<std::string> calls_;
     int reports_ = 0;
-    bluez::DeviceNews news_;
+    DeviceNews news_;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

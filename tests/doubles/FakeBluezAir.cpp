@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 namespace {
 
@@ -85,4 +85,4 @@ void FakeBluez::removeDevices() {
     }
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 namespace {
 
@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 const std::string adapter = "/org/bluez/hci0";
 
 /// A client without any wits.
-class FakeBluezTest : public testing::Test, public bluez::SystemBusListener {
+class FakeBluezTest : public testing::Test, public SystemBusListener {
 protected:
     FakeBluezTest() { bluez.place({}); }
 
@@ -23,9 +23,9 @@ protected:
         EXPECT_FALSE(bluez.connect(*this));
         pass(1s);
     }
-    void pass(bluez::Time duration) { bluez.runUntil(bluez.now() + duration); }
+    void pass(Time duration) { bluez.runUntil(bluez.now() + duration); }
     /// The error's name, or nothing where the call went well.
-    bluez::Done note() {
+    Done note() {
         return [this](const auto& failure) { answers.push_back(failure ? failure->name : ""); };
     }
     void discover() {
@@ -34,21 +34,17 @@ protected:
         pass(1s);
     }
 
-    void busLost(const bluez::Failure& failure) override { told.push_back("lost " + failure.name); }
+    void busLost(const Failure& failure) override { told.push_back("lost " + failure.name); }
     void daemonChanged(bool there) override { told.emplace_back(there ? "daemon" : "no daemon"); }
-    void adapterAdded(std::string_view /*path*/, const bluez::AdapterNews& /*news*/) override {
-        told.emplace_back("adapter");
-    }
-    void adapterChanged(std::string_view /*path*/, const bluez::AdapterNews& news) override {
+    void adapterAdded(std::string_view /*path*/, const AdapterNews& /*news*/) override { told.emplace_back("adapter"); }
+    void adapterChanged(std::string_view /*path*/, const AdapterNews& news) override {
         if (news.discovering) told.emplace_back(*news.discovering ? "discovers" : "does not discover");
     }
     void adapterRemoved(std::string_view /*path*/) override { told.emplace_back("no adapter"); }
     void monitorsOffered(std::string_view /*adapter*/) override { told.emplace_back("monitors"); }
-    void deviceListed(std::string_view /*path*/, const bluez::DeviceNews& /*news*/) override {
-        told.emplace_back("listed");
-    }
-    void deviceAdded(std::string_view /*path*/, const bluez::DeviceNews& /*news*/) override { ++added; }
-    void deviceChanged(std::string_view /*path*/, const bluez::DeviceNews& news) override {
+    void deviceListed(std::string_view /*path*/, const DeviceNews& /*news*/) override { told.emplace_back("listed"); }
+    void deviceAdded(std::string_view /*path*/, const DeviceNews& /*news*/) override { ++added; }
+    void deviceChanged(std::string_view /*path*/, const DeviceNews& news) override {
         ++changed;
         manufacturer = news.manufacturer.has_value();
     }
@@ -172,4 +168,4 @@ TEST_F(FakeBluezTest, FailsWhenAskedTo) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

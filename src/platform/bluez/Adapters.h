@@ -3,9 +3,11 @@
 
 #include "platform/bluez/SystemBus.h"
 
+#include <filesystem>
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace nearcast::bluez {
 
@@ -28,17 +30,17 @@ public:
 
     /// @return false where there are too many to be real
     bool add(std::string_view path, const AdapterNews& news);
-    /// News of one that is not known are dropped.
+    /// News of an unknown one are dropped.
     void change(std::string_view path, const AdapterNews& news);
     void offerMonitors(std::string_view path);
     void remove(std::string_view path);
     void clear();
-    /// All are known now: the first powered one is ours, whichever was told first.
+    /// All are known now: takes the first powered one, whichever was told first.
     void chooseAnew();
 
     [[nodiscard]] const std::string& wanted() const noexcept { return wanted_; }
-    /// The path of ours, or empty: the one that is wanted; else the one that was ours while it is powered; else the
-    /// first powered one; else the first.
+    /// The path of ours, or empty: the wanted one; where none is named, the one that was ours while it is powered, else
+    /// the first powered one, else the first.
     [[nodiscard]] const std::string& chosen() const noexcept { return chosen_; }
     /// Ours; null where there is none.
     [[nodiscard]] const Adapter* current() const;
@@ -60,6 +62,24 @@ private:
     const std::string wanted_;
     std::map<std::string, Adapter, Order> adapters_;
     std::string chosen_;
+};
+
+enum class Block { none, soft, hard };
+
+/// What the kernel's switches for radios say (Linux, Documentation/ABI/stable/sysfs-class-rfkill).
+class Rfkill {
+public:
+    /// @param folder where the switches are; another one in tests
+    explicit Rfkill(std::filesystem::path folder = "/sys/class/rfkill") : folder_(std::move(folder)) {}
+    virtual ~Rfkill() = default;
+
+    /// Whether a switch keeps the adapter off: its own, or one for all Bluetooth of the machine, as laptops have. Where
+    /// it cannot be read, nothing is blocked.
+    /// @param adapter "hci0"
+    [[nodiscard]] virtual Block blockOf(std::string_view adapter) const;
+
+private:
+    const std::filesystem::path folder_;
 };
 
 }  // namespace nearcast::bluez

@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <nearcast/RadioHealth.h>
-
 #include "platform/bluez/Adapters.h"
-#include "platform/bluez/BackOff.h"
 #include "platform/bluez/DeviceTable.h"
 #include "platform/bluez/Discovery.h"
-#include "platform/bluez/Rfkill.h"
 #include "platform/bluez/SystemBus.h"
-#include "platform/radio/AdvertisingReport.h"
+#include "platform/radio/BackOff.h"
+#include "platform/radio/Radio.h"
 
 #include <cstdint>
 #include <optional>
@@ -17,18 +14,6 @@
 #include <string_view>
 
 namespace nearcast::bluez {
-
-/// What the session tells. Called from inside `SystemBus::process` and the session's own operations.
-class SessionListener {
-public:
-    virtual ~SessionListener() = default;
-    /// A report of ours or of others' discoveries; valid during the call.
-    virtual void reportHeard(const AdvertisingReport& report) = 0;
-    /// The state or its reason is another one.
-    virtual void stateChanged(CBManagerState state, const std::string& why) = 0;
-    /// The scan was begun again without a new wish.
-    virtual void scanRestarted() = 0;
-};
 
 /// A scan through BlueZ, kept up through whatever happens to the bus, to bluetoothd and to the adapter: all that this
 /// radio decides. It has no clock and no thread: `pass` brings the time, `due` says when it next needs it. Not for
@@ -63,13 +48,10 @@ public:
 
     [[nodiscard]] CBManagerState state() const noexcept { return told_.state; }
     [[nodiscard]] const std::string& why() const noexcept { return told_.why; }
+    /// The condition before the first `pass`.
+    static RadioCondition beginning() { return {CBManagerStateUnknown, "bluetoothd has not answered yet"}; }
 
 private:
-    struct Standing {
-        CBManagerState state = CBManagerStateUnknown;
-        std::string why = "bluetoothd has not answered yet";
-        friend bool operator==(const Standing&, const Standing&) = default;
-    };
     enum class Daemon { unknown, absent, present };
 
     void busLost(const Failure& failure) override;
@@ -88,15 +70,14 @@ private:
     void list();
     void listed(const std::optional<Failure>& failure);
     void askFor(std::string_view device);
-    void tellReport(std::string_view path, const AdvertisingReport* report);
     void forgetDaemon();
     void update();
     void lookAtSwitches();
     void tell();
-    [[nodiscard]] Standing standing() const;
-    [[nodiscard]] Standing standingWithoutAdapters() const;
-    [[nodiscard]] Standing standingOf(const Adapter& adapter) const;
-    [[nodiscard]] Standing standingOfScan() const;
+    [[nodiscard]] RadioCondition condition() const;
+    [[nodiscard]] RadioCondition conditionWithoutAdapters() const;
+    [[nodiscard]] RadioCondition conditionOf(const Adapter& adapter) const;
+    [[nodiscard]] RadioCondition conditionOfScan() const;
 
     SystemBus& bus_;
     const Rfkill& rfkill_;
@@ -126,7 +107,7 @@ private:
     Time askAfter_{0};
 
     Discovery discovery_;
-    Standing told_;
+    RadioCondition told_ = beginning();
 };
 
 }  // namespace nearcast::bluez

@@ -81,13 +81,6 @@ void DeviceTable::learn(std::string_view path, const DeviceNews& news) {
     take(device.report, news);
 }
 
-DeviceTable::Heard DeviceTable::added(std::string_view path, const DeviceNews& news) {
-    Device& device = reach(path);
-    device.described = true;
-    take(device.report, news);
-    return {news.RSSI ? &device.report : nullptr, false};
-}
-
 DeviceTable::Heard DeviceTable::changed(std::string_view path, const DeviceNews& news) {
     Device& device = reach(path);
     take(device.report, news);

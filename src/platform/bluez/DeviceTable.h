@@ -27,10 +27,8 @@ public:
     /// @param most how many devices are remembered
     explicit DeviceTable(std::size_t most = defaultDevices) : most_(most) {}
 
-    /// Learns what is known of a device from before.
+    /// Learns what BlueZ knows of a device; that is no report.
     void learn(std::string_view path, const DeviceNews& news);
-    /// A device has come; that is a report where it has a reading.
-    Heard added(std::string_view path, const DeviceNews& news);
     /// A device has changed; that is a report where it has a reading or manufacturer data. What it does not say is as
     /// it was the last time.
     Heard changed(std::string_view path, const DeviceNews& news);

@@ -232,17 +232,17 @@ void Discovery::fail(const Failure& failure) {
 void Discovery::pause() { pauseEnds_ = now_ + pause_.next(); }
 
 void Discovery::judge() {
-    Condition condition = Condition::well;
+    DiscoveryState state = DiscoveryState::well;
     if (failures_ > 0 && isDenial(failure_)) {
-        condition = Condition::denied;
+        state = DiscoveryState::denied;
     } else if (failures_ > 1) {  // once is nothing: an adapter that has just come may not be ready yet
-        condition = Condition::failing;
+        state = DiscoveryState::failing;
     } else if (quiet_) {
-        condition = denies_ ? Condition::inactive : Condition::quiet;
+        state = denies_ ? DiscoveryState::inactive : DiscoveryState::quiet;
     }
-    if (condition == condition_) return;
-    condition_ = condition;
-    if (listener_.conditionChanged) listener_.conditionChanged();
+    if (state == state_) return;
+    state_ = state;
+    if (listener_.stateChanged) listener_.stateChanged();
 }
 
 }  // namespace nearcast::bluez

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/bluez/BackOff.h"
 #include "platform/bluez/SystemBus.h"
+#include "platform/radio/BackOff.h"
 
 #include <cstdint>
 #include <functional>
@@ -12,7 +12,7 @@
 namespace nearcast::bluez {
 
 /// How a discovery that is wanted fares.
-enum class Condition {
+enum class DiscoveryState {
     well,      ///< it runs, is about to, or is not wanted
     denied,    ///< the bus or bluetoothd forbids it
     failing,   ///< bluetoothd does not begin it
@@ -31,7 +31,7 @@ enum class Condition {
 class Discovery {
 public:
     struct Listener {
-        std::function<void()> conditionChanged;
+        std::function<void()> stateChanged;
         std::function<void()> restarted;  ///< the discovery was begun again without a new wish
     };
 
@@ -67,7 +67,7 @@ public:
     /// When `pass` is needed, at the latest.
     [[nodiscard]] std::optional<Time> due() const;
 
-    [[nodiscard]] Condition condition() const noexcept { return condition_; }
+    [[nodiscard]] DiscoveryState state() const noexcept { return state_; }
     /// The last failure; it says why in a condition that is `denied` or `failing`.
     [[nodiscard]] const Failure& failure() const noexcept { return failure_; }
 
@@ -122,7 +122,7 @@ private:
     BackOff pause_{firstPause, longestPause};
     BackOff quietLimits_{quietLimit, longestQuietLimit};
     Time patience_ = quietLimit;  ///< the limit that counts now
-    Condition condition_ = Condition::well;
+    DiscoveryState state_ = DiscoveryState::well;
     Failure failure_;
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/bluez/SdBusPointers.h"
+#include "platform/bluez/SdMessage.h"
 
 #include <functional>
 #include <string>

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/hci/HciPacket.h"
+#include "platform/radio/BackOff.h"
 
 #include <chrono>
 #include <cstdint>
@@ -11,7 +12,7 @@
 #include <span>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 /// The talk with a controller that is ours alone: it is reset, asked what it can, and told to scan passively, without a
 /// pause and with duplicates (Core Specification, Volume 4, Part E, 3 and 7.8). One command is under way at a time, and
@@ -20,7 +21,6 @@ namespace nearcast {
 /// Pure logic: no thread, no operating system; time is passed in. Not for several threads at once.
 class HciController {
 public:
-    using Time = std::chrono::nanoseconds;
     /// Sends a packet. @return 0, or why it could not be sent as `errno` has it
     using Send = std::function<int(std::span<const std::uint8_t> packet)>;
 
@@ -58,7 +58,7 @@ public:
 
 private:
     struct Step {
-        hci::Command command;
+        Command command;
         bool mayFail = false;
     };
 
@@ -66,13 +66,13 @@ private:
     [[nodiscard]] bool lives() const { return phase_ == Phase::starting || phase_ == Phase::ready; }
     void advance(Time now);
     void send(Time now);
-    void answered(const hci::Answer& answer, Time now);
-    void learn(const hci::Answer& answer);
+    void answered(const Answer& answer, Time now);
+    void learn(const Answer& answer);
     void learnCommands(std::span<const std::uint8_t> commands);
     void queueScan();
     void queueDisable();
     void fail(std::string why);
-    void add(hci::Command command, bool mayFail = false) { steps_.push_back({std::move(command), mayFail}); }
+    void add(Command command, bool mayFail = false) { steps_.push_back({std::move(command), mayFail}); }
 
     const Send send_;
     Phase phase_ = Phase::idle;
@@ -86,4 +86,4 @@ private:
     bool scans_ = false;       ///< the scan that the steps lead to
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/hci/Capabilities.h"
 #include "platform/hci/HciAdapters.h"
 
 #include <cstdint>
@@ -9,7 +8,7 @@
 #include <optional>
 #include <span>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 /// How a controller is listened to.
 enum class HciAccess {
@@ -59,4 +58,4 @@ public:
     [[nodiscard]] virtual Capabilities capabilities() const = 0;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

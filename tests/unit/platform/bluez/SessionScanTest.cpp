@@ -3,12 +3,11 @@
 
 #include <algorithm>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 namespace {
 
 using namespace std::chrono_literals;
-using bluez::Discovery;
 
 class SessionScan : public BluezSessionTest {};
 
@@ -87,7 +86,7 @@ TEST_F(SessionScan, StartsAgainAfterAStop) {
 
 TEST_F(SessionScan, StopsInTheEndThoughBluetoothdIsBusy) {
     scan();
-    bluez().failAlways("StopDiscovery", bluez::error::inProgress);
+    bluez().failAlways("StopDiscovery", error::inProgress);
     bench.session.want(false);
     bench.pass(5s);
     bluez().failAlways("StopDiscovery", "");
@@ -96,7 +95,7 @@ TEST_F(SessionScan, StopsInTheEndThoughBluetoothdIsBusy) {
 }
 
 TEST_F(SessionScan, EndsAnOwnDiscoveryThatIsInTheWayOfTheStart) {
-    bluez().failNext("StartDiscovery", bluez::error::inProgress);
+    bluez().failNext("StartDiscovery", error::inProgress);
     scan();
     EXPECT_GE(bluez().count("StopDiscovery"), 1);
     EXPECT_TRUE(bluez().discovers("hci0"));
@@ -201,4 +200,4 @@ TEST_F(SessionWithMonitors, RegistersAnotherWithTheNextScanWhenItIsReleased) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

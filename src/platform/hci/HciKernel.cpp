@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/hci/KernelHciPort.h"
-
 #include "platform/hci/HciKernel.h"
+
 #include "platform/hci/HciPacket.h"
 
 #include <sys/socket.h>
@@ -11,7 +10,7 @@
 #include <cerrno>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -50,8 +49,8 @@ public:
     ///         what the process may not hear: that shows when it is read back
     [[nodiscard]] int filterReports() const {
         kernel::Filter wanted;
-        wanted.types = 1U << hci::eventPacket;
-        wanted.events[hci::leMetaEvent / 32] = 1U << hci::leMetaEvent % 32;
+        wanted.types = 1U << eventPacket;
+        wanted.events[leMetaEvent / 32] = 1U << leMetaEvent % 32;
         if (setsockopt(descriptor_, kernel::hciLevel, kernel::filterOption, &wanted, sizeof wanted) < 0) return errno;
         kernel::Filter given;
         socklen_t length = sizeof given;
@@ -103,4 +102,4 @@ HciPort::Asked KernelHciPort::adapter(int index) {
     return asked;
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

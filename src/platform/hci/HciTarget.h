@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <nearcast/RadioHealth.h>
-
 #include "platform/hci/HciPort.h"
+#include "platform/radio/Radio.h"
+#include "platform/radio/RadioString.h"
 
 #include <optional>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 /// Which controller a radio listens to, and how.
 struct HciTarget {
@@ -19,19 +19,16 @@ struct HciTarget {
     [[nodiscard]] std::string name() const { return "hci" + std::to_string(index); }
 };
 
-/// How a radio is, and why, in words that say what to do about it.
-struct HciCondition {
-    CBManagerState state = CBManagerStateUnknown;
-    std::string why;
-    bool operator==(const HciCondition&) const = default;
-};
+/// Reads `hci`, `hci:N`, `hci:hciN`, each with `?beside`.
+/// @throws std::invalid_argument for what is no controller's number, and for an option's value
+HciTarget parseHciTarget(const RadioString& radio);
 
 /// Why the controller need not even be opened; nothing: try it.
 /// @param asked what the kernel says of it
-std::optional<HciCondition> obstacle(const HciTarget& target, const HciPort::Asked& asked);
+std::optional<RadioCondition> obstacle(const HciTarget& target, const HciPort::Asked& asked);
 
 /// Why opening it failed.
 /// @param error as `HciPort::Opened` has it, not 0
-HciCondition refusal(const HciTarget& target, const HciAdapter& adapter, const Capabilities& capabilities, int error);
+RadioCondition refusal(const HciTarget& target, const HciAdapter& adapter, const Capabilities& capabilities, int error);
 
-}  // namespace nearcast
+}  // namespace nearcast::hci
