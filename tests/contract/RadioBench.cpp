@@ -79,9 +79,9 @@ std::string recording() {
 class ReplayBench : public TimelineBench {
 public:
     ReplayBench() {
-        ReplayOptions options;
+        replay::ReplayOptions options;
         options.path = folder_.write("recording.jsonl", recording());
-        auto platform = std::make_unique<ReplayPlatform>(console, JSON, nullptr, options);
+        auto platform = std::make_unique<replay::ReplayPlatform>(console, JSON, nullptr, options);
         radio_ = platform->centralManager(calls);
         platform_ = std::move(platform);
     }

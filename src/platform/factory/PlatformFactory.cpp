@@ -46,9 +46,9 @@ void install(OpenedPlatform& opened, std::unique_ptr<TimelineBackEnd> platform, 
 }
 
 void openReplay(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
-    auto replay = ReplayOptions::parse(radio);
+    auto replay = replay::ReplayOptions::parse(radio);
     auto pace = paceFor(replay.speed, radio, options);
-    install(opened, std::make_unique<ReplayPlatform>(*opened.console, JSON, std::move(pace), std::move(replay)),
+    install(opened, std::make_unique<replay::ReplayPlatform>(*opened.console, JSON, std::move(pace), std::move(replay)),
             options);
 }
 
