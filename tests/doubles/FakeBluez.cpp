@@ -2,6 +2,7 @@
 #include "doubles/FakeBluez.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nearcast::bluez {
 
@@ -15,6 +16,7 @@ constexpr auto sweepInterval = 1s;
 const Failure unknownObject{"org.freedesktop.DBus.Error.UnknownObject", "there is no such object"};
 const Failure serviceUnknown{"org.freedesktop.DBus.Error.ServiceUnknown", "the name is not activatable"};
 const Failure notReady{std::string(error::notReady), "Resource Not Ready"};
+const Failure left{std::string(error::noReply), "Message recipient disconnected from message bus without replying"};
 const Failure inProgress{std::string(error::inProgress), "Operation already in progress"};
 const Failure nothingStarted{std::string(error::failed), "No discovery started"};
 
@@ -57,6 +59,7 @@ void FakeBluez::startDaemon() {
 
 void FakeBluez::killDaemon() {
     daemon_ = hanging_ = stalled_ = false;
+    ++deaths_;
     monitored_.clear();
     for (auto& [path, adapter] : adapters_) adapter.ours = adapter.discovering = adapter.filtered = false;
     for (Sender& sender : dongles_) sender.shown = false;
@@ -173,7 +176,9 @@ void FakeBluez::disconnect() {
     for (auto& [path, adapter] : adapters_) adapter.ours = adapter.discovering = adapter.filtered = false;
 }
 
-std::optional<Failure> FakeBluez::outcome(const std::string& method, const Work& work) {
+/// What a call comes to that was made when bluetoothd had died so many times.
+std::optional<Failure> FakeBluez::outcome(const std::string& method, const Work& work, int deaths) {
+    if (deaths != deaths_) return left;
     if (!daemon_) return serviceUnknown;
     if (const auto always = alwaysFailing_.find(method); always != alwaysFailing_.end()) return always->second;
     if (const auto once = failing_.extract(method)) return once.mapped();
@@ -187,9 +192,26 @@ void FakeBluez::call(const std::string& method, Done done, Work work) {
     };
     if (hanging_) {
         at(now_ + hangLimit, [answer] { answer(Failure{std::string(error::noReply), "Method call timed out"}); });
-    } else {
-        at(now_ + latency, [this, answer, method, work = std::move(work)] { answer(outcome(method, work)); });
+        return;
     }
+    at(now_ + latency_, [this, answer, method, work = std::move(work), deaths = deaths_, connection = connections_] {
+        if (listener_ == nullptr || connection != connections_) return;
+        const auto failure = outcome(method, work, deaths);
+        if (!held_.contains(method)) return answer(failure);
+        heldAnswers_.push_back([this, answer, failure, deaths] {
+            answer(deaths == deaths_ ? failure : std::optional(left));
+        });
+    });
+}
+
+void FakeBluez::releaseOldestAnswer() {
+    at(now_, std::move(heldAnswers_.front()));
+    heldAnswers_.pop_front();
+}
+
+void FakeBluez::releaseAnswers() {
+    held_.clear();
+    for (auto& answer : std::exchange(heldAnswers_, {})) at(now_, std::move(answer));
 }
 
 void FakeBluez::listObjects(Done done) {

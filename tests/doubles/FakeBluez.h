@@ -5,9 +5,11 @@
 #include "platform/radio/BackOff.h"
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -15,9 +17,10 @@ namespace nearcast::bluez {
 
 /// A dongle in the air of a `FakeBluez`.
 struct FakeDongle {
+    std::string adapter = "hci0";  ///< the one that hears it
     std::string address = "02:00:00:00:00:01";
     std::vector<std::string> services = {"4f37d906-3f43-440c-98e0-9e709971cadf"};
-    std::optional<std::string> name;
+    std::optional<std::string> name = std::nullopt;
     std::uint16_t company = 0xFFFF;
     std::vector<std::uint8_t> octets = {2, 0, 0, 0, 0, 1};
     std::int16_t RSSI = -60;
@@ -27,10 +30,10 @@ struct FakeDongle {
 
 /// A system bus with a bluetoothd that behaves as the real one does, in a time of its own: answers take a moment,
 /// discovery ends when the adapter goes off and is not resumed, devices come with their first report and go after 30
-/// silent seconds, without the right filter most is kept back, errors have the real names. What can go wrong goes wrong
-/// when asked for.
+/// silent seconds, without the right filter most is kept back, errors have the real names. Failures, and answers that
+/// come late, are there when a test asks for them.
 ///
-/// One client is played: whoever connects. The listener is called from `runUntil` alone.
+/// It plays one client: whoever connects. The listener is called from `runUntil` alone.
 class FakeBluez : public SystemBus {
 public:
     static constexpr Time latency = std::chrono::milliseconds(5);
@@ -58,10 +61,22 @@ public:
     /// As a crash: no signal but that its name has no owner.
     void killDaemon();
     void hang(bool hanging) { hanging_ = hanging; }  ///< it answers nothing; calls fail after ten seconds
+    /// How long it takes to answer from now on.
+    void answerAfter(Time duration) { latency_ = duration; }
+    /// It does what this method asks for, but its answers wait for `releaseAnswers`. Whoever asked may be gone by then:
+    /// an answer of a bluetoothd that died meanwhile is the bus's, that it left without replying; after a `disconnect`
+    /// none comes.
+    void holdAnswers(const std::string& method) { held_.insert(method); }
+    /// The answer that was held for longest comes now.
+    void releaseOldestAnswer();
+    /// The answers that were held come now, in their order; later ones are held no more.
+    void releaseAnswers();
     void plug(const std::string& name, bool powered = true, bool monitors = false);
     void unplug(const std::string& name);
     void power(const std::string& name, bool on, PowerState state = PowerState::unknown);
     void place(FakeDongle dongle);
+    /// bluetoothd shows the dongle without having heard it, as one that it knew before.
+    void showUnheard(std::size_t index);
     FakeDongle& dongle(std::size_t index) { return dongles_.at(index).dongle; }
     /// The next call of that method fails.
     void failNext(const std::string& method, std::string_view error) {
@@ -69,6 +84,8 @@ public:
     }
     /// Every call of that method fails until nothing is said.
     void failAlways(const std::string& method, std::string_view error);
+    /// Another client's discovery of duplicates runs on the adapter; the client is told of its reports too.
+    void discoverForAnother(const std::string& name) { adapters_.at(pathOf(name)).others = true; }
     /// It stops hearing, and does not know; a new discovery mends it.
     void stall() { stalled_ = true; }
     /// A discovery that is begun is never said to run.
@@ -112,6 +129,7 @@ private:
         bool powered = true;
         bool discovering = false;  ///< as its property says
         bool ours = false;         ///< a discovery of the client runs
+        bool others = false;       ///< one of another client runs
         bool filtered = false;     ///< the client's filter has been set
         bool monitors = false;
         PowerState powerState = PowerState::unknown;
@@ -128,7 +146,7 @@ private:
     static std::string pathOf(const std::string& name) { return "/org/bluez/" + name; }
     static std::string pathOf(const FakeDongle& dongle);
     void call(const std::string& method, Done done, Work work);
-    std::optional<Failure> outcome(const std::string& method, const Work& work);
+    std::optional<Failure> outcome(const std::string& method, const Work& work, int deaths);
     Adapter* find(const std::string& path);
     AdapterNews newsOf(const Adapter& adapter) const;
     void describe(const Sender& sender, bool reading);
@@ -145,6 +163,10 @@ private:
     int connections_ = 0;
     std::optional<Failure> busFailure_;
     bool daemon_ = true;
+    int deaths_ = 0;  ///< of bluetoothd: which one took a call
+    Time latency_ = latency;
+    std::set<std::string> held_;  ///< methods whose answers wait
+    std::deque<std::function<void()>> heldAnswers_;
     bool hanging_ = false;
     std::map<std::string, Adapter> adapters_;  ///< by path
     std::vector<Sender> dongles_;

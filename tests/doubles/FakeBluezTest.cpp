@@ -166,6 +166,103 @@ TEST_F(FakeBluezTest, FailsWhenAskedTo) {
     EXPECT_EQ(answers, (Words{"once", "", "always", "always"}));
 }
 
+TEST_F(FakeBluezTest, TakesAsLongToAnswerAsItIsTold) {
+    connect();
+    bluez.answerAfter(100ms);
+    bluez.setDiscoveryFilter(adapter, note());
+    pass(100ms - 1ns);
+    EXPECT_TRUE(answers.empty());
+    pass(1ns);
+    EXPECT_EQ(answers, Words{""});
+}
+
+TEST_F(FakeBluezTest, DoesWhatItIsAskedWhileItHoldsTheAnswer) {
+    connect();
+    bluez.holdAnswers("StartDiscovery");
+    bluez.setDiscoveryFilter(adapter, note());
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    EXPECT_EQ(answers, Words{""}) << "the filter's alone";
+    EXPECT_TRUE(bluez.discovers("hci0"));
+    bluez.releaseAnswers();
+    pass(0s);
+    EXPECT_EQ(answers, (Words{"", ""}));
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    EXPECT_EQ(answers.size(), 3U) << "later ones are not held";
+}
+
+TEST_F(FakeBluezTest, ReleasesOneAnswerAtATime) {
+    connect();
+    bluez.holdAnswers("StopDiscovery");
+    bluez.holdAnswers("StartDiscovery");
+    bluez.stopDiscovery(adapter, note());
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    bluez.releaseOldestAnswer();
+    pass(1s);
+    EXPECT_EQ(answers, Words{"org.bluez.Error.Failed"});
+}
+
+TEST_F(FakeBluezTest, AnswersForABluetoothdThatHasDiedAfterTheNewsOfItsDeath) {
+    connect();
+    bluez.holdAnswers("StartDiscovery");
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    bluez.killDaemon();
+    bluez.startDaemon();
+    pass(1s);
+    EXPECT_EQ(told.back(), "daemon");
+    EXPECT_TRUE(answers.empty());
+    bluez.releaseAnswers();
+    pass(0s);
+    EXPECT_EQ(answers, Words{"org.freedesktop.DBus.Error.NoReply"});
+}
+
+TEST_F(FakeBluezTest, DoesNothingOfACallWhoseBluetoothdHasDied) {
+    connect();
+    bluez.startDiscovery(adapter, note());
+    bluez.killDaemon();
+    bluez.startDaemon();
+    pass(1s);
+    EXPECT_EQ(answers, Words{"org.freedesktop.DBus.Error.NoReply"});
+    EXPECT_FALSE(bluez.discovers("hci0"));
+}
+
+TEST_F(FakeBluezTest, AnswersNobodyWhoHasDisconnected) {
+    connect();
+    bluez.holdAnswers("StartDiscovery");
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    bluez.stopDiscovery(adapter, note());
+    bluez.disconnect();
+    bluez.releaseAnswers();
+    pass(1s);
+    EXPECT_TRUE(answers.empty());
+    connect();
+    pass(1s);
+    EXPECT_TRUE(answers.empty()) << "another connection";
+    EXPECT_FALSE(bluez.discovers("hci0"));
+}
+
+TEST_F(FakeBluezTest, ShowsADeviceThatItHasNotHeard) {
+    connect();
+    bluez.showUnheard(0);
+    pass(1s);
+    EXPECT_EQ(added, 1);
+    EXPECT_EQ(changed, 0);
+}
+
+TEST_F(FakeBluezTest, TellsOfTheReportsOfAnothersDiscovery) {
+    bluez.plug("hci10");
+    bluez.discoverForAnother("hci10");
+    bluez.place({.adapter = "hci10"});
+    connect();
+    EXPECT_EQ(added, 1);
+    EXPECT_GE(changed, 8);
+    EXPECT_FALSE(bluez.discovers("hci10"));
+}
+
 }  // namespace
 
 }  // namespace nearcast::bluez

@@ -25,6 +25,13 @@ TEST_F(SessionScan, PassesEveryReportOnOnce) {
     EXPECT_GE(bench.reports, 205);
 }
 
+TEST_F(SessionScan, TakesADeviceThatIsShownWithoutAReadingForNoReport) {
+    bluez().dongle(0).silent = true;
+    scan();
+    bluez().showUnheard(0);
+    EXPECT_EQ(bench.reportsIn(1s), 0);
+}
+
 TEST_F(SessionScan, SetsTheFilterBeforeItStarts) {
     scan();
     const auto& calls = bluez().calls();
@@ -109,6 +116,14 @@ TEST_F(SessionScan, SaysWhyTheScanDoesNotStart) {
     EXPECT_TRUE(says("the scan cannot be started: org.bluez.Error.Failed")) << why();
 }
 
+TEST_F(SessionScan, DoesNotSpeakOfAStartThatFailsOnce) {
+    bluez().failNext("StartDiscovery", "org.bluez.Error.Failed");
+    scan();
+    EXPECT_TRUE(bluez().discovers("hci0"));
+    ASSERT_EQ(bench.conditions.size(), 1U) << bench.conditions.back().why;
+    EXPECT_EQ(bench.conditions[0], (RadioCondition{CBManagerStatePoweredOn, ""}));
+}
+
 TEST_F(SessionScan, TriesAgainWithPausesThatGrowToTwoSeconds) {
     bluez().failAlways("StartDiscovery", "org.bluez.Error.Failed");
     bench.session.want(true);
@@ -133,6 +148,21 @@ TEST_F(SessionScan, HearsLittleOfAStrictControllerWithoutAMonitor) {
     bluez().beStrict();
     scan();
     EXPECT_LE(bench.reportsIn(20s), 3);
+}
+
+TEST(SessionOfOneOfManyAdapters, HearsNothingOfAnAdapterWhoseNameBeginsLikeItsOwn) {
+    BluezBench bench("hci1");
+    bench.bluez.plug("hci1");
+    bench.bluez.plug("hci10");
+    bench.bluez.discoverForAnother("hci10");
+    bench.bluez.place({.adapter = "hci10", .address = "02:00:00:00:00:10"});
+    bench.session.want(true);
+    bench.settle();
+    EXPECT_TRUE(bench.bluez.discovers("hci1"));
+    EXPECT_GT(bench.bluez.reports(), 5) << "the session is told of them";
+    EXPECT_EQ(bench.reports, 0);
+    bench.bluez.place({.adapter = "hci1", .address = "02:00:00:00:00:01"});
+    EXPECT_GE(bench.reportsIn(1s), 9);
 }
 
 class SessionWithMonitors : public BluezSessionTest {
