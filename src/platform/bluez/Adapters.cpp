@@ -22,7 +22,7 @@ std::string firstWord(const std::filesystem::path& file) {
     return word;
 }
 
-/// Whether the switch is one that the adapter obeys: its own, or one that belongs to no adapter.
+/// Whether the switch applies to the adapter: its own, or one that belongs to no adapter.
 bool concerns(const std::filesystem::path& entry, std::string_view adapter) {
     if (firstWord(entry / "type") != "bluetooth") return false;
     const std::string name = firstWord(entry / "name");

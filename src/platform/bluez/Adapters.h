@@ -14,7 +14,7 @@ namespace nearcast::bluez {
 /// "hci0" of "/org/bluez/hci0".
 std::string_view adapterName(std::string_view path);
 
-/// What is known of one adapter.
+/// What bluetoothd says of one adapter.
 struct Adapter {
     bool powered = false;
     bool discovering = false;
@@ -28,7 +28,7 @@ public:
     /// @param wanted "hci1", or empty for the first that is powered
     explicit Adapters(std::string wanted) : wanted_(std::move(wanted)) {}
 
-    /// @return false where there are too many to be real
+    /// @return false where there are more than any machine has
     bool add(std::string_view path, const AdapterNews& news);
     /// News of an unknown one are dropped.
     void change(std::string_view path, const AdapterNews& news);
@@ -44,7 +44,7 @@ public:
     [[nodiscard]] const std::string& chosen() const noexcept { return chosen_; }
     /// Ours; null where there is none.
     [[nodiscard]] const Adapter* current() const;
-    /// The names of all, in their order, with commas.
+    /// The names of all, in order, separated by commas.
     [[nodiscard]] std::string names() const;
 
 private:
@@ -73,8 +73,8 @@ public:
     explicit Rfkill(std::filesystem::path folder = "/sys/class/rfkill") : folder_(std::move(folder)) {}
     virtual ~Rfkill() = default;
 
-    /// Whether a switch keeps the adapter off: its own, or one for all Bluetooth of the machine, as laptops have. Where
-    /// it cannot be read, nothing is blocked.
+    /// Whether a switch keeps the adapter off: its own, or one for all Bluetooth of the machine, as laptops have. A
+    /// switch that cannot be read does not count.
     /// @param adapter "hci0"
     [[nodiscard]] virtual Block blockOf(std::string_view adapter) const;
 

@@ -13,12 +13,12 @@ namespace nearcast::bluez {
 
 namespace {
 
-/// Messages that follow each other this closely are taken together, for an awakening costs the machine about as much
-/// as a report. Nobody who reads signals averaged over seconds sees the difference, and a single message does not wait.
+/// Messages that follow each other this closely are taken together, because waking up costs the machine about as much
+/// as a report. The signals are averaged over seconds, so the delay does not show; a single message does not wait.
 constexpr std::chrono::milliseconds crowdedInterval(5);
 
-/// For how long there is no such pause once so many came that they would fill the socket in it, and the bus would have
-/// to wait for us.
+/// For how long there is no such pause after a flood, in which messages would fill the socket during the pause and make
+/// the bus wait for us.
 constexpr Time floodMemory = std::chrono::seconds(1);
 
 }  // namespace
@@ -58,7 +58,7 @@ void ThreadedBluezRadio::run() noexcept {
     }
 }
 
-/// @param needed whether a moment has come, or a wish may have changed
+/// @param needed whether `pass` is due, or another scan may be wanted
 /// @return whether the bus may have more
 bool ThreadedBluezRadio::turn(bool needed) {
     const Time now = SystemClock::now();
@@ -74,10 +74,9 @@ bool ThreadedBluezRadio::turn(bool needed) {
     return taken.more;
 }
 
-/// Until the bus has something, or for a while where it has much; until a moment has come or a wish has changed. Of the
-/// alarm and the wake-up only what has happened is touched: each is a system call, and there are a thousand reports a
-/// second.
-/// @return whether it was more than the bus
+/// Waits for the bus, or for a short while where it is busy, and for the alarm and `wake`. Of these two only the one
+/// that has happened is read: each is a system call, and there are a thousand reports a second.
+/// @return whether the alarm or `wake` ended it
 bool ThreadedBluezRadio::wait() noexcept {
     std::optional<Time> next = due();
     if (const auto left = bus.left()) {

@@ -8,7 +8,7 @@ namespace nearcast::bluez {
 
 namespace {
 
-/// Between two questions about devices that are not known: a flood of them is not answered with one of calls.
+/// Between two questions about unknown devices, so that many of them do not cause as many calls.
 constexpr Time askInterval = std::chrono::milliseconds(20);
 
 bool isBelow(std::string_view path, std::string_view adapter) {
@@ -75,7 +75,7 @@ void BluezSession::daemonChanged(bool there) {
     update();
 }
 
-/// What was known of bluetoothd is no more.
+/// Forgets everything that this bluetoothd said.
 void BluezSession::forgetDaemon() {
     ++epoch_;
     listed_ = asking_ = false;
@@ -136,7 +136,8 @@ void BluezSession::deviceAdded(std::string_view path, const DeviceNews& news) {
     if (news.RSSI) deviceChanged(path, news);
 }
 
-/// The walk of every report, of our discovery and of others', on our adapter.
+/// Every report comes this way. It counts on our adapter only, and there also when another client's discovery brought
+/// it.
 void BluezSession::deviceChanged(std::string_view path, const DeviceNews& news) {
     const auto heard = devices_.changed(path, news);
     if (heard.stranger) askFor(path);
@@ -147,7 +148,8 @@ void BluezSession::deviceChanged(std::string_view path, const DeviceNews& news) 
 
 void BluezSession::deviceRemoved(std::string_view path) { devices_.remove(path); }
 
-/// A device that was forgotten, or that came before the list: without its services no filter would let it pass.
+/// Asks for a device that was forgotten, or whose signal came before the list: without its services no filter lets it
+/// pass.
 void BluezSession::askFor(std::string_view device) {
     if (!listed_ || asking_ || now_ < askAfter_) return;
     asking_ = true;
@@ -157,7 +159,7 @@ void BluezSession::askFor(std::string_view device) {
     });
 }
 
-/// Brings the discovery, the switches and what is told into line with what is known.
+/// Updates the discovery, the switches and what is told after anything has changed.
 void BluezSession::update() {
     const Adapter* const adapter = adapters_.current();
     const bool usable =

@@ -15,14 +15,16 @@
 
 namespace nearcast::bluez {
 
-/// A scan through BlueZ, kept up through whatever happens to the bus, to bluetoothd and to the adapter: all that this
-/// radio decides. It has no clock and no thread: `pass` brings the time, `due` says when it next needs it. Not for
-/// several threads at once.
+/// Keeps a scan through BlueZ running, through loss and return of the bus, of bluetoothd and of the adapter. Everything
+/// that this radio decides is decided here and in `Discovery`.
+///
+/// It has no clock and no thread: `pass` brings the time, `due` says when it next needs it. Not for several threads at
+/// once.
 class BluezSession : private SystemBusListener {
 public:
-    /// How long an adapter that has just come may be off without counting as switched off.
+    /// For how long an adapter that has just come counts as coming up while it is off.
     static constexpr Time settling = std::chrono::seconds(3);
-    /// While the adapter is off: how often the kernel's switches are looked at.
+    /// How often the kernel's switches are read while the adapter is off.
     static constexpr Time switchInterval = std::chrono::seconds(2);
     static constexpr Time firstPause = std::chrono::milliseconds(250);
     static constexpr Time longestPause = std::chrono::seconds(2);
@@ -36,12 +38,12 @@ public:
 
     /// Whether a scan is wanted, from the time of the last `pass` on.
     void want(bool scan) { discovery_.want(scan); }
-    /// What happens next happens at this time; never an earlier one. What is due waits for `pass`.
+    /// Sets the time of what happens next and does nothing that is due; the time never goes back.
     void setTime(Time now) noexcept {
         now_ = now;
         discovery_.setTime(now);
     }
-    /// The time moves on; never back. The first call connects.
+    /// Does everything that is due; the time never goes back. The first call connects.
     void pass(Time now);
     /// When `pass` is needed, at the latest.
     [[nodiscard]] std::optional<Time> due() const;
@@ -90,15 +92,15 @@ private:
     BackOff connectPause_{firstPause, longestPause};
 
     Daemon daemon_ = Daemon::unknown;
-    bool wasAbsent_ = false;  ///< bluetoothd has come while we looked
+    bool wasAbsent_ = false;  ///< bluetoothd was seen to be gone, so its adapters may still be coming up
     bool listed_ = false;
-    std::uint64_t epoch_ = 0;  ///< answers of a former bluetoothd are of no interest
+    std::uint64_t epoch_ = 0;  ///< raised with each bluetoothd: answers of a former one are ignored
     std::optional<Failure> listFailure_;
     std::optional<Time> listAt_;
     BackOff listPause_{firstPause, longestPause};
 
     Adapters adapters_;
-    std::optional<Time> settledAt_;  ///< when an adapter that has just come is what it says
+    std::optional<Time> settledAt_;  ///< when an adapter that has just come counts as what it says
     Block block_ = Block::none;
     std::optional<Time> switchesAt_;
 

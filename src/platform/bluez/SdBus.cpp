@@ -28,7 +28,7 @@ constexpr const char* ownerRule =
 constexpr const char* propertiesRule =
     "type='signal',sender='org.bluez',path_namespace='/org/bluez',interface='org.freedesktop.DBus.Properties',"
     "member='PropertiesChanged'";
-// They come from "/", outside of /org/bluez.
+// These come from "/", outside /org/bluez.
 constexpr const char* objectsRule =
     "type='signal',sender='org.bluez',path='/',interface='org.freedesktop.DBus.ObjectManager'";
 
@@ -163,7 +163,7 @@ void SdBus::call(const char* path, const char* interface, const char* member, Do
 }
 
 int SdBus::send(sd_bus_message* message, Call& call) {
-    sd_bus_message_set_auto_start(message, 0);  // whether bluetoothd runs is not for us to decide
+    sd_bus_message_set_auto_start(message, 0);  // starting bluetoothd is the administrator's decision
     sd_bus_slot* slot = nullptr;
     const int result = sd_bus_call_async(bus_.get(), &slot, message, onAnswer, &call, answerLimit);
     if (result >= 0) call.slot.reset(slot);
@@ -287,7 +287,8 @@ int SdBus::onAnswer(sd_bus_message* reply, void* call, sd_bus_error* /*error*/) 
 
 namespace {
 
-/// The answer of the bus itself to a method without arguments, or with the service's name; null when there is none.
+/// Calls a method of the bus itself, with bluetoothd's name as its argument or without one.
+/// @return null where it failed
 MessagePointer ask(sd_bus* bus, const char* method, bool aboutService) {
     sd_bus_message* answer = nullptr;
     const int result = aboutService

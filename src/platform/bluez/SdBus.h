@@ -38,7 +38,7 @@ public:
 
     struct Taken {
         int messages = 0;
-        bool more = false;  ///< there may be more that waiting does not show
+        bool more = false;  ///< there may be more, already read, which `poll` does not show
     };
 
     /// Takes what has come and tells the listener.
@@ -89,8 +89,8 @@ private:
     BusPointer bus_;
     std::vector<SlotPointer> slots_;
     std::list<Call> calls_;
-    std::vector<std::pair<Done, Failure>> failed_;  ///< calls that could not be sent, not told yet
-    std::optional<Failure> lost_;                   ///< why the connection is of no use
+    std::vector<std::pair<Done, Failure>> failed_;  ///< calls that could not be sent; `process` tells
+    std::optional<Failure> lost_;                   ///< why the connection is to be closed
     std::string daemon_;                            ///< bluetoothd's unique name; empty: it does not run
     bool daemonKnown_ = false;
     SdMonitor monitor_{daemon_, [this] { listener_->monitorReleased(); }};

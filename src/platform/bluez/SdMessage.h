@@ -12,7 +12,7 @@
 namespace nearcast::bluez {
 
 struct SdBusDeleter {
-    /// Drops what has not been sent yet, because waiting for that could take for ever.
+    /// Drops what has not been sent yet, because waiting for that could take forever.
     void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
     void operator()(sd_bus_slot* slot) const noexcept { sd_bus_slot_unref(slot); }
     void operator()(sd_bus_message* message) const noexcept { sd_bus_message_unref(message); }

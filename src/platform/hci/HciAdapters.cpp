@@ -24,7 +24,7 @@ namespace {
 constexpr std::uint32_t upFlag = 1U << 0;         // HCI_UP
 constexpr std::size_t lowEnergyFeatureOctet = 4;  // Core Specification, Volume 2, Part C, 3.3: bit 38
 constexpr std::uint8_t lowEnergyFeature = 0x40;
-// capabilities(7): the numbers of the bits.
+// capabilities(7): bit numbers.
 constexpr unsigned netAdminBit = 12;
 constexpr unsigned netRawBit = 13;
 
@@ -34,7 +34,7 @@ std::string_view busName(unsigned bus) {
     return bus < names.size() ? names[bus] : "unknown";
 }
 
-/// A socket to ask the kernel with; it is bound to nothing.
+/// An unbound socket for questions to the kernel.
 class AskingSocket {
 public:
     AskingSocket() : socket_(socket(kernel::bluetoothFamily, SOCK_RAW | SOCK_CLOEXEC, kernel::hciProtocol)) {
@@ -93,7 +93,7 @@ HciBlock hciBlock(std::string_view name, const std::string& controllers) {
     HciBlock block;
     std::error_code none;
     const std::filesystem::path folder = std::filesystem::path(controllers) / name;
-    // Unplugged meanwhile, it may end with an error: then there is nothing more to read.
+    // A controller that is unplugged meanwhile ends this with an error.
     std::filesystem::directory_iterator entry(folder, none);
     for (; !none && entry != std::filesystem::directory_iterator(); entry.increment(none)) {
         if (!entry->path().filename().string().starts_with("rfkill")) continue;

@@ -84,7 +84,7 @@ void HciController::queueScan() {
     add(extended_ ? extendedEnable : enable);
 }
 
-/// Does the next step, where nothing is under way.
+/// Does the next step, unless one is pending.
 void HciController::advance(Time now) {
     if (!lives() || underWay_) return;
     if (steps_.empty()) {
@@ -140,7 +140,7 @@ void HciController::answered(const Answer& answer, Time now) {
     advance(now);
 }
 
-/// Takes from an answer what it tells of the controller; from one without content, that it tells nothing.
+/// Learns from an answer what the controller has. An answer without content says that it has nothing of it.
 void HciController::learn(const Answer& answer) {
     if (answer.opcode == readLocalSupportedCommands) learnCommands(answer.returned);
     if (answer.opcode != readLocalSupportedFeatures || lowEnergy.in(answer.returned)) return;
@@ -159,7 +159,7 @@ void HciController::learnCommands(std::span<const std::uint8_t> commands) {
 void HciController::tick(Time now) {
     if (!due_ || now < *due_) return;
     if (underWay_) return fail("did not answer " + nameOf(steps_.front().command.opcode));
-    // It never said that it has room again; it may have forgotten to.
+    // It should have said that it has room again; perhaps that was lost.
     due_.reset();
     room_ = true;
     advance(now);

@@ -14,7 +14,7 @@ namespace nearcast::hci {
 
 namespace {
 
-/// The kernel drops what finds no room, and tells nobody. This holds some ten seconds of a busy air.
+/// The kernel silently drops what does not fit. This holds about ten seconds of a busy air.
 constexpr int receiveBufferOctets = 8 << 20;
 
 class KernelHciSocket : public HciSocket {
@@ -37,7 +37,7 @@ public:
     }
     [[nodiscard]] int descriptor() const override { return descriptor_; }
 
-    /// Takes as much of the kernel's memory as it gives; more than its usual limit with CAP_NET_ADMIN only.
+    /// With CAP_NET_ADMIN the kernel gives more than its usual limit.
     void raiseReceiveBuffer() const {
         const int octets = receiveBufferOctets;
         if (setsockopt(descriptor_, SOL_SOCKET, SO_RCVBUFFORCE, &octets, sizeof octets) == 0) return;
@@ -45,8 +45,8 @@ public:
     }
 
     /// Lets LE Meta events through and nothing else.
-    /// @return 0 or why it could not be. Without CAP_NET_RAW the kernel takes the filter, and quietly takes out of it
-    ///         what the process may not hear: that shows when it is read back
+    /// @return 0 or an `errno`. Without CAP_NET_RAW the kernel accepts the filter and silently removes from it what the
+    ///         process may not hear; reading it back shows that
     [[nodiscard]] int filterReports() const {
         kernel::Filter wanted;
         wanted.types = 1U << eventPacket;
@@ -76,7 +76,7 @@ private:
     }
 
     int descriptor_;
-    /// More than an event with its indicator, and than the largest data packet of a controller.
+    /// Larger than any event with its indicator, and than the largest data packet of a controller.
     std::array<std::uint8_t, 4096> buffer_{};
 };
 

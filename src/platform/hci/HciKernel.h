@@ -8,9 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What the kernel's Bluetooth sockets are asked with (include/net/bluetooth/{bluetooth,hci,hci_sock}.h of Linux).
-/// These headers are not installed with the kernel's others, and a library for a page of numbers is one dependency too
-/// many.
+/// Numbers and structures of the kernel's Bluetooth sockets (include/net/bluetooth/{bluetooth,hci,hci_sock}.h of
+/// Linux). Those headers are not installed with the kernel's others, and a page of numbers is not worth a library.
 namespace nearcast::hci::kernel {
 
 inline constexpr int bluetoothFamily = 31;  // AF_BLUETOOTH

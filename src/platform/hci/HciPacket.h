@@ -56,7 +56,7 @@ struct Answer {
     std::uint16_t opcode = 0;
     std::uint8_t status = success;
     std::span<const std::uint8_t> returned;  ///< what follows the status; valid as long as the event
-    bool complete = true;                    ///< false: the command has only been begun
+    bool complete = true;                    ///< false: the command has only been started
     std::uint8_t room = 0;                   ///< how many commands may be sent now
 };
 

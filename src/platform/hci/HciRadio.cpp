@@ -17,7 +17,8 @@ HciRadio::HciRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMo
       wake_(std::move(wake)),
       session_(port, target, *this) {}
 
-// The radio is asked each time: two threads that start and stop a scan at once leave here what came last there.
+// The wish is read here and never passed on by `scanChanged`: whatever two threads want at once, the last one counts in
+// both places.
 void HciRadio::pass(Time now) {
     session_.want(scanning());
     session_.pass(now);

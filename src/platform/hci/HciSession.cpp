@@ -96,8 +96,8 @@ void HciSession::wakeUp(Time now) {
 void HciSession::ask(Time now) {
     askAt_ = now + askInterval;
     const HciPort::Asked asked = port_.adapter(target_.index);
-    if (!asked.adapter && asked.error != ENODEV) return;  // the question failed, and says nothing of it
-    if (asked.adapter && alone()) return;                 // nobody can switch it off or block it while it is ours
+    if (!asked.adapter && asked.error != ENODEV) return;  // the question itself failed
+    if (asked.adapter && alone()) return;                 // nobody else can switch it off while it is ours
     if (const auto reason = obstacle(target_, asked)) lose(now, *reason);
 }
 
@@ -121,7 +121,7 @@ void HciSession::take(std::span<const std::uint8_t> packet, Time now) {
 }
 
 void HciSession::report(const RawReport& raw, Time now) {
-    if (!scans_) return;  // those of other programs' scans
+    if (!scans_) return;  // beside others, reports come from their scans
     proven_ = true;
     quiet_.heard(now);
     if (!condition_.why.empty()) become({CBManagerStatePoweredOn, ""});

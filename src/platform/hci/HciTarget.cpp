@@ -10,7 +10,7 @@ namespace nearcast::hci {
 
 namespace {
 
-constexpr unsigned mostIndex = 0xFFFE;  // the kernel's 0xFFFF is no controller
+constexpr unsigned mostIndex = 0xFFFE;  // 0xFFFF is the kernel's word for none
 
 [[noreturn]] void refuse(const RadioString& radio, const std::string& why) {
     throw std::invalid_argument("radio '" + radio.text + "': " + why);
@@ -92,7 +92,7 @@ HciTarget parseHciTarget(const RadioString& radio) {
 std::optional<RadioCondition> obstacle(const HciTarget& target, const HciPort::Asked& asked) {
     if (!asked.adapter) return unanswered(target, asked.error);
     const HciAdapter& adapter = *asked.adapter;
-    // A controller that is blocked is refused while it is opened, after all others have been told that it is gone.
+    // The kernel refuses a blocked controller only after it has told all programs that the controller is gone.
     if (adapter.blocked) return blocked(target, adapter.blocked);
     if (adapter.lowEnergy == false) {
         return RadioCondition{CBManagerStateUnsupported,

@@ -14,16 +14,16 @@ namespace nearcast::hci {
 struct HciTarget {
     int index = 0;
     HciAccess access = HciAccess::alone;
-    std::string program = "PROGRAM";  ///< what the advice on capabilities is for
+    std::string program = "PROGRAM";  ///< the path that the advice on capabilities names
 
     [[nodiscard]] std::string name() const { return "hci" + std::to_string(index); }
 };
 
 /// Reads `hci`, `hci:N`, `hci:hciN`, each with `?beside`.
-/// @throws std::invalid_argument for what is no controller's number, and for an option's value
+/// @throws std::invalid_argument for a wrong number, and for a value of `beside`
 HciTarget parseHciTarget(const RadioString& radio);
 
-/// Why the controller need not even be opened; nothing: try it.
+/// Why opening the controller would fail, or must not be tried; nothing: try it.
 /// @param asked what the kernel says of it
 std::optional<RadioCondition> obstacle(const HciTarget& target, const HciPort::Asked& asked);
 
