@@ -30,7 +30,7 @@ struct ScriptedMachine {
     bool up = false;
 };
 
-class ScriptedSocket : public HciSocket {
+class ScriptedSocket : public hci::HciSocket {
 public:
     explicit ScriptedSocket(ScriptedMachine& machine) : machine_(machine) { machine_.packets.clear(); }
     Received read() override {
@@ -52,40 +52,40 @@ private:
     Octets packet_;
 };
 
-class ScriptedPort : public HciPort {
+class ScriptedPort : public hci::HciPort {
 public:
     explicit ScriptedPort(ScriptedMachine& machine) : machine_(machine) {}
-    Opened open(int /*index*/, HciAccess /*access*/) override {
+    Opened open(int /*index*/, hci::HciAccess /*access*/) override {
         if (const int error = std::exchange(machine_.openError, 0)) return {nullptr, error};
         return {std::make_unique<ScriptedSocket>(machine_), 0};
     }
     Asked adapter(int /*index*/) override {
         if (!machine_.present) return {std::nullopt, ENODEV};
-        HciAdapter adapter;
+        hci::HciAdapter adapter;
         adapter.up = machine_.up;
         return {adapter, 0};
     }
-    [[nodiscard]] Capabilities capabilities() const override { return {}; }
+    [[nodiscard]] hci::Capabilities capabilities() const override { return {}; }
 
 private:
     ScriptedMachine& machine_;
 };
 
-class CountedReports : public HciSessionListener {
+class CountedReports : public SessionListener {
 public:
-    void conditionChanged(const HciCondition& condition) override {
+    void conditionChanged(const RadioCondition& condition) override {
         expect(condition.state == CBManagerStatePoweredOn || !condition.why.empty(), "what does not work has a reason");
     }
     void scanRestarted() override {}
-    void heard(const AdvertisingReport& /*report*/) override { ++reports; }
+    void deliver(const AdvertisingReport& /*report*/) override { ++reports; }
     std::size_t reports = 0;
 };
 
 /// Plays the input to a session: what the controller says, what happens to it, and how much time passes.
 class SessionPlay {
 public:
-    SessionPlay(std::span<const std::uint8_t> bytes, HciAccess access)
-        : input_(bytes), port_(machine_), session_(port_, HciTarget{.access = access}, listener_) {}
+    SessionPlay(std::span<const std::uint8_t> bytes, hci::HciAccess access)
+        : input_(bytes), port_(machine_), session_(port_, hci::HciTarget{.access = access}, listener_) {}
 
     void play() {
         run();
@@ -95,7 +95,7 @@ public:
         }
         wanted_ = false;
         run();
-        now_ += HciSession::lingering;
+        now_ += hci::HciSession::linger;
         run();
         listener_.reports = 0;
         machine_.packets.push_back({hci::eventPacket, hci::leMetaEvent, 14, 2, 1, 0, 0, 1, 2, 3, 4, 5, 6, 1, 0, 0, 0});
@@ -136,16 +136,17 @@ private:
     void run() {
         constexpr int most = 100;
         for (int runs = 0; runs < most; ++runs) {
-            session_.run(now_, wanted_);
+            session_.want(wanted_);
+            session_.pass(now_);
             if (session_.due() > now_ && (session_.descriptor() < 0 || machine_.packets.empty())) return checkRest();
         }
         expect(false, "the session comes to rest");
     }
     void checkRest() const {
         const bool open = session_.descriptor() >= 0;
-        expect(session_.due() <= now_ + (open ? HciSession::askInterval : HciSession::longestWait),
+        expect(session_.due() <= now_ + (open ? hci::HciSession::askInterval : hci::HciSession::longestPause),
                "the controller is asked for again and again");
-        expect(open || session_.condition().state != CBManagerStatePoweredOn,
+        expect(open || session_.state() != CBManagerStatePoweredOn,
                "without a way to the controller the radio is not on");
     }
 
@@ -153,14 +154,14 @@ private:
     ScriptedMachine machine_;
     ScriptedPort port_;
     CountedReports listener_;
-    HciSession session_;
-    HciSession::Time now_{0};
+    hci::HciSession session_;
+    Time now_{0};
     bool wanted_ = true;
 };
 
 inline void checkHciSession(std::span<const std::uint8_t> bytes) {
-    SessionPlay(bytes, HciAccess::alone).play();
-    SessionPlay(bytes, HciAccess::beside).play();
+    SessionPlay(bytes, hci::HciAccess::alone).play();
+    SessionPlay(bytes, hci::HciAccess::beside).play();
 }
 
 }  // namespace nearcast::fuzz

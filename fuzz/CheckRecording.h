@@ -21,6 +21,8 @@
 
 namespace nearcast::fuzz {
 
+using namespace replay;
+
 /// The bytes as the source of a recording.
 inline ByteSource sourceOf(std::span<const std::uint8_t> bytes) {
     return [rest = bytes](std::span<std::uint8_t> room) mutable {

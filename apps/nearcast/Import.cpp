@@ -29,10 +29,10 @@ RadioString captureOf(const ImportArguments& arguments) {
     return capture;
 }
 
-ImportResult importTo(const RadioString& capture, const std::string& output) {
-    const RecordingOptions options = RecordingOptions::parse(capture);
+replay::ImportResult importTo(const RadioString& capture, const std::string& output) {
+    const replay::RecordingOptions options = replay::RecordingOptions::parse(capture);
     if (output.empty() || output == "-") {
-        auto result = importRecording(capture.argument, options, [](std::string_view line) {
+        auto result = replay::importRecording(capture.argument, options, [](std::string_view line) {
             writeOut(line);
             writeOut("\n");
         });
@@ -41,7 +41,7 @@ ImportResult importTo(const RadioString& capture, const std::string& output) {
     }
     std::optional<AtomicFile> file;
     // Made with the first line, so that a capture that cannot be opened leaves the output alone.
-    auto result = importRecording(capture.argument, options, [&](std::string_view line) {
+    auto result = replay::importRecording(capture.argument, options, [&](std::string_view line) {
         if (!file) file.emplace(output);
         file->write(line);
         file->write("\n");
@@ -58,7 +58,7 @@ int import(const ImportArguments& arguments) {
     } catch (const std::invalid_argument& error) {
         return complain("import", error.what(), exitUsage);
     }
-    ImportResult result;
+    replay::ImportResult result;
     try {
         result = importTo(capture, arguments.output);
     } catch (const std::exception& error) {

@@ -16,8 +16,10 @@ constexpr auto turnInterval = 10ms;
 /// The radio over a bluetoothd of the bench's, both driven by the timeline in short turns.
 class BluezPlatform : public TimelinePlatform {
 public:
-    BluezPlatform(Console& console, const NSJSONSerialization& JSON)
+    /// @param latency how long bluetoothd takes to answer
+    BluezPlatform(Console& console, const NSJSONSerialization& JSON, Time latency)
         : TimelinePlatform(console, JSON, nullptr), console_(console) {
+        bluez_.answerAfter(latency);
         bluez_.place({});
         bluez_.at(headStart + 20s, [this] { bluez_.power("hci0", false); });
         bluez_.at(headStart + 30s, [this] { bluez_.power("hci0", true); });
@@ -25,7 +27,7 @@ public:
 
     std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) override {
         auto radio = std::make_unique<bluez::BluezRadio>(delegate, console_, monitor(), bluez_, rfkill_, "", [] {});
-        for (bluez::Time time{0}; time < headStart; time += turnInterval) turn(*radio, time);
+        for (Time time{0}; time < headStart; time += turnInterval) turn(*radio, time);
         turns_ = scheduledTimer(turnInterval,
                                 [this, &radio = *radio](NSTimer&) { turn(radio, headStart + date().sinceStart()); });
         return radio;
@@ -33,21 +35,21 @@ public:
     void end() { turns_->invalidate(); }
 
 private:
-    void turn(bluez::BluezRadio& radio, bluez::Time time) {
+    void turn(bluez::BluezRadio& radio, Time time) {
         radio.pass(time);
         bluez_.runUntil(time);
     }
 
     Console& console_;
-    FakeBluez bluez_;
-    FakeRfkill rfkill_;
+    bluez::FakeBluez bluez_;
+    bluez::FakeRfkill rfkill_;
     std::shared_ptr<NSTimer> turns_;
 };
 
 class Bench : public RadioBench {
 public:
-    Bench() {
-        auto platform = std::make_unique<BluezPlatform>(console, JSON);
+    explicit Bench(Time latency) {
+        auto platform = std::make_unique<BluezPlatform>(console, JSON, latency);
         radio_ = platform->centralManager(calls);
         platform_ = std::move(platform);
         calls.states.clear();
@@ -64,6 +66,7 @@ public:
 
 }  // namespace
 
-std::unique_ptr<RadioBench> bluezBench() { return std::make_unique<Bench>(); }
+std::unique_ptr<RadioBench> bluezBench() { return std::make_unique<Bench>(bluez::FakeBluez::latency); }
+std::unique_ptr<RadioBench> lateBluezBench() { return std::make_unique<Bench>(150ms); }
 
 }  // namespace nearcast::contract

@@ -3,7 +3,7 @@
 
 #include "doubles/TemporaryFolder.h"
 #include "doubles/hci/FakeHci.h"
-#include "platform/hci/HciReceiver.h"
+#include "platform/hci/HciRadio.h"
 #include "platform/replay/ReplayPlatform.h"
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorPlatform.h"
@@ -79,9 +79,9 @@ std::string recording() {
 class ReplayBench : public TimelineBench {
 public:
     ReplayBench() {
-        ReplayOptions options;
+        replay::ReplayOptions options;
         options.path = folder_.write("recording.jsonl", recording());
-        auto platform = std::make_unique<ReplayPlatform>(console, JSON, nullptr, options);
+        auto platform = std::make_unique<replay::ReplayPlatform>(console, JSON, nullptr, options);
         radio_ = platform->centralManager(calls);
         platform_ = std::move(platform);
     }
@@ -108,7 +108,7 @@ public:
     }
 };
 
-/// Has neither a thread nor a radio of its own: the receiver is run where a thread would run it.
+/// Has neither a thread nor a radio of its own: the radio is run where a thread would run it.
 class BarePlatform : public TimelinePlatform {
 public:
     using TimelinePlatform::TimelinePlatform;
@@ -117,37 +117,38 @@ public:
     }
 };
 
-/// A receiver that is run by the timeline.
-class TimelineReceiver : public HciReceiver, public TimelineSource {
+/// A radio that is run by the timeline.
+class TimelineHciRadio : private hci::RadioParts, public hci::HciRadio, public TimelineSource {
 public:
-    TimelineReceiver(CBCentralManagerDelegate& delegate, Console& console, TimelinePlatform& platform,
-                     const FakeHci& machine, HciAccess access)
-        : HciReceiver(delegate, console, platform.monitor(), machine.port(), HciTarget{.access = access}),
+    TimelineHciRadio(CBCentralManagerDelegate& delegate, Console& console, TimelinePlatform& platform,
+                     const hci::FakeHci& machine, hci::HciAccess access)
+        : RadioParts{machine.port(), {}},
+          HciRadio(delegate, console, platform.monitor(), *port, hci::HciTarget{.access = access}, [this] { wake(); }),
           machine_(machine),
           timeline_(platform.timeline()) {
         timeline_.setSource(this);
-        run(timeline_.now());
+        pass(timeline_.now());
     }
-    ~TimelineReceiver() override { timeline_.setSource(nullptr); }
-    TimelineReceiver(const TimelineReceiver&) = delete;
-    TimelineReceiver& operator=(const TimelineReceiver&) = delete;
+    ~TimelineHciRadio() override { timeline_.setSource(nullptr); }
+    TimelineHciRadio(const TimelineHciRadio&) = delete;
+    TimelineHciRadio& operator=(const TimelineHciRadio&) = delete;
 
     std::optional<std::chrono::microseconds> due() override {
         if (scanAsked_ || machine_.waits()) return timeline_.now();
-        return std::chrono::ceil<std::chrono::microseconds>(HciReceiver::due());
+        return std::chrono::ceil<std::chrono::microseconds>(*HciRadio::due());
     }
     void happen() override {
         scanAsked_ = false;
-        run(timeline_.now());
+        pass(timeline_.now());
     }
 
 private:
-    void scanChanged(const std::optional<Scan>& /*scan*/) override {
+    void wake() {
         scanAsked_ = true;
         timeline_.sourceChanged();
     }
 
-    const FakeHci& machine_;
+    const hci::FakeHci& machine_;
     Timeline& timeline_;
     bool scanAsked_ = false;
 };
@@ -159,13 +160,13 @@ LegacyReport benchAdvertisement() {
 
 class HciBench : public TimelineBench {
 public:
-    explicit HciBench(HciAccess access) {
+    explicit HciBench(hci::HciAccess access) {
         auto platform = std::make_unique<BarePlatform>(console, JSON, nullptr);
-        if (access == HciAccess::beside) {
+        if (access == hci::HciAccess::beside) {
             machine_.use(true);
             machine_.othersScan(true);
         }
-        radio_ = std::make_unique<TimelineReceiver>(calls, console, *platform, machine_, access);
+        radio_ = std::make_unique<TimelineHciRadio>(calls, console, *platform, machine_, access);
         calls.states.clear();  // that of the start
         dongle_ = platform->scheduledTimer(advertisingInterval,
                                            [this](NSTimer&) { machine_.advertise(benchAdvertisement()); });
@@ -175,7 +176,7 @@ public:
             if (fired * 10s == lost) machine_.cutOff();
             if (fired * 10s == back) {
                 machine_.block({});
-                machine_.use(access == HciAccess::beside);
+                machine_.use(access == hci::HciAccess::beside);
             }
         });
         platform_ = std::move(platform);
@@ -187,7 +188,7 @@ public:
     }
 
 private:
-    FakeHci machine_;
+    hci::FakeHci machine_;
     std::shared_ptr<NSTimer> dongle_;
     std::shared_ptr<NSTimer> adapter_;
 };
@@ -197,7 +198,7 @@ private:
 std::unique_ptr<RadioBench> virtualBench() { return std::make_unique<VirtualBench>(); }
 std::unique_ptr<RadioBench> replayBench() { return std::make_unique<ReplayBench>(); }
 std::unique_ptr<RadioBench> simulatorBench() { return std::make_unique<SimulatorBench>(); }
-std::unique_ptr<RadioBench> hciBench() { return std::make_unique<HciBench>(HciAccess::alone); }
-std::unique_ptr<RadioBench> hciBesideBench() { return std::make_unique<HciBench>(HciAccess::beside); }
+std::unique_ptr<RadioBench> hciBench() { return std::make_unique<HciBench>(hci::HciAccess::alone); }
+std::unique_ptr<RadioBench> hciBesideBench() { return std::make_unique<HciBench>(hci::HciAccess::beside); }
 
 }  // namespace nearcast::contract

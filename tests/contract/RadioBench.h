@@ -64,5 +64,7 @@ std::unique_ptr<RadioBench> simulatorBench();
 std::unique_ptr<RadioBench> hciBench();
 std::unique_ptr<RadioBench> hciBesideBench();
 std::unique_ptr<RadioBench> bluezBench();
+/// A bluetoothd that takes its time: each answer may find that something else is wanted by now.
+std::unique_ptr<RadioBench> lateBluezBench();
 
 }  // namespace nearcast::contract

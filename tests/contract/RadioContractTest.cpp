@@ -179,7 +179,8 @@ TEST_P(Radio, ReportsAgainAfterTheReturnOfItsAdapterWithoutBeingAsked) {
 INSTANTIATE_TEST_SUITE_P(EveryBackEnd, Radio,
                          testing::Values(BackEnd{"Virtual", virtualBench}, BackEnd{"Replay", replayBench},
                                          BackEnd{"Simulator", simulatorBench}, BackEnd{"Hci", hciBench},
-                                         BackEnd{"HciBeside", hciBesideBench}, BackEnd{"Bluez", bluezBench}),
+                                         BackEnd{"HciBeside", hciBesideBench}, BackEnd{"Bluez", bluezBench},
+                                         BackEnd{"BluezLate", lateBluezBench}),
                          [](const auto& backEnd) { return backEnd.param.name; });
 
 }  // namespace

@@ -10,20 +10,18 @@
 #include <utility>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 /// Switches that say what they are told to.
-class FakeRfkill : public bluez::Rfkill {
+class FakeRfkill : public Rfkill {
 public:
-    [[nodiscard]] bluez::Block blockOf(std::string_view /*adapter*/) const override { return block; }
-    bluez::Block block = bluez::Block::none;
+    [[nodiscard]] Block blockOf(std::string_view /*adapter*/) const override { return block; }
+    Block block = Block::none;
 };
 
 /// A session with a `FakeBluez`, both in one time that moves when told to, and what the session tells.
-class BluezBench : public bluez::SessionListener {
+class BluezBench : public SessionListener {
 public:
-    using Time = bluez::Time;
-
     /// @param adapter as the session takes it
     explicit BluezBench(std::string adapter = {}) : session(bluez, rfkill, *this, std::move(adapter)) {}
 
@@ -44,11 +42,11 @@ public:
     }
     [[nodiscard]] Time now() const noexcept { return now_; }
 
-    void reportHeard(const AdvertisingReport& report) override {
+    void deliver(const AdvertisingReport& report) override {
         ++reports;
         last = report;
     }
-    void stateChanged(CBManagerState state, const std::string& why) override { states.emplace_back(state, why); }
+    void conditionChanged(const RadioCondition& condition) override { conditions.push_back(condition); }
     void scanRestarted() override { ++restarts; }
 
     FakeBluez bluez;
@@ -56,8 +54,8 @@ public:
     int reports = 0;
     int restarts = 0;
     AdvertisingReport last;
-    std::vector<std::pair<CBManagerState, std::string>> states;
-    bluez::BluezSession session;
+    std::vector<RadioCondition> conditions;
+    BluezSession session;
 
 private:
     [[nodiscard]] Time next() const {
@@ -72,4 +70,4 @@ private:
     Time now_{0};
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

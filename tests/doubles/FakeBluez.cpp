@@ -2,22 +2,23 @@
 #include "doubles/FakeBluez.h"
 
 #include <algorithm>
+#include <utility>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 namespace {
 
 using namespace std::chrono_literals;
-using bluez::Failure;
 
 constexpr auto hangLimit = 10s;
 constexpr auto sweepInterval = 1s;
 
 const Failure unknownObject{"org.freedesktop.DBus.Error.UnknownObject", "there is no such object"};
 const Failure serviceUnknown{"org.freedesktop.DBus.Error.ServiceUnknown", "the name is not activatable"};
-const Failure notReady{std::string(bluez::error::notReady), "Resource Not Ready"};
-const Failure inProgress{std::string(bluez::error::inProgress), "Operation already in progress"};
-const Failure nothingStarted{std::string(bluez::error::failed), "No discovery started"};
+const Failure notReady{std::string(error::notReady), "Resource Not Ready"};
+const Failure left{std::string(error::noReply), "Message recipient disconnected from message bus without replying"};
+const Failure inProgress{std::string(error::inProgress), "Operation already in progress"};
+const Failure nothingStarted{std::string(error::failed), "No discovery started"};
 
 }  // namespace
 
@@ -35,12 +36,12 @@ void FakeBluez::runUntil(Time time) {
     now_ = std::max(now_, time);
 }
 
-std::optional<FakeBluez::Time> FakeBluez::due() const {
+std::optional<Time> FakeBluez::due() const {
     return happenings_.empty() ? std::nullopt : std::optional(happenings_.begin()->first);
 }
 
 /// Tells the client, if one is connected, at its next turn.
-void FakeBluez::tell(const std::function<void(bluez::SystemBusListener&)>& what) {
+void FakeBluez::tell(const std::function<void(SystemBusListener&)>& what) {
     at(now_, [this, what, connection = connections_] {
         if (listener_ != nullptr && connection == connections_) what(*listener_);
     });
@@ -58,6 +59,7 @@ void FakeBluez::startDaemon() {
 
 void FakeBluez::killDaemon() {
     daemon_ = hanging_ = stalled_ = false;
+    ++deaths_;
     monitored_.clear();
     for (auto& [path, adapter] : adapters_) adapter.ours = adapter.discovering = adapter.filtered = false;
     for (Sender& sender : dongles_) sender.shown = false;
@@ -81,7 +83,7 @@ void FakeBluez::unplug(const std::string& name) {
     tell([path = pathOf(name)](auto& listener) { listener.adapterRemoved(path); });
 }
 
-void FakeBluez::power(const std::string& name, bool on, bluez::PowerState state) {
+void FakeBluez::power(const std::string& name, bool on, PowerState state) {
     Adapter& adapter = adapters_.at(pathOf(name));
     adapter.powered = on;
     adapter.powerState = state;
@@ -138,9 +140,9 @@ bool FakeBluez::discovers(const std::string& name) const {
     return place != adapters_.end() && place->second.ours;
 }
 
-bluez::AdapterNews FakeBluez::newsOf(const Adapter& adapter) const {
-    bluez::AdapterNews news{.powered = adapter.powered, .discovering = adapter.discovering, .powerState = {}};
-    if (adapter.powerState != bluez::PowerState::unknown) news.powerState = adapter.powerState;
+AdapterNews FakeBluez::newsOf(const Adapter& adapter) const {
+    AdapterNews news{.powered = adapter.powered, .discovering = adapter.discovering, .powerState = {}};
+    if (adapter.powerState != PowerState::unknown) news.powerState = adapter.powerState;
     return news;
 }
 
@@ -156,7 +158,7 @@ void FakeBluez::endDiscovery(const std::string& path, Adapter& adapter) {
     });
 }
 
-std::optional<Failure> FakeBluez::connect(bluez::SystemBusListener& listener) {
+std::optional<Failure> FakeBluez::connect(SystemBusListener& listener) {
     calls_.emplace_back("connect");
     if (busFailure_) return busFailure_;
     ++connections_;
@@ -174,28 +176,45 @@ void FakeBluez::disconnect() {
     for (auto& [path, adapter] : adapters_) adapter.ours = adapter.discovering = adapter.filtered = false;
 }
 
-std::optional<Failure> FakeBluez::outcome(const std::string& method, const Work& work) {
+/// What a call comes to that was made when bluetoothd had died so many times.
+std::optional<Failure> FakeBluez::outcome(const std::string& method, const Work& work, int deaths) {
+    if (deaths != deaths_) return left;
     if (!daemon_) return serviceUnknown;
     if (const auto always = alwaysFailing_.find(method); always != alwaysFailing_.end()) return always->second;
     if (const auto once = failing_.extract(method)) return once.mapped();
     return work();
 }
 
-void FakeBluez::call(const std::string& method, bluez::Done done, Work work) {
+void FakeBluez::call(const std::string& method, Done done, Work work) {
     calls_.push_back(method);
     const auto answer = [this, connection = connections_, done = std::move(done)](const auto& failure) {
         if (listener_ != nullptr && connection == connections_) done(failure);
     };
     if (hanging_) {
-        at(now_ + hangLimit, [answer] {
-            answer(Failure{std::string(bluez::error::noReply), "Method call timed out"});
-        });
-    } else {
-        at(now_ + latency, [this, answer, method, work = std::move(work)] { answer(outcome(method, work)); });
+        at(now_ + hangLimit, [answer] { answer(Failure{std::string(error::noReply), "Method call timed out"}); });
+        return;
     }
+    at(now_ + latency_, [this, answer, method, work = std::move(work), deaths = deaths_, connection = connections_] {
+        if (listener_ == nullptr || connection != connections_) return;
+        const auto failure = outcome(method, work, deaths);
+        if (!held_.contains(method)) return answer(failure);
+        heldAnswers_.push_back([this, answer, failure, deaths] {
+            answer(deaths == deaths_ ? failure : std::optional(left));
+        });
+    });
 }
 
-void FakeBluez::listObjects(bluez::Done done) {
+void FakeBluez::releaseOldestAnswer() {
+    at(now_, std::move(heldAnswers_.front()));
+    heldAnswers_.pop_front();
+}
+
+void FakeBluez::releaseAnswers() {
+    held_.clear();
+    for (auto& answer : std::exchange(heldAnswers_, {})) at(now_, std::move(answer));
+}
+
+void FakeBluez::listObjects(Done done) {
     call("GetManagedObjects", std::move(done), [this]() -> std::optional<Failure> {
         for (const auto& [path, adapter] : adapters_) {
             listener_->adapterAdded(path, newsOf(adapter));
@@ -210,7 +229,7 @@ void FakeBluez::listObjects(bluez::Done done) {
     });
 }
 
-void FakeBluez::listDevice(std::string_view path, bluez::Done done) {
+void FakeBluez::listDevice(std::string_view path, Done done) {
     call("GetAll", std::move(done), [this, path = std::string(path)]() -> std::optional<Failure> {
         const auto sender = std::find_if(dongles_.begin(), dongles_.end(),
                                          [&](const Sender& one) { return one.shown && pathOf(one.dongle) == path; });
@@ -221,7 +240,7 @@ void FakeBluez::listDevice(std::string_view path, bluez::Done done) {
     });
 }
 
-void FakeBluez::setDiscoveryFilter(const std::string& adapter, bluez::Done done) {
+void FakeBluez::setDiscoveryFilter(const std::string& adapter, Done done) {
     call("SetDiscoveryFilter", std::move(done), [this, adapter]() -> std::optional<Failure> {
         Adapter* const found = find(adapter);
         if (found == nullptr) return unknownObject;
@@ -231,7 +250,7 @@ void FakeBluez::setDiscoveryFilter(const std::string& adapter, bluez::Done done)
     });
 }
 
-void FakeBluez::startDiscovery(const std::string& adapter, bluez::Done done) {
+void FakeBluez::startDiscovery(const std::string& adapter, Done done) {
     call("StartDiscovery", std::move(done), [this, adapter]() -> std::optional<Failure> {
         Adapter* const found = find(adapter);
         if (found == nullptr) return unknownObject;
@@ -249,7 +268,7 @@ void FakeBluez::startDiscovery(const std::string& adapter, bluez::Done done) {
     });
 }
 
-void FakeBluez::stopDiscovery(const std::string& adapter, bluez::Done done) {
+void FakeBluez::stopDiscovery(const std::string& adapter, Done done) {
     call("StopDiscovery", std::move(done), [this, adapter]() -> std::optional<Failure> {
         Adapter* const found = find(adapter);
         if (found == nullptr) return unknownObject;
@@ -261,19 +280,19 @@ void FakeBluez::stopDiscovery(const std::string& adapter, bluez::Done done) {
     });
 }
 
-void FakeBluez::registerMonitor(const std::string& adapter, bluez::Done done) {
+void FakeBluez::registerMonitor(const std::string& adapter, Done done) {
     call("RegisterMonitor", std::move(done), [this, adapter]() -> std::optional<Failure> {
-        if (!monitored_.empty()) return Failure{std::string(bluez::error::alreadyExists), "Already Exists"};
+        if (!monitored_.empty()) return Failure{std::string(error::alreadyExists), "Already Exists"};
         monitored_ = adapter;
         return std::nullopt;
     });
 }
 
-void FakeBluez::unregisterMonitor(const std::string& /*adapter*/, bluez::Done done) {
+void FakeBluez::unregisterMonitor(const std::string& /*adapter*/, Done done) {
     call("UnregisterMonitor", std::move(done), [this]() -> std::optional<Failure> {
         monitored_.clear();
         return std::nullopt;
     });
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

@@ -1,39 +1,41 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/bluez/Moment.h"
 #include "platform/bluez/SystemBus.h"
+#include "platform/radio/BackOff.h"
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 /// A dongle in the air of a `FakeBluez`.
 struct FakeDongle {
+    std::string adapter = "hci0";  ///< the one that hears it
     std::string address = "02:00:00:00:00:01";
     std::vector<std::string> services = {"4f37d906-3f43-440c-98e0-9e709971cadf"};
-    std::optional<std::string> name;
+    std::optional<std::string> name = std::nullopt;
     std::uint16_t company = 0xFFFF;
     std::vector<std::uint8_t> octets = {2, 0, 0, 0, 0, 1};
     std::int16_t RSSI = -60;
-    bluez::Time interval = std::chrono::milliseconds(100);
+    Time interval = std::chrono::milliseconds(100);
     bool silent = false;
 };
 
 /// A system bus with a bluetoothd that behaves as the real one does, in a time of its own: answers take a moment,
 /// discovery ends when the adapter goes off and is not resumed, devices come with their first report and go after 30
-/// silent seconds, without the right filter most is kept back, errors have the real names. What can go wrong goes wrong
-/// when asked for.
+/// silent seconds, without the right filter most is kept back, errors have the real names. Failures, and answers that
+/// come late, are there when a test asks for them.
 ///
-/// One client is played: whoever connects. The listener is called from `runUntil` alone.
-class FakeBluez : public bluez::SystemBus {
+/// It plays one client: whoever connects. The listener is called from `runUntil` alone.
+class FakeBluez : public SystemBus {
 public:
-    using Time = bluez::Time;
     static constexpr Time latency = std::chrono::milliseconds(5);
     static constexpr Time silenceLimit = std::chrono::seconds(30);
     static constexpr Time strictCycle = std::chrono::milliseconds(10300);
@@ -53,16 +55,28 @@ public:
     /// @name The world
     /// @{
     /// The connection breaks, and none comes about until `mendBus`.
-    void breakBus(const bluez::Failure& failure);
+    void breakBus(const Failure& failure);
     void mendBus() { busFailure_.reset(); }
     void startDaemon();
     /// As a crash: no signal but that its name has no owner.
     void killDaemon();
     void hang(bool hanging) { hanging_ = hanging; }  ///< it answers nothing; calls fail after ten seconds
+    /// How long it takes to answer from now on.
+    void answerAfter(Time duration) { latency_ = duration; }
+    /// It does what this method asks for, but its answers wait for `releaseAnswers`. Whoever asked may be gone by then:
+    /// an answer of a bluetoothd that died meanwhile is the bus's, that it left without replying; after a `disconnect`
+    /// none comes.
+    void holdAnswers(const std::string& method) { held_.insert(method); }
+    /// The answer that was held for longest comes now.
+    void releaseOldestAnswer();
+    /// The answers that were held come now, in their order; later ones are held no more.
+    void releaseAnswers();
     void plug(const std::string& name, bool powered = true, bool monitors = false);
     void unplug(const std::string& name);
-    void power(const std::string& name, bool on, bluez::PowerState state = bluez::PowerState::unknown);
+    void power(const std::string& name, bool on, PowerState state = PowerState::unknown);
     void place(FakeDongle dongle);
+    /// bluetoothd shows the dongle without having heard it, as one that it knew before.
+    void showUnheard(std::size_t index);
     FakeDongle& dongle(std::size_t index) { return dongles_.at(index).dongle; }
     /// The next call of that method fails.
     void failNext(const std::string& method, std::string_view error) {
@@ -70,6 +84,8 @@ public:
     }
     /// Every call of that method fails until nothing is said.
     void failAlways(const std::string& method, std::string_view error);
+    /// Another client's discovery of duplicates runs on the adapter; the client is told of its reports too.
+    void discoverForAnother(const std::string& name) { adapters_.at(pathOf(name)).others = true; }
     /// It stops hearing, and does not know; a new discovery mends it.
     void stall() { stalled_ = true; }
     /// A discovery that is begun is never said to run.
@@ -98,24 +114,25 @@ public:
     [[nodiscard]] int reports() const noexcept { return reports_; }
     /// @}
 
-    std::optional<bluez::Failure> connect(bluez::SystemBusListener& listener) override;
+    std::optional<Failure> connect(SystemBusListener& listener) override;
     void disconnect() override;
-    void listObjects(bluez::Done done) override;
-    void listDevice(std::string_view path, bluez::Done done) override;
-    void setDiscoveryFilter(const std::string& adapter, bluez::Done done) override;
-    void startDiscovery(const std::string& adapter, bluez::Done done) override;
-    void stopDiscovery(const std::string& adapter, bluez::Done done) override;
-    void registerMonitor(const std::string& adapter, bluez::Done done) override;
-    void unregisterMonitor(const std::string& adapter, bluez::Done done) override;
+    void listObjects(Done done) override;
+    void listDevice(std::string_view path, Done done) override;
+    void setDiscoveryFilter(const std::string& adapter, Done done) override;
+    void startDiscovery(const std::string& adapter, Done done) override;
+    void stopDiscovery(const std::string& adapter, Done done) override;
+    void registerMonitor(const std::string& adapter, Done done) override;
+    void unregisterMonitor(const std::string& adapter, Done done) override;
 
 private:
     struct Adapter {
         bool powered = true;
         bool discovering = false;  ///< as its property says
         bool ours = false;         ///< a discovery of the client runs
+        bool others = false;       ///< one of another client runs
         bool filtered = false;     ///< the client's filter has been set
         bool monitors = false;
-        bluez::PowerState powerState = bluez::PowerState::unknown;
+        PowerState powerState = PowerState::unknown;
     };
     struct Sender {
         FakeDongle dongle;
@@ -124,33 +141,37 @@ private:
         Time lastReport{0};
         std::int16_t lastRSSI = 0;
     };
-    using Work = std::function<std::optional<bluez::Failure>()>;
+    using Work = std::function<std::optional<Failure>()>;
 
     static std::string pathOf(const std::string& name) { return "/org/bluez/" + name; }
     static std::string pathOf(const FakeDongle& dongle);
-    void call(const std::string& method, bluez::Done done, Work work);
-    std::optional<bluez::Failure> outcome(const std::string& method, const Work& work);
+    void call(const std::string& method, Done done, Work work);
+    std::optional<Failure> outcome(const std::string& method, const Work& work, int deaths);
     Adapter* find(const std::string& path);
-    bluez::AdapterNews newsOf(const Adapter& adapter) const;
+    AdapterNews newsOf(const Adapter& adapter) const;
     void describe(const Sender& sender, bool reading);
     void advertise(std::size_t index);
     void hear(Sender& sender);
     void removeSilent();
     void removeDevices();
     void endDiscovery(const std::string& path, Adapter& adapter);
-    void tell(const std::function<void(bluez::SystemBusListener&)>& what);
+    void tell(const std::function<void(SystemBusListener&)>& what);
 
     Time now_{0};
     std::multimap<Time, std::function<void()>> happenings_;
-    bluez::SystemBusListener* listener_ = nullptr;
+    SystemBusListener* listener_ = nullptr;
     int connections_ = 0;
-    std::optional<bluez::Failure> busFailure_;
+    std::optional<Failure> busFailure_;
     bool daemon_ = true;
+    int deaths_ = 0;  ///< of bluetoothd: which one took a call
+    Time latency_ = latency;
+    std::set<std::string> held_;  ///< methods whose answers wait
+    std::deque<std::function<void()>> heldAnswers_;
     bool hanging_ = false;
     std::map<std::string, Adapter> adapters_;  ///< by path
     std::vector<Sender> dongles_;
-    std::map<std::string, bluez::Failure> failing_;
-    std::map<std::string, bluez::Failure> alwaysFailing_;
+    std::map<std::string, Failure> failing_;
+    std::map<std::string, Failure> alwaysFailing_;
     std::string monitored_;
     bool stalled_ = false;
     bool denies_ = false;
@@ -161,7 +182,7 @@ private:
     Time round_{0};
     std::vector<std::string> calls_;
     int reports_ = 0;
-    bluez::DeviceNews news_;
+    DeviceNews news_;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 namespace {
 
@@ -20,7 +20,7 @@ constexpr int leastChange = 8;  // dB, where the filter does not ask for duplica
 std::string FakeBluez::pathOf(const FakeDongle& dongle) {
     std::string address = dongle.address;
     std::replace(address.begin(), address.end(), ':', '_');
-    return "/org/bluez/hci0/dev_" + address;
+    return pathOf(dongle.adapter) + "/dev_" + address;
 }
 
 void FakeBluez::advertise(std::size_t index) {
@@ -41,8 +41,8 @@ void FakeBluez::describe(const Sender& sender, bool reading) {
 }
 
 void FakeBluez::hear(Sender& sender) {
-    const Adapter* const adapter = find(pathOf("hci0"));
-    if (!daemon_ || hanging_ || adapter == nullptr || !adapter->ours || stalled_ || deaf_) return;
+    const Adapter* const adapter = find(pathOf(sender.dongle.adapter));
+    if (!daemon_ || hanging_ || adapter == nullptr || !(adapter->ours || adapter->others) || stalled_ || deaf_) return;
     if (listener_ == nullptr) return;
     const Time round = round_ + (now_ - round_) / strictCycle * strictCycle;
     if (duplicatesDropped_ && sender.shown && sender.lastReport >= round) return;
@@ -60,13 +60,23 @@ void FakeBluez::hear(Sender& sender) {
     news_.hasServices = false;
     news_.services.clear();
     news_.name.reset();
-    if (!adapter->filtered) {
+    if (!adapter->filtered && !adapter->others) {
         if (std::abs(sender.dongle.RSSI - sender.lastRSSI) < leastChange) return;
         news_.manufacturer.reset();
     }
     sender.lastRSSI = sender.dongle.RSSI;
     ++reports_;
     listener_->deviceChanged(path, news_);
+}
+
+void FakeBluez::showUnheard(std::size_t index) {
+    at(now_, [this, index] {
+        Sender& sender = dongles_.at(index);
+        sender.shown = true;
+        sender.lastHeard = now_;
+        describe(sender, false);
+        if (listener_ != nullptr) listener_->deviceAdded(pathOf(sender.dongle), news_);
+    });
 }
 
 void FakeBluez::removeSilent() {
@@ -85,4 +95,4 @@ void FakeBluez::removeDevices() {
     }
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

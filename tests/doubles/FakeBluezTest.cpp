@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 namespace {
 
@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 const std::string adapter = "/org/bluez/hci0";
 
 /// A client without any wits.
-class FakeBluezTest : public testing::Test, public bluez::SystemBusListener {
+class FakeBluezTest : public testing::Test, public SystemBusListener {
 protected:
     FakeBluezTest() { bluez.place({}); }
 
@@ -23,9 +23,9 @@ protected:
         EXPECT_FALSE(bluez.connect(*this));
         pass(1s);
     }
-    void pass(bluez::Time duration) { bluez.runUntil(bluez.now() + duration); }
+    void pass(Time duration) { bluez.runUntil(bluez.now() + duration); }
     /// The error's name, or nothing where the call went well.
-    bluez::Done note() {
+    Done note() {
         return [this](const auto& failure) { answers.push_back(failure ? failure->name : ""); };
     }
     void discover() {
@@ -34,21 +34,17 @@ protected:
         pass(1s);
     }
 
-    void busLost(const bluez::Failure& failure) override { told.push_back("lost " + failure.name); }
+    void busLost(const Failure& failure) override { told.push_back("lost " + failure.name); }
     void daemonChanged(bool there) override { told.emplace_back(there ? "daemon" : "no daemon"); }
-    void adapterAdded(std::string_view /*path*/, const bluez::AdapterNews& /*news*/) override {
-        told.emplace_back("adapter");
-    }
-    void adapterChanged(std::string_view /*path*/, const bluez::AdapterNews& news) override {
+    void adapterAdded(std::string_view /*path*/, const AdapterNews& /*news*/) override { told.emplace_back("adapter"); }
+    void adapterChanged(std::string_view /*path*/, const AdapterNews& news) override {
         if (news.discovering) told.emplace_back(*news.discovering ? "discovers" : "does not discover");
     }
     void adapterRemoved(std::string_view /*path*/) override { told.emplace_back("no adapter"); }
     void monitorsOffered(std::string_view /*adapter*/) override { told.emplace_back("monitors"); }
-    void deviceListed(std::string_view /*path*/, const bluez::DeviceNews& /*news*/) override {
-        told.emplace_back("listed");
-    }
-    void deviceAdded(std::string_view /*path*/, const bluez::DeviceNews& /*news*/) override { ++added; }
-    void deviceChanged(std::string_view /*path*/, const bluez::DeviceNews& news) override {
+    void deviceListed(std::string_view /*path*/, const DeviceNews& /*news*/) override { told.emplace_back("listed"); }
+    void deviceAdded(std::string_view /*path*/, const DeviceNews& /*news*/) override { ++added; }
+    void deviceChanged(std::string_view /*path*/, const DeviceNews& news) override {
         ++changed;
         manufacturer = news.manufacturer.has_value();
     }
@@ -170,6 +166,103 @@ TEST_F(FakeBluezTest, FailsWhenAskedTo) {
     EXPECT_EQ(answers, (Words{"once", "", "always", "always"}));
 }
 
+TEST_F(FakeBluezTest, TakesAsLongToAnswerAsItIsTold) {
+    connect();
+    bluez.answerAfter(100ms);
+    bluez.setDiscoveryFilter(adapter, note());
+    pass(100ms - 1ns);
+    EXPECT_TRUE(answers.empty());
+    pass(1ns);
+    EXPECT_EQ(answers, Words{""});
+}
+
+TEST_F(FakeBluezTest, DoesWhatItIsAskedWhileItHoldsTheAnswer) {
+    connect();
+    bluez.holdAnswers("StartDiscovery");
+    bluez.setDiscoveryFilter(adapter, note());
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    EXPECT_EQ(answers, Words{""}) << "the filter's alone";
+    EXPECT_TRUE(bluez.discovers("hci0"));
+    bluez.releaseAnswers();
+    pass(0s);
+    EXPECT_EQ(answers, (Words{"", ""}));
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    EXPECT_EQ(answers.size(), 3U) << "later ones are not held";
+}
+
+TEST_F(FakeBluezTest, ReleasesOneAnswerAtATime) {
+    connect();
+    bluez.holdAnswers("StopDiscovery");
+    bluez.holdAnswers("StartDiscovery");
+    bluez.stopDiscovery(adapter, note());
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    bluez.releaseOldestAnswer();
+    pass(1s);
+    EXPECT_EQ(answers, Words{"org.bluez.Error.Failed"});
+}
+
+TEST_F(FakeBluezTest, AnswersForABluetoothdThatHasDiedAfterTheNewsOfItsDeath) {
+    connect();
+    bluez.holdAnswers("StartDiscovery");
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    bluez.killDaemon();
+    bluez.startDaemon();
+    pass(1s);
+    EXPECT_EQ(told.back(), "daemon");
+    EXPECT_TRUE(answers.empty());
+    bluez.releaseAnswers();
+    pass(0s);
+    EXPECT_EQ(answers, Words{"org.freedesktop.DBus.Error.NoReply"});
+}
+
+TEST_F(FakeBluezTest, DoesNothingOfACallWhoseBluetoothdHasDied) {
+    connect();
+    bluez.startDiscovery(adapter, note());
+    bluez.killDaemon();
+    bluez.startDaemon();
+    pass(1s);
+    EXPECT_EQ(answers, Words{"org.freedesktop.DBus.Error.NoReply"});
+    EXPECT_FALSE(bluez.discovers("hci0"));
+}
+
+TEST_F(FakeBluezTest, AnswersNobodyWhoHasDisconnected) {
+    connect();
+    bluez.holdAnswers("StartDiscovery");
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    bluez.stopDiscovery(adapter, note());
+    bluez.disconnect();
+    bluez.releaseAnswers();
+    pass(1s);
+    EXPECT_TRUE(answers.empty());
+    connect();
+    pass(1s);
+    EXPECT_TRUE(answers.empty()) << "another connection";
+    EXPECT_FALSE(bluez.discovers("hci0"));
+}
+
+TEST_F(FakeBluezTest, ShowsADeviceThatItHasNotHeard) {
+    connect();
+    bluez.showUnheard(0);
+    pass(1s);
+    EXPECT_EQ(added, 1);
+    EXPECT_EQ(changed, 0);
+}
+
+TEST_F(FakeBluezTest, TellsOfTheReportsOfAnothersDiscovery) {
+    bluez.plug("hci10");
+    bluez.discoverForAnother("hci10");
+    bluez.place({.adapter = "hci10"});
+    connect();
+    EXPECT_EQ(added, 1);
+    EXPECT_GE(changed, 8);
+    EXPECT_FALSE(bluez.discovers("hci10"));
+}
+
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

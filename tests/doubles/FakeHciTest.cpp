@@ -8,7 +8,7 @@
 
 #include <cerrno>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -148,4 +148,4 @@ TEST(FakeHci, RefusesAsTheKernelDoes) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

@@ -48,7 +48,7 @@ std::vector<Finding> checkBus(const Machine& machine) {
 std::vector<Finding> checkDaemon(const Machine& machine) {
     const BusReading& bus = machine.bus();
     if (bus.unreachable) return {};
-    if (!bus.bluetoothd && bus.atHand) {
+    if (!bus.bluetoothd && bus.available) {
         return {{Level::remark, "bluetoothd does not run; the bus starts it when somebody asks for it",
                  "sudo systemctl enable --now bluetooth"}};
     }

@@ -1,135 +1,70 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "machine/BusReading.h"
 
-#include "platform/bluez/BluetoothdAtHand.h"
+#include "platform/bluez/Adapters.h"
+#include "platform/bluez/SdBus.h"
+#include "platform/bluez/SdMessage.h"
 
-#include <systemd/sd-bus.h>
 #include <algorithm>
-#include <cstring>
-#include <functional>
-#include <memory>
 #include <string_view>
 
 namespace nearcast::cli {
 
 namespace {
 
-constexpr std::uint64_t patience = 5'000'000;  // microseconds
-constexpr const char* daemonName = "org.bluez";
+constexpr std::uint64_t answerLimit = 5'000'000;  // microseconds
 
-struct BusCloser {
-    void operator()(sd_bus* bus) const noexcept { sd_bus_flush_close_unref(bus); }
-};
-struct MessageCloser {
-    void operator()(sd_bus_message* message) const noexcept { sd_bus_message_unref(message); }
-};
-using Bus = std::unique_ptr<sd_bus, BusCloser>;
-using Message = std::unique_ptr<sd_bus_message, MessageCloser>;
-
-BusProblem problemOf(int result) { return {"", std::strerror(-result)}; }
-
-BusProblem problemOf(const sd_bus_error& error, int result) {
-    if (sd_bus_error_is_set(&error) == 0) return problemOf(result);
-    return {error.name, error.message == nullptr ? "" : error.message};
-}
-
-/// Reads the message in the order in which it is; what does not fit ends the reading.
-class Reader {
+/// Collects the adapters among the objects that bluetoothd lists.
+class AdapterCollector : public bluez::ObjectListener {
 public:
-    explicit Reader(sd_bus_message* message) : message_(message) {}
+    explicit AdapterCollector(std::vector<BusAdapter>& adapters) : adapters_(adapters) {}
 
-    std::string_view text(char type) {
-        const char* value = nullptr;
-        return sd_bus_message_read_basic(message_, type, &value) > 0 && value != nullptr ? value : "";
+    void adapterAdded(std::string_view path, const bluez::AdapterNews& news) override {
+        BusAdapter& adapter = adapters_.emplace_back();
+        adapter.name = bluez::adapterName(path);
+        adapter.address = news.address.value_or("");
+        adapter.powered = news.powered.value_or(false);
+        adapter.discovering = news.discovering.value_or(false);
+        adapter.central = news.central;
     }
-    bool boolean() {
-        int value = 0;
-        return sd_bus_message_read_basic(message_, SD_BUS_TYPE_BOOLEAN, &value) > 0 && value != 0;
+    /// Told right after the adapter itself; one that is no adapter is left out.
+    void monitorsOffered(std::string_view path) override {
+        if (adapters_.empty() || adapters_.back().name != bluez::adapterName(path)) return;
+        adapters_.back().advertisementMonitors = true;
     }
-    /// Calls `element` for each element of an array of this content.
-    void each(const char* content, const std::function<void()>& element) {
-        if (sd_bus_message_enter_container(message_, SD_BUS_TYPE_ARRAY, content) <= 0) return;
-        while (sd_bus_message_at_end(message_, 0) == 0) element();
-        sd_bus_message_exit_container(message_);
-    }
-    /// Calls `value` inside an entry's variant of this content; another content is passed over.
-    void variant(const char* content, const std::function<void()>& value) {
-        if (sd_bus_message_verify_type(message_, SD_BUS_TYPE_VARIANT, content) <= 0) {
-            sd_bus_message_skip(message_, "v");
-            return;
-        }
-        sd_bus_message_enter_container(message_, SD_BUS_TYPE_VARIANT, content);
-        value();
-        sd_bus_message_exit_container(message_);
-    }
-    void entry(const char* content, const std::function<void()>& inside) {
-        if (sd_bus_message_enter_container(message_, SD_BUS_TYPE_DICT_ENTRY, content) <= 0) return;
-        inside();
-        sd_bus_message_exit_container(message_);
-    }
-    void skip(const char* content) { sd_bus_message_skip(message_, content); }
+    void deviceListed(std::string_view /*path*/, const bluez::DeviceNews& /*news*/) override {}
+    void deviceAdded(std::string_view /*path*/, const bluez::DeviceNews& /*news*/) override {}
 
 private:
-    sd_bus_message* message_;
+    std::vector<BusAdapter>& adapters_;
 };
 
-void readRoles(Reader& reader, BusAdapter& adapter) {
-    reader.variant("as", [&] {
-        adapter.central = false;
-        reader.each("s", [&] {
-            if (reader.text(SD_BUS_TYPE_STRING) == "central") adapter.central = true;
-        });
-    });
-}
-
-void readProperty(Reader& reader, BusAdapter& adapter) {
-    const std::string_view property = reader.text(SD_BUS_TYPE_STRING);
-    if (property == "Powered") {
-        reader.variant("b", [&] { adapter.powered = reader.boolean(); });
-    } else if (property == "Discovering") {
-        reader.variant("b", [&] { adapter.discovering = reader.boolean(); });
-    } else if (property == "Address") {
-        reader.variant("s", [&] { adapter.address = reader.text(SD_BUS_TYPE_STRING); });
-    } else if (property == "Roles") {
-        readRoles(reader, adapter);
-    } else {
-        reader.skip("v");
-    }
-}
-
-/// One object with its interfaces; only adapters are kept.
-void readObject(Reader& reader, std::vector<BusAdapter>& adapters) {
-    const std::string path(reader.text(SD_BUS_TYPE_OBJECT_PATH));
-    BusAdapter adapter;
-    adapter.name = path.substr(path.rfind('/') + 1);
-    bool isAdapter = false;
-    reader.each("{sa{sv}}", [&] {
-        reader.entry("sa{sv}", [&] {
-            const std::string_view interface = reader.text(SD_BUS_TYPE_STRING);
-            if (interface == "org.bluez.AdvertisementMonitorManager1") adapter.advertisementMonitors = true;
-            if (interface != "org.bluez.Adapter1") return reader.skip("a{sv}");
-            isAdapter = true;
-            reader.each("{sv}", [&] { reader.entry("sv", [&] { readProperty(reader, adapter); }); });
-        });
-    });
-    if (isAdapter) adapters.push_back(std::move(adapter));
-}
-
-void readObjects(sd_bus* bus, BusReading& reading) {
+/// Asks bluetoothd for its objects, and does not have it started.
+/// @return a negative errno where it does not answer
+int askForObjects(sd_bus* bus, bluez::MessagePointer& answer, std::optional<BusProblem>& problem) {
     sd_bus_message* call = nullptr;
-    sd_bus_message* answer = nullptr;
-    int result = sd_bus_message_new_method_call(bus, &call, daemonName, "/", "org.freedesktop.DBus.ObjectManager",
+    int result = sd_bus_message_new_method_call(bus, &call, bluez::service, "/", bluez::interface::objectManager,
                                                 "GetManagedObjects");
-    const Message callHolder(call);
+    const bluez::MessagePointer holder(call);
     if (result >= 0) result = sd_bus_message_set_auto_start(call, 0);
     sd_bus_error error{};
-    if (result >= 0) result = sd_bus_call(bus, call, patience, &error, &answer);
-    const Message answerHolder(answer);
-    if (result < 0) reading.refused = problemOf(error, result);
+    sd_bus_message* received = nullptr;
+    if (result >= 0) result = sd_bus_call(bus, call, answerLimit, &error, &received);
+    answer.reset(received);
+    problem = bluez::failureIn(&error);
     sd_bus_error_free(&error);
-    if (result < 0) return;
-    Reader reader(answer);
-    reader.each("{oa{sa{sv}}}", [&] { reader.entry("oa{sa{sv}}", [&] { readObject(reader, reading.adapters); }); });
+    return result;
+}
+
+BusProblem problemOf(int result) { return {"", bluez::failureOf(result).message}; }
+
+void readObjects(sd_bus* bus, BusReading& reading) {
+    bluez::MessagePointer answer;
+    int result = askForObjects(bus, answer, reading.refused);
+    AdapterCollector collector(reading.adapters);
+    bluez::DeviceNews news;
+    if (result >= 0) result = bluez::readObjects(answer.get(), news, collector);
+    if (result < 0 && !reading.refused) reading.refused = problemOf(result);
     std::sort(reading.adapters.begin(), reading.adapters.end(),
               [](const BusAdapter& left, const BusAdapter& right) { return left.name < right.name; });
 }
@@ -146,16 +81,16 @@ BusReading readBus() {
     BusReading reading;
     sd_bus* opened = nullptr;
     const int result = sd_bus_open_system(&opened);
-    const Bus bus(opened);
+    const bluez::BusPointer bus(opened);
     if (result < 0) {
         reading.unreachable = problemOf(result);
         return reading;
     }
-    sd_bus_set_method_call_timeout(bus.get(), patience);
+    sd_bus_set_method_call_timeout(bus.get(), answerLimit);
     sd_bus_creds* credentials = nullptr;
-    const int owned = sd_bus_get_name_creds(bus.get(), daemonName, SD_BUS_CREDS_PID, &credentials);
+    const int owned = sd_bus_get_name_creds(bus.get(), bluez::service, SD_BUS_CREDS_PID, &credentials);
     reading.bluetoothd = owned >= 0;
-    reading.atHand = reading.bluetoothd || bluez::isBluetoothdAtHand();
+    reading.available = reading.bluetoothd || bluez::isBluetoothdAvailable();
     if (reading.bluetoothd) {
         reading.process = processOf(credentials);
         sd_bus_creds_unref(credentials);

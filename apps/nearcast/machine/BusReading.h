@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/bluez/SystemBus.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -8,34 +10,31 @@
 
 namespace nearcast::cli {
 
-/// Why something on the bus did not work.
-struct BusProblem {
-    std::string name;     ///< of the D-Bus error: "org.freedesktop.DBus.Error.AccessDenied"
-    std::string message;  ///< in words
-};
+/// Why something on the bus failed; the name is empty where it was no D-Bus error.
+using BusProblem = bluez::Failure;
 
 /// An adapter as bluetoothd shows it.
 struct BusAdapter {
     std::string name;  ///< "hci0"
     std::string address;
     bool powered = false;
-    bool discovering = false;            ///< for anybody
-    std::optional<bool> central;         ///< can listen to Low Energy; nothing: bluetoothd does not say
+    bool discovering = false;            ///< for any client
+    std::optional<bool> central;         ///< can scan for Low Energy; nothing: bluetoothd does not say
     bool advertisementMonitors = false;  ///< has org.bluez.AdvertisementMonitorManager1
 };
 
-/// What the system bus tells of Bluetooth at one moment.
+/// What the system bus says of Bluetooth at one moment.
 struct BusReading {
-    std::optional<BusProblem> unreachable;  ///< there is no bus to be asked; the rest is empty
-    bool bluetoothd = false;                ///< somebody owns org.bluez
-    bool atHand = false;                    ///< so it is, or the bus can start bluetoothd
-    std::optional<std::uint32_t> process;   ///< whose process, where the bus says so
-    std::optional<BusProblem> refused;      ///< bluetoothd did not show its objects
+    std::optional<BusProblem> unreachable;  ///< the bus does not answer; the rest is empty
+    bool bluetoothd = false;                ///< bluetoothd runs: org.bluez has an owner
+    bool available = false;                 ///< it runs, or the bus can start it
+    std::optional<std::uint32_t> process;   ///< the owner's process, where the bus says so
+    std::optional<BusProblem> refused;      ///< why bluetoothd did not show its objects
     std::vector<BusAdapter> adapters;       ///< in the order of their names
 };
 
 /// Asks the system bus (DBUS_SYSTEM_BUS_ADDRESS, or the usual one). Takes as long as bluetoothd takes to answer, five
-/// seconds at most. Starts nothing. Never throws but for want of memory.
+/// seconds at most. Starts nothing. Throws std::bad_alloc at most.
 BusReading readBus();
 
 }  // namespace nearcast::cli

@@ -63,7 +63,7 @@ Daemon daemonOf(const Machine& machine) {
 
 std::string automaticRadio(const Machine& machine) {
     return nearcast::automaticRadio(
-        RadiosAtHand{.bluetoothd = machine.bus().atHand, .controllers = machine.controllers().adapters});
+        AvailableRadios{.bluetoothd = machine.bus().available, .controllers = machine.controllers().adapters});
 }
 
 }  // namespace nearcast::cli

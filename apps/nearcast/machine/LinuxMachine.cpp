@@ -60,7 +60,7 @@ std::optional<std::string> LinuxMachine::versionOf(const std::string& program) c
 }
 
 const HciAdapterList& LinuxMachine::controllers() const {
-    if (!controllers_) controllers_ = hciAdapters();
+    if (!controllers_) controllers_ = hci::hciAdapters();
     return *controllers_;
 }
 

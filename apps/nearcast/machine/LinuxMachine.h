@@ -12,8 +12,8 @@ public:
     [[nodiscard]] std::optional<std::vector<std::string>> folder(const std::string& path) const override;
     [[nodiscard]] std::optional<std::string> versionOf(const std::string& program) const override;
     [[nodiscard]] const HciAdapterList& controllers() const override;
-    [[nodiscard]] Capabilities capabilities() const override { return ownCapabilities(); }
-    [[nodiscard]] std::string program() const override { return ownProgram(); }
+    [[nodiscard]] Capabilities capabilities() const override { return hci::ownCapabilities(); }
+    [[nodiscard]] std::string program() const override { return hci::ownProgram(); }
     [[nodiscard]] const BusReading& bus() const override;
 
 private:

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "machine/BusReading.h"
-#include "platform/hci/Capabilities.h"
 #include "platform/hci/HciAdapters.h"
 
 #include <optional>
@@ -11,11 +10,15 @@
 
 namespace nearcast::cli {
 
-/// What `doctor` and `radios` may look at. Nothing is changed by looking. One thread.
+using hci::Capabilities;
+using hci::HciAdapter;
+using hci::HciAdapterList;
+
+/// What `doctor` and `radios` may look at. Looking changes nothing. One thread.
 class Machine {
 public:
     virtual ~Machine() = default;
-    /// The begin of a file, 64 KiB at most; nothing when it is not there or may not be read.
+    /// The first part of a file, 64 KiB at most; nothing when it is not there or may not be read.
     [[nodiscard]] virtual std::optional<std::string> file(const std::string& path) const = 0;
     /// The names in a folder, in order; nothing when there is no such folder.
     [[nodiscard]] virtual std::optional<std::vector<std::string>> folder(const std::string& path) const = 0;

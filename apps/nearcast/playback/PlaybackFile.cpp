@@ -38,7 +38,7 @@ bool isJSONLines(const std::string& path) {
     return octet == '{' || octet == EOF;
 }
 
-void readScenario(PlaybackFile& file, const RecordingOptions& options) {
+void readScenario(PlaybackFile& file, const replay::RecordingOptions& options) {
     lines::LineReader reader({file.path});
     while (auto line = reader.next()) {
         auto* const advertise = std::get_if<lines::Advertise>(&line->action);
@@ -47,14 +47,14 @@ void readScenario(PlaybackFile& file, const RecordingOptions& options) {
     }
 }
 
-void readCapture(PlaybackFile& file, const RecordingOptions& options) {
-    const auto reader = openRecording(file.path);
+void readCapture(PlaybackFile& file, const replay::RecordingOptions& options) {
+    const auto reader = replay::openRecording(file.path);
     try {
         while (auto item = reader->next()) {
-            if (auto* report = std::get_if<RecordedReport>(&*item)) options.apply(*report);
+            if (auto* report = std::get_if<replay::RecordedReport>(&*item)) options.apply(*report);
             append(file.input.lines, lineOf(*std::move(item)), file.path);
         }
-    } catch (const RecordingDamage& damage) {
+    } catch (const replay::RecordingDamage& damage) {
         file.damage = file.path + ": " + damage.what();
     }
 }
@@ -66,7 +66,7 @@ PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const
     try {
         const RadioString radio = RadioString::parse("replay:" + argument);
         if (radio.options.count("speed") != 0) throw PlaybackFileError(argument + ": speed has no meaning here");
-        const RecordingOptions options = RecordingOptions::parse(radio);
+        const auto options = replay::RecordingOptions::parse(radio);
         file.path = radio.argument;
         file.input.name = argument;
         file.input.registry = std::move(registry);

@@ -41,7 +41,7 @@ void refuseOwnTail(const RecordArguments& arguments) {
     }
 }
 
-RecordingWriter::Out outTo(const RecordArguments& arguments) {
+replay::RecordingWriter::Out outTo(const RecordArguments& arguments) {
     if (arguments.toStandardOutput()) {
         return [](std::string_view bytes) {
             writeOut(bytes);
@@ -51,10 +51,10 @@ RecordingWriter::Out outTo(const RecordArguments& arguments) {
     return [file = std::make_shared<OutputFile>(arguments.output)](std::string_view bytes) { file->write(bytes); };
 }
 
-std::unique_ptr<RecordingWriter> writerFor(const RecordArguments& arguments) {
-    if (!arguments.output.ends_with(".btsnoop")) return makeJsonLinesWriter(outTo(arguments));
+std::unique_ptr<replay::RecordingWriter> writerFor(const RecordArguments& arguments) {
+    if (!arguments.output.ends_with(".btsnoop")) return replay::makeJsonLinesWriter(outTo(arguments));
     const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return makeBtsnoopWriter(outTo(arguments), std::chrono::duration_cast<std::chrono::microseconds>(now));
+    return replay::makeBtsnoopWriter(outTo(arguments), std::chrono::duration_cast<std::chrono::microseconds>(now));
 }
 
 /// Until the time is up, the recording that is played has ended, or something interrupts.

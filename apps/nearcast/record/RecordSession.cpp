@@ -31,19 +31,19 @@ void RecordSession::begin(CBManagerState state) {
 void RecordSession::heard(const AdvertisingReport& report, Time at) {
     const MutexLock lock(mutex_);
     ++reports_;
-    write(RecordedReport{at, report, false});
+    write(replay::RecordedReport{at, report, false});
 }
 
 void RecordSession::changed(const RadioHealth& health, Time at) {
     const MutexLock lock(mutex_);
     if (health.state == state_) return;
     state_ = health.state;
-    write(RecordedState{at, health.state});
+    write(replay::RecordedState{at, health.state});
 }
 
 void RecordSession::end(Time at) {
     const MutexLock lock(mutex_);
-    write(RecordedEnd{at});
+    write(replay::RecordedEnd{at});
     if (!broken_.empty()) throw std::runtime_error(broken_);
 }
 

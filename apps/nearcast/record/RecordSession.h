@@ -23,7 +23,7 @@ public:
 
     /// @param broke called once, when the recording can no longer be written; from any thread, with a lock of the
     ///              session's held
-    RecordSession(std::unique_ptr<RecordingWriter> writer, std::function<void()> broke)
+    RecordSession(std::unique_ptr<replay::RecordingWriter> writer, std::function<void()> broke)
         : broke_(std::move(broke)), writer_(std::move(writer)) {}
 
     /// How the radio is when the recording begins. A recording's radio is powered on unless it says otherwise.
@@ -43,7 +43,7 @@ private:
 
     const std::function<void()> broke_;
     Mutex mutex_;
-    std::unique_ptr<RecordingWriter> writer_ NEARCAST_GUARDED_BY(mutex_);
+    std::unique_ptr<replay::RecordingWriter> writer_ NEARCAST_GUARDED_BY(mutex_);
     Time last_ NEARCAST_GUARDED_BY(mutex_){0};
     CBManagerState state_ NEARCAST_GUARDED_BY(mutex_) = CBManagerStatePoweredOn;
     std::uint64_t reports_ NEARCAST_GUARDED_BY(mutex_) = 0;

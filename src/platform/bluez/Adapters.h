@@ -3,16 +3,18 @@
 
 #include "platform/bluez/SystemBus.h"
 
+#include <filesystem>
 #include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace nearcast::bluez {
 
 /// "hci0" of "/org/bluez/hci0".
 std::string_view adapterName(std::string_view path);
 
-/// What is known of one adapter.
+/// What bluetoothd says of one adapter.
 struct Adapter {
     bool powered = false;
     bool discovering = false;
@@ -26,23 +28,23 @@ public:
     /// @param wanted "hci1", or empty for the first that is powered
     explicit Adapters(std::string wanted) : wanted_(std::move(wanted)) {}
 
-    /// @return false where there are too many to be real
+    /// @return false where there are more than any machine has
     bool add(std::string_view path, const AdapterNews& news);
-    /// News of one that is not known are dropped.
+    /// News of an unknown one are dropped.
     void change(std::string_view path, const AdapterNews& news);
     void offerMonitors(std::string_view path);
     void remove(std::string_view path);
     void clear();
-    /// All are known now: the first powered one is ours, whichever was told first.
+    /// All are known now: takes the first powered one, whichever was told first.
     void chooseAnew();
 
     [[nodiscard]] const std::string& wanted() const noexcept { return wanted_; }
-    /// The path of ours, or empty: the one that is wanted; else the one that was ours while it is powered; else the
-    /// first powered one; else the first.
+    /// The path of ours, or empty: the wanted one; where none is named, the one that was ours while it is powered, else
+    /// the first powered one, else the first.
     [[nodiscard]] const std::string& chosen() const noexcept { return chosen_; }
     /// Ours; null where there is none.
     [[nodiscard]] const Adapter* current() const;
-    /// The names of all, in their order, with commas.
+    /// The names of all, in order, separated by commas.
     [[nodiscard]] std::string names() const;
 
 private:
@@ -60,6 +62,24 @@ private:
     const std::string wanted_;
     std::map<std::string, Adapter, Order> adapters_;
     std::string chosen_;
+};
+
+enum class Block { none, soft, hard };
+
+/// What the kernel's switches for radios say (Linux, Documentation/ABI/stable/sysfs-class-rfkill).
+class Rfkill {
+public:
+    /// @param folder where the switches are; another one in tests
+    explicit Rfkill(std::filesystem::path folder = "/sys/class/rfkill") : folder_(std::move(folder)) {}
+    virtual ~Rfkill() = default;
+
+    /// Whether a switch keeps the adapter off: its own, or one for all Bluetooth of the machine, as laptops have. A
+    /// switch that cannot be read does not count.
+    /// @param adapter "hci0"
+    [[nodiscard]] virtual Block blockOf(std::string_view adapter) const;
+
+private:
+    const std::filesystem::path folder_;
 };
 
 }  // namespace nearcast::bluez

@@ -1,13 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/bluez/BluezRadio.h"
 
+#include "platform/Guarded.h"
+#include "platform/system/SignalsBlocked.h"
+
+#include <pthread.h>
+
+#include <algorithm>
 #include <utility>
 
 namespace nearcast::bluez {
 
+namespace {
+
+/// Messages that follow each other this closely are taken together, because waking up costs the machine about as much
+/// as a report. The signals are averaged over seconds, so the delay does not show; a single message does not wait.
+constexpr std::chrono::milliseconds crowdedInterval(5);
+
+/// For how long there is no such pause after a flood, in which messages would fill the socket during the pause and make
+/// the bus wait for us.
+constexpr Time floodMemory = std::chrono::seconds(1);
+
+}  // namespace
+
 BluezRadio::BluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, SystemBus& bus,
                        const Rfkill& rfkill, std::string adapter, std::function<void()> wake)
-    : Radio(delegate, console, monitor, CBManagerStateUnknown, "bluetoothd has not answered yet"),
+    : Radio(delegate, console, monitor, BluezSession::beginning().state, BluezSession::beginning().why),
       wake_(std::move(wake)),
       session_(bus, rfkill, *this, std::move(adapter)) {}
 
@@ -16,12 +34,65 @@ void BluezRadio::pass(Time now) {
     session_.want(scanning());
 }
 
-void BluezRadio::stateChanged(CBManagerState state, const std::string& why) {
-    if (state == this->state()) {
-        explainState(why);
-    } else {
-        changeState(state, why);
+ThreadedBluezRadio::ThreadedBluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
+                                       std::string adapter)
+    : RadioParts(console),
+      BluezRadio(delegate, console, monitor, bus, rfkill, std::move(adapter), [this] { wakeUp.wake(); }) {
+    const SignalsBlocked blocked;
+    thread_ = std::thread([this] { run(); });
+    pthread_setname_np(thread_.native_handle(), "nearcast-bluez");
+}
+
+ThreadedBluezRadio::~ThreadedBluezRadio() {
+    ending_.store(true);
+    wakeUp.wake();
+    thread_.join();
+}
+
+void ThreadedBluezRadio::run() noexcept {
+    bool needed = true;
+    while (!ending_.load()) {
+        bool more = false;
+        guarded(console(), "the system bus", [&] { more = turn(needed); });
+        needed = more || wait();
     }
+}
+
+/// @param needed whether `pass` is due, or another scan may be wanted
+/// @return whether the bus may have more
+bool ThreadedBluezRadio::turn(bool needed) {
+    const Time now = SystemClock::now();
+    const bool close = now - std::exchange(lastTurn_, now) < crowdedInterval;
+    if (needed) {
+        pass(now);
+    } else {
+        setTime(now);
+    }
+    const SdBus::Taken taken = bus.process(crowded_ || close || needed);
+    if (taken.more) floodedUntil_ = now + floodMemory;
+    crowded_ = close || taken.messages > 1;
+    return taken.more;
+}
+
+/// Waits for the bus, or for a short while where it is busy, and for the alarm and `wake`. Of these two only the one
+/// that has happened is read: each is a system call, and there are a thousand reports a second.
+/// @return whether the alarm or `wake` ended it
+bool ThreadedBluezRadio::wait() noexcept {
+    std::optional<Time> next = due();
+    if (const auto left = bus.left()) {
+        const Time busDue = SystemClock::now() + *left;
+        next = next ? std::min(*next, busDue) : busDue;
+    }
+    if (next != alarm_) wakeUp.setAlarm(next);
+    alarm_ = next;
+    const bool pausing = crowded_ && lastTurn_ >= floodedUntil_;
+    const WakeUp::Found found = pausing ? wakeUp.pause(crowdedInterval) : wakeUp.wait(bus.descriptor(), bus.events());
+    if (found.wake) wakeUp.takeWake();
+    if (found.alarm) {
+        wakeUp.takeAlarm();
+        alarm_.reset();
+    }
+    return found.wake || found.alarm;
 }
 
 }  // namespace nearcast::bluez

@@ -2,43 +2,85 @@
 #pragma once
 
 #include "platform/bluez/BluezSession.h"
+#include "platform/bluez/SdBus.h"
 #include "platform/radio/Radio.h"
+#include "platform/system/WakeUp.h"
 
+#include <atomic>
 #include <functional>
 #include <optional>
 #include <string>
+#include <thread>
 
 namespace nearcast::bluez {
 
-/// The radio of a BlueZ session: hands the wish to scan over from the application's threads to the one that drives the
-/// session, and what the session tells to the manager. It has no thread; who drives it calls `pass` and the bus's own
-/// operations on one thread.
+/// The radio of a BlueZ session: passes the scan that is wanted from the application's threads to the one that runs the
+/// session, and what the session tells to the manager. It has no thread of its own; who drives it calls `pass` and the
+/// bus's own operations on one thread.
 ///
-/// `stopScan` does not wait for that thread. What it hears afterwards is dropped, and a report whose handing over has
-/// begun may still be on its way.
-class BluezRadio : public Radio, private SessionListener {
+/// `stopScan` does not wait for that thread. Reports that come afterwards are dropped, but one that is already being
+/// delivered goes on.
+class BluezRadio : public Radio {
 public:
-    /// @param bus, rfkill live longer
+    /// @param delegate, console, monitor, bus, rfkill live longer
     /// @param adapter "hci1", or empty for the first that is powered
-    /// @param wake    has `pass` called soon; from any thread
+    /// @param wake    makes `pass` be called soon; from any thread
     BluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, SystemBus& bus,
                const Rfkill& rfkill, std::string adapter, std::function<void()> wake);
 
-    /// What happens next happens at this time; never an earlier one. What is due, and other wishes, wait for `pass`.
+    /// @name For the one thread that runs it
+    /// @{
+    /// Sets the time of what happens next and does nothing that is due; the time never goes back.
     void setTime(Time now) noexcept { session_.setTime(now); }
-    /// The time moves on; never back.
+    /// Does everything that is due; the time never goes back.
     void pass(Time now);
-    /// When `pass` is needed, at the latest.
+    /// When `pass` is needed, unless `wake` is called sooner.
     [[nodiscard]] std::optional<Time> due() const { return session_.due(); }
+    /// @}
 
 private:
     void scanChanged(const std::optional<Scan>& /*scan*/) override { wake_(); }
-    void reportHeard(const AdvertisingReport& report) override { deliver(report); }
-    void stateChanged(CBManagerState state, const std::string& why) override;
-    void scanRestarted() override { noteRestart(); }
 
     const std::function<void()> wake_;
     BluezSession session_;
+};
+
+/// What the radio uses; constructed before it and destroyed after it.
+struct RadioParts {
+    explicit RadioParts(Console& console) : bus(console) {}
+
+    SdBus bus;
+    Rfkill rfkill;
+    WakeUp wakeUp;
+};
+
+/// The radio behind `bluez`: a session with the machine's bluetoothd, on a thread of its own, which also calls the
+/// manager. Starting and stopping a scan never block.
+class ThreadedBluezRadio final : private RadioParts, public BluezRadio {
+public:
+    /// Returns at once; the state is unknown until bluetoothd has answered.
+    /// @param delegate, console, monitor live longer
+    /// @param adapter "hci1", or empty for the first that is powered
+    /// @throws std::system_error when the system gives no descriptors or no thread
+    ThreadedBluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
+                       std::string adapter);
+    /// Waits for a callback that is running; so not from inside one.
+    ~ThreadedBluezRadio() override;
+    ThreadedBluezRadio(const ThreadedBluezRadio&) = delete;
+    ThreadedBluezRadio& operator=(const ThreadedBluezRadio&) = delete;
+
+private:
+    void run() noexcept;
+    bool turn(bool needed);
+    bool wait() noexcept;
+
+    std::atomic<bool> ending_{false};
+    // The thread's own.
+    std::optional<Time> alarm_;
+    Time lastTurn_{0};
+    bool crowded_ = false;  ///< messages follow each other so closely that they are taken together
+    Time floodedUntil_{0};  ///< until then they come too fast to pause
+    std::thread thread_;
 };
 
 }  // namespace nearcast::bluez

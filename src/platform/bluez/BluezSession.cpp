@@ -8,7 +8,7 @@ namespace nearcast::bluez {
 
 namespace {
 
-/// Between two questions about devices that are not known: a flood of them is not answered with one of calls.
+/// Between two questions about unknown devices, so that many of them do not cause as many calls.
 constexpr Time askInterval = std::chrono::milliseconds(20);
 
 bool isBelow(std::string_view path, std::string_view adapter) {
@@ -75,7 +75,7 @@ void BluezSession::daemonChanged(bool there) {
     update();
 }
 
-/// What was known of bluetoothd is no more.
+/// Forgets everything that this bluetoothd said.
 void BluezSession::forgetDaemon() {
     ++epoch_;
     listed_ = asking_ = false;
@@ -132,24 +132,24 @@ void BluezSession::monitorReleased() { discovery_.loseMonitor(); }
 void BluezSession::deviceListed(std::string_view path, const DeviceNews& news) { devices_.learn(path, news); }
 
 void BluezSession::deviceAdded(std::string_view path, const DeviceNews& news) {
-    tellReport(path, devices_.added(path, news).report);
+    devices_.learn(path, news);
+    if (news.RSSI) deviceChanged(path, news);
 }
 
+/// Every report comes this way. It counts on our adapter only, and there also when another client's discovery brought
+/// it.
 void BluezSession::deviceChanged(std::string_view path, const DeviceNews& news) {
     const auto heard = devices_.changed(path, news);
     if (heard.stranger) askFor(path);
-    tellReport(path, heard.report);
+    if (heard.report == nullptr || !isBelow(path, adapters_.chosen())) return;
+    discovery_.heard();
+    listener_.deliver(*heard.report);
 }
 
 void BluezSession::deviceRemoved(std::string_view path) { devices_.remove(path); }
 
-void BluezSession::tellReport(std::string_view path, const AdvertisingReport* report) {
-    if (report == nullptr || !isBelow(path, adapters_.chosen())) return;
-    discovery_.heard();
-    listener_.reportHeard(*report);
-}
-
-/// A device that was forgotten, or that came before the list: without its services no filter would let it pass.
+/// Asks for a device that was forgotten, or whose signal came before the list: without its services no filter lets it
+/// pass.
 void BluezSession::askFor(std::string_view device) {
     if (!listed_ || asking_ || now_ < askAfter_) return;
     asking_ = true;
@@ -159,7 +159,7 @@ void BluezSession::askFor(std::string_view device) {
     });
 }
 
-/// Brings the discovery, the switches and what is told into line with what is known.
+/// Updates the discovery, the switches and what is told after anything has changed.
 void BluezSession::update() {
     const Adapter* const adapter = adapters_.current();
     const bool usable =
@@ -182,15 +182,15 @@ void BluezSession::lookAtSwitches() {
 }
 
 void BluezSession::tell() {
-    Standing now = standing();
+    RadioCondition now = condition();
     if (now == told_) return;
     told_ = std::move(now);
-    listener_.stateChanged(told_.state, told_.why);
+    listener_.conditionChanged(told_);
 }
 
-BluezSession::Standing BluezSession::standing() const {
-    if (!listed_) return standingWithoutAdapters();
-    if (const Adapter* const adapter = adapters_.current()) return standingOf(*adapter);
+RadioCondition BluezSession::condition() const {
+    if (!listed_) return conditionWithoutAdapters();
+    if (const Adapter* const adapter = adapters_.current()) return conditionOf(*adapter);
     if (adapters_.wanted().empty() || adapters_.names().empty()) {
         return {CBManagerStateUnsupported, "there is no Bluetooth adapter"};
     }
@@ -198,7 +198,7 @@ BluezSession::Standing BluezSession::standing() const {
             "there is no adapter " + adapters_.wanted() + " (there is: " + adapters_.names() + ")"};
 }
 
-BluezSession::Standing BluezSession::standingWithoutAdapters() const {
+RadioCondition BluezSession::conditionWithoutAdapters() const {
     if (const auto& failure = busFailure_) {
         const bool denied = failure->name == error::accessDenied;
         return {denied ? CBManagerStateUnauthorized : CBManagerStateUnknown,
@@ -207,7 +207,7 @@ BluezSession::Standing BluezSession::standingWithoutAdapters() const {
     if (daemon_ == Daemon::absent) {
         return {CBManagerStateUnknown, "bluetoothd does not run (systemctl start bluetooth)"};
     }
-    if (!listFailure_) return Standing();
+    if (!listFailure_) return beginning();
     const std::string why = listFailure_->name + ": " + listFailure_->message;
     if (listFailure_->name == error::accessDenied) {
         return {CBManagerStateUnauthorized, "the bus forbids to talk to bluetoothd: " + why};
@@ -215,10 +215,10 @@ BluezSession::Standing BluezSession::standingWithoutAdapters() const {
     return {CBManagerStateUnknown, "bluetoothd does not answer: " + why};
 }
 
-BluezSession::Standing BluezSession::standingOf(const Adapter& adapter) const {
+RadioCondition BluezSession::conditionOf(const Adapter& adapter) const {
     const std::string name(adapterName(adapters_.chosen()));
     if (adapter.powerState == PowerState::turningOff) return {CBManagerStateResetting, name + " is being switched off"};
-    if (adapter.powered) return standingOfScan();
+    if (adapter.powered) return conditionOfScan();
     if (block_ == Block::hard) return {CBManagerStatePoweredOff, name + " is blocked by a switch of the machine"};
     if (block_ == Block::soft || adapter.powerState == PowerState::blocked) {
         return {CBManagerStatePoweredOff, name + " is blocked (rfkill unblock bluetooth)"};
@@ -229,16 +229,17 @@ BluezSession::Standing BluezSession::standingOf(const Adapter& adapter) const {
     return {CBManagerStatePoweredOff, name + " is switched off (bluetoothctl power on)"};
 }
 
-BluezSession::Standing BluezSession::standingOfScan() const {
+RadioCondition BluezSession::conditionOfScan() const {
     const Failure& failure = discovery_.failure();
-    switch (discovery_.condition()) {
-        case Condition::well: break;
-        case Condition::denied:
+    switch (discovery_.state()) {
+        case DiscoveryState::well: break;
+        case DiscoveryState::denied:
             return {CBManagerStateUnauthorized, "scanning is not allowed: " + failure.name + ": " + failure.message};
-        case Condition::failing:
+        case DiscoveryState::failing:
             return {CBManagerStatePoweredOn, "the scan cannot be started: " + failure.name + ": " + failure.message};
-        case Condition::quiet: return {CBManagerStatePoweredOn, "nothing at all is heard: quiet air or a blind radio"};
-        case Condition::inactive:
+        case DiscoveryState::quiet:
+            return {CBManagerStatePoweredOn, "nothing at all is heard: quiet air or a blind radio"};
+        case DiscoveryState::inactive:
             return {CBManagerStatePoweredOn,
                     "nothing at all is heard, and bluetoothd says that it does not scan: the radio is blind"};
     }

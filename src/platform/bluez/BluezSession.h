@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <nearcast/RadioHealth.h>
-
 #include "platform/bluez/Adapters.h"
-#include "platform/bluez/BackOff.h"
 #include "platform/bluez/DeviceTable.h"
 #include "platform/bluez/Discovery.h"
-#include "platform/bluez/Rfkill.h"
 #include "platform/bluez/SystemBus.h"
-#include "platform/radio/AdvertisingReport.h"
+#include "platform/radio/BackOff.h"
+#include "platform/radio/Radio.h"
 
 #include <cstdint>
 #include <optional>
@@ -18,26 +15,16 @@
 
 namespace nearcast::bluez {
 
-/// What the session tells. Called from inside `SystemBus::process` and the session's own operations.
-class SessionListener {
-public:
-    virtual ~SessionListener() = default;
-    /// A report of ours or of others' discoveries; valid during the call.
-    virtual void reportHeard(const AdvertisingReport& report) = 0;
-    /// The state or its reason is another one.
-    virtual void stateChanged(CBManagerState state, const std::string& why) = 0;
-    /// The scan was begun again without a new wish.
-    virtual void scanRestarted() = 0;
-};
-
-/// A scan through BlueZ, kept up through whatever happens to the bus, to bluetoothd and to the adapter: all that this
-/// radio decides. It has no clock and no thread: `pass` brings the time, `due` says when it next needs it. Not for
-/// several threads at once.
+/// Keeps a scan through BlueZ running, through loss and return of the bus, of bluetoothd and of the adapter. Everything
+/// that this radio decides is decided here and in `Discovery`.
+///
+/// It has no clock and no thread: `pass` brings the time, `due` says when it next needs it. Not for several threads at
+/// once.
 class BluezSession : private SystemBusListener {
 public:
-    /// How long an adapter that has just come may be off without counting as switched off.
+    /// For how long an adapter that has just come counts as coming up while it is off.
     static constexpr Time settling = std::chrono::seconds(3);
-    /// While the adapter is off: how often the kernel's switches are looked at.
+    /// How often the kernel's switches are read while the adapter is off.
     static constexpr Time switchInterval = std::chrono::seconds(2);
     static constexpr Time firstPause = std::chrono::milliseconds(250);
     static constexpr Time longestPause = std::chrono::seconds(2);
@@ -51,25 +38,22 @@ public:
 
     /// Whether a scan is wanted, from the time of the last `pass` on.
     void want(bool scan) { discovery_.want(scan); }
-    /// What happens next happens at this time; never an earlier one. What is due waits for `pass`.
+    /// Sets the time of what happens next and does nothing that is due; the time never goes back.
     void setTime(Time now) noexcept {
         now_ = now;
         discovery_.setTime(now);
     }
-    /// The time moves on; never back. The first call connects.
+    /// Does everything that is due; the time never goes back. The first call connects.
     void pass(Time now);
     /// When `pass` is needed, at the latest.
     [[nodiscard]] std::optional<Time> due() const;
 
     [[nodiscard]] CBManagerState state() const noexcept { return told_.state; }
     [[nodiscard]] const std::string& why() const noexcept { return told_.why; }
+    /// The condition before the first `pass`.
+    static RadioCondition beginning() { return {CBManagerStateUnknown, "bluetoothd has not answered yet"}; }
 
 private:
-    struct Standing {
-        CBManagerState state = CBManagerStateUnknown;
-        std::string why = "bluetoothd has not answered yet";
-        friend bool operator==(const Standing&, const Standing&) = default;
-    };
     enum class Daemon { unknown, absent, present };
 
     void busLost(const Failure& failure) override;
@@ -88,15 +72,14 @@ private:
     void list();
     void listed(const std::optional<Failure>& failure);
     void askFor(std::string_view device);
-    void tellReport(std::string_view path, const AdvertisingReport* report);
     void forgetDaemon();
     void update();
     void lookAtSwitches();
     void tell();
-    [[nodiscard]] Standing standing() const;
-    [[nodiscard]] Standing standingWithoutAdapters() const;
-    [[nodiscard]] Standing standingOf(const Adapter& adapter) const;
-    [[nodiscard]] Standing standingOfScan() const;
+    [[nodiscard]] RadioCondition condition() const;
+    [[nodiscard]] RadioCondition conditionWithoutAdapters() const;
+    [[nodiscard]] RadioCondition conditionOf(const Adapter& adapter) const;
+    [[nodiscard]] RadioCondition conditionOfScan() const;
 
     SystemBus& bus_;
     const Rfkill& rfkill_;
@@ -109,15 +92,15 @@ private:
     BackOff connectPause_{firstPause, longestPause};
 
     Daemon daemon_ = Daemon::unknown;
-    bool wasAbsent_ = false;  ///< bluetoothd has come while we looked
+    bool wasAbsent_ = false;  ///< bluetoothd was seen to be gone, so its adapters may still be coming up
     bool listed_ = false;
-    std::uint64_t epoch_ = 0;  ///< answers of a former bluetoothd are of no interest
+    std::uint64_t epoch_ = 0;  ///< raised with each bluetoothd: answers of a former one are ignored
     std::optional<Failure> listFailure_;
     std::optional<Time> listAt_;
     BackOff listPause_{firstPause, longestPause};
 
     Adapters adapters_;
-    std::optional<Time> settledAt_;  ///< when an adapter that has just come is what it says
+    std::optional<Time> settledAt_;  ///< when an adapter that has just come counts as what it says
     Block block_ = Block::none;
     std::optional<Time> switchesAt_;
 
@@ -126,7 +109,7 @@ private:
     Time askAfter_{0};
 
     Discovery discovery_;
-    Standing told_;
+    RadioCondition told_ = beginning();
 };
 
 }  // namespace nearcast::bluez

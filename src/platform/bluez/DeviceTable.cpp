@@ -10,7 +10,7 @@ namespace nearcast::bluez {
 
 namespace {
 
-// What an advertisement can carry, and not more: extended ones have up to 1650 octets, of which an AD structure takes
+// The most that an advertisement can carry: extended ones have up to 1650 octets, of which an AD structure takes
 // 254 (Core Specification, Volume 3, Part C, 11; Volume 4, Part E, 7.8.54); a name has up to 248 (Part C, 12.1).
 constexpr std::size_t mostOctets = 254;
 constexpr std::size_t mostServices = 128;
@@ -25,7 +25,7 @@ std::optional<std::uint8_t> digit(char letter) {
     return std::nullopt;
 }
 
-/// "XX?XX?XX?XX?XX?XX", whatever stands between.
+/// "XX?XX?XX?XX?XX?XX", with any separator.
 std::optional<DeviceAddress> addressOf(std::string_view text) {
     DeviceAddress address{};
     if (text.size() != address.size() * 3 - 1) return std::nullopt;
@@ -81,13 +81,6 @@ void DeviceTable::learn(std::string_view path, const DeviceNews& news) {
     take(device.report, news);
 }
 
-DeviceTable::Heard DeviceTable::added(std::string_view path, const DeviceNews& news) {
-    Device& device = reach(path);
-    device.described = true;
-    take(device.report, news);
-    return {news.RSSI ? &device.report : nullptr, false};
-}
-
 DeviceTable::Heard DeviceTable::changed(std::string_view path, const DeviceNews& news) {
     Device& device = reach(path);
     take(device.report, news);
@@ -107,7 +100,7 @@ void DeviceTable::clear() {
     devices_.clear();
 }
 
-/// The device, made where it is not there, as the last one that was heard.
+/// Finds or makes the device, and moves it to the end, as the one heard last.
 DeviceTable::Device& DeviceTable::reach(std::string_view path) {
     if (const auto place = places_.find(path); place != places_.end()) {
         devices_.splice(devices_.end(), devices_, place->second);

@@ -12,27 +12,25 @@
 
 namespace nearcast::bluez {
 
-/// What is remembered of each device, so that a signal that carries a reading and little else becomes a whole report.
-/// Of too many devices the one that was silent for longest is forgotten. In the steady state nothing is allocated. Not
-/// for several threads at once.
+/// What is remembered of each device, so that a signal with hardly more than a reading becomes a whole report. Of too
+/// many devices the one that was silent for longest is forgotten. In the steady state nothing is allocated. Not for
+/// several threads at once.
 class DeviceTable {
 public:
     static constexpr std::size_t defaultDevices = 8192;
 
     struct Heard {
-        const AdvertisingReport* report = nullptr;  ///< null: the news are no report; valid until the next call
-        bool stranger = false;                      ///< nothing but this is known of the device
+        const AdvertisingReport* report = nullptr;  ///< null: that was no report; valid until the next call
+        bool stranger = false;                      ///< the device has never been listed: its services are unknown
     };
 
     /// @param most how many devices are remembered
     explicit DeviceTable(std::size_t most = defaultDevices) : most_(most) {}
 
-    /// Learns what is known of a device from before.
+    /// Learns what BlueZ knows of a device; that is no report.
     void learn(std::string_view path, const DeviceNews& news);
-    /// A device has come; that is a report where it has a reading.
-    Heard added(std::string_view path, const DeviceNews& news);
-    /// A device has changed; that is a report where it has a reading or manufacturer data. What it does not say is as
-    /// it was the last time.
+    /// A device has changed; that is a report where it has a reading or manufacturer data. What the news do not mention
+    /// is as it was before.
     Heard changed(std::string_view path, const DeviceNews& news);
     void remove(std::string_view path);
     void clear();
@@ -44,13 +42,13 @@ private:
         AdvertisingReport report;
         bool described = false;
     };
-    using Devices = std::list<Device>;  // the one heard last is the last
+    using Devices = std::list<Device>;  // in the order in which they were last heard
 
     Device& reach(std::string_view path);
 
     std::size_t most_;
     Devices devices_;
-    std::unordered_map<std::string_view, Devices::iterator> places_;  // keys are the devices' own paths
+    std::unordered_map<std::string_view, Devices::iterator> places_;  // the keys point to the devices' paths
 };
 
 }  // namespace nearcast::bluez

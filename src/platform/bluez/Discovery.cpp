@@ -12,7 +12,7 @@ bool isDenial(const Failure& failure) {
            failure.name == error::notPermitted;
 }
 
-/// Whether bluetoothd may still do what it was asked for, or be about to.
+/// Whether bluetoothd may still do what it was asked for.
 bool isUndecided(const Failure& failure) {
     return failure.name == error::inProgress || failure.name == error::noReply || failure.name == error::timeout;
 }
@@ -107,7 +107,7 @@ void Discovery::forgetWish() {
     judge();
 }
 
-/// The adapter says for longer than a moment that it does not discover: so it does not.
+/// Believes the adapter that it does not discover once it has said so for long enough.
 void Discovery::lookForEnd() {
     if (!endedAt_ || now_ < *endedAt_ + doubt) return;
     endedAt_.reset();
@@ -131,7 +131,7 @@ void Discovery::lookForSilence() {
     judge();
 }
 
-/// The answer to a start may come before the adapter says that it discovers, but not long before.
+/// The adapter says that it discovers a moment after the answer to the start. One that does not is blind.
 void Discovery::lookForBlindness() {
     if (!beganAt_ || now_ < *beganAt_ + doubt) return;
     beganAt_.reset();
@@ -179,7 +179,7 @@ Done Discovery::then(Answer answer) {
     };
 }
 
-/// That there was nothing to stop is as good.
+/// Any other failure says that nothing was running, which is what was asked for.
 void Discovery::stopped(const std::optional<Failure>& failure) {
     if (failure && isUndecided(*failure)) return fail(*failure);
     running_ = filterSet_ = mustStop_ = denies_ = false;
@@ -187,7 +187,7 @@ void Discovery::stopped(const std::optional<Failure>& failure) {
     beganAt_.reset();
 }
 
-/// A discovery without a monitor is better than none.
+/// A refused monitor is no failure: the discovery runs without one.
 void Discovery::monitored(const std::optional<Failure>& failure) {
     monitorTried_ = true;
     if (!failure || failure->name == error::alreadyExists) monitoredAdapter_ = adapter_;
@@ -223,7 +223,7 @@ void Discovery::fail(const Failure& failure) {
     failure_ = failure;
     ++failures_;
     filterSet_ = false;
-    // What bluetoothd holds of ours is in the way of another start.
+    // A discovery of ours that bluetoothd still has would make it refuse another start.
     if (failure.name != error::notReady && !isDenial(failure)) mustStop_ = true;
     pause();
     judge();
@@ -232,17 +232,17 @@ void Discovery::fail(const Failure& failure) {
 void Discovery::pause() { pauseEnds_ = now_ + pause_.next(); }
 
 void Discovery::judge() {
-    Condition condition = Condition::well;
+    DiscoveryState state = DiscoveryState::well;
     if (failures_ > 0 && isDenial(failure_)) {
-        condition = Condition::denied;
-    } else if (failures_ > 1) {  // once is nothing: an adapter that has just come may not be ready yet
-        condition = Condition::failing;
+        state = DiscoveryState::denied;
+    } else if (failures_ > 1) {  // one alone is normal: an adapter that has just come may not be ready
+        state = DiscoveryState::failing;
     } else if (quiet_) {
-        condition = denies_ ? Condition::inactive : Condition::quiet;
+        state = denies_ ? DiscoveryState::inactive : DiscoveryState::quiet;
     }
-    if (condition == condition_) return;
-    condition_ = condition;
-    if (listener_.conditionChanged) listener_.conditionChanged();
+    if (state == state_) return;
+    state_ = state;
+    if (listener_.stateChanged) listener_.stateChanged();
 }
 
 }  // namespace nearcast::bluez

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/bluez/BackOff.h"
 #include "platform/bluez/SystemBus.h"
+#include "platform/radio/BackOff.h"
 
 #include <cstdint>
 #include <functional>
@@ -11,35 +11,35 @@
 
 namespace nearcast::bluez {
 
-/// How a discovery that is wanted fares.
-enum class Condition {
-    well,      ///< it runs, is about to, or is not wanted
+/// How the discovery is doing.
+enum class DiscoveryState {
+    well,      ///< it runs, will run soon, or is not wanted
     denied,    ///< the bus or bluetoothd forbids it
-    failing,   ///< bluetoothd does not begin it
-    quiet,     ///< it runs, and nothing at all is heard: the air is quiet, or the radio blind
-    inactive,  ///< nothing is heard, and the adapter itself says that it does not discover: the radio is blind
+    failing,   ///< bluetoothd does not start it
+    quiet,     ///< it runs, and nothing is heard: the air is quiet, or the radio blind
+    inactive,  ///< nothing is heard, and the adapter says that it does not discover: the radio is blind
 };
 
-/// Makes a discovery run on one adapter for as long as it is wanted, and makes it run again when it ended.
+/// Keeps a discovery running on one adapter for as long as it is wanted, and restarts it when it ended.
 ///
-/// It compares what is wanted with what is, and makes the next call that brings them together, one at a time; so
-/// whatever goes wrong, in whatever order, the next step follows from how things stand. It has no clock: `pass` brings
-/// the time, `due` says when it next needs it. Not for several threads at once.
+/// It compares what is wanted with what is, and makes the call that brings them closer, one at a time. So whatever goes
+/// wrong, in whatever order, the next step follows from the present state. It has no clock: `pass` brings the time,
+/// `due` says when it next needs it. Not for several threads at once.
 ///
-/// The watchdog restarts a discovery that heard nothing at all for 30 s, and then after twice the time again and again,
-/// up to 8 minutes: BlueZ can stall while it says that it discovers.
+/// A watchdog restarts a discovery that heard nothing for 30 s, and then after pauses that double up to 8 minutes:
+/// BlueZ can stall while it says that it discovers.
 class Discovery {
 public:
     struct Listener {
-        std::function<void()> conditionChanged;
-        std::function<void()> restarted;  ///< the discovery was begun again without a new wish
+        std::function<void()> stateChanged;
+        std::function<void()> restarted;  ///< the discovery was started again without being wanted anew
     };
 
     static constexpr Time quietLimit = std::chrono::seconds(30);
     static constexpr Time longestQuietLimit = std::chrono::minutes(8);
-    /// A wish that ends and comes again within this time changes nothing: an application renews its scan that way.
+    /// For so long a discovery that is no longer wanted goes on: an application often renews its scan that way.
     static constexpr Time linger = std::chrono::seconds(1);
-    /// BlueZ says for a moment that it does not discover when it renews its scan.
+    /// `Discovering` has to be false for longer than this: it is for a moment whenever BlueZ renews its scan.
     static constexpr Time doubt = std::chrono::seconds(1);
     static constexpr Time firstPause = std::chrono::milliseconds(250);
     static constexpr Time longestPause = std::chrono::seconds(2);
@@ -49,26 +49,26 @@ public:
 
     /// Whether a discovery is wanted.
     void want(bool wanted);
-    /// The adapter on which it can run, or nothing: everything that ran on the last one has ended with it.
+    /// The adapter on which it can run, or nothing. What ran on the adapter before has ended.
     /// @param adapter  its path
     /// @param monitors whether it takes advertisement monitors
     void setAdapter(const std::optional<std::string>& adapter, bool monitors);
     /// The adapter's `Discovering`.
     void setDiscovering(bool discovering);
-    /// bluetoothd has let go of the monitor, or is gone and with it the monitor.
+    /// bluetoothd has released the monitor, or is gone and with it the monitor.
     void loseMonitor();
     /// A report has been heard.
     void heard();
 
-    /// What happens next happens at this time; never an earlier one. What is due waits for `pass`.
+    /// Sets the time of what happens next and does nothing that is due; the time never goes back.
     void setTime(Time now) noexcept { now_ = now; }
-    /// The time moves on; never back.
+    /// Does everything that is due; the time never goes back.
     void pass(Time now);
     /// When `pass` is needed, at the latest.
     [[nodiscard]] std::optional<Time> due() const;
 
-    [[nodiscard]] Condition condition() const noexcept { return condition_; }
-    /// The last failure; it says why in a condition that is `denied` or `failing`.
+    [[nodiscard]] DiscoveryState state() const noexcept { return state_; }
+    /// The last failure: the reason of the states `denied` and `failing`.
     [[nodiscard]] const Failure& failure() const noexcept { return failure_; }
 
 private:
@@ -96,33 +96,33 @@ private:
     const Listener listener_;
     Time now_{0};
     bool wanted_ = false;
-    std::optional<Time> unwantedAt_;  ///< when the wish that has ended is given up
+    std::optional<Time> unwantedAt_;  ///< when the lingering ends
     std::string adapter_;             ///< empty: none
     bool monitors_ = false;
 
-    // What is the case on the other side, as far as we know.
+    // What is the case in bluetoothd, as far as we know.
     bool discovering_ = false;  ///< the adapter says so
-    bool running_ = false;      ///< we have begun a discovery
+    bool running_ = false;      ///< we have started a discovery
     bool filterSet_ = false;
-    bool mustStop_ = false;         ///< bluetoothd may hold a discovery of ours that is not as it should be
+    bool mustStop_ = false;         ///< bluetoothd may have a discovery of ours in a wrong state
     std::string monitoredAdapter_;  ///< where our monitor is registered; empty: nowhere
     bool monitorTried_ = false;
 
-    std::optional<Time> beganAt_;  ///< begun, and the adapter has not said so yet
-    bool denies_ = false;          ///< and has not for too long
-    bool calling_ = false;         ///< an answer is to come
-    std::uint64_t epoch_ = 0;      ///< answers of a former one are of no interest
+    std::optional<Time> beganAt_;  ///< when it was started, while the adapter has not said so
+    bool denies_ = false;          ///< the adapter has not said so for too long
+    bool calling_ = false;         ///< an answer is pending
+    std::uint64_t epoch_ = 0;      ///< raised with each adapter: answers of a former one are ignored
     std::optional<Time> pauseEnds_;
     std::optional<Time> endedAt_;  ///< since when the adapter says that it does not discover
-    std::optional<Time> watchAt_;  ///< when to look whether something was heard
-    Time lastHeard_{0};            ///< or the begin of the discovery
-    bool hasRun_ = false;          ///< since the wish came
-    bool quiet_ = false;           ///< nothing was heard for as long as the limit says, and nothing since
-    int failures_ = 0;             ///< one after another
+    std::optional<Time> watchAt_;  ///< when the watchdog checks whether something was heard
+    Time lastHeard_{0};            ///< or the start of the discovery
+    bool hasRun_ = false;          ///< since it was wanted
+    bool quiet_ = false;           ///< the watchdog has found silence, which lasts
+    int failures_ = 0;             ///< since the last success
     BackOff pause_{firstPause, longestPause};
     BackOff quietLimits_{quietLimit, longestQuietLimit};
-    Time patience_ = quietLimit;  ///< the limit that counts now
-    Condition condition_ = Condition::well;
+    Time patience_ = quietLimit;  ///< how long a silence the watchdog allows now
+    DiscoveryState state_ = DiscoveryState::well;
     Failure failure_;
 };
 

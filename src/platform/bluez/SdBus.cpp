@@ -10,18 +10,17 @@
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
-#include <system_error>
 
 namespace nearcast::bluez {
 
 namespace {
 
-constexpr const char* service = "org.bluez";
 constexpr const char* driver = "org.freedesktop.DBus";
 constexpr const char* driverPath = "/org/freedesktop/DBus";
 constexpr const char* noOwner = "org.freedesktop.DBus.Error.NameHasNoOwner";
-constexpr std::uint64_t answerLimit = 10'000'000;  // microseconds
-constexpr int mostMessages = 64;                   // at once, so that wishes and moments get their turn
+constexpr std::uint64_t answerLimit = 10'000'000;       // microseconds
+constexpr std::uint64_t availabilityLimit = 2'000'000;  // microseconds
+constexpr int mostMessages = 64;                        // at once, so that other work gets its turn
 
 constexpr const char* ownerRule =
     "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',interface='org.freedesktop.DBus',"
@@ -29,20 +28,9 @@ constexpr const char* ownerRule =
 constexpr const char* propertiesRule =
     "type='signal',sender='org.bluez',path_namespace='/org/bluez',interface='org.freedesktop.DBus.Properties',"
     "member='PropertiesChanged'";
-// They come from "/", outside of /org/bluez.
+// These come from "/", outside /org/bluez.
 constexpr const char* objectsRule =
     "type='signal',sender='org.bluez',path='/',interface='org.freedesktop.DBus.ObjectManager'";
-
-Failure failureOf(int result) {
-    const bool denied = result == -EACCES || result == -EPERM;
-    return {denied ? std::string(error::accessDenied) : "System.Error", std::generic_category().message(-result)};
-}
-
-std::optional<Failure> failureIn(sd_bus_message* reply) {
-    const sd_bus_error* const problem = sd_bus_message_get_error(reply);
-    if (problem == nullptr) return std::nullopt;
-    return Failure{problem->name == nullptr ? "" : problem->name, problem->message == nullptr ? "" : problem->message};
-}
 
 int appendFilter(sd_bus_message* message) {
     return sd_bus_message_append(message, "a{sv}", 3, "Transport", "s", "le", "DuplicateData", "b", 1, "RSSI", "n",
@@ -109,7 +97,7 @@ int SdBus::askForDaemon() {
     return result;
 }
 
-/// @param name bluetoothd's own name; empty: it is not there
+/// @param name bluetoothd's unique name; empty: it does not run
 void SdBus::setDaemon(std::string_view name) {
     if (daemonKnown_ && name == daemon_) return;
     const bool replaced = !daemon_.empty() && !name.empty();
@@ -175,7 +163,7 @@ void SdBus::call(const char* path, const char* interface, const char* member, Do
 }
 
 int SdBus::send(sd_bus_message* message, Call& call) {
-    sd_bus_message_set_auto_start(message, 0);  // whether bluetoothd runs is not for us to decide
+    sd_bus_message_set_auto_start(message, 0);  // starting bluetoothd is the administrator's decision
     sd_bus_slot* slot = nullptr;
     const int result = sd_bus_call_async(bus_.get(), &slot, message, onAnswer, &call, answerLimit);
     if (result >= 0) call.slot.reset(slot);
@@ -228,52 +216,16 @@ int SdBus::takeDevice(sd_bus_message* reply, const std::string& path) {
     return result;
 }
 
-void SdBus::propertiesChanged(sd_bus_message* signal) {
-    const char* changed = nullptr;
-    if (sd_bus_message_read_basic(signal, 's', &changed) < 0) return;
-    const std::string_view name(changed);
-    const char* const path = sd_bus_message_get_path(signal);
-    if (name == interface::device) {
-        if (readDevice(signal, news_) < 0) return;
-        // A reading that has just come is not invalid: of a report, this is the half that need not be read.
-        if (!news_.RSSI && readInvalidated(signal, news_) < 0) return;
-        listener_->deviceChanged(path, news_);
-    } else if (name == interface::adapter) {
-        AdapterNews news;
-        if (readAdapter(signal, news) >= 0) listener_->adapterChanged(path, news);
-    }
-}
-
-void SdBus::objectsChanged(sd_bus_message* signal) {
-    if (sd_bus_message_is_signal(signal, nullptr, "InterfacesRemoved") > 0) return interfacesRemoved(signal);
-    const char* path = nullptr;
-    if (sd_bus_message_is_signal(signal, nullptr, "InterfacesAdded") <= 0) return;
-    if (sd_bus_message_read_basic(signal, 'o', &path) < 0) return;
-    readInterfaces(signal, path, false, news_, *listener_);
-}
-
-void SdBus::interfacesRemoved(sd_bus_message* signal) {
-    const char* path = nullptr;
-    const char* removed = nullptr;
-    if (sd_bus_message_read_basic(signal, 'o', &path) < 0) return;
-    if (sd_bus_message_enter_container(signal, 'a', "s") < 0) return;
-    while (sd_bus_message_read_basic(signal, 's', &removed) > 0) {
-        const std::string_view name(removed);
-        if (name == interface::device) listener_->deviceRemoved(path);
-        if (name == interface::adapter) listener_->adapterRemoved(path);
-    }
-}
-
 int SdBus::onWatched(sd_bus_message* reply, void* self, sd_bus_error* /*error*/) noexcept {
     return inside(self, [&](SdBus& bus) {
-        if (const auto failure = failureIn(reply)) bus.lost_ = failure;
+        if (const auto failure = failureIn(sd_bus_message_get_error(reply))) bus.lost_ = failure;
     });
 }
 
 int SdBus::onOwner(sd_bus_message* reply, void* self, sd_bus_error* /*error*/) noexcept {
     return inside(self, [&](SdBus& bus) {
         const char* name = "";
-        const auto failure = failureIn(reply);
+        const auto failure = failureIn(sd_bus_message_get_error(reply));
         if (failure && failure->name != noOwner) {
             bus.lost_ = failure;
         } else if (failure || sd_bus_message_read_basic(reply, 's', &name) >= 0) {
@@ -292,23 +244,83 @@ int SdBus::onOwnerChanged(sd_bus_message* signal, void* self, sd_bus_error* /*er
 }
 
 int SdBus::onProperties(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) noexcept {
-    return inside(self, [&](SdBus& bus) { bus.propertiesChanged(signal); });
+    return inside(self, [&](SdBus& bus) {
+        const char* changed = nullptr;
+        if (sd_bus_message_read_basic(signal, 's', &changed) < 0) return;
+        const std::string_view name(changed);
+        const char* const path = sd_bus_message_get_path(signal);
+        if (name == interface::device) {
+            if (readDevice(signal, bus.news_) < 0) return;
+            // A reading that has just come is not invalid, so for a report the second half need not be read.
+            if (!bus.news_.RSSI && readInvalidated(signal, bus.news_) < 0) return;
+            bus.listener_->deviceChanged(path, bus.news_);
+        } else if (name == interface::adapter) {
+            AdapterNews news;
+            if (readAdapter(signal, news) >= 0) bus.listener_->adapterChanged(path, news);
+        }
+    });
 }
 
 int SdBus::onObjects(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) noexcept {
-    return inside(self, [&](SdBus& bus) { bus.objectsChanged(signal); });
+    return inside(self, [&](SdBus& bus) {
+        const char* path = nullptr;
+        if (sd_bus_message_is_signal(signal, nullptr, "InterfacesRemoved") > 0) {
+            readRemoved(signal, *bus.listener_);
+        } else if (sd_bus_message_is_signal(signal, nullptr, "InterfacesAdded") > 0 &&
+                   sd_bus_message_read_basic(signal, 'o', &path) >= 0) {
+            readInterfaces(signal, path, false, bus.news_, *bus.listener_);
+        }
+    });
 }
 
 int SdBus::onAnswer(sd_bus_message* reply, void* call, sd_bus_error* /*error*/) noexcept {
     Call& answered = *static_cast<Call*>(call);
     return inside(answered.bus, [&](SdBus& bus) {
-        auto failure = failureIn(reply);
+        auto failure = failureIn(sd_bus_message_get_error(reply));
         if (!failure && answered.read != nullptr) {
             const int result = (bus.*answered.read)(reply, answered.path);
             if (result < 0) failure = failureOf(result);
         }
         bus.finish(answered, failure);
     });
+}
+
+namespace {
+
+/// Calls a method of the bus itself, with bluetoothd's name as its argument or without one.
+/// @return null where it failed
+MessagePointer ask(sd_bus* bus, const char* method, bool aboutService) {
+    sd_bus_message* answer = nullptr;
+    const int result = aboutService
+                           ? sd_bus_call_method(bus, driver, driverPath, driver, method, nullptr, &answer, "s", service)
+                           : sd_bus_call_method(bus, driver, driverPath, driver, method, nullptr, &answer, nullptr);
+    return MessagePointer(result < 0 ? nullptr : answer);
+}
+
+bool runs(sd_bus* bus) {
+    const MessagePointer answer = ask(bus, "NameHasOwner", true);
+    int owned = 0;
+    return answer && sd_bus_message_read(answer.get(), "b", &owned) > 0 && owned != 0;
+}
+
+bool canBeStarted(sd_bus* bus) {
+    const MessagePointer answer = ask(bus, "ListActivatableNames", false);
+    if (!answer || sd_bus_message_enter_container(answer.get(), 'a', "s") < 0) return false;
+    const char* name = nullptr;
+    while (sd_bus_message_read(answer.get(), "s", &name) > 0) {
+        if (std::string_view(name) == service) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+bool isBluetoothdAvailable() noexcept {
+    sd_bus* opened = nullptr;
+    if (sd_bus_open_system(&opened) < 0) return false;
+    const BusPointer bus(opened);
+    sd_bus_set_method_call_timeout(bus.get(), availabilityLimit);
+    return runs(bus.get()) || canBeStarted(bus.get());
 }
 
 }  // namespace nearcast::bluez

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "platform/NSLog.h"
-#include "platform/bluez/Moment.h"
-#include "platform/bluez/SdBusPointers.h"
+#include "platform/bluez/SdMessage.h"
 #include "platform/bluez/SdMonitor.h"
 #include "platform/bluez/SystemBus.h"
+#include "platform/radio/BackOff.h"
 
 #include <list>
 #include <memory>
@@ -16,11 +16,11 @@
 
 namespace nearcast::bluez {
 
-/// The system bus by sd-bus; DBUS_SYSTEM_BUS_ADDRESS says where it is, as everywhere. It never blocks: whoever drives
-/// it waits for `descriptor` and calls `process`. One thread at a time.
+/// The system bus through sd-bus, at DBUS_SYSTEM_BUS_ADDRESS or its usual place. It never blocks: who drives it waits
+/// for `descriptor` and calls `process`, which is where the listener and each `Done` are called. One thread at a time.
 class SdBus : public SystemBus {
 public:
-    /// @param console where exceptions of the listener's go; lives longer
+    /// @param console for exceptions of the listener; lives longer
     explicit SdBus(Console& console) : console_(console) {}
     ~SdBus() override { disconnect(); }
     SdBus(const SdBus&) = delete;
@@ -38,18 +38,18 @@ public:
 
     struct Taken {
         int messages = 0;
-        bool more = false;  ///< there may be more that waiting does not show
+        bool more = false;  ///< there may be more, already read, which `poll` does not show
     };
 
     /// Takes what has come and tells the listener.
-    /// @param all a bounded number of messages, and not one alone. To find that there is no other costs a system call
-    ///            more, which is only well spent where there often is
+    /// @param all a bounded number of messages instead of one. Finding that there is no other costs one more system
+    ///            call, which pays only where there often is
     Taken process(bool all);
     /// What to wait for (`poll`); -1 without a connection.
     [[nodiscard]] int descriptor() const;
     /// Which events to wait for.
     [[nodiscard]] short events() const;
-    /// In what time `process` is needed without an event; nothing: not at all.
+    /// After what time `process` is needed without an event; nothing: not at all.
     [[nodiscard]] std::optional<Time> left() const;
 
 private:
@@ -57,7 +57,7 @@ private:
     struct Call {
         SdBus* bus = nullptr;
         Done done;
-        Read read = nullptr;  ///< takes the answer's content; null: there is none
+        Read read = nullptr;  ///< reads what the answer holds; null: it holds nothing
         std::string path;
         SlotPointer slot;
     };
@@ -72,12 +72,9 @@ private:
     void finish(Call& call, const std::optional<Failure>& failure);
     int takeObjects(sd_bus_message* reply, const std::string& path);
     int takeDevice(sd_bus_message* reply, const std::string& path);
-    void propertiesChanged(sd_bus_message* signal);
-    void objectsChanged(sd_bus_message* signal);
-    void interfacesRemoved(sd_bus_message* signal);
     void tellFailed();
 
-    /// Runs what a callback of sd-bus does; nothing that it throws gets into sd-bus.
+    /// Runs what a callback of sd-bus does, and catches what it throws.
     template <class Work>
     static int inside(void* self, Work&& work) noexcept;
     static int onWatched(sd_bus_message* reply, void* self, sd_bus_error* error) noexcept;
@@ -92,12 +89,16 @@ private:
     BusPointer bus_;
     std::vector<SlotPointer> slots_;
     std::list<Call> calls_;
-    std::vector<std::pair<Done, Failure>> failed_;  ///< calls that could not be sent, not told yet
-    std::optional<Failure> lost_;                   ///< why the connection is of no use
-    std::string daemon_;                            ///< bluetoothd's own name; empty: it is not there
+    std::vector<std::pair<Done, Failure>> failed_;  ///< calls that could not be sent; `process` tells
+    std::optional<Failure> lost_;                   ///< why the connection is to be closed
+    std::string daemon_;                            ///< bluetoothd's unique name; empty: it does not run
     bool daemonKnown_ = false;
     SdMonitor monitor_{daemon_, [this] { listener_->monitorReleased(); }};
-    DeviceNews news_;  ///< used again and again
+    DeviceNews news_;  ///< memory that is used again
 };
+
+/// Whether bluetoothd runs, or the bus can start it. Asks the system bus and waits for its answers, two seconds each at
+/// most. From any thread.
+[[nodiscard]] bool isBluetoothdAvailable() noexcept;
 
 }  // namespace nearcast::bluez

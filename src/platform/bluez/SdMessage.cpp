@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/bluez/SdMessage.h"
 
-#include <utility>
+#include <cerrno>
+#include <system_error>
 
 namespace nearcast::bluez {
 
@@ -23,7 +24,7 @@ int readEntries(sd_bus_message* message, const char* array, const char* entry, R
     return result < 0 ? result : sd_bus_message_exit_container(message);
 }
 
-/// Calls `read` inside of a variant that holds `contents`; one that holds something else is skipped.
+/// Calls `read` inside a variant that holds `contents`; one that holds something else is skipped.
 template <class Read>
 int readVariant(sd_bus_message* message, const char* contents, Read&& read) {
     int result = sd_bus_message_enter_container(message, 'v', contents);
@@ -82,15 +83,26 @@ int readManufacturers(sd_bus_message* message, DeviceNews& news) {
     });
 }
 
+/// Calls `take` for each text of an `as`.
+template <class Take>
+int readTexts(sd_bus_message* message, Take&& take) {
+    int result = sd_bus_message_enter_container(message, 'a', "s");
+    const char* text = nullptr;
+    while (result >= 0 && (result = sd_bus_message_read_basic(message, 's', &text)) > 0) take(std::string_view(text));
+    return result < 0 ? result : sd_bus_message_exit_container(message);
+}
+
 int readServices(sd_bus_message* message, DeviceNews& news) {
     return readVariant(message, "as", [&] {
         news.hasServices = true;
-        int result = sd_bus_message_enter_container(message, 'a', "s");
-        const char* text = nullptr;
-        while (result >= 0 && (result = sd_bus_message_read_basic(message, 's', &text)) > 0) {
-            news.services.emplace_back(text);
-        }
-        return result < 0 ? result : sd_bus_message_exit_container(message);
+        return readTexts(message, [&](std::string_view text) { news.services.push_back(text); });
+    });
+}
+
+int readRoles(sd_bus_message* message, AdapterNews& news) {
+    return readVariant(message, "as", [&] {
+        news.central = false;
+        return readTexts(message, [&](std::string_view role) { news.central = *news.central || role == "central"; });
     });
 }
 
@@ -126,6 +138,8 @@ int readDeviceProperty(sd_bus_message* message, std::string_view name, DeviceNew
 int readAdapterProperty(sd_bus_message* message, std::string_view name, AdapterNews& news) {
     if (name == "Powered") return readBoolean(message, news.powered);
     if (name == "Discovering") return readBoolean(message, news.discovering);
+    if (name == "Roles") return readRoles(message, news);
+    if (name == "Address") return readText(message, [&](std::string_view text) { news.address = text; });
     if (name == "PowerState") {
         return readText(message, [&](std::string_view text) { news.powerState = powerStateOf(text); });
     }
@@ -133,6 +147,16 @@ int readAdapterProperty(sd_bus_message* message, std::string_view name, AdapterN
 }
 
 }  // namespace
+
+Failure failureOf(int result) {
+    const bool denied = result == -EACCES || result == -EPERM;
+    return {denied ? std::string(error::accessDenied) : "System.Error", std::generic_category().message(-result)};
+}
+
+std::optional<Failure> failureIn(const sd_bus_error* error) {
+    if (error == nullptr || sd_bus_error_is_set(error) == 0) return std::nullopt;
+    return Failure{error->name, error->message == nullptr ? "" : error->message};
+}
 
 int readAdapter(sd_bus_message* message, AdapterNews& news) {
     return readProperties(message, [&](std::string_view name) { return readAdapterProperty(message, name, news); });
@@ -144,16 +168,11 @@ int readDevice(sd_bus_message* message, DeviceNews& news) {
 }
 
 int readInvalidated(sd_bus_message* message, DeviceNews& news) {
-    int result = sd_bus_message_enter_container(message, 'a', "s");
-    const char* name = nullptr;
-    while (result >= 0 && (result = sd_bus_message_read_basic(message, 's', &name)) > 0) {
-        if (std::string_view(name) == "RSSI") news.noMoreRSSI = true;
-    }
-    return result < 0 ? result : sd_bus_message_exit_container(message);
+    return readTexts(message, [&](std::string_view name) { news.noMoreRSSI = news.noMoreRSSI || name == "RSSI"; });
 }
 
 int readInterfaces(sd_bus_message* message, std::string_view path, bool listed, DeviceNews& news,
-                   SystemBusListener& listener) {
+                   ObjectListener& listener) {
     AdapterNews adapter;
     bool isAdapter = false;
     bool isDevice = false;
@@ -180,11 +199,21 @@ int readInterfaces(sd_bus_message* message, std::string_view path, bool listed, 
     return result;
 }
 
-int readObjects(sd_bus_message* message, DeviceNews& news, SystemBusListener& listener) {
+int readObjects(sd_bus_message* message, DeviceNews& news, ObjectListener& listener) {
     return readEntries(message, "{oa{sa{sv}}}", "oa{sa{sv}}", [&] {
         const char* path = nullptr;
         const int result = sd_bus_message_read_basic(message, 'o', &path);
         return result < 0 ? result : readInterfaces(message, path, true, news, listener);
+    });
+}
+
+int readRemoved(sd_bus_message* message, SystemBusListener& listener) {
+    const char* path = nullptr;
+    const int result = sd_bus_message_read_basic(message, 'o', &path);
+    if (result < 0) return result;
+    return readTexts(message, [&](std::string_view name) {
+        if (name == interface::device) listener.deviceRemoved(path);
+        if (name == interface::adapter) listener.adapterRemoved(path);
     });
 }
 

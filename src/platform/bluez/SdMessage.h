@@ -5,13 +5,23 @@
 
 #include <systemd/sd-bus.h>
 
-#include <functional>
+#include <memory>
+#include <optional>
 #include <string_view>
 
 namespace nearcast::bluez {
 
-// Reading BlueZ's messages where they lie: texts and octets of what is read point into the message. Each function
-// returns a negative errno where the message is not what it should be.
+struct SdBusDeleter {
+    /// Drops what has not been sent yet, because waiting for that could take forever.
+    void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
+    void operator()(sd_bus_slot* slot) const noexcept { sd_bus_slot_unref(slot); }
+    void operator()(sd_bus_message* message) const noexcept { sd_bus_message_unref(message); }
+};
+using BusPointer = std::unique_ptr<sd_bus, SdBusDeleter>;
+using SlotPointer = std::unique_ptr<sd_bus_slot, SdBusDeleter>;
+using MessagePointer = std::unique_ptr<sd_bus_message, SdBusDeleter>;
+
+inline constexpr const char* service = "org.bluez";
 
 namespace interface {
 inline constexpr const char* adapter = "org.bluez.Adapter1";
@@ -21,6 +31,15 @@ inline constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager
 inline constexpr const char* properties = "org.freedesktop.DBus.Properties";
 }  // namespace interface
 
+/// What a negative errno of sd-bus says.
+Failure failureOf(int result);
+/// The error that a reply holds; nothing where the call succeeded.
+/// @param error as sd-bus has it, or null
+std::optional<Failure> failureIn(const sd_bus_error* error);
+
+// These read BlueZ's messages in place: texts and octets of what is read point into the message. Each returns a
+// negative errno where the message is not what it should be.
+
 /// Reads `a{sv}` of an Adapter1.
 int readAdapter(sd_bus_message* message, AdapterNews& news);
 /// Reads `a{sv}` of a Device1. Of several companies' data those of the dongles' company are taken, else the first.
@@ -29,10 +48,12 @@ int readDevice(sd_bus_message* message, DeviceNews& news);
 int readInvalidated(sd_bus_message* message, DeviceNews& news);
 /// Reads `a{sa{sv}}`, an object's interfaces, and tells the listener of them.
 /// @param listed whether it comes from a list, and not because the object has come
-/// @param news   room that is used again
+/// @param news   memory that is used again
 int readInterfaces(sd_bus_message* message, std::string_view path, bool listed, DeviceNews& news,
-                   SystemBusListener& listener);
+                   ObjectListener& listener);
 /// Reads `a{oa{sa{sv}}}`, all objects, and tells the listener of them.
-int readObjects(sd_bus_message* message, DeviceNews& news, SystemBusListener& listener);
+int readObjects(sd_bus_message* message, DeviceNews& news, ObjectListener& listener);
+/// Reads `oas`, an object and its interfaces that have gone, and tells the listener of them.
+int readRemoved(sd_bus_message* message, SystemBusListener& listener);
 
 }  // namespace nearcast::bluez

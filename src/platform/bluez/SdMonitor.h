@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/bluez/SdBusPointers.h"
+#include "platform/bluez/SdMessage.h"
 
 #include <functional>
 #include <string>
@@ -9,20 +9,21 @@
 namespace nearcast::bluez {
 
 /// Our side of an advertisement monitor (BlueZ, doc/advertisement-monitor-api.txt): an application root with an object
-/// manager and, below it, one monitor for manufacturer data of the dongles' company. What the monitor finds is of no
-/// interest, for the reports come as signals of the devices; that it exists is what makes the kernel ask for every
-/// report.
+/// manager and, below it, one monitor for manufacturer data of the dongles' company. What the monitor finds is
+/// ignored, since the reports come as signals of the devices. It is registered because its existence makes the kernel
+/// ask the controller for every report.
 class SdMonitor {
 public:
     static constexpr const char* root = "/org/nearcast/monitors";
 
-    /// Puts the objects on the bus, on which they stay as long as this lives.
-    /// @param released called when bluetoothd lets go of the monitor
+    /// @param daemon   bluetoothd's unique name; lives longer
+    /// @param released called when bluetoothd releases the monitor
     SdMonitor(const std::string& daemon, std::function<void()> released)
         : daemon_(daemon), released_(std::move(released)) {}
     SdMonitor(const SdMonitor&) = delete;
     SdMonitor& operator=(const SdMonitor&) = delete;
 
+    /// Puts the objects on the bus, until `forget`.
     /// @return a negative errno where that fails
     int exportOn(sd_bus* bus);
     void forget();
@@ -36,7 +37,7 @@ private:
                         sd_bus_message* reply, void* self, sd_bus_error* error) noexcept;
     static const sd_bus_vtable methods[];
 
-    const std::string& daemon_;  ///< bluetoothd's name on the bus, the only one who may call
+    const std::string& daemon_;  ///< the only one on the bus who may call
     const std::function<void()> released_;
     SlotPointer manager_;
     SlotPointer object_;

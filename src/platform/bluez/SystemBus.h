@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace nearcast::bluez {
@@ -33,11 +34,14 @@ inline constexpr std::string_view failed = "org.bluez.Error.Failed";
 /// `PowerState` of an adapter, which BlueZ has since 5.66 as an experimental property and always since 5.68.
 enum class PowerState { off, on, turningOff, turningOn, blocked, unknown };
 
-/// What a message says of `org.bluez.Adapter1`; what it does not mention is absent.
+/// What a message says of `org.bluez.Adapter1`; what it does not mention is absent. Texts are valid during the call
+/// that brings them.
 struct AdapterNews {
     std::optional<bool> powered;
     std::optional<bool> discovering;
     std::optional<PowerState> powerState;
+    std::optional<bool> central = std::nullopt;              ///< its `Roles` have "central": it can scan
+    std::optional<std::string_view> address = std::nullopt;  ///< "XX:XX:XX:XX:XX:XX"
 };
 
 /// What a message says of `org.bluez.Device1`; what it does not mention is absent. Texts and octets are valid during
@@ -57,60 +61,73 @@ struct DeviceNews {
     bool hasServices = false;
     std::vector<std::string_view> services;  ///< UUIDs as texts, where `hasServices`
 
-    /// As new, its memory kept.
-    void clear();
+    /// As new, but the memory of the services is kept.
+    void clear() {
+        std::vector<std::string_view> room = std::move(services);
+        room.clear();
+        *this = DeviceNews();
+        services = std::move(room);
+    }
 };
 
-/// Whom a bus tells what happens. Called from `SystemBus::process` alone; paths are valid during the call.
-class SystemBusListener {
+/// Who is told of the objects that BlueZ shows. Paths are valid during the call.
+class ObjectListener {
 public:
-    virtual ~SystemBusListener() = default;
-    /// The connection broke, or did not come about; `connect` makes another one.
-    virtual void busLost(const Failure& failure) = 0;
-    /// Whether bluetoothd is there: told after the connecting, and whenever it changes. One that was replaced by
-    /// another is told as gone and come.
-    virtual void daemonChanged(bool there) = 0;
+    virtual ~ObjectListener() = default;
     /// An adapter that is listed, or has come.
     virtual void adapterAdded(std::string_view path, const AdapterNews& news) = 0;
-    virtual void adapterChanged(std::string_view path, const AdapterNews& news) = 0;
-    virtual void adapterRemoved(std::string_view path) = 0;
     /// The adapter takes advertisement monitors.
     virtual void monitorsOffered(std::string_view adapter) = 0;
     /// A device that is listed: BlueZ knows it, from now or from long ago.
     virtual void deviceListed(std::string_view path, const DeviceNews& news) = 0;
     virtual void deviceAdded(std::string_view path, const DeviceNews& news) = 0;
+};
+
+/// Who is told what happens on the bus. Called on the thread that drives the bus, while it takes messages, and never
+/// from inside an operation of `SystemBus`.
+class SystemBusListener : public ObjectListener {
+public:
+    /// The connection broke, or was not made; `connect` makes another one.
+    virtual void busLost(const Failure& failure) = 0;
+    /// Whether bluetoothd runs: told after connecting, and whenever it changes. One that was replaced by another is
+    /// told as gone and come.
+    virtual void daemonChanged(bool there) = 0;
+    virtual void adapterChanged(std::string_view path, const AdapterNews& news) = 0;
+    virtual void adapterRemoved(std::string_view path) = 0;
     virtual void deviceChanged(std::string_view path, const DeviceNews& news) = 0;
     virtual void deviceRemoved(std::string_view path) = 0;
-    /// bluetoothd has let go of our advertisement monitor.
+    /// bluetoothd has released our advertisement monitor.
     virtual void monitorReleased() = 0;
 };
 
-/// How a call ended: nothing where it went well. Called from `SystemBus::process`, once; after `disconnect` not at all.
+/// How a call ended: no failure where it succeeded. Called once, when the listener may be; after `disconnect` not at
+/// all.
 using Done = std::function<void(const std::optional<Failure>& failure)>;
 
-/// The system bus as this radio needs it: BlueZ's objects in, a handful of calls out, all of them asynchronous. One
-/// thread at a time.
+/// The system bus as this radio needs it: BlueZ's objects in, a handful of asynchronous calls out. One thread at a
+/// time.
 class SystemBus {
 public:
     virtual ~SystemBus() = default;
 
-    /// Begins to connect; whether bluetoothd is there is told afterwards.
+    /// Starts to connect; whether bluetoothd runs is told afterwards.
     /// @param listener lives until `disconnect`
-    /// @return why it cannot even begin
+    /// @return why not even the start succeeded
     virtual std::optional<Failure> connect(SystemBusListener& listener) = 0;
-    /// Lets go of the connection; calls that are under way end untold.
+    /// Closes the connection; pending calls never call their `done`.
     virtual void disconnect() = 0;
 
-    /// Has all objects of BlueZ told (`adapterAdded`, `monitorsOffered`, `deviceListed`) before `done`.
+    /// Tells the listener of all objects of BlueZ (`adapterAdded`, `monitorsOffered`, `deviceListed`), then calls
+    /// `done`.
     virtual void listObjects(Done done) = 0;
-    /// Has one device told (`deviceListed`) before `done`.
+    /// Tells the listener of one device (`deviceListed`), then calls `done`.
     virtual void listDevice(std::string_view path, Done done) = 0;
     /// Sets the filter that brings every report: low energy only, duplicates, any signal.
     virtual void setDiscoveryFilter(const std::string& adapter, Done done) = 0;
     virtual void startDiscovery(const std::string& adapter, Done done) = 0;
     virtual void stopDiscovery(const std::string& adapter, Done done) = 0;
-    /// Registers a monitor for what dongles advertise: while one is, the kernel has the controller pass on every
-    /// report.
+    /// Registers a monitor for what dongles advertise: while one is registered, the kernel makes the controller pass on
+    /// every report.
     virtual void registerMonitor(const std::string& adapter, Done done) = 0;
     virtual void unregisterMonitor(const std::string& adapter, Done done) = 0;
 };

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/factory/PlatformFactory.h"
 
-#include "platform/bluez/ThreadedBluezRadio.h"
+#include "platform/bluez/BluezRadio.h"
 #include "platform/factory/AutomaticRadio.h"
 #include "platform/factory/TimelineDrive.h"
-#include "platform/hci/HciOptions.h"
+#include "platform/hci/HciKernel.h"
 #include "platform/hci/HciRadio.h"
-#include "platform/hci/KernelHciPort.h"
 #include "platform/json/JSONSerialization.h"
 #include "platform/radio/NoRadio.h"
 #include "platform/radio/RadioString.h"
@@ -47,9 +46,9 @@ void install(OpenedPlatform& opened, std::unique_ptr<TimelineBackEnd> platform, 
 }
 
 void openReplay(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
-    auto replay = ReplayOptions::parse(radio);
+    auto replay = replay::ReplayOptions::parse(radio);
     auto pace = paceFor(replay.speed, radio, options);
-    install(opened, std::make_unique<ReplayPlatform>(*opened.console, JSON, std::move(pace), std::move(replay)),
+    install(opened, std::make_unique<replay::ReplayPlatform>(*opened.console, JSON, std::move(pace), std::move(replay)),
             options);
 }
 
@@ -70,16 +69,17 @@ OpenedRadio openRadio(const RadioString& radio, CBCentralManagerDelegate& delega
         return std::make_unique<bluez::ThreadedBluezRadio>(delegate, console, monitor, radio.argument);
     }
     if (radio.kind == "hci") {
-        HciTarget target = parseHciTarget(radio);
-        target.program = ownProgram();
-        return std::make_unique<HciRadio>(delegate, console, monitor, std::make_unique<KernelHciPort>(), target);
+        hci::HciTarget target = hci::parseHciTarget(radio);
+        target.program = hci::ownProgram();
+        return std::make_unique<hci::ThreadedHciRadio>(delegate, console, monitor,
+                                                       std::make_unique<hci::KernelHciPort>(), target);
     }
     return std::make_unique<NoRadio>(delegate, console, monitor);
 }
 
 /// What `auto` means on this machine at this moment, said on the console where it is not what one expects.
 RadioString chooseRadio(Console& console) {
-    const std::string chosen = automaticRadio(RadiosAtHand::ofThisMachine());
+    const std::string chosen = automaticRadio(AvailableRadios::ofThisMachine());
     if (chosen == "none") {
         console.NSLog("There is no Bluetooth radio on this machine; going on without one.");
     } else if (chosen != "bluez") {
@@ -90,7 +90,7 @@ RadioString chooseRadio(Console& console) {
 
 void openSystem(OpenedPlatform& opened, const RadioString& radio, const PlatformOptions& options) {
     Console& console = *opened.console;
-    if (radio.kind == "hci") parseHciTarget(radio);  // what is wrong with it is said now
+    if (radio.kind == "hci") hci::parseHciTarget(radio);  // what is wrong with it is said now
     const auto open = [&console, radio](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
         return openRadio(radio.kind == "auto" ? chooseRadio(console) : radio, delegate, console, monitor);
     };

@@ -17,13 +17,16 @@
 #include <fstream>
 #include <system_error>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
 constexpr std::uint32_t upFlag = 1U << 0;         // HCI_UP
 constexpr std::size_t lowEnergyFeatureOctet = 4;  // Core Specification, Volume 2, Part C, 3.3: bit 38
 constexpr std::uint8_t lowEnergyFeature = 0x40;
+// capabilities(7): bit numbers.
+constexpr unsigned netAdminBit = 12;
+constexpr unsigned netRawBit = 13;
 
 std::string_view busName(unsigned bus) {
     constexpr std::array<std::string_view, 12> names = {"virtual", "USB", "PC Card", "UART", "RS-232", "PCI",
@@ -31,7 +34,7 @@ std::string_view busName(unsigned bus) {
     return bus < names.size() ? names[bus] : "unknown";
 }
 
-/// A socket to ask the kernel with; it is bound to nothing.
+/// An unbound socket for questions to the kernel.
 class AskingSocket {
 public:
     AskingSocket() : socket_(socket(kernel::bluetoothFamily, SOCK_RAW | SOCK_CLOEXEC, kernel::hciProtocol)) {
@@ -90,7 +93,7 @@ HciBlock hciBlock(std::string_view name, const std::string& controllers) {
     HciBlock block;
     std::error_code none;
     const std::filesystem::path folder = std::filesystem::path(controllers) / name;
-    // Unplugged meanwhile, it may end with an error: then there is nothing more to read.
+    // A controller that is unplugged meanwhile ends this with an error.
     std::filesystem::directory_iterator entry(folder, none);
     for (; !none && entry != std::filesystem::directory_iterator(); entry.increment(none)) {
         if (!entry->path().filename().string().starts_with("rfkill")) continue;
@@ -123,4 +126,22 @@ std::optional<HciAdapter> hciAdapter(int index, int& error) {
     return adapter;
 }
 
-}  // namespace nearcast
+Capabilities ownCapabilities(const std::string& status) {
+    std::ifstream file(status);
+    std::string word;
+    while (file >> word) {
+        if (word != "CapEff:") continue;
+        unsigned long long effective = 0;
+        if (!(file >> std::hex >> effective)) break;
+        return {(effective >> netAdminBit & 1) != 0, (effective >> netRawBit & 1) != 0};
+    }
+    return {};
+}
+
+std::string ownProgram() {
+    std::error_code unknown;
+    const auto path = std::filesystem::read_symlink("/proc/self/exe", unknown);
+    return unknown ? "PROGRAM" : path.string();
+}
+
+}  // namespace nearcast::hci

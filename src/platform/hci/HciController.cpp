@@ -6,7 +6,7 @@
 #include <system_error>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -25,23 +25,22 @@ constexpr Bit extendedScanParametersCommand{37, 5};
 constexpr Bit extendedScanEnableCommand{37, 6};
 
 // Volume 4, Part E, 7.3.1: what is on after a reset, and LE Meta.
-const hci::Command setEventMask{hci::setEventMask, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x1F, 0x00, 0x20}};
+const Command everyEvent{setEventMask, {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0x1F, 0x00, 0x20}};
 // 7.8.1: LE Advertising Report, and LE Extended Advertising Report where the controller knows of it.
-const hci::Command reportEvents{hci::leSetEventMask, {0x02, 0, 0, 0, 0, 0, 0, 0}};
-const hci::Command extendedReportEvents{hci::leSetEventMask, {0x02, 0x10, 0, 0, 0, 0, 0, 0}};
+const Command reportEvents{leSetEventMask, {0x02, 0, 0, 0, 0, 0, 0, 0}};
+const Command extendedReportEvents{leSetEventMask, {0x02, 0x10, 0, 0, 0, 0, 0, 0}};
 // 7.3.79: a controller of both kinds takes its host for one without Low Energy until it is told.
-const hci::Command supportLE{hci::writeLEHostSupport, {0x01, 0x00}};
+const Command supportLE{writeLEHostSupport, {0x01, 0x00}};
 
 // 7.8.10 and 7.8.64: passive; a window as long as the interval, 60 ms, so that it listens all the time; own address
 // public (it is never sent); every advertiser; on the 1M PHY, where the dongles are.
-const hci::Command parameters{hci::leSetScanParameters, {0x00, 0x60, 0x00, 0x60, 0x00, 0x00, 0x00}};
-const hci::Command extendedParameters{hci::leSetExtendedScanParameters,
-                                      {0x00, 0x00, 0x01, 0x00, 0x60, 0x00, 0x60, 0x00}};
+const Command parameters{leSetScanParameters, {0x00, 0x60, 0x00, 0x60, 0x00, 0x00, 0x00}};
+const Command extendedParameters{leSetExtendedScanParameters, {0x00, 0x00, 0x01, 0x00, 0x60, 0x00, 0x60, 0x00}};
 // 7.8.11 and 7.8.65: duplicates are not filtered; without an end.
-const hci::Command enable{hci::leSetScanEnable, {0x01, 0x00}};
-const hci::Command disable{hci::leSetScanEnable, {0x00, 0x00}};
-const hci::Command extendedEnable{hci::leSetExtendedScanEnable, {0x01, 0x00, 0, 0, 0, 0}};
-const hci::Command extendedDisable{hci::leSetExtendedScanEnable, {0x00, 0x00, 0, 0, 0, 0}};
+const Command enable{leSetScanEnable, {0x01, 0x00}};
+const Command disable{leSetScanEnable, {0x00, 0x00}};
+const Command extendedEnable{leSetExtendedScanEnable, {0x01, 0x00, 0, 0, 0, 0}};
+const Command extendedDisable{leSetExtendedScanEnable, {0x00, 0x00, 0, 0, 0, 0}};
 
 std::string inHex(const char* format, unsigned value) {
     std::array<char, 32> text{};
@@ -61,9 +60,9 @@ void HciController::start(Time now) {
     room_ = true;
     due_.reset();
     scans_ = false;
-    add({hci::reset, {}});
-    add({hci::readLocalSupportedFeatures, {}});
-    add({hci::readLocalSupportedCommands, {}}, true);
+    add({reset, {}});
+    add({readLocalSupportedFeatures, {}});
+    add({readLocalSupportedCommands, {}}, true);
     advance(now);
 }
 
@@ -85,7 +84,7 @@ void HciController::queueScan() {
     add(extended_ ? extendedEnable : enable);
 }
 
-/// Does the next step, where nothing is under way.
+/// Does the next step, unless one is pending.
 void HciController::advance(Time now) {
     if (!lives() || underWay_) return;
     if (steps_.empty()) {
@@ -101,7 +100,7 @@ void HciController::advance(Time now) {
 }
 
 void HciController::send(Time now) {
-    const hci::Command& command = steps_.front().command;
+    const Command& command = steps_.front().command;
     if (const int error = send_(command.packet())) {
         return fail("took no " + nameOf(command.opcode) + ": " + std::generic_category().message(error));
     }
@@ -111,11 +110,11 @@ void HciController::send(Time now) {
 
 void HciController::received(std::span<const std::uint8_t> event, Time now) {
     if (!lives()) return;
-    if (event.size() >= 3 && event[0] == hci::hardwareErrorEvent) {
+    if (event.size() >= 3 && event[0] == hardwareErrorEvent) {
         return fail("reported " + inHex("hardware error 0x%02X", event[2]));
     }
-    hci::Answer answer;
-    if (!hci::readAnswer(event, answer)) return;
+    Answer answer;
+    if (!readAnswer(event, answer)) return;
     room_ = answer.room > 0;
     if (room_ && !underWay_) due_.reset();
     if (underWay_ && answer.complete && answer.opcode == steps_.front().command.opcode) {
@@ -125,13 +124,13 @@ void HciController::received(std::span<const std::uint8_t> event, Time now) {
     }
 }
 
-void HciController::answered(const hci::Answer& answer, Time now) {
+void HciController::answered(const Answer& answer, Time now) {
     const Step step = std::move(steps_.front());
     steps_.pop_front();
     underWay_ = false;
     due_.reset();
     if (!room_) due_ = now + answerLimit;
-    if (answer.status == hci::success) {
+    if (answer.status == success) {
         learn(answer);
     } else if (step.mayFail) {
         learn({.opcode = answer.opcode, .returned = {}});
@@ -141,10 +140,10 @@ void HciController::answered(const hci::Answer& answer, Time now) {
     advance(now);
 }
 
-/// Takes from an answer what it tells of the controller; from one without content, that it tells nothing.
-void HciController::learn(const hci::Answer& answer) {
-    if (answer.opcode == hci::readLocalSupportedCommands) learnCommands(answer.returned);
-    if (answer.opcode != hci::readLocalSupportedFeatures || lowEnergy.in(answer.returned)) return;
+/// Learns from an answer what the controller has. An answer without content says that it has nothing of it.
+void HciController::learn(const Answer& answer) {
+    if (answer.opcode == readLocalSupportedCommands) learnCommands(answer.returned);
+    if (answer.opcode != readLocalSupportedFeatures || lowEnergy.in(answer.returned)) return;
     phase_ = Phase::unsuited;
     failure_ = "is a controller without Bluetooth Low Energy";
     due_.reset();
@@ -152,7 +151,7 @@ void HciController::learn(const hci::Answer& answer) {
 
 void HciController::learnCommands(std::span<const std::uint8_t> commands) {
     extended_ = extendedScanParametersCommand.in(commands) && extendedScanEnableCommand.in(commands);
-    add(setEventMask);
+    add(everyEvent);
     if (writeLEHostSupportCommand.in(commands)) add(supportLE, true);
     add(extended_ ? extendedReportEvents : reportEvents);
 }
@@ -160,7 +159,7 @@ void HciController::learnCommands(std::span<const std::uint8_t> commands) {
 void HciController::tick(Time now) {
     if (!due_ || now < *due_) return;
     if (underWay_) return fail("did not answer " + nameOf(steps_.front().command.opcode));
-    // It never said that it has room again; it may have forgotten to.
+    // It should have said that it has room again; perhaps that was lost.
     due_.reset();
     room_ = true;
     advance(now);
@@ -172,4 +171,4 @@ void HciController::fail(std::string why) {
     due_.reset();
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

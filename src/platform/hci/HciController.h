@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/hci/HciPacket.h"
+#include "platform/radio/BackOff.h"
 
 #include <chrono>
 #include <cstdint>
@@ -11,79 +12,78 @@
 #include <span>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::hci {
 
-/// The talk with a controller that is ours alone: it is reset, asked what it can, and told to scan passively, without a
-/// pause and with duplicates (Core Specification, Volume 4, Part E, 3 and 7.8). One command is under way at a time, and
-/// each has to be answered in time.
+/// The dialogue with a controller that is ours alone: it is reset, asked for its features, and made to scan passively,
+/// all the time and with duplicates (Core Specification, Volume 4, Part E, 3 and 7.8). One command is pending at a
+/// time, and each has a deadline for its answer.
 ///
-/// Pure logic: no thread, no operating system; time is passed in. Not for several threads at once.
+/// It has no clock, no thread and no operating system: the time is passed in. Not for several threads at once.
 class HciController {
 public:
-    using Time = std::chrono::nanoseconds;
     /// Sends a packet. @return 0, or why it could not be sent as `errno` has it
     using Send = std::function<int(std::span<const std::uint8_t> packet)>;
 
     enum class Phase {
-        idle,      ///< nothing has been begun
+        idle,      ///< not started
         starting,  ///< it is being set up
-        ready,     ///< it does as it is told
+        ready,     ///< it takes commands
         failed,    ///< it refused, or does not answer: see `failure`
-        unsuited,  ///< it cannot Bluetooth Low Energy
+        unsuited,  ///< it has no Bluetooth Low Energy
     };
 
-    /// How long an answer may take.
+    /// The deadline of an answer.
     static constexpr Time answerLimit = std::chrono::seconds(2);
 
     explicit HciController(Send send) : send_(std::move(send)) {}
 
-    /// Sets the controller up from its reset on, whatever it did before. The scan that is wished for is kept.
+    /// Sets the controller up, from its reset on. Whether a scan is wanted stays as it was.
     void start(Time now);
     /// Makes the controller scan or not, soon.
     void setScan(bool wanted, Time now);
-    /// Begins a running scan again.
+    /// Restarts a running scan.
     void restartScan(Time now);
-    /// Takes an event: event code, parameter length, parameters. Those that are no answers are passed over.
+    /// Takes an event: event code, parameter length, parameters. Those that are no answers are ignored.
     void received(std::span<const std::uint8_t> event, Time now);
-    /// Notices what has not come in time.
+    /// Checks the deadline.
     void tick(Time now);
     /// When `tick` is needed next.
     [[nodiscard]] std::optional<Time> due() const { return due_; }
 
     [[nodiscard]] Phase phase() const { return phase_; }
-    /// What went wrong, to be read after the controller's name: "did not answer ...".
+    /// What went wrong, worded to follow the controller's name: "did not answer ...".
     [[nodiscard]] const std::string& failure() const { return failure_; }
-    /// The controller has been told to scan, and has agreed.
+    /// The controller has confirmed that it scans.
     [[nodiscard]] bool scanning() const { return phase_ == Phase::ready && scans_ && steps_.empty(); }
 
 private:
     struct Step {
-        hci::Command command;
+        Command command;
         bool mayFail = false;
     };
 
-    /// Something can be asked of it.
+    /// It takes commands, or is being set up.
     [[nodiscard]] bool lives() const { return phase_ == Phase::starting || phase_ == Phase::ready; }
     void advance(Time now);
     void send(Time now);
-    void answered(const hci::Answer& answer, Time now);
-    void learn(const hci::Answer& answer);
+    void answered(const Answer& answer, Time now);
+    void learn(const Answer& answer);
     void learnCommands(std::span<const std::uint8_t> commands);
     void queueScan();
     void queueDisable();
     void fail(std::string why);
-    void add(hci::Command command, bool mayFail = false) { steps_.push_back({std::move(command), mayFail}); }
+    void add(Command command, bool mayFail = false) { steps_.push_back({std::move(command), mayFail}); }
 
     const Send send_;
     Phase phase_ = Phase::idle;
     std::string failure_;
-    std::deque<Step> steps_;  ///< what is still to be done; the first may be under way
+    std::deque<Step> steps_;  ///< what is still to be done; the first may be pending
     bool underWay_ = false;
     bool room_ = true;         ///< the controller takes a command
-    std::optional<Time> due_;  ///< by then it answers, or makes room
+    std::optional<Time> due_;  ///< the deadline of its answer, or of its room for a command
     bool extended_ = false;    ///< it has the commands for extended scanning, which forbid the others
-    bool wanted_ = false;      ///< the scan that is wished for
-    bool scans_ = false;       ///< the scan that the steps lead to
+    bool wanted_ = false;      ///< a scan is wanted
+    bool scans_ = false;       ///< it scans once the steps are done
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/hci/HciPort.h"
+
 #include <sys/ioctl.h>
 
 #include <cstddef>
 #include <cstdint>
 
-/// What the kernel's Bluetooth sockets are asked with (include/net/bluetooth/{bluetooth,hci,hci_sock}.h of Linux).
-/// These headers are not installed with the kernel's others, and a library for a page of numbers is one dependency too
-/// many.
-namespace nearcast::kernel {
+/// Numbers and structures of the kernel's Bluetooth sockets (include/net/bluetooth/{bluetooth,hci,hci_sock}.h of
+/// Linux). Those headers are not installed with the kernel's others, and a page of numbers is not worth a library.
+namespace nearcast::hci::kernel {
 
 inline constexpr int bluetoothFamily = 31;  // AF_BLUETOOTH
 inline constexpr int hciProtocol = 1;       // BTPROTO_HCI
@@ -51,4 +52,16 @@ static_assert(offsetof(DeviceList, devices) == 4 && sizeof(DeviceList::Device) =
 inline constexpr unsigned long getDeviceList = _IOR('H', 210, int);  // HCIGETDEVLIST
 inline constexpr unsigned long getDeviceInfo = _IOR('H', 211, int);  // HCIGETDEVINFO
 
-}  // namespace nearcast::kernel
+}  // namespace nearcast::hci::kernel
+
+namespace nearcast::hci {
+
+/// The kernel of this machine.
+class KernelHciPort : public HciPort {
+public:
+    Opened open(int index, HciAccess access) override;
+    Asked adapter(int index) override;
+    [[nodiscard]] Capabilities capabilities() const override { return ownCapabilities(); }
+};
+
+}  // namespace nearcast::hci

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/hciformat/ByteReader.h"
+
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -53,7 +56,7 @@ struct Answer {
     std::uint16_t opcode = 0;
     std::uint8_t status = success;
     std::span<const std::uint8_t> returned;  ///< what follows the status; valid as long as the event
-    bool complete = true;                    ///< false: the command has only been begun
+    bool complete = true;                    ///< false: the command has only been started
     std::uint8_t room = 0;                   ///< how many commands may be sent now
 };
 
@@ -61,6 +64,23 @@ struct Answer {
 /// @param event event code, parameter length, parameters
 /// @return whether it is one of them, and whole. A Command Complete without parameters (that of no command, which only
 ///         tells the room) has the status 0
-bool readAnswer(std::span<const std::uint8_t> event, Answer& answer);
+inline bool readAnswer(std::span<const std::uint8_t> event, Answer& answer) {
+    ByteReader header(event);
+    const std::uint8_t code = header.u8();
+    const std::size_t length = header.u8();
+    if (code != commandCompleteEvent && code != commandStatusEvent) return false;
+    ByteReader parameters(header.take(std::min(length, header.left())));
+    answer = {};
+    if (code == commandStatusEvent) {
+        answer.status = parameters.u8();
+        answer.complete = answer.status != success;
+    }
+    answer.room = parameters.u8();
+    answer.opcode = parameters.u16();
+    if (parameters.failed()) return false;
+    if (code == commandCompleteEvent && parameters.left() > 0) answer.status = parameters.u8();
+    answer.returned = parameters.rest();
+    return true;
+}
 
 }  // namespace nearcast::hci

@@ -9,32 +9,44 @@
 
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::hci {
 
-HciRadio::HciRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
-                   std::unique_ptr<HciPort> port, const HciTarget& target)
-    : HciReceiver(delegate, console, monitor, std::move(port), target) {
-    const SignalsBlocked blocked;
-    thread_ = std::thread([this] { loop(); });
-    pthread_setname_np(thread_.native_handle(), "nearcast-radio");
+HciRadio::HciRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, HciPort& port,
+                   const HciTarget& target, std::function<void()> wake)
+    : Radio(delegate, console, monitor, HciSession::beginning(target).state, HciSession::beginning(target).why),
+      wake_(std::move(wake)),
+      session_(port, target, *this) {}
+
+// The wish is read here and never passed on by `scanChanged`: whatever two threads want at once, the last one counts in
+// both places.
+void HciRadio::pass(Time now) {
+    session_.want(scanning());
+    session_.pass(now);
 }
 
-HciRadio::~HciRadio() {
+ThreadedHciRadio::ThreadedHciRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
+                                   std::unique_ptr<HciPort> kernel, const HciTarget& target)
+    : RadioParts{std::move(kernel), {}},
+      HciRadio(delegate, console, monitor, *port, target, [this] { wakeUp.wake(); }) {
+    const SignalsBlocked blocked;
+    thread_ = std::thread([this] { run(); });
+    pthread_setname_np(thread_.native_handle(), "nearcast-hci");
+}
+
+ThreadedHciRadio::~ThreadedHciRadio() {
     ending_ = true;
-    wakeUp_.wake();
+    wakeUp.wake();
     thread_.join();
 }
 
-void HciRadio::scanChanged(const std::optional<Scan>& /*scan*/) { wakeUp_.wake(); }
-
-void HciRadio::loop() {
+void ThreadedHciRadio::run() noexcept {
     while (!ending_) {
-        guarded(console(), "the radio", [this] { run(SystemClock::now()); });
-        wakeUp_.setAlarm(due());
-        wakeUp_.wait(descriptor());
-        wakeUp_.takeAlarm();
-        wakeUp_.takeWake();
+        guarded(console(), "the radio", [this] { pass(SystemClock::now()); });
+        wakeUp.setAlarm(due());
+        wakeUp.wait(descriptor());
+        wakeUp.takeAlarm();
+        wakeUp.takeWake();
     }
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

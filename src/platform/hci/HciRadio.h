@@ -1,37 +1,70 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/hci/HciReceiver.h"
+#include "platform/hci/HciSession.h"
+#include "platform/radio/Radio.h"
 #include "platform/system/WakeUp.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <thread>
 
-namespace nearcast {
+namespace nearcast::hci {
 
-/// The radio on a controller of this machine, with a thread of its own that reads it and calls the delegate.
-///
-/// Starting and stopping never block. It is not destroyed from inside a callback.
-class HciRadio final : public HciReceiver {
+/// The radio of an HCI session: passes the scan that is wanted from the application's threads to the one that runs the
+/// session, and what the session tells to the manager. It has no thread of its own; reports and changes of state come
+/// on the thread that calls `pass`.
+class HciRadio : public Radio {
 public:
-    /// Returns at once; the state is unknown until the controller has been tried.
-    /// @param delegate, console, monitor live longer than the radio
-    /// @throws std::system_error when the system gives no descriptors or no thread
-    HciRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, std::unique_ptr<HciPort> port,
-             const HciTarget& target);
-    /// Gives the controller back, and waits for a callback that is under way.
-    ~HciRadio() override;
-    HciRadio(const HciRadio&) = delete;
-    HciRadio& operator=(const HciRadio&) = delete;
+    /// @param delegate, console, monitor, port live longer
+    /// @param wake makes `pass` be called soon; from any thread
+    HciRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, HciPort& port,
+             const HciTarget& target, std::function<void()> wake);
+
+    /// @name For the one thread that runs it
+    /// @{
+    /// Does everything that is due; the time never goes back.
+    void pass(Time now);
+    /// When `pass` is needed, unless the descriptor is readable or `wake` is called sooner.
+    [[nodiscard]] std::optional<Time> due() const { return session_.due(); }
+    /// @copydoc HciSession::descriptor
+    [[nodiscard]] int descriptor() const { return session_.descriptor(); }
+    /// @}
 
 private:
-    void scanChanged(const std::optional<Scan>& scan) override;
-    void loop();
+    void scanChanged(const std::optional<Scan>& /*scan*/) override { wake_(); }
 
-    WakeUp wakeUp_;
+    const std::function<void()> wake_;
+    HciSession session_;
+};
+
+/// What the radio uses; constructed before it and destroyed after it.
+struct RadioParts {
+    std::unique_ptr<HciPort> port;
+    WakeUp wakeUp;
+};
+
+/// The radio behind `hci`: a session with a controller of this machine, on a thread of its own, which also calls the
+/// manager. Starting and stopping a scan never block.
+class ThreadedHciRadio final : private RadioParts, public HciRadio {
+public:
+    /// Returns at once; the state is unknown until the controller has been tried.
+    /// @param delegate, console, monitor live longer
+    /// @throws std::system_error when the system gives no descriptors or no thread
+    ThreadedHciRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
+                     std::unique_ptr<HciPort> kernel, const HciTarget& target);
+    /// Releases the controller and waits for a callback that is running; so not from inside one.
+    ~ThreadedHciRadio() override;
+    ThreadedHciRadio(const ThreadedHciRadio&) = delete;
+    ThreadedHciRadio& operator=(const ThreadedHciRadio&) = delete;
+
+private:
+    void run() noexcept;
+
     std::atomic<bool> ending_{false};
     std::thread thread_;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

@@ -3,12 +3,11 @@
 
 #include "platform/hciformat/AdStructures.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -20,7 +19,7 @@ constexpr const char* quietBeside =
 
 }  // namespace
 
-HciSession::HciSession(HciPort& port, HciTarget target, HciSessionListener& listener)
+HciSession::HciSession(HciPort& port, HciTarget target, SessionListener& listener)
     : port_(port),
       target_(std::move(target)),
       listener_(listener),
@@ -28,47 +27,45 @@ HciSession::HciSession(HciPort& port, HciTarget target, HciSessionListener& list
       controller_(
           [this](std::span<const std::uint8_t> packet) { return socket_ ? socket_->write(packet) : ENOTCONN; }) {}
 
-HciCondition HciSession::beginning(const HciTarget& target) {
+RadioCondition HciSession::beginning(const HciTarget& target) {
     return {CBManagerStateUnknown, target.name() + " is being started"};
 }
 
-void HciSession::run(Time now, bool scanWanted) {
-    wish(now, scanWanted);
-    if (socket_ && now - lastRun_ > longestGap) wakeUp(now);
-    lastRun_ = now;
-    if (!socket_ && (!tryAt_ || now >= *tryAt_)) open(now);
+void HciSession::pass(Time now) {
+    takeWish(now);
+    if (socket_ && now - lastPass_ > longestGap) wakeUp(now);
+    lastPass_ = now;
+    if (!socket_ && (!openAt_ || now >= *openAt_)) open(now);
     if (socket_ && now >= askAt_) ask(now);
     if (socket_) read(now);
     if (socket_) follow(now);
     if (socket_) watch(now);
 }
 
-void HciSession::wish(Time now, bool scanWanted) {
-    if (scanWanted) {
+void HciSession::takeWish(Time now) {
+    if (wanted_) {
         scans_ = true;
         endScan_.reset();
     } else if (scans_ && !endScan_) {
-        endScan_ = now + lingering;
+        endScan_ = now + linger;
     } else if (endScan_ && now >= *endScan_) {
         scans_ = false;
         endScan_.reset();
-        if (listens()) become({CBManagerStatePoweredOn, ""});  // a quiet that was told has ended too
+        if (listens()) become({CBManagerStatePoweredOn, ""});  // a silence that was told has ended too
     }
 }
 
-HciSession::Time HciSession::due() const {
-    Time first = socket_ ? askAt_ : tryAt_.value_or(Time::min());
-    if (endScan_) first = std::min(first, *endScan_);
-    if (!socket_) return first;
-    if (alone() && controller_.due()) first = std::min(first, *controller_.due());
-    if (quiet_.due()) first = std::min(first, *quiet_.due());
-    return first;
+std::optional<Time> HciSession::due() const {
+    std::optional<Time> earliest = socket_ ? askAt_ : openAt_.value_or(Time::min());
+    takeEarlier(earliest, endScan_);
+    if (!socket_) return earliest;
+    if (alone()) takeEarlier(earliest, controller_.due());
+    takeEarlier(earliest, quiet_.due());
+    return earliest;
 }
 
-/// The next try is set before anything can go wrong.
 void HciSession::open(Time now) {
-    tryAt_ = now + wait_;
-    wait_ = std::min(wait_ * 2, longestWait);
+    openAt_ = now + pause_.next();  // before anything can throw
     const HciPort::Asked asked = port_.adapter(target_.index);
     if (const auto reason = obstacle(target_, asked)) {
         unsuited_ = false;
@@ -82,7 +79,7 @@ void HciSession::open(Time now) {
     events_ = HciEvents();
     proven_ = false;
     if (!alone()) return listening(now);
-    // Before it has first been ready that is not yet known; later it is a way back.
+    // Before the controller was ready for the first time, the state is still unknown.
     if (condition_.state != CBManagerStateUnknown && condition_.state != CBManagerStateResetting) {
         become({CBManagerStateResetting, target_.name() + " is being started"});
     }
@@ -95,12 +92,12 @@ void HciSession::wakeUp(Time now) {
     if (scans_) listener_.scanRestarted();
 }
 
-/// Asks whether the controller is still there, and for a raw socket whether it is on.
+/// Asks whether the controller is still there, and for a raw socket whether it is switched on.
 void HciSession::ask(Time now) {
     askAt_ = now + askInterval;
     const HciPort::Asked asked = port_.adapter(target_.index);
-    if (!asked.adapter && asked.error != ENODEV) return;  // nothing could be learnt
-    if (asked.adapter && alone()) return;                 // nobody can switch it off or block it while it is ours
+    if (!asked.adapter && asked.error != ENODEV) return;  // the question itself failed
+    if (asked.adapter && alone()) return;                 // nobody else can switch it off while it is ours
     if (const auto reason = obstacle(target_, asked)) lose(now, *reason);
 }
 
@@ -117,24 +114,24 @@ void HciSession::read(Time now) {
 }
 
 void HciSession::take(std::span<const std::uint8_t> packet, Time now) {
-    if (packet[0] != hci::eventPacket) return;
+    if (packet[0] != eventPacket) return;
     const auto event = packet.subspan(1);
     const auto outcome = events_.read(event, [&](const RawReport& raw) { report(raw, now); });
     if (outcome == HciEvents::Outcome::other && alone()) controller_.received(event, now);
 }
 
 void HciSession::report(const RawReport& raw, Time now) {
-    if (!scans_) return;  // beside others reports come unasked
+    if (!scans_) return;  // beside others, reports come from their scans
     proven_ = true;
     quiet_.heard(now);
     if (!condition_.why.empty()) become({CBManagerStatePoweredOn, ""});
     AdvertisingReport report;
-    readReport(raw, report);  // what precedes a malformed structure is as good as any
+    readReport(raw, report);  // what precedes a malformed structure is good
     senders_.complete(report);
-    listener_.heard(report);
+    listener_.deliver(report);
 }
 
-/// Makes the controller do what is wished, and the condition what the controller is.
+/// Brings the controller into line with what is wanted, and the condition with what the controller is.
 void HciSession::follow(Time now) {
     if (!alone()) return;
     controller_.setScan(scans_, now);
@@ -161,8 +158,8 @@ void HciSession::listening(Time now) {
     become({CBManagerStatePoweredOn, ""});
 }
 
-/// What goes quiet alone is begun again: first the scan, then the whole controller. Beside others nothing is ours to
-/// begin.
+/// Against silence the scan is started again, and where that did not help, the whole controller. Beside others neither
+/// is ours to start.
 void HciSession::watch(Time now) {
     if (listens() && now - *listeningSince_ >= provenAfter) proven_ = true;
     quiet_.scan(scans_ && listens(), now);
@@ -178,23 +175,23 @@ void HciSession::watch(Time now) {
     listener_.scanRestarted();
 }
 
-void HciSession::lose(Time now, const HciCondition& condition) {
+void HciSession::lose(Time now, const RadioCondition& condition) {
     socket_.reset();
     listeningSince_.reset();
     quiet_.scan(false, now);
     if (proven_) {
-        wait_ = firstWait;
-        tryAt_.reset();
+        pause_.reset();
+        openAt_.reset();
     } else {
-        tryAt_ = now + wait_;
+        openAt_ = now + pause_.coming();
     }
     become(condition);
 }
 
-void HciSession::become(const HciCondition& condition) {
+void HciSession::become(const RadioCondition& condition) {
     if (condition == condition_) return;
     condition_ = condition;
     listener_.conditionChanged(condition_);
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

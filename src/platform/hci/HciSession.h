@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/hci/HciCondition.h"
 #include "platform/hci/HciController.h"
 #include "platform/hci/HciPort.h"
-#include "platform/hci/QuietWatch.h"
+#include "platform/hci/HciTarget.h"
 #include "platform/hciformat/HciEvents.h"
 #include "platform/hciformat/SenderMemory.h"
 #include "platform/radio/AdvertisingReport.h"
+#include "platform/radio/BackOff.h"
+#include "platform/radio/Radio.h"
 
 #include <chrono>
 #include <memory>
@@ -15,66 +16,56 @@
 #include <span>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::hci {
 
-/// What a session tells. It may not be run again from inside.
-class HciSessionListener {
-public:
-    virtual ~HciSessionListener() = default;
-    virtual void conditionChanged(const HciCondition& condition) = 0;
-    /// The scan was begun again without being asked for.
-    virtual void scanRestarted() = 0;
-    virtual void heard(const AdvertisingReport& report) = 0;
-};
-
-/// Keeps a way to a controller open, and the scan that is wished for running on it, through loss and return of both.
+/// Keeps a socket to a controller open, and the scan that is wanted running on it, through loss and return of both.
 ///
-/// What has been lost is tried again at once, and then less often, up to once a second: opening is the only question
-/// that tells absence, a block, another owner and missing rights apart, it needs no rights by itself, and it costs a
-/// few system calls. Every two seconds the kernel is asked whether the controller is still what it was, for a raw
-/// socket is not told when it is switched off.
+/// A socket that is lost is opened again at once, and then less and less often, down to once a second. Only opening
+/// tells absence, a block, another owner and missing rights apart; it needs no rights by itself and costs a few system
+/// calls. Every two seconds the kernel is asked whether the controller is still what it was, because a raw socket is
+/// not told when it is switched off.
 ///
-/// Pure logic: no thread; time is passed in, from any start. Not for several threads at once.
+/// It has no clock and no thread: `pass` brings the time, from any start, and `due` says when it next needs it. Not for
+/// several threads at once.
 class HciSession {
 public:
-    using Time = std::chrono::nanoseconds;
-
     static constexpr Time askInterval = std::chrono::seconds(2);
-    /// Waits between tries: doubled from the first to the longest.
-    static constexpr Time firstWait = std::chrono::milliseconds(250);
-    static constexpr Time longestWait = std::chrono::seconds(1);
-    /// A way that has lasted that long, or has brought a report, is tried again at once when it is lost.
+    static constexpr Time firstPause = std::chrono::milliseconds(250);
+    static constexpr Time longestPause = std::chrono::seconds(1);
+    /// A socket that was open for so long, or has brought a report, is opened again at once when it is lost.
     static constexpr Time provenAfter = std::chrono::seconds(5);
-    /// Without a run for that long the machine has slept: a controller may have forgotten what it was told.
+    /// After so long without a call of `pass` the machine has slept: the controller may have lost its settings.
     static constexpr Time longestGap = std::chrono::seconds(5);
-    /// A scan that is ended runs on that long, since many are begun again at once. What it brings in is not told.
-    static constexpr Time lingering = std::chrono::milliseconds(100);
+    /// For so long a scan that is no longer wanted goes on, because an application often renews its scan that way. Its
+    /// reports are still told; the radio drops them.
+    static constexpr Time linger = std::chrono::milliseconds(100);
 
     /// @param port, listener live longer
-    HciSession(HciPort& port, HciTarget target, HciSessionListener& listener);
+    HciSession(HciPort& port, HciTarget target, SessionListener& listener);
 
-    /// Does all that is to be done now: opens, reads what has come (some of it, where there is much), notices what has
-    /// not come.
-    /// @param scanWanted what the application wishes
-    void run(Time now, bool scanWanted);
-    /// When `run` is needed next, if nothing can be read sooner; a time that has passed means now.
-    [[nodiscard]] Time due() const;
-    /// Readable when `run` is needed; -1: there is nothing to wait for.
+    /// Whether a scan is wanted, from the next `pass` on.
+    void want(bool scan) noexcept { wanted_ = scan; }
+    /// Does everything that is due: opens, reads what has come (some of it, where there is much), checks what has not
+    /// come in time. The time never goes back.
+    void pass(Time now);
+    /// When `pass` is needed next if nothing can be read sooner; a time in the past means now.
+    [[nodiscard]] std::optional<Time> due() const;
+    /// Readable when `pass` is needed; -1: there is nothing to wait for.
     [[nodiscard]] int descriptor() const { return socket_ ? socket_->descriptor() : -1; }
 
-    [[nodiscard]] const HciCondition& condition() const { return condition_; }
-    /// What a session's condition is before its first run.
-    static HciCondition beginning(const HciTarget& target);
+    [[nodiscard]] CBManagerState state() const noexcept { return condition_.state; }
+    [[nodiscard]] const std::string& why() const noexcept { return condition_.why; }
+    /// The condition before the first `pass`.
+    static RadioCondition beginning(const HciTarget& target);
 
 private:
-    /// What a run reads at most before it looks at the time again.
-    static constexpr int mostPackets = 256;
-    // The air of a fair fits; a live radio should not remember for days.
+    static constexpr int mostPackets = 256;  ///< in one `pass`, before it looks at the time again
+    // Enough for the air of a fair; a live radio should not remember senders for days.
     static constexpr std::size_t mostSenders = 10'000;
     static constexpr std::size_t mostSenderOctets = std::size_t{8} << 20;
 
     [[nodiscard]] bool alone() const { return target_.access == HciAccess::alone; }
-    void wish(Time now, bool scanWanted);
+    void takeWish(Time now);
     void open(Time now);
     void ask(Time now);
     void wakeUp(Time now);
@@ -84,28 +75,29 @@ private:
     void follow(Time now);
     void watch(Time now);
     void listening(Time now);
-    void lose(Time now, const HciCondition& condition);
-    void become(const HciCondition& condition);
+    void lose(Time now, const RadioCondition& condition);
+    void become(const RadioCondition& condition);
     [[nodiscard]] bool listens() const { return listeningSince_.has_value(); }
 
     HciPort& port_;
     const HciTarget target_;
-    HciSessionListener& listener_;
-    HciCondition condition_;
+    SessionListener& listener_;
+    RadioCondition condition_;
     std::unique_ptr<HciSocket> socket_;
     HciController controller_;
     HciEvents events_;
     SenderMemory senders_{mostSenders, mostSenderOctets};
     QuietWatch quiet_;
-    bool scans_ = false;                  ///< there is to be a scan
-    std::optional<Time> endScan_;         ///< it ends then
-    std::optional<Time> listeningSince_;  ///< the way is open, and the controller ready
+    bool wanted_ = false;                 ///< the application wants a scan
+    bool scans_ = false;                  ///< a scan is to run: wanted, or lingering
+    std::optional<Time> endScan_;         ///< when the lingering ends
+    std::optional<Time> listeningSince_;  ///< the socket is open, and the controller ready
     bool unsuited_ = false;               ///< the controller was tried, and is of no use
-    bool proven_ = true;                  ///< the way was good for something
-    Time wait_ = firstWait;
-    std::optional<Time> tryAt_;  ///< nothing: at once
+    bool proven_ = true;                  ///< the socket was good for something
+    BackOff pause_{firstPause, longestPause};
+    std::optional<Time> openAt_;  ///< nothing: at once
     Time askAt_{0};
-    Time lastRun_{0};
+    Time lastPass_{0};
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

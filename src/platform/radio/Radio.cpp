@@ -64,4 +64,12 @@ void Radio::changeState(CBManagerState state, std::string why) {
     guarded(console_, "a change of the radio's state", [&] { delegate_.centralManagerDidUpdateState(*this); });
 }
 
+void Radio::conditionChanged(const RadioCondition& condition) {
+    if (condition.state == state()) {
+        monitor_.noteState(condition.state, condition.why);
+    } else {
+        changeState(condition.state, condition.why);
+    }
+}
+
 }  // namespace nearcast

@@ -15,10 +15,29 @@
 
 namespace nearcast {
 
-/// What all radios share: they remember the wish to scan and its filter, keep the state, and call the delegate in a way
-/// that nothing it throws gets out. A back end derives from it, overrides `scanChanged`, and feeds `deliver` and
-/// `changeState`.
-class Radio : public CBCentralManager {
+/// How a radio is, and why, for people: the reason is empty where the state says all.
+struct RadioCondition {
+    CBManagerState state = CBManagerStateUnknown;
+    std::string why;
+    friend bool operator==(const RadioCondition&, const RadioCondition&) = default;
+};
+
+/// What the session behind a radio tells it, on the thread that runs the session. It may not be run again from inside.
+class SessionListener {
+public:
+    virtual ~SessionListener() = default;
+    /// A report has been heard, whether a filter lets it pass or not; valid during the call.
+    virtual void deliver(const AdvertisingReport& report) = 0;
+    /// The state or its reason has changed.
+    virtual void conditionChanged(const RadioCondition& condition) = 0;
+    /// The scan was started again although the application did not ask for it.
+    virtual void scanRestarted() = 0;
+};
+
+/// What all radios share: they remember the scan that is wanted and its filter, keep the state, and catch what the
+/// delegate throws. A back end derives from it, overrides `scanChanged`, and calls `deliver` and `changeState`; one
+/// with a session behind it lets the session call, as its listener.
+class Radio : public CBCentralManager, protected SessionListener {
 public:
     /// @param delegate, console, monitor live longer than the radio
     /// @param why the reason of the state, for people; empty where the state says all
@@ -36,18 +55,17 @@ protected:
         ScanOptions options;
     };
 
-    /// The application wants another scan, or (nothing) none. Called on the application's thread after the wish has
-    /// been noted; what it throws passes to the application.
+    /// The application wants another scan, or (nothing) none. Called on the application's thread after that has been
+    /// noted; what it throws passes to the application.
     virtual void scanChanged(const std::optional<Scan>& scan);
 
-    /// A report has been heard: hands it to the delegate when a scan runs and its filter lets it pass.
-    void deliver(const AdvertisingReport& report);
+    /// Hands a report to the delegate when a scan runs and its filter lets the report pass.
+    void deliver(const AdvertisingReport& report) final;
     /// Notes the state and tells the delegate, also when it is the same again.
     void changeState(CBManagerState state, std::string why = {});
-    /// The state is the same, its reason another one: the delegate is not told.
-    void explainState(std::string why) { monitor_.noteState(state(), std::move(why)); }
-    /// The scan was begun again without the application asking.
-    void noteRestart() { monitor_.noteRestart(); }
+    /// Where the reason alone has changed, the delegate is not told.
+    void conditionChanged(const RadioCondition& condition) final;
+    void scanRestarted() final { monitor_.noteRestart(); }
     [[nodiscard]] bool scanning() const;
     [[nodiscard]] Console& console() const noexcept { return console_; }
 

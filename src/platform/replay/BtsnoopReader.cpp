@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -62,4 +62,4 @@ std::optional<Packet> BtsnoopReader::next() {
     return packet;
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

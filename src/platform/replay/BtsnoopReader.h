@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// The bytes that a btsnoop file begins with.
 inline constexpr std::array<std::uint8_t, 8> btsnoopMagic{'b', 't', 's', 'n', 'o', 'o', 'p', 0};
@@ -31,4 +31,4 @@ private:
     PacketKind kind_;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

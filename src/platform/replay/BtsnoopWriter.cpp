@@ -8,7 +8,7 @@
 #include <span>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -72,4 +72,4 @@ std::unique_ptr<RecordingWriter> makeBtsnoopWriter(RecordingWriter::Out out, std
     return std::make_unique<BtsnoopWriter>(std::move(out), begin);
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -64,4 +64,4 @@ void CaptureReader::add(const RawReport& raw) {
     ready_.emplace_back(std::move(recorded));
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

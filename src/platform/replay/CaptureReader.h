@@ -11,7 +11,7 @@
 #include <memory>
 #include <optional>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// Reads a recording out of captured packets.
 ///
@@ -38,4 +38,4 @@ private:
 /// The text with U+FFFD in place of every octet that is not part of well-formed UTF-8.
 std::string wellFormed(const std::string& text);
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

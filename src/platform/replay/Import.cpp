@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -39,4 +39,4 @@ ImportResult importRecording(RecordingReader& reader, const std::string& name, c
     return result;
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

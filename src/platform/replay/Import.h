@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// What came of an import.
 struct ImportResult {
@@ -31,4 +31,4 @@ ImportResult importRecording(const std::string& path, const RecordingOptions& op
 ImportResult importRecording(RecordingReader& reader, const std::string& name, const RecordingOptions& options,
                              const std::function<void(std::string_view line)>& out);
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

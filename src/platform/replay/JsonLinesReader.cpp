@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -61,4 +61,4 @@ std::optional<RecordedItem> JsonLinesReader::next() {
     return std::nullopt;
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

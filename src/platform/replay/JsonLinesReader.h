@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// Reads recordings in JSON Lines: `advertise`, `radio` and `end` lines of a scenario (see `lines::parseLine`).
 /// Times are as written. Any other line is damage.
@@ -27,4 +27,4 @@ private:
     std::chrono::microseconds previous_{0};
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

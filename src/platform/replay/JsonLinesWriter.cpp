@@ -3,7 +3,7 @@
 
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -49,4 +49,4 @@ std::unique_ptr<RecordingWriter> makeJsonLinesWriter(RecordingWriter::Out out) {
     return std::make_unique<JsonLinesWriter>(std::move(out));
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

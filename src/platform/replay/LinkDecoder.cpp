@@ -6,7 +6,7 @@
 #include <optional>
 #include <span>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -124,4 +124,4 @@ void LinkDecoder::read(const Packet& packet, const RawReportSink& sink) {
     }
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -6,7 +6,7 @@
 #include "platform/replay/LinkLayerReports.h"
 #include "platform/replay/PacketSource.h"
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// Finds the advertising reports in captured packets of any kind. Packets that hold none, that are cut, or whose
 /// checksum a sniffer found wrong, give none. Not for several threads at once.
@@ -20,4 +20,4 @@ private:
     LinkLayerReports linkLayer_;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

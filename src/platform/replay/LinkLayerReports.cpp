@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -167,4 +167,4 @@ void LinkLayerReports::finishUnlessMoreComes(const Extended& pdu, const LinkLaye
     sink(RawReport{whole.address, whole.addressType, whole.scanResponse, packet.RSSI, whole.data});
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -9,8 +9,10 @@
 #include <vector>
 
 namespace nearcast {
-
 class ByteReader;
+}
+
+namespace nearcast::replay {
 
 /// One link-layer packet as a sniffer heard it.
 struct LinkLayerPacket {
@@ -57,4 +59,4 @@ private:
     std::optional<Train> train_;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

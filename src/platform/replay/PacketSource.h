@@ -5,7 +5,7 @@
 #include <optional>
 #include <span>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// What the bytes of a captured packet are.
 enum class PacketKind {
@@ -42,4 +42,4 @@ public:
 /// What a link type of pcap and pcapng (www.tcpdump.org/linktypes.html) stands for.
 PacketKind packetKindOfLinkType(std::uint16_t linkType);
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

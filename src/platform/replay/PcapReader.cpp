@@ -5,7 +5,7 @@
 #include <array>
 #include <stdexcept>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -81,4 +81,4 @@ std::optional<Packet> PcapReader::next() {
     return packet;
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

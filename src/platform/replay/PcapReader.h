@@ -9,7 +9,7 @@
 #include <span>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// What the first four bytes of a pcap file say of the rest.
 struct PcapForm {
@@ -36,4 +36,4 @@ private:
     PacketKind kind_;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -49,4 +49,4 @@ std::int64_t PcapngClock::nanoseconds(std::uint64_t ticks) const {
     return (seconds + offset) * nanosecondsPerSecond + time.nanoseconds;
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

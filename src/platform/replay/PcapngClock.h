@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// What an interface of a pcapng file counts time in: the options if_tsresol and if_tsoffset.
 struct PcapngClock {
@@ -15,4 +15,4 @@ struct PcapngClock {
     [[nodiscard]] std::int64_t nanoseconds(std::uint64_t ticks) const;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -191,4 +191,4 @@ void PcapngReader::requireKnownLinkType() const {
                                                " is not known (known: 187, 201, 254, 256, 272)");
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// The bytes that a pcapng file begins with; the same in both byte orders.
 inline constexpr std::array<std::uint8_t, 4> pcapngMagic{0x0A, 0x0D, 0x0D, 0x0A};
@@ -66,4 +66,4 @@ private:
     std::optional<Foreign> foreign_;  // the first one, if it has not
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

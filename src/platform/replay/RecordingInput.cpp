@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -76,4 +76,4 @@ std::string_view RecordingInput::takeLine(std::size_t longest) {
     return {text, length};
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

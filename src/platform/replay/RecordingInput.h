@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// A recording's bytes from front to back, with as much read ahead as somebody asks to see at once. The views that it
 /// gives hold until the next call.
@@ -50,4 +50,4 @@ private:
     bool ended_ = false;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <string_view>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -36,4 +36,4 @@ std::optional<RecordedItem> itemOfNote(const Packet& packet, std::chrono::micros
     return state;
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 // In captures of the Linux monitor there is a packet for notes, which btmon shows as text and everybody else passes
 // over (BlueZ, doc/btsnoop.txt: opcode 12, System Note). What a capture has no packet for is written as such notes:
@@ -25,4 +25,4 @@ std::string noteOf(const RecordedEnd& end);
 /// @param at the packet's time
 std::optional<RecordedItem> itemOfNote(const Packet& packet, std::chrono::microseconds at);
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -41,4 +41,4 @@ void RecordingOptions::apply(RecordedReport& report) const {
     std::copy(report.report.address->begin(), report.report.address->end(), payload.begin() + 2);
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

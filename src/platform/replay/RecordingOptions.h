@@ -4,7 +4,7 @@
 #include "platform/radio/RadioString.h"
 #include "platform/replay/RecordingReader.h"
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// What is done to each report of a recording that was made without our dongles, so that it can be played to the
 /// manager all the same.
@@ -20,4 +20,4 @@ struct RecordingOptions {
     void apply(RecordedReport& report) const;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

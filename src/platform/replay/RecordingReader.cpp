@@ -15,7 +15,7 @@
 #include <system_error>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -138,4 +138,4 @@ std::unique_ptr<RecordingReader> openRecording(ByteSource source, const std::str
     return reader;
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

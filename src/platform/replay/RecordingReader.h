@@ -14,7 +14,7 @@
 #include <string>
 #include <variant>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// One advertisement of a recording.
 struct RecordedReport {
@@ -71,4 +71,4 @@ std::unique_ptr<RecordingReader> openRecording(const std::string& path);
 /// @param name what to call them in messages
 std::unique_ptr<RecordingReader> openRecording(ByteSource source, const std::string& name);
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

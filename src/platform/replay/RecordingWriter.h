@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// Writes a recording item by item, so that `openRecording` reads the same items again. What has been handed out at any
 /// moment is a whole recording: one that breaks off after any item can be played.
@@ -39,4 +39,4 @@ lines::Line lineOf(RecordedItem item);
 /// The line that an item is in JSON Lines, without its end.
 std::string recordedLine(RecordedItem item);
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

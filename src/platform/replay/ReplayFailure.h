@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// Why a recording ended before its end. From any thread.
 class ReplayFailure {
@@ -26,4 +26,4 @@ private:
     std::string text_ NEARCAST_GUARDED_BY(mutex_);
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

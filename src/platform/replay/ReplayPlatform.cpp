@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 ReplayOptions ReplayOptions::parse(const RadioString& radio) {
     return {.path = radio.argument, .speed = parseSpeed(radio), .recording = RecordingOptions::parse(radio)};
@@ -24,4 +24,4 @@ std::unique_ptr<CBCentralManager> ReplayPlatform::centralManager(CBCentralManage
                                          Recording{options_.path, std::move(reader), options_.recording}, failure_);
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

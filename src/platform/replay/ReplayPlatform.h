@@ -11,7 +11,7 @@
 #include <optional>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// What a radio string `replay:FILE?speed=...&as=...&services=...` asks for.
 struct ReplayOptions {
@@ -44,4 +44,4 @@ private:
     std::shared_ptr<ReplayFailure> failure_ = std::make_shared<ReplayFailure>();
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

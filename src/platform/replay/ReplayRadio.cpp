@@ -4,7 +4,7 @@
 #include <exception>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 ReplayRadio::ReplayRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
                          Timeline& timeline, Recording recording, std::shared_ptr<ReplayFailure> failure)
@@ -62,4 +62,4 @@ void ReplayRadio::happen(const RecordedState& state) { changeState(static_cast<C
 
 void ReplayRadio::happen(const RecordedEnd& /*end*/) {}
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

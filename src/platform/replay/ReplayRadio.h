@@ -12,7 +12,7 @@
 #include <optional>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// A recording to play.
 struct Recording {
@@ -65,4 +65,4 @@ private:
     bool ended_ = false;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

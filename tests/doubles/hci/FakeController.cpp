@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -39,7 +39,7 @@ Octets FakeController::answer(std::uint16_t opcode, std::uint8_t status, const O
 
 std::vector<Octets> FakeController::take(std::span<const std::uint8_t> packet) {
     ByteReader reader(packet);
-    if (reader.u8() != hci::commandPacket) return {};
+    if (reader.u8() != commandPacket) return {};
     const std::uint16_t opcode = reader.u16();
     const auto parameters = reader.take(reader.u8());
     commands_.push_back(opcode);
@@ -49,10 +49,10 @@ std::vector<Octets> FakeController::take(std::span<const std::uint8_t> packet) {
         failures_.erase(failure);
         return {answer(opcode, status)};
     }
-    if (opcode == hci::readLocalSupportedFeatures) {
+    if (opcode == readLocalSupportedFeatures) {
         return {answer(opcode, 0, little(0, 4) + little(lowEnergy ? 0x60U : 0x00U, 1) + little(0, 3))};
     }
-    if (opcode == hci::readLocalSupportedCommands) return {answer(opcode, 0, supportedCommands())};
+    if (opcode == readLocalSupportedCommands) return {answer(opcode, 0, supportedCommands())};
     return {answer(opcode, perform(opcode, parameters))};
 }
 
@@ -70,21 +70,20 @@ std::uint8_t FakeController::perform(std::uint16_t opcode, std::span<const std::
     const auto two = [&](std::size_t place) { return octet(place) | static_cast<unsigned>(octet(place + 1)) << 8; };
     switch (opcode) {
         case hci::reset: reset(); return 0;
-        case hci::setEventMask: eventMask_ = maskOf(parameters); return 0;
-        case hci::leSetEventMask: lowEnergyMask_ = maskOf(parameters); return 0;
-        case hci::writeLEHostSupport: hostHasLowEnergy_ = octet(0) == 1; return classic ? 0 : unknownCommand;
-        case hci::leSetScanParameters: return setParameters(Family::legacy, {octet(0), octet(6), two(1), two(3)});
-        case hci::leSetExtendedScanParameters:
-            return setParameters(Family::extended, {octet(3), octet(1), two(4), two(6)});
-        case hci::leSetScanEnable: return setEnable(Family::legacy, octet(0) == 1, octet(1) != 0);
-        case hci::leSetExtendedScanEnable: return setEnable(Family::extended, octet(0) == 1, octet(1) != 0);
+        case setEventMask: eventMask_ = maskOf(parameters); return 0;
+        case leSetEventMask: lowEnergyMask_ = maskOf(parameters); return 0;
+        case writeLEHostSupport: hostHasLowEnergy_ = octet(0) == 1; return classic ? 0 : unknownCommand;
+        case leSetScanParameters: return setParameters(Family::legacy, {octet(0), octet(6), two(1), two(3)});
+        case leSetExtendedScanParameters: return setParameters(Family::extended, {octet(3), octet(1), two(4), two(6)});
+        case leSetScanEnable: return setEnable(Family::legacy, octet(0) == 1, octet(1) != 0);
+        case leSetExtendedScanEnable: return setEnable(Family::extended, octet(0) == 1, octet(1) != 0);
         default: return unknownCommand;
     }
 }
 
 std::uint8_t FakeController::setParameters(Family family, const Parameters& parameters) {
     if (family == Family::extended && !extended) return unknownCommand;
-    if (scans_ || (family_ != Family::none && family_ != family)) return hci::commandDisallowed;
+    if (scans_ || (family_ != Family::none && family_ != family)) return commandDisallowed;
     family_ = family;
     parametersSet_ = true;
     parameters_ = parameters;
@@ -93,7 +92,7 @@ std::uint8_t FakeController::setParameters(Family family, const Parameters& para
 
 std::uint8_t FakeController::setEnable(Family family, bool enable, bool filter) {
     if (family == Family::extended && !extended) return unknownCommand;
-    if ((family_ != Family::none && family_ != family) || !parametersSet_) return hci::commandDisallowed;
+    if ((family_ != Family::none && family_ != family) || !parametersSet_) return commandDisallowed;
     scans_ = enable;
     filters_ = filter;
     reported_.clear();
@@ -119,4 +118,4 @@ std::optional<Octets> FakeController::hear(const LegacyReport& advertisement) {
     return hex("04") + extendedEvent({report});
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

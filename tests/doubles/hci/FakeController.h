@@ -10,7 +10,7 @@
 #include <span>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 /// A Low Energy controller that behaves: it answers the commands of a passive scan as the Core Specification has it,
 /// refuses those that come at the wrong time, and reports only what it has been told to report.
@@ -69,4 +69,4 @@ private:
     std::set<DeviceAddress> reported_;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 /// What the machine and the ways to it share.
 struct FakeHci::State {
@@ -265,4 +265,4 @@ void FakeHci::await(const std::function<bool(FakeController&)>& condition) {
     while (!condition(state_->controller)) state_->done.wait(lock.native());
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

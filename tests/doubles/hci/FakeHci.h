@@ -8,7 +8,7 @@
 #include <functional>
 #include <memory>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 /// A machine with one controller, hci0, and a kernel that treats it as Linux does. From any thread.
 class FakeHci {
@@ -57,4 +57,4 @@ private:
     std::shared_ptr<State> state_;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

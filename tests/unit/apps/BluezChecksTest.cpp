@@ -53,7 +53,7 @@ TEST_F(BluezChecks, AnAbsentDaemonIsAFault) {
 
 TEST_F(BluezChecks, ADaemonThatTheBusCanStartIsRemarkedUpon) {
     withoutDaemon();
-    machine_.reading.atHand = true;
+    machine_.reading.available = true;
     EXPECT_TRUE(says(checkDaemon(machine_).at(0), Level::remark, "the bus starts it", "systemctl enable"));
 }
 

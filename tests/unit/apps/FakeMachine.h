@@ -73,7 +73,7 @@ inline FakeMachine goodMachine() {
     machine.kernel.adapters = {controller(0)};
     machine.allowed = {true, true};
     machine.reading.bluetoothd = true;
-    machine.reading.atHand = true;
+    machine.reading.available = true;
     machine.reading.process = 412;
     machine.reading.adapters = {{"hci0", "02:4E:43:00:00:AA", true, false, true, true}};
     return machine;

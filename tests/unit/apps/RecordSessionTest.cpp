@@ -13,14 +13,14 @@ namespace {
 using std::chrono::microseconds;
 
 struct Kept {
-    std::vector<RecordedItem> items;
+    std::vector<replay::RecordedItem> items;
     bool full = false;
 };
 
-class KeepingWriter : public RecordingWriter {
+class KeepingWriter : public replay::RecordingWriter {
 public:
     explicit KeepingWriter(Kept& kept) : kept_(kept) {}
-    void write(const RecordedItem& item) override {
+    void write(const replay::RecordedItem& item) override {
         if (kept_.full) throw std::runtime_error("the disk is full");
         kept_.items.push_back(item);
     }
@@ -51,8 +51,8 @@ TEST_F(RecordSessionTest, ARadioThatIsPoweredOnFromTheBeginningNeedsNoWord) {
 TEST_F(RecordSessionTest, ARadioThatIsNotPoweredOnSaysSoFirst) {
     session_.begin(CBManagerStatePoweredOff);
     ASSERT_EQ(kept_.items.size(), 1U);
-    EXPECT_EQ(std::get<RecordedState>(kept_.items[0]).state, CBManagerStatePoweredOff);
-    EXPECT_EQ(std::get<RecordedState>(kept_.items[0]).at, microseconds(0));
+    EXPECT_EQ(std::get<replay::RecordedState>(kept_.items[0]).state, CBManagerStatePoweredOff);
+    EXPECT_EQ(std::get<replay::RecordedState>(kept_.items[0]).at, microseconds(0));
 }
 
 TEST_F(RecordSessionTest, AnotherReasonOfTheSameStateIsNoChange) {
@@ -67,7 +67,7 @@ TEST_F(RecordSessionTest, TimesNeverGoBack) {
     session_.changed(healthWith(CBManagerStateUnknown), microseconds(8));
     session_.end(microseconds(7));
     ASSERT_EQ(kept_.items.size(), 3U);
-    for (const RecordedItem& item : kept_.items) EXPECT_EQ(timeOf(item), microseconds(9));
+    for (const replay::RecordedItem& item : kept_.items) EXPECT_EQ(timeOf(item), microseconds(9));
 }
 
 TEST_F(RecordSessionTest, ADiskThatIsFullEndsItWithItsReason) {

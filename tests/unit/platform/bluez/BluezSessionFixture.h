@@ -7,7 +7,7 @@
 
 #include <chrono>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 /// A session, and a dongle that advertises ten times a second.
 class BluezSessionTest : public testing::Test {
@@ -27,4 +27,4 @@ protected:
     BluezBench bench;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/bluez/SdMessage.h"
 
-#include "platform/bluez/SdBusPointers.h"
-
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <functional>
 #include <vector>
 
@@ -170,6 +169,38 @@ TEST_F(SdMessageTest, ReadsAnAdapter) {
     EXPECT_EQ(news.powered, true);
     EXPECT_EQ(news.discovering, false);
     EXPECT_EQ(news.powerState, PowerState::blocked);
+    EXPECT_FALSE(news.central);
+    EXPECT_FALSE(news.address);
+}
+
+TEST_F(SdMessageTest, ReadsWhetherAnAdapterCanScan) {
+    const auto central = [this](const char* role) {
+        AdapterNews news;
+        auto* message = written([role](sd_bus_message* raw) {
+            sd_bus_message_append(raw, "a{sv}", 2, "Address", "s", "02:00:00:00:00:07", "Roles", "as", 2, role,
+                                  "peripheral");
+        });
+        EXPECT_GE(readAdapter(message, news), 0);
+        EXPECT_EQ(news.address, "02:00:00:00:00:07");
+        return news.central;
+    };
+    EXPECT_EQ(central("central"), true);
+    EXPECT_EQ(central("central-peripheral"), false);
+}
+
+TEST(SdFailure, HasTheNameOfTheError) {
+    EXPECT_FALSE(failureIn(nullptr));
+    const sd_bus_error none{};
+    EXPECT_FALSE(failureIn(&none));
+    const sd_bus_error denied = SD_BUS_ERROR_MAKE_CONST("org.freedesktop.DBus.Error.AccessDenied", "Rejected");
+    EXPECT_EQ(failureIn(&denied)->name, error::accessDenied);
+    EXPECT_EQ(failureIn(&denied)->message, "Rejected");
+}
+
+TEST(SdFailure, TellsAConnectionThatIsDeniedFromOthers) {
+    EXPECT_EQ(failureOf(-EACCES).name, error::accessDenied);
+    EXPECT_EQ(failureOf(-ENOENT).name, "System.Error");
+    EXPECT_EQ(failureOf(-ENOENT).message, "No such file or directory");
 }
 
 }  // namespace

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "unit/platform/bluez/BluezSessionFixture.h"
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 namespace {
 
 using namespace std::chrono_literals;
-using bluez::Discovery;
 
 class SessionRecovery : public BluezSessionTest {
 protected:
@@ -44,10 +43,10 @@ TEST_F(SessionRecovery, ScansAgainWhenTheAdapterIsPluggedInAgain) {
 }
 
 TEST_F(SessionRecovery, ScansAgainWhenABlockIsTakenAway) {
-    bench.rfkill.block = bluez::Block::soft;
+    bench.rfkill.block = Block::soft;
     bluez().power("hci0", false);
     bench.pass(20s);
-    bench.rfkill.block = bluez::Block::none;
+    bench.rfkill.block = Block::none;
     bluez().power("hci0", true);
     expectRecovery();
 }
@@ -82,8 +81,8 @@ TEST_F(SessionRecovery, ScansAgainWhenAnotherClientHasEndedTheDiscovery) {
 TEST_F(SessionRecovery, ScansAgainThoughTheFirstTryFails) {
     bluez().power("hci0", false);
     bench.settle();
-    bluez().failNext("SetDiscoveryFilter", bluez::error::notReady);
-    bluez().failNext("StartDiscovery", bluez::error::inProgress);
+    bluez().failNext("SetDiscoveryFilter", error::notReady);
+    bluez().failNext("StartDiscovery", error::inProgress);
     bluez().power("hci0", true);
     expectRecovery();
 }
@@ -159,4 +158,4 @@ TEST_F(SessionRecovery, KeepsUpThroughAHundredTroubles) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

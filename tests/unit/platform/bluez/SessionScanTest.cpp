@@ -3,12 +3,11 @@
 
 #include <algorithm>
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 namespace {
 
 using namespace std::chrono_literals;
-using bluez::Discovery;
 
 class SessionScan : public BluezSessionTest {};
 
@@ -24,6 +23,13 @@ TEST_F(SessionScan, PassesEveryReportOnOnce) {
     bench.pass(20s);
     EXPECT_EQ(bench.reports, bluez().reports());
     EXPECT_GE(bench.reports, 205);
+}
+
+TEST_F(SessionScan, TakesADeviceThatIsShownWithoutAReadingForNoReport) {
+    bluez().dongle(0).silent = true;
+    scan();
+    bluez().showUnheard(0);
+    EXPECT_EQ(bench.reportsIn(1s), 0);
 }
 
 TEST_F(SessionScan, SetsTheFilterBeforeItStarts) {
@@ -87,7 +93,7 @@ TEST_F(SessionScan, StartsAgainAfterAStop) {
 
 TEST_F(SessionScan, StopsInTheEndThoughBluetoothdIsBusy) {
     scan();
-    bluez().failAlways("StopDiscovery", bluez::error::inProgress);
+    bluez().failAlways("StopDiscovery", error::inProgress);
     bench.session.want(false);
     bench.pass(5s);
     bluez().failAlways("StopDiscovery", "");
@@ -96,7 +102,7 @@ TEST_F(SessionScan, StopsInTheEndThoughBluetoothdIsBusy) {
 }
 
 TEST_F(SessionScan, EndsAnOwnDiscoveryThatIsInTheWayOfTheStart) {
-    bluez().failNext("StartDiscovery", bluez::error::inProgress);
+    bluez().failNext("StartDiscovery", error::inProgress);
     scan();
     EXPECT_GE(bluez().count("StopDiscovery"), 1);
     EXPECT_TRUE(bluez().discovers("hci0"));
@@ -108,6 +114,14 @@ TEST_F(SessionScan, SaysWhyTheScanDoesNotStart) {
     scan();
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
     EXPECT_TRUE(says("the scan cannot be started: org.bluez.Error.Failed")) << why();
+}
+
+TEST_F(SessionScan, DoesNotSpeakOfAStartThatFailsOnce) {
+    bluez().failNext("StartDiscovery", "org.bluez.Error.Failed");
+    scan();
+    EXPECT_TRUE(bluez().discovers("hci0"));
+    ASSERT_EQ(bench.conditions.size(), 1U) << bench.conditions.back().why;
+    EXPECT_EQ(bench.conditions[0], (RadioCondition{CBManagerStatePoweredOn, ""}));
 }
 
 TEST_F(SessionScan, TriesAgainWithPausesThatGrowToTwoSeconds) {
@@ -134,6 +148,21 @@ TEST_F(SessionScan, HearsLittleOfAStrictControllerWithoutAMonitor) {
     bluez().beStrict();
     scan();
     EXPECT_LE(bench.reportsIn(20s), 3);
+}
+
+TEST(SessionOfOneOfManyAdapters, HearsNothingOfAnAdapterWhoseNameBeginsLikeItsOwn) {
+    BluezBench bench("hci1");
+    bench.bluez.plug("hci1");
+    bench.bluez.plug("hci10");
+    bench.bluez.discoverForAnother("hci10");
+    bench.bluez.place({.adapter = "hci10", .address = "02:00:00:00:00:10"});
+    bench.session.want(true);
+    bench.settle();
+    EXPECT_TRUE(bench.bluez.discovers("hci1"));
+    EXPECT_GT(bench.bluez.reports(), 5) << "the session is told of them";
+    EXPECT_EQ(bench.reports, 0);
+    bench.bluez.place({.adapter = "hci1", .address = "02:00:00:00:00:01"});
+    EXPECT_GE(bench.reportsIn(1s), 9);
 }
 
 class SessionWithMonitors : public BluezSessionTest {
@@ -201,4 +230,4 @@ TEST_F(SessionWithMonitors, RegistersAnotherWithTheNextScanWhenItIsReleased) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

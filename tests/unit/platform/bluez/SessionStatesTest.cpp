@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "unit/platform/bluez/BluezSessionFixture.h"
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 namespace {
 
 using namespace std::chrono_literals;
-using bluez::BluezSession;
-using bluez::PowerState;
 
 class SessionStates : public BluezSessionTest {};
 
@@ -24,7 +22,7 @@ TEST_F(SessionStates, IsPoweredOnWithAnAdapterThatIsOn) {
 
 TEST_F(SessionStates, TellsEachStateOnce) {
     bench.pass(60s);
-    EXPECT_EQ(bench.states.size(), 1U);
+    EXPECT_EQ(bench.conditions.size(), 1U);
 }
 
 TEST_F(SessionStates, IsUnknownWithoutASystemBus) {
@@ -35,7 +33,7 @@ TEST_F(SessionStates, IsUnknownWithoutASystemBus) {
 }
 
 TEST_F(SessionStates, IsUnauthorizedWhereTheBusLetsNobodyIn) {
-    bluez().breakBus({std::string(bluez::error::accessDenied), "Permission denied"});
+    bluez().breakBus({std::string(error::accessDenied), "Permission denied"});
     bench.settle();
     EXPECT_EQ(state(), CBManagerStateUnauthorized);
 }
@@ -55,20 +53,20 @@ TEST_F(SessionStates, IsUnsupportedWithoutAnAdapter) {
 }
 
 TEST_F(SessionStates, IsUnauthorizedWhereThePolicyForbidsToAsk) {
-    bluez().failAlways("GetManagedObjects", bluez::error::accessDenied);
+    bluez().failAlways("GetManagedObjects", error::accessDenied);
     bench.settle();
     EXPECT_EQ(state(), CBManagerStateUnauthorized);
 }
 
 TEST_F(SessionStates, IsUnauthorizedWhereThePolicyForbidsToScan) {
-    bluez().failAlways("StartDiscovery", bluez::error::accessDenied);
+    bluez().failAlways("StartDiscovery", error::accessDenied);
     scan();
     EXPECT_EQ(state(), CBManagerStateUnauthorized);
     EXPECT_TRUE(says("scanning is not allowed")) << why();
 }
 
 TEST_F(SessionStates, ScansOnceThePolicyAllowsIt) {
-    bluez().failAlways("StartDiscovery", bluez::error::accessDenied);
+    bluez().failAlways("StartDiscovery", error::accessDenied);
     scan();
     bluez().failAlways("StartDiscovery", "");
     bench.pass(3s);
@@ -86,7 +84,7 @@ TEST_F(SessionStates, IsPoweredOffWhileTheAdapterIsSwitchedOff) {
 
 TEST_F(SessionStates, TellsABlockFromAnAdapterThatIsSwitchedOff) {
     bench.settle();
-    bench.rfkill.block = bluez::Block::soft;
+    bench.rfkill.block = Block::soft;
     bluez().power("hci0", false);
     bench.settle();
     EXPECT_EQ(state(), CBManagerStatePoweredOff);
@@ -95,7 +93,7 @@ TEST_F(SessionStates, TellsABlockFromAnAdapterThatIsSwitchedOff) {
 
 TEST_F(SessionStates, SaysThatABlockIsOneOfTheMachine) {
     bench.settle();
-    bench.rfkill.block = bluez::Block::hard;
+    bench.rfkill.block = Block::hard;
     bluez().power("hci0", false);
     bench.settle();
     EXPECT_TRUE(says("a switch of the machine")) << why();
@@ -105,7 +103,7 @@ TEST_F(SessionStates, NoticesABlockThatComesLater) {
     bench.settle();
     bluez().power("hci0", false);
     bench.settle();
-    bench.rfkill.block = bluez::Block::soft;
+    bench.rfkill.block = Block::soft;
     bench.pass(BluezSession::switchInterval);
     EXPECT_TRUE(says("rfkill unblock bluetooth")) << why();
 }
@@ -221,4 +219,4 @@ TEST(SessionOfAnyAdapter, GoesOnWithAnotherWhenItsOwnGoesOff) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "unit/platform/bluez/BluezSessionFixture.h"
 
-namespace nearcast {
+namespace nearcast::bluez {
 
 namespace {
 
@@ -109,4 +109,4 @@ TEST_F(SessionWatchdog, IsQuietAboutAnAdapterThatIsOff) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::bluez

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/bluez/ThreadedBluezRadio.h"
+#include "platform/bluez/BluezRadio.h"
 
 #include "doubles/KeptLines.h"
 #include "doubles/TemporaryFolder.h"

@@ -7,8 +7,8 @@ namespace nearcast {
 
 namespace {
 
-HciAdapter controller(int index, std::optional<bool> lowEnergy = true) {
-    HciAdapter adapter;
+hci::HciAdapter controller(int index, std::optional<bool> lowEnergy = true) {
+    hci::HciAdapter adapter;
     adapter.index = index;
     adapter.lowEnergy = lowEnergy;
     return adapter;

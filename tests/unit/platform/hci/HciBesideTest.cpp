@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "unit/platform/hci/HciSessionFixture.h"
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -54,7 +54,7 @@ TEST_F(HciBeside, IsPoweredOffWhileTheAdapterIsDown) {
     EXPECT_EQ(state(), CBManagerStatePoweredOff);
     EXPECT_TRUE(says("bluetoothctl power on"));
     machine.use(true);
-    pass(HciSession::longestWait);
+    pass(HciSession::longestPause);
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
     advertise();
     EXPECT_EQ(reports.size(), 1U);
@@ -75,7 +75,7 @@ TEST_F(HciBeside, NoticesABlock) {
     EXPECT_TRUE(says("rfkill unblock bluetooth"));
     machine.block({});
     machine.use(true);
-    pass(HciSession::longestWait);
+    pass(HciSession::longestPause);
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
 }
 
@@ -106,11 +106,11 @@ TEST_F(HciBeside, ListensAgainToAnAdapterThatIsBack) {
     EXPECT_EQ(state(), CBManagerStateUnsupported);
     machine.plug();
     machine.use(true);
-    pass(HciSession::longestWait);
+    pass(HciSession::longestPause);
     advertise();
     EXPECT_EQ(reports.size(), 2U);
 }
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

@@ -8,7 +8,7 @@
 #include <cerrno>
 #include <deque>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -35,7 +35,7 @@ protected:
         }
     }
     void event(const char* text) { controller.received(hex(text), now); }
-    void at(HciController::Time time) {
+    void at(Time time) {
         now = time;
         controller.tick(now);
         talk();
@@ -49,7 +49,7 @@ protected:
     FakeController fake;
     std::deque<Octets> answers;
     int writeError = 0;
-    HciController::Time now = 100s;
+    Time now = 100s;
     HciController controller{[this](std::span<const std::uint8_t> packet) {
         if (writeError != 0) return writeError;
         for (Octets& answer : fake.take(packet)) answers.push_back(std::move(answer));
@@ -69,15 +69,15 @@ TEST_F(HciControllerTest, IsResetAndAskedBeforeItIsReady) {
     EXPECT_EQ(controller.phase(), Phase::starting);
     talk();
     EXPECT_EQ(controller.phase(), Phase::ready);
-    EXPECT_EQ(fake.commands(), (Opcodes{hci::reset, hci::readLocalSupportedFeatures, hci::readLocalSupportedCommands,
-                                        hci::setEventMask, hci::leSetEventMask}));
+    EXPECT_EQ(fake.commands(),
+              (Opcodes{reset, readLocalSupportedFeatures, readLocalSupportedCommands, setEventMask, leSetEventMask}));
     EXPECT_FALSE(controller.due());
 }
 
 TEST_F(HciControllerTest, TellsAControllerOfBothKindsThatItsHostHasLowEnergy) {
     fake.classic = true;
     start();
-    EXPECT_EQ(fake.count(hci::writeLEHostSupport), 1);
+    EXPECT_EQ(fake.count(writeLEHostSupport), 1);
     scan(true);
     EXPECT_TRUE(fake.hear({}));
 }
@@ -94,7 +94,7 @@ TEST_F(HciControllerTest, ScansWithoutAPause) {
 
 TEST_F(HciControllerTest, ScansPassivelyWithDuplicates) {
     start();
-    EXPECT_EQ(commandsOf([&] { scan(true); }), (Opcodes{hci::leSetScanParameters, hci::leSetScanEnable}));
+    EXPECT_EQ(commandsOf([&] { scan(true); }), (Opcodes{leSetScanParameters, leSetScanEnable}));
     EXPECT_TRUE(controller.scanning());
     EXPECT_TRUE(fake.passive());
     EXPECT_TRUE(fake.hear({}));
@@ -104,20 +104,19 @@ TEST_F(HciControllerTest, ScansPassivelyWithDuplicates) {
 TEST_F(HciControllerTest, UsesTheExtendedCommandsWhereTheControllerHasThem) {
     fake.extended = true;
     start();
-    EXPECT_EQ(commandsOf([&] { scan(true); }),
-              (Opcodes{hci::leSetExtendedScanParameters, hci::leSetExtendedScanEnable}));
+    EXPECT_EQ(commandsOf([&] { scan(true); }), (Opcodes{leSetExtendedScanParameters, leSetExtendedScanEnable}));
     EXPECT_TRUE(fake.passive());
     EXPECT_TRUE(fake.hear({}));
     EXPECT_TRUE(fake.hear({}));
-    EXPECT_EQ(commandsOf([&] { scan(false); }), (Opcodes{hci::leSetExtendedScanEnable}));
+    EXPECT_EQ(commandsOf([&] { scan(false); }), (Opcodes{leSetExtendedScanEnable}));
     EXPECT_FALSE(fake.scans());
 }
 
 TEST_F(HciControllerTest, TakesAControllerThatDoesNotTellItsCommandsForAnOldOne) {
-    fake.failNext(hci::readLocalSupportedCommands, 0x01);
+    fake.failNext(readLocalSupportedCommands, 0x01);
     start();
     scan(true);
-    EXPECT_EQ(fake.count(hci::leSetScanEnable), 1);
+    EXPECT_EQ(fake.count(leSetScanEnable), 1);
     EXPECT_TRUE(fake.hear({}));
 }
 
@@ -134,7 +133,7 @@ TEST_F(HciControllerTest, KeepsTheWishThroughANewStart) {
     scan(true);
     start();
     EXPECT_TRUE(fake.scans());
-    EXPECT_EQ(fake.count(hci::reset), 2);
+    EXPECT_EQ(fake.count(reset), 2);
 }
 
 TEST_F(HciControllerTest, FollowsTheLastOfSeveralWishes) {
@@ -155,14 +154,14 @@ TEST_F(HciControllerTest, BeginsAScanAgainByEndingItFirst) {
                   controller.restartScan(now);
                   talk();
               }),
-              (Opcodes{hci::leSetScanEnable, hci::leSetScanParameters, hci::leSetScanEnable}));
+              (Opcodes{leSetScanEnable, leSetScanParameters, leSetScanEnable}));
     EXPECT_TRUE(fake.scans());
 }
 
 TEST_F(HciControllerTest, DoesNotMindAScanThatHadEndedAlready) {
     start();
     scan(true);
-    fake.failNext(hci::leSetScanEnable, hci::commandDisallowed);
+    fake.failNext(leSetScanEnable, commandDisallowed);
     scan(false);
     EXPECT_EQ(controller.phase(), Phase::ready);
 }
@@ -207,7 +206,7 @@ TEST_F(HciControllerTest, FailsWhenAnAnswerDoesNotComeInTime) {
 
 TEST_F(HciControllerTest, FailsWhenACommandIsRefused) {
     start();
-    fake.failNext(hci::leSetScanParameters, 0x12);
+    fake.failNext(leSetScanParameters, 0x12);
     scan(true);
     EXPECT_EQ(controller.phase(), Phase::failed);
     EXPECT_EQ(controller.failure(), "answered command 0x200B with error 0x12");
@@ -243,7 +242,7 @@ TEST_F(HciControllerTest, IsUnsuitedWithoutLowEnergy) {
     EXPECT_EQ(controller.phase(), Phase::unsuited);
     EXPECT_FALSE(controller.due());
     scan(true);
-    EXPECT_EQ(fake.count(hci::leSetScanEnable), 0);
+    EXPECT_EQ(fake.count(leSetScanEnable), 0);
 }
 
 TEST_F(HciControllerTest, IsNotConfusedByEventsThatAreCut) {
@@ -256,4 +255,4 @@ TEST_F(HciControllerTest, IsNotConfusedByEventsThatAreCut) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

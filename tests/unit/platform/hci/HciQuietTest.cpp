@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "unit/platform/hci/HciSessionFixture.h"
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -12,13 +12,13 @@ using HciQuiet = HciSessionFixture;
 
 TEST_F(HciQuiet, BeginsTheScanAgainAfterThirtySeconds) {
     scan();
-    const int before = machine.count(hci::leSetScanEnable);
+    const int before = machine.count(leSetScanEnable);
     pass(30s - 1ns);
     EXPECT_EQ(restarts, 0);
     EXPECT_EQ(why(), "");
     pass(1ns);
     EXPECT_EQ(restarts, 1);
-    EXPECT_EQ(machine.count(hci::leSetScanEnable), before + 2);
+    EXPECT_EQ(machine.count(leSetScanEnable), before + 2);
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
     EXPECT_TRUE(says("although the controller answers"));
 }
@@ -26,9 +26,9 @@ TEST_F(HciQuiet, BeginsTheScanAgainAfterThirtySeconds) {
 TEST_F(HciQuiet, StartsTheWholeControllerAgainWhereThatDidNotHelp) {
     scan();
     pass(30s);
-    EXPECT_EQ(machine.count(hci::reset), 1);
+    EXPECT_EQ(machine.count(reset), 1);
     pass(60s);
-    EXPECT_EQ(machine.count(hci::reset), 2);
+    EXPECT_EQ(machine.count(reset), 2);
     EXPECT_EQ(restarts, 2);
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
     EXPECT_TRUE(machine.scans());
@@ -52,7 +52,7 @@ TEST_F(HciQuiet, EndsWithTheFirstReport) {
     EXPECT_EQ(restarts, 1);
     pass(1ns);
     EXPECT_EQ(restarts, 2);
-    EXPECT_EQ(machine.count(hci::reset), 1);
+    EXPECT_EQ(machine.count(reset), 1);
 }
 
 TEST_F(HciQuiet, IsNotNoticedWithoutAScan) {
@@ -82,4 +82,4 @@ TEST_F(HciQuiet, IsNotToldBesideTheEndOfAScan) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

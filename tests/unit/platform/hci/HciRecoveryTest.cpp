@@ -3,7 +3,7 @@
 
 #include <cerrno>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -20,7 +20,7 @@ TEST_F(HciRecovery, ScansAgainOnAnAdapterThatIsBack) {
     EXPECT_EQ(state(), CBManagerStateUnsupported);
     pass(60s);
     machine.plug();
-    pass(HciSession::longestWait);
+    pass(HciSession::longestPause);
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
     EXPECT_TRUE(machine.scans());
 }
@@ -43,7 +43,7 @@ TEST_F(HciRecovery, IsResettingWhileTheAdapterComesBack) {
     EXPECT_EQ(state(), CBManagerStateUnsupported);
     machine.plug();
     machine.controller([](FakeController& controller) { controller.mute = true; });
-    pass(HciSession::longestWait);
+    pass(HciSession::longestPause);
     EXPECT_EQ(state(), CBManagerStateResetting);
     EXPECT_TRUE(says("hci0 is being started"));
 }
@@ -54,7 +54,7 @@ TEST_F(HciRecovery, TriesAtOnceAndThenLessOften) {
     Time last = now;
     for (const auto wait : {250ms, 500ms, 1000ms, 1000ms}) {
         EXPECT_EQ(session.due(), last + wait);
-        last = session.due();
+        last = *session.due();
         pass(wait);
     }
 }
@@ -85,7 +85,7 @@ TEST_F(HciRecovery, WaitsForAnotherProgramToLeaveTheAdapter) {
     EXPECT_TRUE(says("systemctl stop bluetooth"));
     pass(60s);
     machine.use(false);
-    pass(HciSession::longestWait);
+    pass(HciSession::longestPause);
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
     EXPECT_TRUE(machine.scans());
 }
@@ -98,7 +98,7 @@ TEST_F(HciRecovery, WaitsForABlockToBeLifted) {
     EXPECT_EQ(machine.opens(), 0);
     pass(60s);
     machine.block({});
-    pass(HciSession::longestWait);
+    pass(HciSession::longestPause);
     EXPECT_TRUE(machine.scans());
 }
 
@@ -124,14 +124,14 @@ TEST_F(HciRecovery, StartsAControllerAgainThatDoesNotAnswer) {
     advertiseFor(1s);
     machine.controller([](FakeController& controller) { controller.mute = true; });
     scan(false);
-    pass(HciSession::lingering + HciController::answerLimit);
+    pass(HciSession::linger + HciController::answerLimit);
     EXPECT_EQ(state(), CBManagerStateResetting);
     EXPECT_TRUE(says("hci0 did not answer command 0x200C; it is started again"));
     scan();
     pass(60s);
     EXPECT_EQ(state(), CBManagerStateResetting);
     machine.controller([](FakeController& controller) { controller.mute = false; });
-    pass(HciController::answerLimit + HciSession::longestWait);
+    pass(HciController::answerLimit + HciSession::longestPause);
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
     EXPECT_TRUE(machine.scans());
 }
@@ -148,7 +148,7 @@ TEST_F(HciRecovery, StartsAControllerAgainAfterAHardwareError) {
 
 TEST_F(HciRecovery, DoesNotHurryWhereEveryStartEndsTheSameWay) {
     for (int second = 0; second < 60; ++second) {
-        machine.controller([](FakeController& controller) { controller.failNext(hci::leSetScanEnable, 0x1F); });
+        machine.controller([](FakeController& controller) { controller.failNext(leSetScanEnable, 0x1F); });
         scan();
         pass(1s);
     }
@@ -210,10 +210,10 @@ TEST_F(HciRecovery, DoesNotTakeAShortDelayForASleep) {
     scan();
     now += HciSession::longestGap;
     settle();
-    EXPECT_EQ(machine.count(hci::reset), 1);
+    EXPECT_EQ(machine.count(reset), 1);
     EXPECT_EQ(restarts, 0);
 }
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

@@ -10,20 +10,19 @@
 #include <memory>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 /// A session on a machine with a controller, on a clock that moves when told to.
-class HciSessionFixture : public testing::Test, protected HciSessionListener {
+class HciSessionFixture : public testing::Test, protected SessionListener {
 protected:
-    using Time = HciSession::Time;
-
     explicit HciSessionFixture(HciAccess access = HciAccess::alone)
         : port_(machine.port()), session(*port_, HciTarget{.access = access}, *this) {}
 
     /// Runs the session as its thread would, as long as there is something to do at this moment.
     void settle() {
         for (int runs = 0; runs < mostRuns; ++runs) {
-            session.run(now, wanted);
+            session.want(wanted);
+            session.pass(now);
             if (!machine.waits() && session.due() > now) return;
         }
         ADD_FAILURE() << "the session does not come to rest";
@@ -31,7 +30,7 @@ protected:
     void pass(Time duration) {
         const Time target = now + duration;
         while (now < target) {
-            now = std::clamp(session.due(), now, target);
+            now = std::clamp(*session.due(), now, target);
             settle();
         }
     }
@@ -50,8 +49,8 @@ protected:
             advertise();
         }
     }
-    [[nodiscard]] CBManagerState state() const { return session.condition().state; }
-    [[nodiscard]] const std::string& why() const { return session.condition().why; }
+    [[nodiscard]] CBManagerState state() const { return session.state(); }
+    [[nodiscard]] const std::string& why() const { return session.why(); }
     [[nodiscard]] bool says(const char* words) const { return why().find(words) != std::string::npos; }
 
     FakeHci machine;
@@ -59,9 +58,9 @@ protected:
 private:
     static constexpr int mostRuns = 1000;
 
-    void conditionChanged(const HciCondition& condition) override { conditions.push_back(condition); }
+    void conditionChanged(const RadioCondition& condition) override { conditions.push_back(condition); }
     void scanRestarted() override { ++restarts; }
-    void heard(const AdvertisingReport& report) override { reports.push_back(report); }
+    void deliver(const AdvertisingReport& report) override { reports.push_back(report); }
 
     const std::unique_ptr<HciPort> port_;
 
@@ -69,9 +68,9 @@ protected:
     HciSession session;
     Time now = std::chrono::seconds(1000);
     bool wanted = false;
-    std::vector<HciCondition> conditions;
+    std::vector<RadioCondition> conditions;
     std::vector<AdvertisingReport> reports;
     int restarts = 0;
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

@@ -3,7 +3,7 @@
 
 #include <cerrno>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -86,7 +86,7 @@ TEST_F(HciSessionTest, ReadsMoreThanOneRunTakes) {
 TEST_F(HciSessionTest, EndsTheScanThatIsNotWantedAnyMore) {
     scan();
     scan(false);
-    pass(HciSession::lingering - 1ns);
+    pass(HciSession::linger - 1ns);
     EXPECT_TRUE(machine.scans());
     pass(1ns);
     EXPECT_FALSE(machine.scans());
@@ -94,21 +94,21 @@ TEST_F(HciSessionTest, EndsTheScanThatIsNotWantedAnyMore) {
 
 TEST_F(HciSessionTest, LeavesAScanAloneThatIsBegunAgainAtOnce) {
     scan();
-    const int before = machine.count(hci::leSetScanEnable);
+    const int before = machine.count(leSetScanEnable);
     scan(false);
-    pass(HciSession::lingering - 1ns);
+    pass(HciSession::linger - 1ns);
     scan();
     pass(10s);
-    EXPECT_EQ(machine.count(hci::leSetScanEnable), before);
+    EXPECT_EQ(machine.count(leSetScanEnable), before);
     EXPECT_TRUE(machine.scans());
 }
 
 TEST_F(HciSessionTest, GivesTheControllerBackWhenItEnds) {
     const FakeHci other;
     const auto port = other.port();
-    HciSessionListener& listener = *this;
+    SessionListener& listener = *this;
     auto shortLived = std::make_unique<HciSession>(*port, HciTarget{}, listener);
-    shortLived->run(now, false);
+    shortLived->pass(now);
     EXPECT_TRUE(other.opened());
     shortLived.reset();
     EXPECT_FALSE(other.opened());
@@ -116,4 +116,4 @@ TEST_F(HciSessionTest, GivesTheControllerBackWhenItEnds) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

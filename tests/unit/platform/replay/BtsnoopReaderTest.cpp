@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -85,4 +85,4 @@ TEST(BtsnoopReader, MeasuresTimeFromAnyMoment) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -15,7 +15,7 @@
 
 // Capture files for tests, made by hand, and what is read out of them.
 
-namespace nearcast {
+namespace nearcast::replay {
 
 using Order = ByteReader::Order;
 
@@ -135,4 +135,4 @@ inline Contents readAll(const Octets& file, std::size_t step = SIZE_MAX) {
     return readAll(*openRecording(sourceOf(file, step), "test"));
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

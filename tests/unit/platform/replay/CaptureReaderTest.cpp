@@ -7,7 +7,7 @@
 
 #include <limits>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -143,4 +143,4 @@ TEST(CaptureReader, MakesNamesWellFormed) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

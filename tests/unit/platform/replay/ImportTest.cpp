@@ -9,7 +9,7 @@
 
 #include <system_error>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -131,4 +131,4 @@ TEST(Import, NamesAFileThatCannotBeRead) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -101,4 +101,4 @@ TEST(JsonLinesReader, TakesALineOfMoreThanALimitForDamage) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

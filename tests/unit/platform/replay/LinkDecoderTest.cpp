@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -191,4 +191,4 @@ TEST(LinkDecoder, ReadsNothingOutOfCutPackets) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

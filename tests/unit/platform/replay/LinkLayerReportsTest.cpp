@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -184,4 +184,4 @@ TEST(LinkLayerReports, AreNotFooledByLyingLengths) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -6,7 +6,7 @@
 #include <string>
 #include <system_error>
 
-namespace nearcast {
+namespace nearcast::replay {
 namespace {
 
 std::string refusal(const std::string& path) {
@@ -25,4 +25,4 @@ TEST(MissingRecording, IsRefusedByItsNameAndTheSystemsWords) {
 TEST(MissingRecording, ADirectoryIsRefusedLikewise) { EXPECT_EQ(refusal("/"), "/: Is a directory"); }
 
 }  // namespace
-}  // namespace nearcast
+}  // namespace nearcast::replay

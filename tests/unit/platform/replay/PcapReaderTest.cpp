@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -72,4 +72,4 @@ TEST(PcapReader, MakesTheBestOfFractionsOfMoreThanASecond) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

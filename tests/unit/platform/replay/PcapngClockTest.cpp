@@ -5,7 +5,7 @@
 
 #include <limits>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -56,4 +56,4 @@ TEST(PcapngClock, StaysWithinItsNumbersWhateverTheFileSays) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

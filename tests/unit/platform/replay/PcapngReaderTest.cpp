@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -148,4 +148,4 @@ TEST(PcapngReader, BelievesNoCutOption) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

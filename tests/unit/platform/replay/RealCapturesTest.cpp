@@ -11,7 +11,7 @@
 #include <set>
 #include <string>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -96,4 +96,4 @@ INSTANTIATE_TEST_SUITE_P(All, RealCaptures, ::testing::ValuesIn(known), nameOf);
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -85,4 +85,4 @@ TEST(RecordingInput, RefusesALineThatIsTooLong) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -8,7 +8,7 @@
 
 #include <stdexcept>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -91,4 +91,4 @@ TEST(RecordingOptions, LeaveAReportWithoutASenderAsItIs) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -10,7 +10,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -162,4 +162,4 @@ TEST(RecordingReader, TakesAFailureOfTheDiskForDamage) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::replay {
 namespace {
 
 using std::chrono::microseconds;
@@ -130,4 +130,4 @@ TEST(RecordingNotes, OfOthersAreNoItems) {
 }
 
 }  // namespace
-}  // namespace nearcast
+}  // namespace nearcast::replay

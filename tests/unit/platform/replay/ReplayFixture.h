@@ -18,7 +18,7 @@
 #include <utility>
 #include <vector>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 /// What a radio delivered, and when.
 struct Delivery {
@@ -95,4 +95,4 @@ inline RecordedReport dongleReport(std::int64_t microseconds, std::int32_t RSSI)
     return report;
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <system_error>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -98,4 +98,4 @@ TEST_F(ReplayPlatformTest, PlaysItAgainToARadioThatIsOpenedAgain) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

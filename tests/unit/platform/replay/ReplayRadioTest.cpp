@@ -8,7 +8,7 @@
 
 #include <stdexcept>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -198,4 +198,4 @@ TEST_F(ReplayRadioTest, LeavesTheTimelineWhenItIsDestroyed) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -7,7 +7,7 @@
 
 #include <thread>
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -71,4 +71,4 @@ TEST_F(ReplayThreads, MayBeStoppedAndStartedWhileItPlays) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

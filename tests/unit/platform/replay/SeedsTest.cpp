@@ -13,7 +13,7 @@
 
 // Every seed of the fuzzers, named by its fault, in the ordinary test run.
 
-namespace nearcast {
+namespace nearcast::replay {
 
 namespace {
 
@@ -44,4 +44,4 @@ TEST(Seeds, OfHciSessionsHoldWhatHasToHold) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

@@ -8,7 +8,7 @@
 
 // Link-layer packets for tests, made by hand.
 
-namespace nearcast {
+namespace nearcast::replay {
 
 enum PDU { ADV_IND = 0, ADV_DIRECT_IND, ADV_NONCONN_IND, SCAN_REQ, SCAN_RSP, CONNECT_IND, ADV_SCAN_IND, ADV_EXT_IND };
 
@@ -76,4 +76,4 @@ struct Nordic {
     }
 };
 
-}  // namespace nearcast
+}  // namespace nearcast::replay

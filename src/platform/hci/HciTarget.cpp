@@ -1,16 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/hci/HciCondition.h"
+#include "platform/hci/HciTarget.h"
 
 #include <cerrno>
+#include <charconv>
+#include <stdexcept>
 #include <system_error>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
+constexpr unsigned mostIndex = 0xFFFE;  // 0xFFFF is the kernel's word for none
+
+[[noreturn]] void refuse(const RadioString& radio, const std::string& why) {
+    throw std::invalid_argument("radio '" + radio.text + "': " + why);
+}
+
+int parseIndex(const RadioString& radio) {
+    std::string_view text = radio.argument;
+    if (text.empty()) return 0;
+    if (text.starts_with("hci")) text.remove_prefix(3);
+    unsigned index = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
+    if (error != std::errc() || end != text.data() + text.size() || index > mostIndex) {
+        refuse(radio, "'" + radio.argument + "' is no controller's number, as in hci:0");
+    }
+    return static_cast<int>(index);
+}
+
 std::string textOf(int error) { return std::generic_category().message(error); }
 
-HciCondition unanswered(const HciTarget& target, int error) {
+RadioCondition unanswered(const HciTarget& target, int error) {
     switch (error) {
         case ENODEV:
             return {CBManagerStateUnsupported, "there is no " + target.name() + ": plug a Bluetooth adapter in"};
@@ -29,12 +49,12 @@ HciCondition unanswered(const HciTarget& target, int error) {
     }
 }
 
-HciCondition blocked(const HciTarget& target, const HciBlock& block) {
+RadioCondition blocked(const HciTarget& target, const HciBlock& block) {
     if (block.hard) return {CBManagerStatePoweredOff, target.name() + " is blocked by a switch of this machine"};
     return {CBManagerStatePoweredOff, target.name() + " is blocked: unblock it with `rfkill unblock bluetooth`"};
 }
 
-HciCondition forbidden(const HciTarget& target, const Capabilities& capabilities) {
+RadioCondition forbidden(const HciTarget& target, const Capabilities& capabilities) {
     const bool alone = target.access == HciAccess::alone;
     const std::string needed = alone ? "CAP_NET_ADMIN" : "CAP_NET_RAW";
     const std::string wanted = alone ? "take " + target.name() + " for itself" : "hear beside others";
@@ -47,7 +67,7 @@ HciCondition forbidden(const HciTarget& target, const Capabilities& capabilities
                                             target.program + "`"};
 }
 
-HciCondition busy(const HciTarget& target, const HciAdapter& adapter) {
+RadioCondition busy(const HciTarget& target, const HciAdapter& adapter) {
     if (!adapter.up) return {CBManagerStateResetting, target.name() + " is being set up by the kernel"};
     return {CBManagerStateUnauthorized,
             target.name() +
@@ -59,22 +79,34 @@ HciCondition busy(const HciTarget& target, const HciAdapter& adapter) {
 
 }  // namespace
 
-std::optional<HciCondition> obstacle(const HciTarget& target, const HciPort::Asked& asked) {
+HciTarget parseHciTarget(const RadioString& radio) {
+    HciTarget target;
+    target.index = parseIndex(radio);
+    if (const auto beside = radio.options.find("beside"); beside != radio.options.end()) {
+        if (!beside->second.empty()) refuse(radio, "'beside' takes no value");
+        target.access = HciAccess::beside;
+    }
+    return target;
+}
+
+std::optional<RadioCondition> obstacle(const HciTarget& target, const HciPort::Asked& asked) {
     if (!asked.adapter) return unanswered(target, asked.error);
     const HciAdapter& adapter = *asked.adapter;
-    // A controller that is blocked is refused while it is opened, after all others have been told that it is gone.
+    // The kernel refuses a blocked controller only after it has told all programs that the controller is gone.
     if (adapter.blocked) return blocked(target, adapter.blocked);
     if (adapter.lowEnergy == false) {
-        return HciCondition{CBManagerStateUnsupported, target.name() + " is a controller without Bluetooth Low Energy"};
+        return RadioCondition{CBManagerStateUnsupported,
+                              target.name() + " is a controller without Bluetooth Low Energy"};
     }
     if (target.access == HciAccess::beside && !adapter.up) {
-        return HciCondition{CBManagerStatePoweredOff,
-                            target.name() + " is switched off: switch it on with `bluetoothctl power on`"};
+        return RadioCondition{CBManagerStatePoweredOff,
+                              target.name() + " is switched off: switch it on with `bluetoothctl power on`"};
     }
     return std::nullopt;
 }
 
-HciCondition refusal(const HciTarget& target, const HciAdapter& adapter, const Capabilities& capabilities, int error) {
+RadioCondition refusal(const HciTarget& target, const HciAdapter& adapter, const Capabilities& capabilities,
+                       int error) {
     switch (error) {
         case ENODEV: return unanswered(target, error);
         case EPERM:
@@ -88,4 +120,4 @@ HciCondition refusal(const HciTarget& target, const HciAdapter& adapter, const C
     }
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

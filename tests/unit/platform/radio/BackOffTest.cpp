@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/hci/QuietWatch.h"
+#include "platform/radio/BackOff.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,31 @@ namespace nearcast {
 namespace {
 
 using namespace std::chrono_literals;
+
+TEST(BackOff, DoublesUpToTheLongestPause) {
+    BackOff pause(250ms, 1500ms);
+    for (const auto expected : {250ms, 500ms, 1000ms, 1500ms, 1500ms}) EXPECT_EQ(pause.next(), expected);
+}
+
+TEST(BackOff, StartsAgainWithTheFirstPause) {
+    BackOff pause(250ms, 2s);
+    pause.next();
+    pause.next();
+    pause.reset();
+    EXPECT_EQ(pause.next(), 250ms);
+}
+
+TEST(TakeEarlier, PrefersAnyMomentToNone) {
+    std::optional<Time> earliest;
+    takeEarlier(earliest, std::nullopt);
+    EXPECT_FALSE(earliest);
+    takeEarlier(earliest, 5s);
+    takeEarlier(earliest, 7s);
+    takeEarlier(earliest, std::nullopt);
+    EXPECT_EQ(earliest, 5s);
+    takeEarlier(earliest, 3s);
+    EXPECT_EQ(earliest, 3s);
+}
 
 TEST(QuietWatch, ExpectsNothingWithoutAScan) {
     QuietWatch watch;
@@ -41,7 +66,7 @@ TEST(QuietWatch, CountsFromTheLastReport) {
 TEST(QuietWatch, RingsLessAndLessOftenUpToEveryEightMinutes) {
     QuietWatch watch;
     watch.scan(true, 0s);
-    QuietWatch::Time at = 0s;
+    Time at = 0s;
     for (const auto limit : {30s, 60s, 120s, 240s, 480s, 480s}) {
         at += limit;
         EXPECT_FALSE(watch.rings(at - 1ns));

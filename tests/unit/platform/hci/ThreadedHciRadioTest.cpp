@@ -14,7 +14,7 @@
 #include <stdexcept>
 #include <thread>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
@@ -55,10 +55,10 @@ private:
 };
 
 /// The radio on a thread of its own. The machine is a fake, so nothing here waits for time to pass.
-class HciRadioTest : public testing::Test {
+class ThreadedHciRadioTest : public testing::Test {
 protected:
     void open() {
-        radio = std::make_unique<HciRadio>(listener, console, monitor, machine.port(), HciTarget{});
+        radio = std::make_unique<ThreadedHciRadio>(listener, console, monitor, machine.port(), HciTarget{});
         listener.await([this](int) { return radio->state() == CBManagerStatePoweredOn; });
     }
     void scan() {
@@ -70,16 +70,16 @@ protected:
     KeptLines console;
     RadioMonitor monitor{console, [] { return NSDate(SystemClock::now()); }};
     Listener listener;
-    std::unique_ptr<HciRadio> radio;
+    std::unique_ptr<ThreadedHciRadio> radio;
 };
 
-TEST_F(HciRadioTest, BecomesPoweredOnByItself) {
+TEST_F(ThreadedHciRadioTest, BecomesPoweredOnByItself) {
     open();
     EXPECT_EQ(monitor.health().state, CBManagerStatePoweredOn);
     EXPECT_FALSE(machine.scans());
 }
 
-TEST_F(HciRadioTest, TellsWhatIsHeardOnAThreadOfItsOwn) {
+TEST_F(ThreadedHciRadioTest, TellsWhatIsHeardOnAThreadOfItsOwn) {
     std::atomic<std::thread::id> thread;
     listener.onReport = [&](CBCentralManager&) { thread = std::this_thread::get_id(); };
     open();
@@ -91,7 +91,7 @@ TEST_F(HciRadioTest, TellsWhatIsHeardOnAThreadOfItsOwn) {
     EXPECT_EQ(monitor.health().lastReportAge.has_value(), true);
 }
 
-TEST_F(HciRadioTest, EndsTheScanOfTheController) {
+TEST_F(ThreadedHciRadioTest, EndsTheScanOfTheController) {
     open();
     scan();
     radio->stopScan();
@@ -99,7 +99,7 @@ TEST_F(HciRadioTest, EndsTheScanOfTheController) {
     EXPECT_EQ(listener.reports(), 0);
 }
 
-TEST_F(HciRadioTest, CanBeStoppedFromInsideAReport) {
+TEST_F(ThreadedHciRadioTest, CanBeStoppedFromInsideAReport) {
     listener.onReport = [](CBCentralManager& central) { central.stopScan(); };
     open();
     scan();
@@ -108,7 +108,7 @@ TEST_F(HciRadioTest, CanBeStoppedFromInsideAReport) {
     EXPECT_EQ(listener.reports(), 1);
 }
 
-TEST_F(HciRadioTest, CanBeStoppedWhileAReportIsUnderWay) {
+TEST_F(ThreadedHciRadioTest, CanBeStoppedWhileAReportIsUnderWay) {
     std::atomic<bool> inside{false};
     std::atomic<bool> stopped{false};
     listener.onReport = [&](CBCentralManager&) {
@@ -128,14 +128,14 @@ TEST_F(HciRadioTest, CanBeStoppedWhileAReportIsUnderWay) {
     EXPECT_EQ(listener.reports(), 1);
 }
 
-TEST_F(HciRadioTest, TellsTheLossOfItsAdapter) {
+TEST_F(ThreadedHciRadioTest, TellsTheLossOfItsAdapter) {
     open();
     machine.unplug();
     listener.await([this](int) { return radio->state() == CBManagerStateUnsupported; });
     EXPECT_NE(monitor.health().why.find("there is no hci0"), std::string::npos);
 }
 
-TEST_F(HciRadioTest, GoesOnAfterAHandlerThatThrows) {
+TEST_F(ThreadedHciRadioTest, GoesOnAfterAHandlerThatThrows) {
     std::atomic<int> calls{0};
     listener.onReport = [&](CBCentralManager&) {
         if (++calls == 1) throw std::runtime_error("the application failed");
@@ -149,7 +149,7 @@ TEST_F(HciRadioTest, GoesOnAfterAHandlerThatThrows) {
     EXPECT_NE(console.lines()[0].find("the application failed"), std::string::npos);
 }
 
-TEST_F(HciRadioTest, GivesTheControllerBackAtItsEnd) {
+TEST_F(ThreadedHciRadioTest, GivesTheControllerBackAtItsEnd) {
     open();
     scan();
     EXPECT_TRUE(machine.opened());
@@ -157,7 +157,7 @@ TEST_F(HciRadioTest, GivesTheControllerBackAtItsEnd) {
     EXPECT_FALSE(machine.opened());
 }
 
-TEST_F(HciRadioTest, AgreesWithItsLastWishAfterManyFromSeveralThreads) {
+TEST_F(ThreadedHciRadioTest, AgreesWithItsLastWishAfterManyFromSeveralThreads) {
     open();
     const auto wish = [this] {
         for (int i = 0; i < 200; ++i) {
@@ -178,4 +178,4 @@ TEST_F(HciRadioTest, AgreesWithItsLastWishAfterManyFromSeveralThreads) {
 
 }  // namespace
 
-}  // namespace nearcast
+}  // namespace nearcast::hci

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/hci/KernelHciPort.h"
-
 #include "platform/hci/HciKernel.h"
+
 #include "platform/hci/HciPacket.h"
 
 #include <sys/socket.h>
@@ -11,11 +10,11 @@
 #include <cerrno>
 #include <utility>
 
-namespace nearcast {
+namespace nearcast::hci {
 
 namespace {
 
-/// The kernel drops what finds no room, and tells nobody. This holds some ten seconds of a busy air.
+/// The kernel silently drops what does not fit. This holds about ten seconds of a busy air.
 constexpr int receiveBufferOctets = 8 << 20;
 
 class KernelHciSocket : public HciSocket {
@@ -38,7 +37,7 @@ public:
     }
     [[nodiscard]] int descriptor() const override { return descriptor_; }
 
-    /// Takes as much of the kernel's memory as it gives; more than its usual limit with CAP_NET_ADMIN only.
+    /// With CAP_NET_ADMIN the kernel gives more than its usual limit.
     void raiseReceiveBuffer() const {
         const int octets = receiveBufferOctets;
         if (setsockopt(descriptor_, SOL_SOCKET, SO_RCVBUFFORCE, &octets, sizeof octets) == 0) return;
@@ -46,12 +45,12 @@ public:
     }
 
     /// Lets LE Meta events through and nothing else.
-    /// @return 0 or why it could not be. Without CAP_NET_RAW the kernel takes the filter, and quietly takes out of it
-    ///         what the process may not hear: that shows when it is read back
+    /// @return 0 or an `errno`. Without CAP_NET_RAW the kernel accepts the filter and silently removes from it what the
+    ///         process may not hear; reading it back shows that
     [[nodiscard]] int filterReports() const {
         kernel::Filter wanted;
-        wanted.types = 1U << hci::eventPacket;
-        wanted.events[hci::leMetaEvent / 32] = 1U << hci::leMetaEvent % 32;
+        wanted.types = 1U << eventPacket;
+        wanted.events[leMetaEvent / 32] = 1U << leMetaEvent % 32;
         if (setsockopt(descriptor_, kernel::hciLevel, kernel::filterOption, &wanted, sizeof wanted) < 0) return errno;
         kernel::Filter given;
         socklen_t length = sizeof given;
@@ -77,7 +76,7 @@ private:
     }
 
     int descriptor_;
-    /// More than an event with its indicator, and than the largest data packet of a controller.
+    /// Larger than any event with its indicator, and than the largest data packet of a controller.
     std::array<std::uint8_t, 4096> buffer_{};
 };
 
@@ -103,4 +102,4 @@ HciPort::Asked KernelHciPort::adapter(int index) {
     return asked;
 }
 
-}  // namespace nearcast
+}  // namespace nearcast::hci
