@@ -17,7 +17,7 @@ struct RunArguments {
 int run(const RunArguments& arguments) {
     try {
         lab::run(arguments.files, arguments.options, writeOut);
-    } catch (const lines::ScenarioError& error) {
+    } catch (const lines::InputError& error) {
         return complain("run", error.what(), exitUsage);
     }
     finishOut();

@@ -50,7 +50,7 @@ Settings donglesOf(const PlaybackInput& input) {
         if (registry.find(address.text()) != registry.end()) continue;
         registry.emplace(address.text(), recordOf(address.text()));
         if (registry.size() <= mostDongles) continue;
-        throw lines::ScenarioError(input.name + ": has more than " + std::to_string(mostDongles) +
+        throw lines::InputError(input.name + ": has more than " + std::to_string(mostDongles) +
                             " dongles; settings that name the devices are needed");
     }
     return registry;
@@ -59,7 +59,7 @@ Settings donglesOf(const PlaybackInput& input) {
 void requireShort(const PlaybackInput& input) {
     const auto tooLate = [](const lines::Line& line) { return line.at > longestPlayback; };
     if (std::none_of(input.lines.begin(), input.lines.end(), tooLate)) return;
-    throw lines::ScenarioError(input.name + ": is longer than seven days");
+    throw lines::InputError(input.name + ": is longer than seven days");
 }
 
 /// The one manager of the process, with what it stands on.
@@ -185,7 +185,7 @@ Playback Stage::play(const PlaybackInput& input) {
     manager_->stopScan();
     manager_->setDelegate(nullptr);
     manager_->setSettings(std::nullopt);
-    if (!whole) throw lines::ScenarioError(input.name + ": too many calls sleep inside one another");
+    if (!whole) throw lines::InputError(input.name + ": too many calls sleep inside one another");
     playback.name = input.name;
     playback.end = end;
     return playback;
@@ -201,6 +201,18 @@ bool isScenario(const std::vector<lines::Line>& lines) {
 }
 
 Playback play(const PlaybackInput& input) { return Stage::instance().play(input); }
+
+void requireKnown(const lines::Truth& truth, const Playback& playback, const std::string& path) {
+    for (const lines::TruthMark& mark : truth) {
+        const bool known = mark.MACAddr.empty() ||
+                           std::any_of(playback.dongles.begin(), playback.dongles.end(), [&](const auto& dongle) {
+                               return !dongle.portName.empty() && dongle.MACAddr == mark.MACAddr;
+                           });
+        if (known) continue;
+        throw lines::InputError(path + ":" + std::to_string(mark.line) + ": \"" + mark.MACAddr +
+                                "\" is the address of no device in " + playback.name);
+    }
+}
 
 QXNearcastManager& playbackManager() { return Stage::instance().manager(); }
 

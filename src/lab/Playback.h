@@ -3,7 +3,8 @@
 
 #include <nearcast/QXNearcastManager.h>
 
-#include "lines/Line.h"
+#include "lines/LineReader.h"
+#include "lines/Truth.h"
 
 #include <chrono>
 #include <cstddef>
@@ -77,14 +78,18 @@ bool isScenario(const std::vector<lines::Line>& lines);
 /// There is one manager in a process: recordings that are played one after the other share it. After each the clock
 /// moves on until every dongle has been told as silent, and the scan is stopped and the registry emptied. Not for
 /// several threads.
-/// @throws ScenarioError naming the input, when it is longer than `longestPlayback`, when a recording has more dongles
+/// @throws lines::InputError naming the input, when it is longer than `longestPlayback`, when a recording has more dongles
 ///         than `mostDongles` and no registry is given, or when calls of a scenario sleep too deep inside one another
 /// @throws std::logic_error when the manager was made by somebody else
 Playback play(const PlaybackInput& input);
 
-/// What a playback may be at most: what comes of it is held in memory, and the manager looks for a device one by one.
+/// What a playback may be at most: all that happens in it is held in memory.
 inline constexpr lines::Time longestPlayback = std::chrono::hours(24 * 7);
 inline constexpr std::size_t mostDongles = 10'000;
+
+/// @param path of the truth, for the message
+/// @throws lines::InputError naming the line, when a dongle of the truth is not one of the playback's registered ones
+void requireKnown(const lines::Truth& truth, const Playback& playback, const std::string& path);
 
 /// The manager that `play` plays to, for reading and writing registries between two recordings.
 /// @throws std::logic_error when the manager was made by somebody else

@@ -74,19 +74,19 @@ public:
             const auto line = reader_.next();
             if (!line) return;
             if (depth_ == deepest)
-                throw lines::ScenarioError(reader_.place() + ": " + std::to_string(deepest) +
+                throw lines::InputError(reader_.place() + ": " + std::to_string(deepest) +
                                     " calls sleep inside one another already");
             ++depth_;
             performer_.perform(line->action);
             --depth_;
-        } catch (const lines::ScenarioError& error) {
+        } catch (const lines::InputError& error) {
             failure_ = error;
             writer_.flush();
             writer_.mute();
         }
     }
 
-    [[nodiscard]] const std::optional<lines::ScenarioError>& failure() const { return failure_; }
+    [[nodiscard]] const std::optional<lines::InputError>& failure() const { return failure_; }
 
 private:
     // A line inside a sleep runs on the stack of the call that sleeps, which is not endless.
@@ -96,7 +96,7 @@ private:
     Performer performer_;
     EventWriter& writer_;
     int depth_ = 0;  ///< lines that have begun to happen and not ended
-    std::optional<lines::ScenarioError> failure_;
+    std::optional<lines::InputError> failure_;
 };
 
 }  // namespace
@@ -121,7 +121,7 @@ void run(const std::vector<std::string>& paths, const RunOptions& options, Event
     Observation::unwatch();
     manager.setDelegate(nullptr);
     writer.flush();
-    if (script.failure()) throw lines::ScenarioError(*script.failure());
+    if (script.failure()) throw lines::InputError(*script.failure());
 }
 
 }  // namespace nearcast::lab

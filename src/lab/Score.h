@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "lab/Truth.h"
+#include "lines/Truth.h"
 
 #include <cstdint>
 #include <optional>
@@ -45,6 +45,6 @@ struct Score {
 };
 
 /// Compares answers with the truth. Those before the first mark do not count.
-Score scoreOf(const Answers& answers, const Truth& truth);
+Score scoreOf(const Answers& answers, const lines::Truth& truth);
 
 }  // namespace nearcast::lab

@@ -3,8 +3,8 @@
 
 namespace nearcast::lab {
 
-std::vector<Stay> staysOf(const Truth& truth, double end) {
-    const Truth changes = changesOf(truth);
+std::vector<Stay> staysOf(const lines::Truth& truth, double end) {
+    const lines::Truth changes = lines::changesOf(truth);
     std::vector<Stay> stays;
     for (std::size_t place = 0; place < changes.size(); ++place) {
         const double to = place + 1 < changes.size() ? changes[place + 1].at : end;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "lab/Truth.h"
+#include "lines/Truth.h"
 
 #include <cstddef>
 #include <limits>
@@ -28,7 +28,7 @@ inline constexpr double shortestStay = 5;
 
 /// The stays that are long enough.
 /// @param end of the recording, in seconds
-std::vector<Stay> staysOf(const Truth& truth, double end);
+std::vector<Stay> staysOf(const lines::Truth& truth, double end);
 
 /// The level of each device while the user stood at one after another; of one recording or of several.
 class Standing {

@@ -75,7 +75,7 @@ struct Line {
     Action action;
 };
 
-/// What is wrong with a line, in words. Who knows the file and the line number adds them.
+/// What is wrong with a line, in words. The caller knows the file and the line number, and adds them.
 class LineError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -136,7 +136,7 @@ int evaluate(const EvaluateArguments& arguments) {
         return complain("evaluate", error.what(), exitUsage);
     } catch (const SettingsFileError& error) {
         return complain("evaluate", error.what(), exitUsage);
-    } catch (const lines::ScenarioError& error) {
+    } catch (const lines::InputError& error) {
         return complain("evaluate", error.what(), exitUsage);
     } catch (const std::exception& error) {
         return complain("evaluate", error.what(), exitFailed);

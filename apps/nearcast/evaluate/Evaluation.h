@@ -17,7 +17,7 @@ struct JudgedRecording {
     std::string path;
     std::string truthPath;
     lab::Playback playback;
-    lab::Truth truth;
+    lines::Truth truth;
     std::string damage;  ///< why the recording ends before its end; empty when it does not
 };
 

@@ -3,7 +3,7 @@
 
 #include "playback/PlaybackFile.h"
 #include "lines/LineReader.h"
-#include "lab/TruthFile.h"
+#include "lines/Truth.h"
 
 #include <filesystem>
 #include <stdexcept>
@@ -13,13 +13,13 @@ namespace nearcast::cli {
 namespace {
 
 /// The truth that was named, or that should lie beside the recording.
-lab::Truth truthOf(JudgedRecording& recording, const std::string* named) {
+lines::Truth truthOf(JudgedRecording& recording, const std::string* named) {
     recording.truthPath = named != nullptr ? *named : truthPathFor(recording.path);
     if (named == nullptr && !std::filesystem::exists(recording.truthPath)) {
         throw std::invalid_argument(recording.path + ": where its user stood is not known: there is no " +
                                     recording.truthPath + "; name another file with --truth");
     }
-    return lab::readTruth(recording.truthPath);
+    return lines::readTruth(recording.truthPath);
 }
 
 }  // namespace

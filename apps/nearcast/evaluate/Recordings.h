@@ -18,7 +18,7 @@ std::string truthPathFor(const std::string& recordingPath);
 /// @param truths     one for each recording; none: `truthPathFor` each
 /// @param registry   as `lab::PlaybackInput::registry`
 /// @throws std::invalid_argument when the numbers do not fit
-/// @throws PlaybackFileError, lines::ScenarioError for a file that is wrong
+/// @throws PlaybackFileError, lines::InputError for a file that is wrong
 std::vector<JudgedRecording> playAll(const std::vector<std::string>& recordings, const std::vector<std::string>& truths,
                                      const std::shared_ptr<const Settings>& registry);
 

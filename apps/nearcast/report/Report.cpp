@@ -6,7 +6,7 @@
 #include "report/ReportData.h"
 #include "report/ReportPage.h"
 #include "lines/LineReader.h"
-#include "lab/TruthFile.h"
+#include "lines/Truth.h"
 #include "watch/SettingsFile.h"
 
 #include <CLI/CLI.hpp>
@@ -48,8 +48,8 @@ void writePage(const std::string& page, const std::string& output) {
 std::string makeReport(const ReportArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
-    std::optional<lab::Truth> truth;
-    if (!arguments.truth.empty()) truth = lab::readTruth(arguments.truth);
+    std::optional<lines::Truth> truth;
+    if (!arguments.truth.empty()) truth = lines::readTruth(arguments.truth);
     const PlaybackFile file = readPlaybackFile(arguments.recording, registry);
     ReportData data = reportOf(lab::play(file.input), settings, truth ? &*truth : nullptr);
     data.title = arguments.title.empty() ? std::filesystem::path(file.path).filename().string() : arguments.title;
@@ -67,7 +67,7 @@ int report(const ReportArguments& arguments) {
         return complain("report", error.what(), exitUsage);
     } catch (const SettingsFileError& error) {
         return complain("report", error.what(), exitUsage);
-    } catch (const lines::ScenarioError& error) {
+    } catch (const lines::InputError& error) {
         return complain("report", error.what(), exitUsage);
     } catch (const std::exception& error) {
         return complain("report", error.what(), exitFailed);

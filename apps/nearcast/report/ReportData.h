@@ -4,7 +4,7 @@
 #include <nearcast/Nearest.h>
 #include <nearcast/NearestSettings.h>
 
-#include "lab/Truth.h"
+#include "lines/Truth.h"
 #include "lab/Playback.h"
 
 #include <cstdint>
@@ -85,6 +85,6 @@ struct ReportData {
 /// Gathers what the page shows of a recording that was played: `Nearest` decides on it with these settings.
 /// @param truth where the user stood; null: that is not known
 /// @throws std::invalid_argument as `NearestSettings::validate`
-ReportData reportOf(const lab::Playback& playback, const NearestSettings& settings, const lab::Truth* truth);
+ReportData reportOf(const lab::Playback& playback, const NearestSettings& settings, const lines::Truth* truth);
 
 }  // namespace nearcast::cli

@@ -3,8 +3,10 @@
 
 #include "lines/Line.h"
 
+#include <algorithm>
+#include <span>
 #include <string>
-#include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace nearcast {
@@ -40,25 +42,33 @@ RecordedItem itemOf(lines::Line line) {
     return item;
 }
 
-bool isBlank(std::string_view text) { return text.find_first_not_of(" \t\r") == std::string_view::npos; }
+lines::TextReader::Source sourceOf(RecordingInput& input) {
+    return [&input](std::span<std::uint8_t> room) {
+        const auto bytes = input.takeSome(room.size());
+        std::copy(bytes.begin(), bytes.end(), room.begin());
+        return bytes.size();
+    };
+}
 
 }  // namespace
 
+JsonLinesReader::JsonLinesReader(RecordingInput& input)
+    : begin_(input.offset()), text_({{"", sourceOf(input)}}, longestLine) {}
+
 std::optional<RecordedItem> JsonLinesReader::next() {
-    while (!input_.atEnd()) {
-        const std::uint64_t start = input_.offset();
-        ++line_;
-        const std::string_view text = input_.takeLine(longestLine);
-        if (isBlank(text)) continue;
-        try {
-            lines::Line line = lines::parseLine(text, previous_);
-            previous_ = line.at;
-            return itemOf(std::move(line));
-        } catch (const lines::LineError& error) {
-            throw RecordingDamage(start, "line " + std::to_string(line_) + ": " + error.what());
-        }
+    try {
+        const auto text = text_.next();
+        if (!text) return std::nullopt;
+        lines::Line line = lines::parseLine(*text, previous_);
+        previous_ = line.at;
+        return itemOf(std::move(line));
+    } catch (const lines::LineError& error) {
+        throw RecordingDamage(begin_ + text_.offset(), "line " + std::to_string(text_.number()) + ": " + error.what());
+    } catch (const lines::LineTooLong&) {
+        throw RecordingDamage(begin_ + text_.offset(), "a line of more than " + std::to_string(longestLine) + " bytes");
+    } catch (const std::system_error& error) {
+        throw RecordingDamage(begin_ + text_.offset(), error.code().message());
     }
-    return std::nullopt;
 }
 
 }  // namespace nearcast

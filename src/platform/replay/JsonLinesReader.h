@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "lines/TextReader.h"
 #include "platform/replay/RecordingInput.h"
 #include "platform/replay/RecordingReader.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -17,13 +19,13 @@ public:
     /// A line longer than that is no line.
     static constexpr std::size_t longestLine = std::size_t{1} << 20;
 
-    /// @param input at the file's begin; lives longer than the reader
-    explicit JsonLinesReader(RecordingInput& input) : input_(input) {}
+    /// @param input at the first line; lives longer than the reader
+    explicit JsonLinesReader(RecordingInput& input);
     std::optional<RecordedItem> next() override;
 
 private:
-    RecordingInput& input_;
-    std::uint64_t line_ = 0;
+    std::uint64_t begin_;  ///< of the text in the file: a byte order mark may precede it
+    lines::TextReader text_;
     std::chrono::microseconds previous_{0};
 };
 

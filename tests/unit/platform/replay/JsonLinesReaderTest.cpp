@@ -65,6 +65,10 @@ TEST(JsonLinesReader, PassesOverAByteOrderMark) {
     EXPECT_EQ(contents.items.size(), 1U);
 }
 
+TEST(JsonLinesReader, CountsAByteOrderMarkAmongTheBytesBeforeDamage) {
+    EXPECT_EQ(readText("\xEF\xBB\xBF{\"do\": \"end\"}\ngarbage\n").damagedAt, 3U + 14U);
+}
+
 struct DamageCase {
     const char* line;
     const char* problem;  // part of the message
