@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
 #include "lab/Runner.h"
+#include "lines/TextReader.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

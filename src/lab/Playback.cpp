@@ -4,9 +4,9 @@
 #include "nearest/DongleAddress.h"
 #include "platform/json/JSONSerialization.h"
 #include "lab/EventWriter.h"
-#include "lines/LineReader.h"
 #include "lab/Performer.h"
 #include "lab/PlaybackRecorder.h"
+#include "lab/Script.h"
 
 #include <algorithm>
 #include <chrono>
@@ -62,6 +62,26 @@ void requireShort(const PlaybackInput& input) {
     throw lines::InputError(input.name + ": is longer than seven days");
 }
 
+/// The lines of an input, which are in memory.
+class HeldLines : public lines::LineSource {
+public:
+    explicit HeldLines(const PlaybackInput& input) : input_(input) {}
+
+    std::optional<lines::Line> next() override {
+        if (next_ == input_.lines.size()) return std::nullopt;
+        return input_.lines[next_++];
+    }
+    std::optional<lines::Time> peekTime() override {
+        if (next_ == input_.lines.size()) return std::nullopt;
+        return input_.lines[next_].at;
+    }
+    [[nodiscard]] std::string place() const override { return input_.name; }
+
+private:
+    const PlaybackInput& input_;
+    std::size_t next_ = 0;
+};
+
 /// The one manager of the process, with what it stands on.
 class Stage {
 public:
@@ -75,8 +95,6 @@ public:
     [[nodiscard]] QXNearcastManager& manager() const { return *manager_; }
 
 private:
-    class Script;
-
     Stage() {
         auto owned = std::make_unique<PlaybackPlatform>(console_, JSON, recorder_);
         platform_ = owned.get();
@@ -88,7 +106,6 @@ private:
     [[nodiscard]] lines::Time now() const { return platform_->timeline().now(); }
     void prepare(const PlaybackInput& input);
     void perform(const lines::Action& action);
-    bool runLines(const std::vector<lines::Line>& lines, lines::Time begin);
     void sweepOut();
     void tidy();
 
@@ -97,39 +114,6 @@ private:
     PlaybackPlatform* platform_ = nullptr;
     QXNearcastManager* manager_ = nullptr;
     EventWriter writer_{[](std::string_view) {}};
-};
-
-/// The lines as happenings on the timeline, whose clock may be far beyond zero.
-class Stage::Script : public TimelineSource {
-public:
-    Script(Stage& stage, const std::vector<lines::Line>& lines, lines::Time begin) : stage_(stage), lines_(lines), begin_(begin) {}
-
-    std::optional<lines::Time> due() override {
-        if (next_ == lines_.size() || tooDeep_) return std::nullopt;
-        return begin_ + lines_[next_].at;
-    }
-    void happen() override {
-        if (next_ == lines_.size()) return;
-        tooDeep_ = depth_ == deepest;
-        if (tooDeep_) return;
-        ++depth_;
-        // Counted before it happens: a call may sleep, and then the next lines happen inside.
-        stage_.perform(lines_[next_++].action);
-        --depth_;
-    }
-    /// Whether it broke off because calls sleep too deep inside one another.
-    [[nodiscard]] bool tooDeep() const { return tooDeep_; }
-
-private:
-    // As when a scenario is run: a line inside a sleep is on the stack of the call that sleeps.
-    static constexpr int deepest = 500;
-
-    Stage& stage_;
-    const std::vector<lines::Line>& lines_;
-    const lines::Time begin_;
-    std::size_t next_ = 0;
-    int depth_ = 0;  ///< lines that have begun to happen and not ended
-    bool tooDeep_ = false;
 };
 
 void Stage::prepare(const PlaybackInput& input) {
@@ -151,15 +135,6 @@ void Stage::perform(const lines::Action& action) {
     }
 }
 
-/// @return false when calls sleep too deep inside one another
-bool Stage::runLines(const std::vector<lines::Line>& lines, lines::Time begin) {
-    Script script(*this, lines, begin);
-    platform_->timeline().setSource(&script);
-    platform_->timeline().runToLastHappening();
-    platform_->timeline().setSource(nullptr);
-    return !script.tooDeep();
-}
-
 /// Waits until every dongle has been told as silent, which empties the manager's table of them.
 void Stage::sweepOut() { platform_->timeline().sleep(presenceTimeout + sweepInterval); }
 
@@ -176,7 +151,9 @@ Playback Stage::play(const PlaybackInput& input) {
     const lines::Time begin = now();
     recorder_.begin([this, begin] { return duration<double>(now() - begin).count(); });
     prepare(input);
-    const bool whole = runLines(input.lines, begin);
+    HeldLines held(input);
+    Script script(held, begin, [this](const lines::Action& action) { perform(action); });
+    script.run(platform_->timeline());
     const double end = duration<double>(now() - begin).count();
     if (!isScenario(input.lines)) sweepOut();
     Playback playback = recorder_.take();
@@ -185,7 +162,7 @@ Playback Stage::play(const PlaybackInput& input) {
     manager_->stopScan();
     manager_->setDelegate(nullptr);
     manager_->setSettings(std::nullopt);
-    if (!whole) throw lines::InputError(input.name + ": too many calls sleep inside one another");
+    if (script.failure()) throw lines::InputError(*script.failure());
     playback.name = input.name;
     playback.end = end;
     return playback;

@@ -5,6 +5,8 @@
 #include "platform/json/JSONSerialization.h"
 #include "platform/virtual/VirtualPlatform.h"
 #include "lab/Performer.h"
+#include "lab/Script.h"
+#include "lines/LineReader.h"
 
 #include <nearcast/LogWriter.h>
 
@@ -60,45 +62,6 @@ private:
     const Timeline* timeline_ = nullptr;
 };
 
-/// The lines of a scenario as happenings on the timeline. A line that cannot be read ends it: nothing that a call in
-/// progress still does is written any more.
-class Script : public TimelineSource {
-public:
-    Script(lines::LineReader reader, Performer performer, EventWriter& writer)
-        : reader_(std::move(reader)), performer_(performer), writer_(writer) {}
-
-    std::optional<lines::Time> due() override { return failure_ ? std::nullopt : reader_.peekTime(); }
-
-    void happen() override {
-        try {
-            const auto line = reader_.next();
-            if (!line) return;
-            if (depth_ == deepest)
-                throw lines::InputError(reader_.place() + ": " + std::to_string(deepest) +
-                                    " calls sleep inside one another already");
-            ++depth_;
-            performer_.perform(line->action);
-            --depth_;
-        } catch (const lines::InputError& error) {
-            failure_ = error;
-            writer_.flush();
-            writer_.mute();
-        }
-    }
-
-    [[nodiscard]] const std::optional<lines::InputError>& failure() const { return failure_; }
-
-private:
-    // A line inside a sleep runs on the stack of the call that sleeps, which is not endless.
-    static constexpr int deepest = 500;
-
-    lines::LineReader reader_;
-    Performer performer_;
-    EventWriter& writer_;
-    int depth_ = 0;  ///< lines that have begun to happen and not ended
-    std::optional<lines::InputError> failure_;
-};
-
 }  // namespace
 
 void run(const std::vector<std::string>& paths, const RunOptions& options, EventWriter::Out out) {
@@ -113,11 +76,15 @@ void run(const std::vector<std::string>& paths, const RunOptions& options, Event
     auto& manager = QXNearcastManager::sharedManager();
 
     EventWriter& writer = observation->writer();
-    Script script(std::move(reader), Performer(manager, platform, writer), writer);
+    Performer performer(manager, platform, writer);
+    // Of the calls in progress when a line cannot be read, nothing more is written.
+    const auto mute = [&writer] {
+        writer.flush();
+        writer.mute();
+    };
+    Script script(reader, lines::Time{0}, [&](const lines::Action& action) { performer.perform(action); }, mute);
     observation->watch(platform.timeline(), options);
-    platform.timeline().setSource(&script);
-    platform.timeline().runToLastHappening();
-    platform.timeline().setSource(nullptr);
+    script.run(platform.timeline());
     Observation::unwatch();
     manager.setDelegate(nullptr);
     writer.flush();

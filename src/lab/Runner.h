@@ -2,7 +2,6 @@
 #pragma once
 
 #include "lab/EventWriter.h"
-#include "lines/LineReader.h"
 
 #include <string>
 #include <vector>
@@ -17,7 +16,7 @@ struct RunOptions {
 /// Runs a scenario on a virtual clock, on the calling thread, as fast as it goes, and writes what the manager showed.
 ///
 /// Once in a process: there is one manager in it.
-/// @throws InputError for a file or line that cannot be read; what happened before has been written
+/// @throws lines::InputError for a file or line that cannot be read; what happened before has been written
 /// @throws std::logic_error when the manager exists already
 void run(const std::vector<std::string>& paths, const RunOptions& options, EventWriter::Out out);
 
