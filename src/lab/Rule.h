@@ -1,8 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "lab/Playback.h"
+
+#include <nearcast/NearestSettings.h>
+#include <nearcast/SettingRecord.h>
+
 #include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace nearcast::lab {
 
@@ -26,5 +36,34 @@ public:
     /// The address of the dongle that is nearest at this moment; "" for none. Valid until the next call.
     virtual std::string_view nearest(double at) = 0;
 };
+
+/// How often a rule is asked, in seconds: at 0, 0.5, 1 and so on of the recording's clock.
+inline constexpr double sampleInterval = 0.5;
+
+/// What a rule answered each time it was asked: the address of a dongle, or "" for none.
+using Answers = std::vector<std::string>;
+
+/// Tells a rule what happened in a playback, of the registered dongles only, and asks for what is nearest at each sample
+/// up to the recording's end, that moment included. What happens at the time of a sample is told before it.
+Answers answersOf(const Playback& playback, Rule& rule);
+
+/// The same, with a function called at each sample in place of the question.
+void tell(const Playback& playback, Rule& rule, const std::function<void(double at)>& sample);
+
+/// A rule by its name.
+struct NamedRule {
+    std::string_view name;
+    std::string_view description;  ///< one line for people
+    std::unique_ptr<Rule> (*make)(const Settings& registry, const NearestSettings& settings);
+};
+
+/// The rule that `Nearest` follows; the others are for comparison.
+inline constexpr std::string_view nearestRuleName = "nearest";
+
+/// All of them, `nearest` last. `make` throws std::invalid_argument for settings that are not valid, which only
+/// `nearest` looks at.
+std::span<const NamedRule> rules() noexcept;
+/// Null: there is none of that name.
+const NamedRule* findRule(std::string_view name) noexcept;
 
 }  // namespace nearcast::lab

@@ -1,21 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "lab/Rule.h"
 #include "lines/Truth.h"
 
 #include <cstdint>
 #include <optional>
-#include <string>
-#include <string_view>
 #include <vector>
 
 namespace nearcast::lab {
-
-/// How often a rule is asked, in seconds: at 0, 0.5, 1 and so on of the recording's clock.
-inline constexpr double sampleInterval = 0.5;
-
-/// What a rule answered each time it was asked: the address of a dongle, or "" for none.
-using Answers = std::vector<std::string>;
 
 /// How good answers were. Scores of several recordings are added up, so that a long recording weighs more than a short
 /// one.

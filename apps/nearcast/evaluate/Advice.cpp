@@ -2,7 +2,7 @@
 #include "evaluate/Advice.h"
 
 #include "lab/NearestAsRule.h"
-#include "lab/Deciding.h"
+#include "lab/Rule.h"
 
 #include <map>
 

@@ -6,7 +6,7 @@
 #include "evaluate/EvaluationPage.h"
 #include "evaluate/EvaluationText.h"
 #include "evaluate/Recordings.h"
-#include "lab/RuleList.h"
+#include "lab/Rule.h"
 #include "playback/PlaybackFile.h"
 #include "lines/LineReader.h"
 #include "watch/SettingsFile.h"

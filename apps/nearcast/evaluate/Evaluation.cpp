@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Evaluation.h"
 
-#include "lab/RuleList.h"
-#include "lab/Deciding.h"
+#include "lab/Rule.h"
 
 #include <stdexcept>
 

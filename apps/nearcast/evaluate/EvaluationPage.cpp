@@ -5,7 +5,7 @@
 #include "evaluate/Columns.h"
 #include "evaluate/PageAssets.h"
 #include "evaluate/Table.h"
-#include "lab/RuleList.h"
+#include "lab/Rule.h"
 
 namespace nearcast::cli {
 

@@ -3,7 +3,7 @@
 
 #include "RadioWords.h"
 #include "report/DecisionLog.h"
-#include "lab/Deciding.h"
+#include "lab/Rule.h"
 
 #include <algorithm>
 
