@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Expect.h"
-#include "platform/replay/Import.h"
+#include "platform/replay/JsonLines.h"
 #include "platform/replay/RecordingReader.h"
 #include "platform/replay/RecordingWriter.h"
 #include "lines/Line.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/Import.h"
+#include "platform/replay/JsonLines.h"
 #include "AtomicFile.h"
 #include "Command.h"
 

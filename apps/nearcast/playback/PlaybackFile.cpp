@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "playback/PlaybackFile.h"
 
-#include "platform/replay/RecordingOptions.h"
 #include "platform/replay/RecordingReader.h"
 #include "platform/replay/RecordingWriter.h"
 #include "lines/LineReader.h"

@@ -3,7 +3,7 @@
 
 #include "platform/bluez/ThreadedBluezRadio.h"
 #include "platform/factory/AutomaticRadio.h"
-#include "platform/factory/TimelineDrive.h"
+#include "platform/timeline/TimelinePlatform.h"
 #include "platform/hci/HciOptions.h"
 #include "platform/hci/HciRadio.h"
 #include "platform/hci/KernelHciPort.h"
@@ -15,7 +15,6 @@
 #include "platform/simulator/SimulatorPlatform.h"
 #include "platform/system/Consoles.h"
 #include "platform/system/RealPace.h"
-#include "platform/system/SystemDrive.h"
 #include "platform/system/SystemPlatform.h"
 
 #include <stdexcept>

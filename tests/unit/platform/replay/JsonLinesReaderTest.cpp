@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/JsonLinesReader.h"
+#include "platform/replay/JsonLines.h"
 
 #include "lines/Line.h"
 #include "unit/platform/replay/CaptureBytes.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/simulator/BuiltInScene.h"
+#include "platform/simulator/SimulatorOptions.h"
 #include "platform/simulator/SceneReader.h"
 #include "unit/platform/simulator/SimulatorFixture.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/simulator/Shop.h"
 
-#include "platform/simulator/BuiltInScene.h"
+#include "platform/simulator/SimulatorOptions.h"
 #include "platform/simulator/SceneReader.h"
 #include "unit/platform/simulator/SimulatorFixture.h"
 

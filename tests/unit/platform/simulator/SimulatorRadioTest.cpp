@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/simulator/SimulatorRadio.h"
+#include "platform/simulator/SimulatorPlatform.h"
 
-#include "platform/simulator/BuiltInScene.h"
+#include "platform/simulator/SimulatorOptions.h"
 #include "platform/simulator/SceneReader.h"
 #include "unit/platform/simulator/SimulatorRadioFixture.h"
 
