@@ -2,8 +2,8 @@
 #include "Command.h"
 #include "SceneTruth.h"
 #include "Seconds.h"
-#include "platform/simulator/SimulatorOptions.h"
 #include "platform/simulator/SceneReader.h"
+#include "platform/simulator/SimulatorOptions.h"
 
 #include <nearcast/Platform.h>
 #include <nearcast/QXNearcastManager.h>

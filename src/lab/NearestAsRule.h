@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "nearest/Decision.h"
 #include "lab/Rule.h"
+#include "nearest/Decision.h"
 
 #include <nearcast/NearestSettings.h>
 #include <nearcast/SettingRecord.h>

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Playback.h"
 
-#include "nearest/DongleAddress.h"
-#include "platform/json/JSONSerialization.h"
 #include "lab/EventWriter.h"
 #include "lab/Performer.h"
 #include "lab/PlaybackRecorder.h"
 #include "lab/Script.h"
+#include "nearest/DongleAddress.h"
+#include "platform/json/JSONSerialization.h"
 
 #include <algorithm>
 #include <chrono>
@@ -29,7 +29,7 @@ public:
     void NSLog(std::string_view /*line*/) noexcept override {}
 };
 
-/// The record that the manager makes of a printer of which nothing but the dongle's address is known.
+/// The record that the manager makes of a printer when only its dongle's address is known.
 SettingRecordPointer recordOf(std::string_view MACAddr) {
     SettingRecord record;
     record.emplace(kQXDeviceType, static_cast<std::int64_t>(QXDeviceTypeDesktopPrinter));
@@ -39,7 +39,7 @@ SettingRecordPointer recordOf(std::string_view MACAddr) {
     return std::make_shared<const SettingRecord>(std::move(record));
 }
 
-/// A registry that has every dongle of a recording.
+/// A registry of all dongles in a recording.
 Settings donglesOf(const PlaybackInput& input) {
     Settings registry;
     for (const lines::Line& line : input.lines) {
@@ -51,7 +51,7 @@ Settings donglesOf(const PlaybackInput& input) {
         registry.emplace(address.text(), recordOf(address.text()));
         if (registry.size() <= mostDongles) continue;
         throw lines::InputError(input.name + ": has more than " + std::to_string(mostDongles) +
-                            " dongles; settings that name the devices are needed");
+                                " dongles; settings that name the devices are needed");
     }
     return registry;
 }
@@ -82,11 +82,11 @@ private:
     std::size_t next_ = 0;
 };
 
-/// The one manager of the process, with what it stands on.
+/// The process's manager, with the platform and the console that it uses.
 class Stage {
 public:
     static Stage& instance() {
-        // The manager lives as long as the process, and so does what it stands on.
+        // Never destroyed: the manager, which uses it, lives as long as the process.
         static auto* const stage = new Stage;
         return *stage;
     }
@@ -135,14 +135,14 @@ void Stage::perform(const lines::Action& action) {
     }
 }
 
-/// Waits until every dongle has been told as silent, which empties the manager's table of them.
+/// Waits until the manager has reported every dongle as silent, which empties its table of dongles.
 void Stage::sweepOut() { platform_->timeline().sleep(presenceTimeout + sweepInterval); }
 
-/// Makes the manager like new after whatever a scenario did to it.
+/// Resets the manager after a scenario.
 void Stage::tidy() {
     platform_->radio()->setState(CBManagerStatePoweredOn);
     manager_->setDelegate(recorder_.delegate(false, true));
-    manager_->startScan(ordinarySamplingNumber);  // where a scan runs already, the sampling number alone is taken over
+    manager_->startScan(ordinarySamplingNumber);  // if a scan is running, this changes only the sampling number
     sweepOut();
 }
 
@@ -172,7 +172,8 @@ Playback Stage::play(const PlaybackInput& input) {
 
 bool isScenario(const std::vector<lines::Line>& lines) {
     return std::any_of(lines.begin(), lines.end(), [](const lines::Line& line) {
-        return !std::holds_alternative<lines::Advertise>(line.action) && !std::holds_alternative<lines::RadioState>(line.action) &&
+        return !std::holds_alternative<lines::Advertise>(line.action) &&
+               !std::holds_alternative<lines::RadioState>(line.action) &&
                !std::holds_alternative<lines::End>(line.action);
     });
 }

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Runner.h"
 
-#include "platform/NSLock.h"
-#include "platform/json/JSONSerialization.h"
-#include "platform/virtual/VirtualPlatform.h"
 #include "lab/Performer.h"
 #include "lab/Script.h"
 #include "lines/LineReader.h"
+#include "platform/NSLock.h"
+#include "platform/json/JSONSerialization.h"
+#include "platform/virtual/VirtualPlatform.h"
 
 #include <nearcast/LogWriter.h>
 
@@ -19,7 +19,7 @@ namespace {
 
 const JSONSerialization JSON;
 
-/// Writes down what the manager shows to the console, to its radio, through its locks and in its trace.
+/// Writes down what the manager does to the console, its radio, its locks and its trace.
 class Observation : public Console, public LockObserver, public VirtualRadioObserver {
 public:
     explicit Observation(EventWriter::Out out) : writer_(std::move(out)) {}
@@ -66,7 +66,7 @@ private:
 
 void run(const std::vector<std::string>& paths, const RunOptions& options, EventWriter::Out out) {
     lines::LineReader reader(paths);
-    // The manager and the platform that it holds on to live as long as the process, and so does this.
+    // Never destroyed: the manager and its platform, which use it, live as long as the process.
     static std::unique_ptr<Observation> observation;
     auto watching = std::make_unique<Observation>(std::move(out));
     auto owned = std::make_unique<VirtualPlatform>(*watching, JSON, watching.get());
@@ -77,12 +77,13 @@ void run(const std::vector<std::string>& paths, const RunOptions& options, Event
 
     EventWriter& writer = observation->writer();
     Performer performer(manager, platform, writer);
-    // Of the calls in progress when a line cannot be read, nothing more is written.
+    // When a line cannot be read, calls in progress still end, but nothing more of them is written.
     const auto mute = [&writer] {
         writer.flush();
         writer.mute();
     };
-    Script script(reader, lines::Time{0}, [&](const lines::Action& action) { performer.perform(action); }, mute);
+    Script script(
+        reader, lines::Time{0}, [&](const lines::Action& action) { performer.perform(action); }, mute);
     observation->watch(platform.timeline(), options);
     script.run(platform.timeline());
     Observation::unwatch();

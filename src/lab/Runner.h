@@ -13,7 +13,7 @@ struct RunOptions {
     bool locks = false;  ///< write the taking and releasing of the four locks too
 };
 
-/// Runs a scenario on a virtual clock, on the calling thread, as fast as it goes, and writes what the manager showed.
+/// Runs a scenario on a virtual clock, on the calling thread, as fast as it goes, and writes what the manager reported.
 ///
 /// Once in a process: there is one manager in it.
 /// @throws lines::InputError for a file or line that cannot be read; what happened before has been written

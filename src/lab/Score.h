@@ -10,7 +10,7 @@
 
 namespace nearcast::lab {
 
-/// How good answers were. Scores of several recordings are added up, so that a long recording weighs more than a short
+/// How good answers were. Scores of several recordings are added, so that a long recording weighs more than a short
 /// one.
 struct Score {
     std::uint64_t samples = 0;   ///< answers at times for which the truth is known
@@ -28,11 +28,11 @@ struct Score {
     Score& operator+=(const Score& other);
 
     [[nodiscard]] double minutes() const;
-    /// Shares from 0 to 1; nothing where there was nothing to share.
+    /// Shares from 0 to 1; nothing where nothing was counted.
     [[nodiscard]] std::optional<double> rightOfAll() const;
     [[nodiscard]] std::optional<double> rightOfAnswered() const;
     [[nodiscard]] std::optional<double> wrongSwitchesPerMinute() const;
-    /// Quantile of `followed`, between two values in proportion. Nothing: no change was reached.
+    /// Quantile of `followed`, interpolated. Nothing if no change was reached.
     /// @param part from 0 to 1; 0.5 is the median
     [[nodiscard]] std::optional<double> timeToFollow(double part) const;
 };

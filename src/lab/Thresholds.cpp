@@ -191,7 +191,7 @@ private:
     [[nodiscard]] const Sample& sample(std::size_t index) const { return standing_.samples()[index]; }
     [[nodiscard]] bool isAt(std::size_t index) const { return sample(index).place == device_; }
 
-    /// The parts of the time that are judged one by one: each stay, or the halves of all stays.
+    /// The parts of the time that are judged separately: each stay, or the halves of all stays.
     [[nodiscard]] std::vector<Indices> parts(bool byHalves) const {
         std::vector<Indices> parts(byHalves ? 2 : standing_.stays());
         for (std::size_t index = 0; index < levels_.size(); ++index) {

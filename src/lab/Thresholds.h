@@ -23,9 +23,9 @@ struct Stay {
     friend bool operator==(const Stay&, const Stay&) = default;
 };
 
-/// So many seconds after a change of place do not count: the user walks, and levels follow.
+/// Seconds after a change of place that do not count: the user walks, and levels follow.
 inline constexpr double settlingTime = 5;
-/// What then is left of a stay has to last so many seconds.
+/// The least that has to be left of a stay, in seconds.
 inline constexpr double shortestStay = 5;
 
 /// The stays that are long enough.
@@ -71,7 +71,7 @@ private:
     Stay stay_;
 };
 
-/// What "Threshold RSSI" a device should have, and what is to be expected of it.
+/// The "Threshold RSSI" that a device should have, and how well it works.
 ///
 /// The threshold makes the smallest error on all of the stays: the mean of the share of the time at the device that its
 /// level is below the threshold, and the share of the time elsewhere that it is not. Of neighbours that make it, it is

@@ -70,8 +70,8 @@ private:
     std::uint64_t number_ = 0;
     std::uint64_t offset_ = 0;
     std::string buffer_;
-    std::size_t consumed_ = 0;     ///< bytes of the buffer
-    std::uint64_t position_ = 0;   ///< of the first byte not consumed, in its input
+    std::size_t consumed_ = 0;    ///< bytes of the buffer
+    std::uint64_t position_ = 0;  ///< of the first byte not consumed, in its input
 };
 
 }  // namespace nearcast::lines

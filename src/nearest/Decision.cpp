@@ -9,7 +9,7 @@ namespace nearcast::nearest {
 
 namespace {
 
-/// Whether a controller may say so (Core Specification, Volume 4, Part E, 7.7.65.2). Some say +40 dBm once in a while.
+/// Whether a controller may report it (Core Specification, Volume 4, Part E, 7.7.65.2). Some report +40 dBm at times.
 bool isReading(std::int32_t RSSI) {
     constexpr std::int32_t weakest = -127;
     constexpr std::int32_t strongest = 20;
@@ -22,7 +22,7 @@ std::string textIn(const SettingRecord& record, std::string_view key) {
     return text == nullptr ? std::string() : *text;
 }
 
-/// What is known of the device from what was heard.
+/// Takes over what was learned by hearing the device.
 void adopt(Device& device, const Device& known) {
     Device merged = known;
     merged.threshold = device.threshold;
@@ -122,7 +122,7 @@ bool Decision::reported(double at, std::string_view portName, std::string_view M
 }
 
 void Decision::setRadio(double at, bool hears, double since) {
-    // The devices are not compared before it is known: nobody is silent whom the radio could not hear.
+    // Set before the devices are compared: a device that the radio could not hear is not silent.
     now_ = std::max(at, now_);
     if (hears == hears_ && since == radioSince_) return;
     hears_ = hears;
@@ -150,7 +150,7 @@ double Decision::advance(double at) {
     return now_;
 }
 
-/// A device is heard. One that was silent until now begins anew.
+/// A device is heard. One that was silent starts again.
 void Decision::arrive(Device& device, double at) {
     if (device.level && !isSilent(device, at)) return;
     const auto index = static_cast<Index>(&device - devices_.data());
@@ -202,21 +202,20 @@ void Decision::dropSilent(double at) {
     if (presentSilent) enter(at, NearestRule::silent);
 }
 
-/// Lost packets look like silence. So whoever fell silent while it was chosen can have its place back without its lead
-/// adding up anew, for as long as an old choice counts.
+/// Lost packets look like silence. So a device that fell silent while it was chosen can return without its lead adding
+/// up again, as long as an old choice counts.
 void Decision::forgetMissed(double at) {
     if (missed_ && at - missed_->at >= settings_.staleFor) missed_.reset();
 }
 
-/// For how many seconds a device has to wait, still, before it takes the place of one that fell silent: not at all when
-/// it is about as strong.
+/// Seconds that a device still has to wait before it replaces one that fell silent: none if it is about as strong.
 double Decision::waitsForMissed(const Device& device, double at) const {
     if (!missed_ || devices_[missed_->device].level) return 0;
     if (*device.level >= missed_->level - settings_.hysteresis) return 0;
     return std::max(0.0, missed_->at + settings_.silence - at);
 }
 
-/// What close means differs from place to place and from dongle to dongle.
+/// Which signal is a close one differs from place to place and from dongle to dongle.
 void Decision::learnPlace(double elapsed) {
     const Index best = strongest(none);
     if (best == none) return;
@@ -229,7 +228,7 @@ void Decision::learnPlace(double elapsed) {
 
 void Decision::addUpLeads(double at, double elapsed) {
     if (present_ == none) return;
-    constexpr double most = 12;  // dB: a single reading that is far too strong moves nothing by itself
+    constexpr double most = 12;  // dB: one reading that is far too strong is not enough to switch
     const double present = devices_[present_].expected(settings_);
     const double clarity = surroundings_.clarity(settings_);
     for (const Index index : audible_) {
@@ -255,7 +254,7 @@ void Decision::enter(double at, NearestRule rule) {
     if (best != none || present_ != none) choose(best, at, rule);
 }
 
-/// The strongest of those inside, once it has been for long enough: another that has would be left again at once.
+/// The strongest of those inside, if it has been inside for long enough; a weaker one would soon be left again for it.
 Decision::Index Decision::strongestInside(Index but, double at) const {
     Index best = none;
     for (const Index index : audible_) {
@@ -266,7 +265,7 @@ Decision::Index Decision::strongestInside(Index but, double at) const {
     return best != none && devices_[best].isInside(at, settings_) ? best : none;
 }
 
-/// Goes over to the strongest of the others once its lead has added up.
+/// Switches to the strongest of the others once its lead has added up.
 void Decision::follow(double at) {
     if (at - since_ < settings_.dwell) return;
     const Index best = strongest(present_);

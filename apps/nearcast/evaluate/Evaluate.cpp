@@ -7,8 +7,8 @@
 #include "evaluate/EvaluationText.h"
 #include "evaluate/Recordings.h"
 #include "lab/Rule.h"
-#include "playback/PlaybackFile.h"
 #include "lines/LineReader.h"
+#include "playback/PlaybackFile.h"
 #include "watch/SettingsFile.h"
 
 #include <CLI/CLI.hpp>

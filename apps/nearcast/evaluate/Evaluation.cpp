@@ -9,8 +9,7 @@ namespace nearcast::cli {
 
 namespace {
 
-lab::Score judge(const JudgedRecording& recording, const lab::NamedRule& named,
-                     const NearestSettings& settings) {
+lab::Score judge(const JudgedRecording& recording, const lab::NamedRule& named, const NearestSettings& settings) {
     const auto rule = named.make(*recording.playback.registry, settings);
     return lab::scoreOf(lab::answersOf(recording.playback, *rule), recording.truth);
 }

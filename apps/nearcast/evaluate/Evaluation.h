@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "nearest/SettingArguments.h"
-#include "lab/Score.h"
 #include "lab/Playback.h"
+#include "lab/Score.h"
+#include "nearest/SettingArguments.h"
 
 #include <nearcast/NearestSettings.h>
 

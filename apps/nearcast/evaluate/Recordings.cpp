@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Recordings.h"
 
-#include "playback/PlaybackFile.h"
 #include "lines/LineReader.h"
 #include "lines/Truth.h"
+#include "playback/PlaybackFile.h"
 
 #include <filesystem>
 #include <stdexcept>

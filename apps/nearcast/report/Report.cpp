@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "AtomicFile.h"
 #include "Command.h"
+#include "lines/LineReader.h"
+#include "lines/Truth.h"
 #include "nearest/SettingArguments.h"
 #include "playback/PlaybackFile.h"
 #include "report/ReportData.h"
 #include "report/ReportPage.h"
-#include "lines/LineReader.h"
-#include "lines/Truth.h"
 #include "watch/SettingsFile.h"
 
 #include <CLI/CLI.hpp>

@@ -2,8 +2,8 @@
 #include "report/ReportData.h"
 
 #include "RadioWords.h"
-#include "report/DecisionLog.h"
 #include "lab/Rule.h"
+#include "report/DecisionLog.h"
 
 #include <algorithm>
 

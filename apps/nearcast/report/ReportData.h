@@ -4,8 +4,8 @@
 #include <nearcast/Nearest.h>
 #include <nearcast/NearestSettings.h>
 
-#include "lines/Truth.h"
 #include "lab/Playback.h"
+#include "lines/Truth.h"
 
 #include <cstdint>
 #include <optional>

@@ -3,7 +3,6 @@
 
 #include "platform/bluez/ThreadedBluezRadio.h"
 #include "platform/factory/AutomaticRadio.h"
-#include "platform/timeline/TimelinePlatform.h"
 #include "platform/hci/HciOptions.h"
 #include "platform/hci/HciRadio.h"
 #include "platform/hci/KernelHciPort.h"
@@ -16,6 +15,7 @@
 #include "platform/system/Consoles.h"
 #include "platform/system/RealPace.h"
 #include "platform/system/SystemPlatform.h"
+#include "platform/timeline/TimelinePlatform.h"
 
 #include <stdexcept>
 #include <utility>

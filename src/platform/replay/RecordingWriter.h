@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/replay/RecordingReader.h"
 #include "lines/Line.h"
+#include "platform/replay/RecordingReader.h"
 
 #include <chrono>
 #include <functional>

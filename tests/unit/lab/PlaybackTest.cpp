@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "lines/LineReader.h"
 #include "lab/Playback.h"
+#include "lines/LineReader.h"
 
 #include <gtest/gtest.h>
 

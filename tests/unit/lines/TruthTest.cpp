@@ -26,8 +26,7 @@ struct TruthTest : testing::Test {
 };
 
 TEST_F(TruthTest, ReadsWhereTheUserStoodAndSinceWhen) {
-    EXPECT_EQ(read("{\"at\": 0, \"truth\": \"A\"}\n\n{\"at\": 1.5, \"truth\": \"B\"}"),
-              (Truth{{0, "A"}, {1.5, "B"}}));
+    EXPECT_EQ(read("{\"at\": 0, \"truth\": \"A\"}\n\n{\"at\": 1.5, \"truth\": \"B\"}"), (Truth{{0, "A"}, {1.5, "B"}}));
 }
 
 TEST_F(TruthTest, NullIsNextToNone) { EXPECT_EQ(read(R"({"at":0,"truth":null})"), (Truth{{0, ""}})); }
