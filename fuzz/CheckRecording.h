@@ -2,11 +2,11 @@
 #pragma once
 
 #include "Expect.h"
-#include "platform/replay/Import.h"
-#include "platform/replay/RecordingReader.h"
-#include "platform/replay/RecordingWriter.h"
 #include "lines/Line.h"
 #include "lines/PlainLine.h"
+#include "platform/replay/JsonLines.h"
+#include "platform/replay/RecordingReader.h"
+#include "platform/replay/RecordingWriter.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/Import.h"
 #include "AtomicFile.h"
 #include "Command.h"
+#include "platform/replay/JsonLines.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

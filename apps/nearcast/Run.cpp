@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
 #include "lab/Runner.h"
+#include "lines/TextReader.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -17,7 +18,7 @@ struct RunArguments {
 int run(const RunArguments& arguments) {
     try {
         lab::run(arguments.files, arguments.options, writeOut);
-    } catch (const lines::ScenarioError& error) {
+    } catch (const lines::InputError& error) {
         return complain("run", error.what(), exitUsage);
     }
     finishOut();

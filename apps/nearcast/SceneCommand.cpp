@@ -2,10 +2,8 @@
 #include "Command.h"
 #include "SceneTruth.h"
 #include "Seconds.h"
-#include "platform/simulator/BuiltInScene.h"
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorOptions.h"
-#include "platform/simulator/SimulatorSettings.h"
 
 #include <nearcast/Platform.h>
 #include <nearcast/QXNearcastManager.h>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "SceneTruth.h"
 
-#include "platform/simulator/GroundTruth.h"
 #include "platform/simulator/Walk.h"
 
 #include <array>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/EventWriter.h"
 
-#include "platform/json/JSONSerialization.h"
 #include "lines/Text.h"
+#include "platform/json/JSONSerialization.h"
 
 #include <array>
 #include <charconv>
@@ -91,13 +91,13 @@ EventWriter& EventWriter::beginDiscovered(lines::Time at, std::string_view portN
     return text("MACAddr", MACAddr).number("RSSI", RSSI);
 }
 
-void EventWriter::discovered(lines::Time at, std::string_view portName, std::int32_t deviceType, std::string_view MACAddr,
-                             std::int32_t RSSI) {
+void EventWriter::discovered(lines::Time at, std::string_view portName, std::int32_t deviceType,
+                             std::string_view MACAddr, std::int32_t RSSI) {
     beginDiscovered(at, portName, deviceType, MACAddr, RSSI).end();
 }
 
-void EventWriter::discovered(lines::Time at, std::string_view portName, std::int32_t deviceType, std::string_view MACAddr,
-                             std::int32_t RSSI, std::optional<lines::Time> age) {
+void EventWriter::discovered(lines::Time at, std::string_view portName, std::int32_t deviceType,
+                             std::string_view MACAddr, std::int32_t RSSI, std::optional<lines::Time> age) {
     beginDiscovered(at, portName, deviceType, MACAddr, RSSI).seconds("age", age).end();
 }
 
@@ -123,7 +123,8 @@ void EventWriter::console(lines::Time at, std::string_view text) { begin(at, "co
 
 void EventWriter::centralStopped(lines::Time at) { begin(at, "central").text("call", "stopScan").end(); }
 
-void EventWriter::centralScans(lines::Time at, const std::optional<std::vector<std::string>>& services, bool allowDuplicates) {
+void EventWriter::centralScans(lines::Time at, const std::optional<std::vector<std::string>>& services,
+                               bool allowDuplicates) {
     begin(at, "central").text("call", "scanForPeripherals").name("services");
     if (services) {
         lines::appendList(buffer_, *services);

@@ -15,12 +15,12 @@
 
 namespace nearcast::lab {
 
-/// Writes what the manager showed, one JSON object a line, in order.
+/// Writes what the manager reported, one JSON object a line, in order.
 class EventWriter {
 public:
     using Out = std::function<void(std::string_view text)>;
 
-    /// @param out takes whole lines, many at a time
+    /// @param out receives whole lines, many at a time
     explicit EventWriter(Out out) : out_(std::move(out)) {}
 
     void returned(lines::Time at, std::string_view of, bool value);
@@ -39,19 +39,19 @@ public:
     void trace(lines::Time at, std::int32_t type, std::string_view method, std::string_view text);
     void lock(lines::Time at, std::string_view name, bool held);
 
-    /// How the radio of a watch is, when that has changed.
+    /// The state of a watch's radio, after a change.
     void radioHealth(lines::Time at, const RadioHealth& health);
-    /// What a watch has seen in all.
+    /// The totals of a watch.
     void summary(lines::Time at, std::uint64_t reports, std::uint64_t dongles, std::uint64_t silences);
 
-    /// Hands everything over.
+    /// Passes everything to `out`.
     void flush();
-    /// Nothing more is written.
+    /// Drops everything from now on.
     void mute() { muted_ = true; }
 
 private:
-    EventWriter& beginDiscovered(lines::Time at, std::string_view portName, std::int32_t deviceType, std::string_view MACAddr,
-                                 std::int32_t RSSI);
+    EventWriter& beginDiscovered(lines::Time at, std::string_view portName, std::int32_t deviceType,
+                                 std::string_view MACAddr, std::int32_t RSSI);
     EventWriter& begin(lines::Time at, std::string_view event);
     EventWriter& text(std::string_view name, std::string_view value);
     EventWriter& number(std::string_view name, std::int64_t value);

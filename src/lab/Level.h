@@ -9,8 +9,8 @@
 
 namespace nearcast::lab {
 
-/// How strong one dongle is said to be, made of its readings. Times are in seconds and never fall, signals in dBm.
-/// One thread.
+/// The strength of one dongle, computed from its readings. Times are in seconds and never fall, signals in dBm. One
+/// thread.
 class Level {
 public:
     virtual ~Level() = default;
@@ -19,7 +19,7 @@ public:
     Level& operator=(const Level&) = delete;
 
     virtual void add(double at, std::int32_t RSSI) = 0;
-    /// Nothing: no reading counts at that time.
+    /// Nothing if no reading counts at that time.
     virtual std::optional<double> value(double at) = 0;
 };
 
@@ -33,7 +33,7 @@ private:
     std::optional<double> value_;
 };
 
-/// The last seven readings, or as many as there are; what is made of them is left to others.
+/// The last seven readings, or as many as there are; a subclass computes the level.
 class SevenReadings : public Level {
 public:
     static constexpr std::size_t most = 7;
@@ -42,7 +42,7 @@ public:
     std::optional<double> value(double at) final;
 
 private:
-    /// @param readings one at least, in any order; to be changed at will
+    /// @param readings at least one, in any order; may be modified
     virtual double of(std::int32_t* readings, std::size_t count) = 0;
 
     std::array<std::int32_t, most> readings_{};
@@ -64,8 +64,8 @@ class MedianLevel : public SevenReadings {
 /// down).
 class TrimmedMeanLevel : public Level {
 public:
-    static constexpr double window = 20;  ///< seconds; a reading so old counts no more
-    /// Readings that are kept at most; of more the oldest are forgotten.
+    static constexpr double window = 20;  ///< seconds; older readings do not count
+    /// The most readings kept; the oldest are dropped first.
     static constexpr std::size_t most = 4096;
 
     void add(double at, std::int32_t RSSI) override;

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "nearest/Decision.h"
 #include "lab/Rule.h"
+#include "nearest/Decision.h"
 
 #include <nearcast/NearestSettings.h>
 #include <nearcast/SettingRecord.h>
 
-#include <memory>
+#include <cstdint>
+#include <string_view>
+#include <vector>
 
 namespace nearcast::lab {
 
@@ -15,13 +17,21 @@ namespace nearcast::lab {
 class NearestAsRule : public Rule {
 public:
     /// @throws std::invalid_argument as `NearestSettings::validate`
-    NearestAsRule(const Settings& registry, const NearestSettings& settings);
+    NearestAsRule(const Settings& registry, const NearestSettings& settings) : decision_(settings) {
+        decision_.setRegistry(0, registry);
+    }
 
-    void heard(double at, std::string_view MACAddr, std::int32_t RSSI) override;
-    void reported(double at, std::string_view MACAddr, std::int32_t RSSI) override;
-    void silent(double at, std::string_view MACAddr) override;
-    void radio(double at, bool hears) override;
-    std::string_view nearest(double at) override;
+    void heard(double at, std::string_view MACAddr, std::int32_t RSSI) override { decision_.heard(at, MACAddr, RSSI); }
+    void reported(double at, std::string_view MACAddr, std::int32_t RSSI) override {
+        decision_.reported(at, MACAddr, RSSI);
+    }
+    void silent(double at, std::string_view /*MACAddr*/) override { decision_.pass(at); }
+    void radio(double at, bool hears) override { decision_.setRadio(at, hears, at); }
+    std::string_view nearest(double at) override {
+        decision_.pass(at);
+        const nearest::Device* chosen = decision_.chosen();
+        return chosen == nullptr ? std::string_view() : std::string_view(chosen->MACAddr);
+    }
 
     /// The choice and why, as of the last call.
     [[nodiscard]] NearestChoice choice() const { return decision_.choice(); }
@@ -35,8 +45,5 @@ public:
 private:
     nearest::Decision decision_;
 };
-
-/// @throws std::invalid_argument as `NearestSettings::validate`
-std::unique_ptr<Rule> makeNearestRule(const Settings& registry, const NearestSettings& settings);
 
 }  // namespace nearcast::lab

@@ -3,21 +3,21 @@
 
 #include <nearcast/QXNearcastManager.h>
 
-#include "platform/virtual/VirtualPlatform.h"
 #include "lab/EventWriter.h"
 #include "lines/Line.h"
+#include "platform/virtual/VirtualPlatform.h"
 
 namespace nearcast::lab {
 
-/// Makes the lines of a scenario happen: calls the manager or lets the virtual radio hear something, and writes down
-/// what came back.
+/// Performs the lines of a scenario: calls the manager, or makes the virtual radio hear something, and writes down what
+/// the call returned.
 class Performer {
 public:
-    /// All three live longer.
+    /// All three outlive the performer.
     Performer(QXNearcastManager& manager, VirtualPlatform& platform, EventWriter& writer)
         : manager_(manager), platform_(platform), writer_(writer) {}
 
-    /// What the call raises is written down, not thrown.
+    /// An exception of the call is written down, not thrown.
     void perform(const lines::Action& action);
 
 private:

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Playback.h"
 
-#include "nearest/DongleAddress.h"
-#include "platform/json/JSONSerialization.h"
 #include "lab/EventWriter.h"
-#include "lines/LineReader.h"
 #include "lab/Performer.h"
 #include "lab/PlaybackRecorder.h"
+#include "lab/Script.h"
+#include "nearest/DongleAddress.h"
+#include "platform/json/JSONSerialization.h"
 
 #include <algorithm>
 #include <chrono>
@@ -29,7 +29,7 @@ public:
     void NSLog(std::string_view /*line*/) noexcept override {}
 };
 
-/// The record that the manager makes of a printer of which nothing but the dongle's address is known.
+/// The record that the manager makes of a printer when only its dongle's address is known.
 SettingRecordPointer recordOf(std::string_view MACAddr) {
     SettingRecord record;
     record.emplace(kQXDeviceType, static_cast<std::int64_t>(QXDeviceTypeDesktopPrinter));
@@ -39,7 +39,7 @@ SettingRecordPointer recordOf(std::string_view MACAddr) {
     return std::make_shared<const SettingRecord>(std::move(record));
 }
 
-/// A registry that has every dongle of a recording.
+/// A registry of all dongles in a recording.
 Settings donglesOf(const PlaybackInput& input) {
     Settings registry;
     for (const lines::Line& line : input.lines) {
@@ -50,8 +50,8 @@ Settings donglesOf(const PlaybackInput& input) {
         if (registry.find(address.text()) != registry.end()) continue;
         registry.emplace(address.text(), recordOf(address.text()));
         if (registry.size() <= mostDongles) continue;
-        throw lines::ScenarioError(input.name + ": has more than " + std::to_string(mostDongles) +
-                            " dongles; settings that name the devices are needed");
+        throw lines::InputError(input.name + ": has more than " + std::to_string(mostDongles) +
+                                " dongles; settings that name the devices are needed");
     }
     return registry;
 }
@@ -59,14 +59,34 @@ Settings donglesOf(const PlaybackInput& input) {
 void requireShort(const PlaybackInput& input) {
     const auto tooLate = [](const lines::Line& line) { return line.at > longestPlayback; };
     if (std::none_of(input.lines.begin(), input.lines.end(), tooLate)) return;
-    throw lines::ScenarioError(input.name + ": is longer than seven days");
+    throw lines::InputError(input.name + ": is longer than seven days");
 }
 
-/// The one manager of the process, with what it stands on.
+/// The lines of an input, which are in memory.
+class HeldLines : public lines::LineSource {
+public:
+    explicit HeldLines(const PlaybackInput& input) : input_(input) {}
+
+    std::optional<lines::Line> next() override {
+        if (next_ == input_.lines.size()) return std::nullopt;
+        return input_.lines[next_++];
+    }
+    std::optional<lines::Time> peekTime() override {
+        if (next_ == input_.lines.size()) return std::nullopt;
+        return input_.lines[next_].at;
+    }
+    [[nodiscard]] std::string place() const override { return input_.name; }
+
+private:
+    const PlaybackInput& input_;
+    std::size_t next_ = 0;
+};
+
+/// The process's manager, with the platform and the console that it uses.
 class Stage {
 public:
     static Stage& instance() {
-        // The manager lives as long as the process, and so does what it stands on.
+        // Never destroyed: the manager, which uses it, lives as long as the process.
         static auto* const stage = new Stage;
         return *stage;
     }
@@ -75,8 +95,6 @@ public:
     [[nodiscard]] QXNearcastManager& manager() const { return *manager_; }
 
 private:
-    class Script;
-
     Stage() {
         auto owned = std::make_unique<PlaybackPlatform>(console_, JSON, recorder_);
         platform_ = owned.get();
@@ -88,7 +106,6 @@ private:
     [[nodiscard]] lines::Time now() const { return platform_->timeline().now(); }
     void prepare(const PlaybackInput& input);
     void perform(const lines::Action& action);
-    bool runLines(const std::vector<lines::Line>& lines, lines::Time begin);
     void sweepOut();
     void tidy();
 
@@ -97,39 +114,6 @@ private:
     PlaybackPlatform* platform_ = nullptr;
     QXNearcastManager* manager_ = nullptr;
     EventWriter writer_{[](std::string_view) {}};
-};
-
-/// The lines as happenings on the timeline, whose clock may be far beyond zero.
-class Stage::Script : public TimelineSource {
-public:
-    Script(Stage& stage, const std::vector<lines::Line>& lines, lines::Time begin) : stage_(stage), lines_(lines), begin_(begin) {}
-
-    std::optional<lines::Time> due() override {
-        if (next_ == lines_.size() || tooDeep_) return std::nullopt;
-        return begin_ + lines_[next_].at;
-    }
-    void happen() override {
-        if (next_ == lines_.size()) return;
-        tooDeep_ = depth_ == deepest;
-        if (tooDeep_) return;
-        ++depth_;
-        // Counted before it happens: a call may sleep, and then the next lines happen inside.
-        stage_.perform(lines_[next_++].action);
-        --depth_;
-    }
-    /// Whether it broke off because calls sleep too deep inside one another.
-    [[nodiscard]] bool tooDeep() const { return tooDeep_; }
-
-private:
-    // As when a scenario is run: a line inside a sleep is on the stack of the call that sleeps.
-    static constexpr int deepest = 500;
-
-    Stage& stage_;
-    const std::vector<lines::Line>& lines_;
-    const lines::Time begin_;
-    std::size_t next_ = 0;
-    int depth_ = 0;  ///< lines that have begun to happen and not ended
-    bool tooDeep_ = false;
 };
 
 void Stage::prepare(const PlaybackInput& input) {
@@ -151,23 +135,14 @@ void Stage::perform(const lines::Action& action) {
     }
 }
 
-/// @return false when calls sleep too deep inside one another
-bool Stage::runLines(const std::vector<lines::Line>& lines, lines::Time begin) {
-    Script script(*this, lines, begin);
-    platform_->timeline().setSource(&script);
-    platform_->timeline().runToLastHappening();
-    platform_->timeline().setSource(nullptr);
-    return !script.tooDeep();
-}
-
-/// Waits until every dongle has been told as silent, which empties the manager's table of them.
+/// Waits until the manager has reported every dongle as silent, which empties its table of dongles.
 void Stage::sweepOut() { platform_->timeline().sleep(presenceTimeout + sweepInterval); }
 
-/// Makes the manager like new after whatever a scenario did to it.
+/// Resets the manager after a scenario.
 void Stage::tidy() {
     platform_->radio()->setState(CBManagerStatePoweredOn);
     manager_->setDelegate(recorder_.delegate(false, true));
-    manager_->startScan(ordinarySamplingNumber);  // where a scan runs already, the sampling number alone is taken over
+    manager_->startScan(ordinarySamplingNumber);  // if a scan is running, this changes only the sampling number
     sweepOut();
 }
 
@@ -176,7 +151,9 @@ Playback Stage::play(const PlaybackInput& input) {
     const lines::Time begin = now();
     recorder_.begin([this, begin] { return duration<double>(now() - begin).count(); });
     prepare(input);
-    const bool whole = runLines(input.lines, begin);
+    HeldLines held(input);
+    Script script(held, begin, [this](const lines::Action& action) { perform(action); });
+    script.run(platform_->timeline());
     const double end = duration<double>(now() - begin).count();
     if (!isScenario(input.lines)) sweepOut();
     Playback playback = recorder_.take();
@@ -185,7 +162,7 @@ Playback Stage::play(const PlaybackInput& input) {
     manager_->stopScan();
     manager_->setDelegate(nullptr);
     manager_->setSettings(std::nullopt);
-    if (!whole) throw lines::ScenarioError(input.name + ": too many calls sleep inside one another");
+    if (script.failure()) throw lines::InputError(*script.failure());
     playback.name = input.name;
     playback.end = end;
     return playback;
@@ -195,12 +172,25 @@ Playback Stage::play(const PlaybackInput& input) {
 
 bool isScenario(const std::vector<lines::Line>& lines) {
     return std::any_of(lines.begin(), lines.end(), [](const lines::Line& line) {
-        return !std::holds_alternative<lines::Advertise>(line.action) && !std::holds_alternative<lines::RadioState>(line.action) &&
+        return !std::holds_alternative<lines::Advertise>(line.action) &&
+               !std::holds_alternative<lines::RadioState>(line.action) &&
                !std::holds_alternative<lines::End>(line.action);
     });
 }
 
 Playback play(const PlaybackInput& input) { return Stage::instance().play(input); }
+
+void requireKnown(const lines::Truth& truth, const Playback& playback, const std::string& path) {
+    for (const lines::TruthMark& mark : truth) {
+        const bool known = mark.MACAddr.empty() ||
+                           std::any_of(playback.dongles.begin(), playback.dongles.end(), [&](const auto& dongle) {
+                               return !dongle.portName.empty() && dongle.MACAddr == mark.MACAddr;
+                           });
+        if (known) continue;
+        throw lines::InputError(path + ":" + std::to_string(mark.line) + ": \"" + mark.MACAddr +
+                                "\" is the address of no device in " + playback.name);
+    }
+}
 
 QXNearcastManager& playbackManager() { return Stage::instance().manager(); }
 

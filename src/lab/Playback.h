@@ -3,7 +3,8 @@
 
 #include <nearcast/QXNearcastManager.h>
 
-#include "lines/Line.h"
+#include "lines/LineReader.h"
+#include "lines/Truth.h"
 
 #include <chrono>
 #include <cstddef>
@@ -26,13 +27,13 @@ struct PlaybackDongle {
 /// One thing that happened while a recording was played.
 struct PlaybackEvent {
     enum class Kind : std::uint8_t {
-        heard,          ///< a raw reading that the manager was given; `RSSI` in dBm, never 127
+        heard,          ///< a raw reading that the manager received; `RSSI` in dBm, never 127
         reported,       ///< the manager's smoothed report; `RSSI` in dBm
-        silent,         ///< the manager told that the dongle has fallen silent
+        silent,         ///< the manager reported that the dongle has fallen silent
         radio,          ///< the radio changed its state, which is in `RSSI`
-        scanStarted,    ///< the radio was asked to scan
+        scanStarted,    ///< the manager requested a scan
         scanRestarted,  ///< a scan that ran was stopped and started again at once
-        scanStopped,    ///< the radio was asked to scan no longer
+        scanStopped,    ///< the manager requested that the scan stop
     };
     /// `dongle` of an event that is no dongle's.
     static constexpr std::uint32_t noDongle = UINT32_MAX;
@@ -45,8 +46,8 @@ struct PlaybackEvent {
     friend bool operator==(const PlaybackEvent&, const PlaybackEvent&) = default;
 };
 
-/// What the manager was told and what it showed while a recording was played to it: all that ways to decide who is
-/// nearest need, so that many of them can be tried without playing again. A plain value.
+/// What the manager received and what it reported while a recording was played to it: all that a rule for the nearest
+/// device needs, so that many rules can be compared without playing again. A plain value.
 struct Playback {
     std::string name;                     ///< of the recording
     std::vector<PlaybackDongle> dongles;  ///< the registered ones first, in the registry's order
@@ -59,14 +60,14 @@ struct Playback {
 
 /// What to play.
 struct PlaybackInput {
-    std::string name;         ///< for people
+    std::string name;                ///< for people
     std::vector<lines::Line> lines;  ///< of a recording or of a scenario; see `isScenario`
     /// The devices of a recording; null: every dongle in it is registered, its address as its port name. A scenario
     /// registers its own.
     std::shared_ptr<const Settings> registry;
 };
 
-/// Whether the lines call the manager themselves. Else they are a recording.
+/// Whether the lines call the manager themselves. Otherwise they are a recording.
 bool isScenario(const std::vector<lines::Line>& lines);
 
 /// Plays lines to the real manager, on a virtual clock, on the calling thread, as fast as it goes.
@@ -74,20 +75,24 @@ bool isScenario(const std::vector<lines::Line>& lines);
 /// For a recording the devices are registered, a delegate with both operations is set and a scan is started before the
 /// first line. A scenario is run as it is, from a manager that is like new.
 ///
-/// There is one manager in a process: recordings that are played one after the other share it. After each the clock
-/// moves on until every dongle has been told as silent, and the scan is stopped and the registry emptied. Not for
-/// several threads.
-/// @throws ScenarioError naming the input, when it is longer than `longestPlayback`, when a recording has more dongles
+/// There is one manager in a process, which all playbacks share. After each the clock moves on until the manager has
+/// reported every dongle as silent; then the scan is stopped and the registry emptied. Not for several threads.
+/// @throws lines::InputError naming the input, when it is longer than `longestPlayback`, when a recording has more
+/// dongles
 ///         than `mostDongles` and no registry is given, or when calls of a scenario sleep too deep inside one another
-/// @throws std::logic_error when the manager was made by somebody else
+/// @throws std::logic_error when the manager exists already and was not made here
 Playback play(const PlaybackInput& input);
 
-/// What a playback may be at most: what comes of it is held in memory, and the manager looks for a device one by one.
+/// What a playback may be at most: all that happens in it is held in memory.
 inline constexpr lines::Time longestPlayback = std::chrono::hours(24 * 7);
 inline constexpr std::size_t mostDongles = 10'000;
 
+/// @param path of the truth, for the message
+/// @throws lines::InputError naming the line, when a dongle of the truth is not one of the playback's registered ones
+void requireKnown(const lines::Truth& truth, const Playback& playback, const std::string& path);
+
 /// The manager that `play` plays to, for reading and writing registries between two recordings.
-/// @throws std::logic_error when the manager was made by somebody else
+/// @throws std::logic_error as `play`
 QXNearcastManager& playbackManager();
 
 }  // namespace nearcast::lab

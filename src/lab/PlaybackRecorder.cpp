@@ -39,14 +39,14 @@ void PlaybackRecorder::begin(Clock clock) {
     scanning_ = false;
 }
 
-/// The dongles change their places: the registered ones come first.
+/// Reorders the dongles: the registered ones come first.
 Playback PlaybackRecorder::take() {
     clock_ = nullptr;
     std::vector<PlaybackDongle> dongles;
     std::vector<std::uint32_t> places(playback_.dongles.size(), PlaybackEvent::noDongle);
     for (const auto& [portName, record] : registry_) {
         const auto known = indices_.find(dongleOf(portName, *record).MACAddr);
-        // Of several records with one address the first is the one that the manager finds.
+        // Of several records with one address the manager finds the first.
         if (known != indices_.end() && places[known->second] != PlaybackEvent::noDongle) continue;
         if (known != indices_.end()) places[known->second] = static_cast<std::uint32_t>(dongles.size());
         dongles.push_back(dongleOf(portName, *record));
@@ -105,12 +105,12 @@ void PlaybackRecorder::heard(const CBPeripheral& peripheral, const Advertisement
 }
 
 void PlaybackRecorder::radioChanged(CBManagerState state) {
-    // Radios of the future may have states beyond these; what they mean is not known either way.
+    // A recording may hold any number here.
     const std::int64_t known = std::clamp<std::int64_t>(state, INT32_MIN, INT32_MAX);
     if (clock_) add(Kind::radio, PlaybackEvent::noDongle, static_cast<std::int32_t>(known));
 }
 
-/// Every start of the manager's is a stop and a start; only between two scans is it a restart.
+/// The manager stops the scan before each start; that is a restart only if a scan was running.
 void PlaybackRecorder::scanAsked(const std::optional<std::vector<CBUUID>>& /*services*/, ScanOptions /*options*/) {
     if (!clock_) return;
     const bool restarts = !playback_.events.empty() && playback_.events.back().kind == Kind::scanStopped &&

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "lab/Playback.h"
 #include "platform/CBCentralManager.h"
 #include "platform/NSLog.h"
 #include "platform/virtual/VirtualPlatform.h"
-#include "lab/Playback.h"
 
 #include <nearcast/QXNearcastManager.h>
 
@@ -16,18 +16,17 @@
 
 namespace nearcast::lab {
 
-/// Writes a playback: what the manager is given and what it shows. Between `begin` and `take` alone; outside of them
-/// everything passes by unseen. One thread.
+/// Records a playback: what the manager receives and what it reports between `begin` and `take`. One thread.
 class PlaybackRecorder : public VirtualRadioObserver {
 public:
     /// Seconds on the recording's clock.
     using Clock = std::function<double()>;
 
     void begin(Clock clock);
-    /// What was written since `begin`.
+    /// What was recorded since `begin`.
     Playback take();
 
-    /// Every record of the registry is known from now on.
+    /// Remembers every record of the registry.
     void noteRegistry(const Settings& registry);
 
     /// A delegate that implements these operations.
@@ -51,7 +50,7 @@ private:
     bool scanning_ = false;
 };
 
-/// A virtual platform that lets a recorder see what its radio hands to the manager.
+/// A virtual platform that lets a recorder see what its radio delivers to the manager.
 class PlaybackPlatform : public VirtualPlatform {
 public:
     /// All three live longer.

@@ -1,13 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "lab/Playback.h"
+
+#include <nearcast/NearestSettings.h>
+#include <nearcast/SettingRecord.h>
+
 #include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace nearcast::lab {
 
-/// A way to decide which dongle is nearest, to be compared with others: it is told what was heard, in order of time,
-/// and asked from time to time. One thread. Times are in seconds, addresses as the manager writes them.
+/// A way to decide which dongle is nearest, to be compared with others. It receives what was heard, in order of time,
+/// and is asked at intervals. One thread. Times are in seconds, addresses as the manager writes them.
 class Rule {
 public:
     virtual ~Rule() = default;
@@ -17,14 +27,43 @@ public:
 
     /// A raw reading in dBm; never 127.
     virtual void heard(double at, std::string_view MACAddr, std::int32_t RSSI) = 0;
-    /// The manager's smoothed report in dBm. It comes after the raw reading that brought it about.
+    /// The manager's smoothed report in dBm. It comes after the raw reading that caused it.
     virtual void reported(double /*at*/, std::string_view /*MACAddr*/, std::int32_t /*RSSI*/) {}
-    /// The manager told that the dongle has fallen silent.
+    /// The manager reported that the dongle has fallen silent.
     virtual void silent(double /*at*/, std::string_view /*MACAddr*/) {}
     /// The radio can hear again, or cannot.
     virtual void radio(double /*at*/, bool /*hears*/) {}
     /// The address of the dongle that is nearest at this moment; "" for none. Valid until the next call.
     virtual std::string_view nearest(double at) = 0;
 };
+
+/// How often a rule is asked, in seconds: at 0, 0.5, 1 and so on of the recording's clock.
+inline constexpr double sampleInterval = 0.5;
+
+/// What a rule answered each time it was asked: the address of a dongle, or "" for none.
+using Answers = std::vector<std::string>;
+
+/// Passes the events of a playback to a rule, of the registered dongles only, and asks for the nearest one at each
+/// sample up to the recording's end, that moment included. Events at the time of a sample come before it.
+Answers answersOf(const Playback& playback, Rule& rule);
+
+/// The same, with a function called at each sample instead of the question.
+void tell(const Playback& playback, Rule& rule, const std::function<void(double at)>& sample);
+
+/// A rule by its name.
+struct NamedRule {
+    std::string_view name;
+    std::string_view description;  ///< one line for people
+    std::unique_ptr<Rule> (*make)(const Settings& registry, const NearestSettings& settings);
+};
+
+/// The rule that `Nearest` follows; the others are for comparison.
+inline constexpr std::string_view nearestRuleName = "nearest";
+
+/// All of them, `nearest` last. Only the `make` of `nearest` uses the settings, and throws std::invalid_argument when
+/// they are not valid.
+std::span<const NamedRule> rules() noexcept;
+/// Null if there is none of that name.
+const NamedRule* findRule(std::string_view name) noexcept;
 
 }  // namespace nearcast::lab

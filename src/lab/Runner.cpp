@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Runner.h"
 
+#include "lab/Performer.h"
+#include "lab/Script.h"
+#include "lines/LineReader.h"
 #include "platform/NSLock.h"
 #include "platform/json/JSONSerialization.h"
 #include "platform/virtual/VirtualPlatform.h"
-#include "lab/Performer.h"
 
 #include <nearcast/LogWriter.h>
 
@@ -17,7 +19,7 @@ namespace {
 
 const JSONSerialization JSON;
 
-/// Writes down what the manager shows to the console, to its radio, through its locks and in its trace.
+/// Writes down what the manager does to the console, its radio, its locks and its trace.
 class Observation : public Console, public LockObserver, public VirtualRadioObserver {
 public:
     explicit Observation(EventWriter::Out out) : writer_(std::move(out)) {}
@@ -60,50 +62,11 @@ private:
     const Timeline* timeline_ = nullptr;
 };
 
-/// The lines of a scenario as happenings on the timeline. A line that cannot be read ends it: nothing that a call in
-/// progress still does is written any more.
-class Script : public TimelineSource {
-public:
-    Script(lines::LineReader reader, Performer performer, EventWriter& writer)
-        : reader_(std::move(reader)), performer_(performer), writer_(writer) {}
-
-    std::optional<lines::Time> due() override { return failure_ ? std::nullopt : reader_.peekTime(); }
-
-    void happen() override {
-        try {
-            const auto line = reader_.next();
-            if (!line) return;
-            if (depth_ == deepest)
-                throw lines::ScenarioError(reader_.place() + ": " + std::to_string(deepest) +
-                                    " calls sleep inside one another already");
-            ++depth_;
-            performer_.perform(line->action);
-            --depth_;
-        } catch (const lines::ScenarioError& error) {
-            failure_ = error;
-            writer_.flush();
-            writer_.mute();
-        }
-    }
-
-    [[nodiscard]] const std::optional<lines::ScenarioError>& failure() const { return failure_; }
-
-private:
-    // A line inside a sleep runs on the stack of the call that sleeps, which is not endless.
-    static constexpr int deepest = 500;
-
-    lines::LineReader reader_;
-    Performer performer_;
-    EventWriter& writer_;
-    int depth_ = 0;  ///< lines that have begun to happen and not ended
-    std::optional<lines::ScenarioError> failure_;
-};
-
 }  // namespace
 
 void run(const std::vector<std::string>& paths, const RunOptions& options, EventWriter::Out out) {
     lines::LineReader reader(paths);
-    // The manager and the platform that it holds on to live as long as the process, and so does this.
+    // Never destroyed: the manager and its platform, which use it, live as long as the process.
     static std::unique_ptr<Observation> observation;
     auto watching = std::make_unique<Observation>(std::move(out));
     auto owned = std::make_unique<VirtualPlatform>(*watching, JSON, watching.get());
@@ -113,15 +76,20 @@ void run(const std::vector<std::string>& paths, const RunOptions& options, Event
     auto& manager = QXNearcastManager::sharedManager();
 
     EventWriter& writer = observation->writer();
-    Script script(std::move(reader), Performer(manager, platform, writer), writer);
+    Performer performer(manager, platform, writer);
+    // When a line cannot be read, calls in progress still end, but nothing more of them is written.
+    const auto mute = [&writer] {
+        writer.flush();
+        writer.mute();
+    };
+    Script script(
+        reader, lines::Time{0}, [&](const lines::Action& action) { performer.perform(action); }, mute);
     observation->watch(platform.timeline(), options);
-    platform.timeline().setSource(&script);
-    platform.timeline().runToLastHappening();
-    platform.timeline().setSource(nullptr);
+    script.run(platform.timeline());
     Observation::unwatch();
     manager.setDelegate(nullptr);
     writer.flush();
-    if (script.failure()) throw lines::ScenarioError(*script.failure());
+    if (script.failure()) throw lines::InputError(*script.failure());
 }
 
 }  // namespace nearcast::lab

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "lab/EventWriter.h"
-#include "lines/LineReader.h"
 
 #include <string>
 #include <vector>
@@ -14,10 +13,10 @@ struct RunOptions {
     bool locks = false;  ///< write the taking and releasing of the four locks too
 };
 
-/// Runs a scenario on a virtual clock, on the calling thread, as fast as it goes, and writes what the manager showed.
+/// Runs a scenario on a virtual clock, on the calling thread, as fast as it goes, and writes what the manager reported.
 ///
 /// Once in a process: there is one manager in it.
-/// @throws ScenarioError for a file or line that cannot be read; what happened before has been written
+/// @throws lines::InputError for a file or line that cannot be read; what happened before has been written
 /// @throws std::logic_error when the manager exists already
 void run(const std::vector<std::string>& paths, const RunOptions& options, EventWriter::Out out);
 

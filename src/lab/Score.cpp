@@ -14,7 +14,7 @@ double timeOf(std::size_t sample) { return static_cast<double>(sample) * sampleI
 /// Walks along answers and truth together.
 class Scorer {
 public:
-    explicit Scorer(const Truth& truth) : changes_(changesOf(truth)) {}
+    explicit Scorer(const lines::Truth& truth) : changes_(lines::changesOf(truth)) {}
 
     void take(double at, const std::string& answer) {
         if (!moveTo(at)) {
@@ -58,7 +58,7 @@ private:
         waiting_ = false;
     }
 
-    Truth changes_;
+    lines::Truth changes_;
     std::size_t next_ = 0;
     bool waiting_ = false;  ///< for a right answer to the last change
     std::string previous_;
@@ -72,14 +72,7 @@ std::optional<double> share(std::uint64_t part, std::uint64_t whole) {
 
 }  // namespace
 
-Truth changesOf(const Truth& truth) {
-    Truth changes = truth;
-    const auto same = [](const TruthMark& left, const TruthMark& right) { return left.MACAddr == right.MACAddr; };
-    changes.erase(std::unique(changes.begin(), changes.end(), same), changes.end());
-    return changes;
-}
-
-Score scoreOf(const Answers& answers, const Truth& truth) {
+Score scoreOf(const Answers& answers, const lines::Truth& truth) {
     Scorer scorer(truth);
     for (std::size_t sample = 0; sample < answers.size(); ++sample) scorer.take(timeOf(sample), answers[sample]);
     return scorer.finish();

@@ -1,23 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "lab/Truth.h"
+#include "lab/Rule.h"
+#include "lines/Truth.h"
 
 #include <cstdint>
 #include <optional>
-#include <string>
-#include <string_view>
 #include <vector>
 
 namespace nearcast::lab {
 
-/// How often a rule is asked, in seconds: at 0, 0.5, 1 and so on of the recording's clock.
-inline constexpr double sampleInterval = 0.5;
-
-/// What a rule answered each time it was asked: the address of a dongle, or "" for none.
-using Answers = std::vector<std::string>;
-
-/// How good answers were. Scores of several recordings are added up, so that a long recording weighs more than a short
+/// How good answers were. Scores of several recordings are added, so that a long recording weighs more than a short
 /// one.
 struct Score {
     std::uint64_t samples = 0;   ///< answers at times for which the truth is known
@@ -35,16 +28,16 @@ struct Score {
     Score& operator+=(const Score& other);
 
     [[nodiscard]] double minutes() const;
-    /// Shares from 0 to 1; nothing where there was nothing to share.
+    /// Shares from 0 to 1; nothing where nothing was counted.
     [[nodiscard]] std::optional<double> rightOfAll() const;
     [[nodiscard]] std::optional<double> rightOfAnswered() const;
     [[nodiscard]] std::optional<double> wrongSwitchesPerMinute() const;
-    /// Quantile of `followed`, between two values in proportion. Nothing: no change was reached.
+    /// Quantile of `followed`, interpolated. Nothing if no change was reached.
     /// @param part from 0 to 1; 0.5 is the median
     [[nodiscard]] std::optional<double> timeToFollow(double part) const;
 };
 
 /// Compares answers with the truth. Those before the first mark do not count.
-Score scoreOf(const Answers& answers, const Truth& truth);
+Score scoreOf(const Answers& answers, const lines::Truth& truth);
 
 }  // namespace nearcast::lab

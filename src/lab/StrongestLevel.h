@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "lab/Rule.h"
 #include "lab/Level.h"
+#include "lab/Rule.h"
 
 #include <cstdint>
 #include <functional>
@@ -12,11 +12,9 @@
 
 namespace nearcast::lab {
 
-/// The rule that all rules for comparison follow, each with a level of its own: nearest is the dongle with the highest
-/// level. One unheard for 5 s is out and begins anew when it is heard again. Of several with the same level the present
-/// one stays, and else it is the one that has been there for longest.
-///
-/// It knows every dongle that it was told of; who feeds it decides which.
+/// The rule behind all rules for comparison, each with its own kind of level: the nearest dongle is the one with the
+/// highest level. One that is unheard for 5 s is dropped, and starts again when it is heard. Of several with the same
+/// level the present one stays, otherwise the one that came first is chosen. It considers every dongle it hears of.
 class StrongestLevel : public Rule {
 public:
     static constexpr double presence = 5;  ///< seconds

@@ -2,10 +2,15 @@
 #include "lines/Fields.h"
 
 #include "lines/Line.h"
+#include "platform/json/JSONSerialization.h"
+
+#include <cmath>
 
 namespace nearcast::lines {
 
 namespace {
+
+constexpr double latestSeconds = 9.0e9;
 
 [[noreturn]] void illTyped(std::string_view name, std::string_view expected) {
     throw LineError("field \"" + std::string(name) + "\": expected " + std::string(expected));
@@ -19,6 +24,16 @@ int digit(char letter) {
 }
 
 }  // namespace
+
+Fields Fields::parse(std::string_view text) {
+    auto parsed = JSONSerialization::parse(text);
+    if (const auto* problem = std::get_if<JSONProblem>(&parsed)) {
+        throw LineError("not JSON, at column " + std::to_string(problem->offset + 1) + ": " + problem->text);
+    }
+    auto* members = std::get<SettingValue>(parsed).as<SettingValue::Dictionary>();
+    if (members == nullptr) throw LineError("not a JSON object");
+    return Fields(std::move(*members));
+}
 
 std::optional<SettingValue> Fields::take(std::string_view name) {
     const auto found = fields_.find(name);
@@ -42,6 +57,14 @@ std::optional<double> Fields::number(std::string_view name) {
     if (const auto* number = value->as<std::int64_t>()) return static_cast<double>(*number);
     if (const auto* number = value->as<std::uint64_t>()) return static_cast<double>(*number);
     illTyped(name, "a number");
+}
+
+std::optional<double> Fields::seconds(std::string_view name) {
+    const auto value = number(name);
+    if (value && std::abs(*value) > latestSeconds) {
+        throw LineError("field \"" + std::string(name) + "\": beyond 9000000000 seconds");
+    }
+    return value;
 }
 
 std::optional<bool> Fields::boolean(std::string_view name) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lines/Line.h"
 
-#include "platform/json/JSONSerialization.h"
 #include "lines/Fields.h"
 #include "lines/PlainLine.h"
 
@@ -13,9 +12,6 @@
 namespace nearcast::lines {
 
 namespace {
-
-// Beyond this a time in seconds cannot name each microsecond any more.
-constexpr double latestSeconds = 9.0e9;
 
 template <class Value>
 Value required(std::optional<Value> value, std::string_view name) {
@@ -114,9 +110,8 @@ struct NameOf {
 };
 
 Time timeOf(Fields& fields, Time previous) {
-    const auto seconds = fields.number("at");
+    const auto seconds = fields.seconds("at");
     if (!seconds) return previous;
-    if (std::abs(*seconds) > latestSeconds) throw LineError("field \"at\": beyond 9000000000 seconds");
     return Time(std::llround(*seconds * 1e6));
 }
 
@@ -130,16 +125,6 @@ Action actionOf(Fields& fields) {
     return action;
 }
 
-SettingValue::Dictionary objectOf(std::string_view text) {
-    auto parsed = JSONSerialization::parse(text);
-    if (const auto* problem = std::get_if<JSONProblem>(&parsed)) {
-        throw LineError("not JSON, at column " + std::to_string(problem->offset + 1) + ": " + problem->text);
-    }
-    auto* members = std::get<SettingValue>(parsed).as<SettingValue::Dictionary>();
-    if (members == nullptr) throw LineError("not a JSON object");
-    return std::move(*members);
-}
-
 }  // namespace
 
 std::string_view nameOf(const Action& action) { return std::visit(NameOf{}, action); }
@@ -150,7 +135,7 @@ Line parseLine(std::string_view text, Time previous) {
 }
 
 Line parseJSONLine(std::string_view text, Time previous) {
-    Fields fields(objectOf(text));
+    Fields fields = Fields::parse(text);
     Line line;
     line.at = timeOf(fields, previous);
     try {

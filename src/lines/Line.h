@@ -61,7 +61,7 @@ struct Advertise {
     std::optional<std::string> name;
     std::optional<std::vector<std::uint8_t>> manufacturerData;
     std::int32_t RSSI = 0;
-    std::optional<std::vector<std::string>> services;  ///< nothing: the dongle service alone
+    std::optional<std::vector<std::string>> services;  ///< nothing: the dongle service only
 };
 struct End {};
 
@@ -75,14 +75,14 @@ struct Line {
     Action action;
 };
 
-/// What is wrong with a line, in words. Who knows the file and the line number adds them.
+/// What is wrong with a line, in words. The caller knows the file and the line number, and adds them.
 class LineError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
     std::optional<Time> at;  ///< the line's time, where that could be read
 };
 
-/// The name that the line's `do` carries for an action.
+/// The text of an action in the line's `do`.
 std::string_view nameOf(const Action& action);
 
 /// Reads one line.
@@ -90,11 +90,11 @@ std::string_view nameOf(const Action& action);
 /// @param previous the time of the line before it
 /// @throws LineError
 Line parseLine(std::string_view text, Time previous);
-/// The same, always by way of JSON; `parseLine` takes a short cut for the lines that most recordings consist of.
+/// The same, always as JSON; `parseLine` takes a short cut for the lines that most recordings consist of.
 Line parseJSONLine(std::string_view text, Time previous);
 
 /// Writes one line, so that `parseLine` reads the same again; without the line's end. The time is always written.
-/// Only for `Advertise`, `RadioState` and `End`, which is what recordings are made of.
+/// Only for `Advertise`, `RadioState` and `End`: recordings hold nothing else.
 /// @throws std::logic_error for another action
 std::string writeLine(const Line& line);
 

@@ -2,70 +2,53 @@
 #pragma once
 
 #include "lines/Line.h"
+#include "lines/TextReader.h"
 
-#include <cstdio>
-#include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace nearcast::lines {
 
-/// A scenario that cannot go on; the message names the file, the line number and what is wrong.
-class ScenarioError : public std::runtime_error {
+/// Where the lines of a scenario or of a recording come from, in order.
+class LineSource {
 public:
-    using std::runtime_error::runtime_error;
+    virtual ~LineSource() = default;
+    /// The next line; nothing at the end.
+    /// @throws InputError for a line that cannot be read; nothing follows it
+    virtual std::optional<Line> next() = 0;
+    /// When the next line happens; nothing at the end.
+    virtual std::optional<Time> peekTime() = 0;
+    /// Where the line comes from that `next` returned last, for messages.
+    [[nodiscard]] virtual std::string place() const = 0;
 };
 
-/// Reads the lines of several files as one scenario, a line at a time; only one line is held in memory.
-class LineReader {
+/// Reads the lines of several files as one scenario; only one line is held in memory.
+class LineReader : public LineSource {
 public:
-    static constexpr std::size_t longestLine = std::size_t{16} << 20;  ///< octets
+    static constexpr std::size_t longestLine = std::size_t{16} << 20;  ///< bytes
 
     /// @param paths files; "-" is standard input
-    /// @throws ScenarioError when one of them cannot be opened
-    explicit LineReader(const std::vector<std::string>& paths);
+    /// @throws InputError when one of them cannot be opened
+    explicit LineReader(const std::vector<std::string>& paths) : text_(TextReader::openFiles(paths), longestLine) {}
 
-    /// The next line, blank ones passed over; nothing at the end.
-    /// @throws ScenarioError for a line or a file that cannot be read; nothing follows it. A line that is wrong but
-    /// says
-    ///         its time is known before it is read: see `peekTime`
-    std::optional<Line> next();
-
-    /// When the next line happens; nothing at the end. A line that cannot be understood happens at its own time where
-    /// that can be read, and else at that of the line before it.
-    std::optional<Time> peekTime();
-
-    /// The file and the number of the line that was read last, to name it in a message.
-    [[nodiscard]] std::string place() const;
+    /// Blank lines are skipped. A file that cannot be read is an `InputError` too.
+    std::optional<Line> next() override;
+    /// A line that is wrong has a time too: its own where that can be read, and else that of the line before it.
+    std::optional<Time> peekTime() override;
+    /// The file and the line number.
+    [[nodiscard]] std::string place() const override { return text_.place(); }
 
 private:
-    struct Closer {
-        void operator()(std::FILE* file) const noexcept;
-    };
-    struct Input {
-        std::string path;
-        std::unique_ptr<std::FILE, Closer> file;
-    };
-
     void advance();
-    void parse();
-    bool readText();
-    bool fill();
+    void parse(std::string_view text);
 
-    std::vector<Input> inputs_;
-    std::size_t current_ = 0;
-    std::size_t number_ = 0;  ///< of the line in the current file, from 1
-    std::string buffer_;
-    std::size_t consumed_ = 0;
-    std::string text_;
+    TextReader text_;
     Time previous_{0};
 
-    bool ahead_ = false;  ///< whether the next line has been read already
+    bool ahead_ = false;  ///< whether the next line has been read already, or its error is known
     std::optional<Line> line_;
-    std::optional<ScenarioError> error_;
+    std::optional<InputError> error_;
 };
 
 }  // namespace nearcast::lines

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lines/Line.h"
 
-#include "platform/json/JSONSerialization.h"
 #include "lines/Text.h"
+#include "platform/json/JSONSerialization.h"
 
 #include <stdexcept>
 

@@ -25,27 +25,27 @@ int hexadecimal(char letter) {
     return -1;
 }
 
-/// Takes a line apart from the left, token by token, with blanks between them or without. Each step fails for good once
-/// one has failed.
+/// Takes a line apart from the left, token by token, with or without blanks between them. Once a step has failed, all
+/// later ones fail.
 class Taker {
 public:
     explicit Taker(std::string_view rest) : rest_(rest) {}
 
-    /// Whether all went well and nothing is left.
+    /// Whether every step succeeded and nothing is left.
     [[nodiscard]] bool succeeded() {
         skipBlanks();
         return good_ && rest_.empty();
     }
     void fail() { good_ = false; }
 
-    /// Whether the token comes next; it is passed over then.
+    /// Whether the token comes next; if so it is consumed.
     bool accept(std::string_view token) {
         skipBlanks();
         return acceptHere(token);
     }
     void expect(std::string_view token) { good_ = accept(token); }
 
-    /// Digits without needless zeros in front.
+    /// Digits without leading zeros.
     std::int64_t number(std::size_t mostDigits) {
         skipBlanks();
         return numberHere(mostDigits);
@@ -148,7 +148,7 @@ class Members {
 public:
     explicit Members(Time previous) { line_.at = previous; }
 
-    /// Takes the value of the member; the taker fails where that is not plain.
+    /// Takes the value of the member; the taker fails where the value is not plain.
     void take(std::string_view name, Taker& taker) {
         if (name == "at" && isFirst(at)) {
             line_.at = taker.seconds();

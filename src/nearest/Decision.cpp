@@ -3,16 +3,30 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace nearcast::nearest {
 
 namespace {
 
-/// Whether a controller may say so (Core Specification, Volume 4, Part E, 7.7.65.2). Some say +40 dBm once in a while.
+/// Whether a controller may report it (Core Specification, Volume 4, Part E, 7.7.65.2). Some report +40 dBm at times.
 bool isReading(std::int32_t RSSI) {
     constexpr std::int32_t weakest = -127;
     constexpr std::int32_t strongest = 20;
     return RSSI >= weakest && RSSI <= strongest;
+}
+
+std::string textIn(const SettingRecord& record, std::string_view key) {
+    const auto value = record.find(key);
+    const auto* text = value == record.end() ? nullptr : value->second.as<std::string>();
+    return text == nullptr ? std::string() : *text;
+}
+
+/// Takes over what was learned by hearing the device.
+void adopt(Device& device, const Device& known) {
+    Device merged = known;
+    merged.threshold = device.threshold;
+    device = std::move(merged);
 }
 
 }  // namespace
@@ -24,6 +38,60 @@ Decision::Decision(const NearestSettings& settings) : settings_(settings), surro
 Device* Decision::find(std::string_view MACAddr) {
     const auto known = byAddress_.find(MACAddr);
     return known == byAddress_.end() ? nullptr : &devices_[known->second];
+}
+
+Device Decision::fromRecord(const std::string& portName, const SettingRecord& record) const {
+    Device device;
+    device.portName = portName;
+    device.MACAddr = textIn(record, kQXDongleMACAddr);
+    const auto threshold = record.find(kQXThreshouldRSSI);
+    device.threshold = threshold == record.end() ? settings_.defaultThreshold : threshold->second.intValue();
+    return device;
+}
+
+void Decision::setRegistry(double at, const Settings& registry) {
+    const double now = advance(at);
+    const std::optional<Device> last = present_ == none ? std::nullopt : std::optional(devices_[present_]);
+    const std::optional<Device> missed = missed_ ? std::optional(devices_[missed_->device]) : std::nullopt;
+    const auto before = std::exchange(devices_, {});
+    const auto known = std::exchange(byAddress_, {});
+    devices_.reserve(registry.size());
+    audible_.clear();
+    for (const auto& [portName, record] : registry) {
+        if (record == nullptr) continue;
+        Device device = fromRecord(portName, *record);
+        const auto same = known.find(device.MACAddr);
+        const bool first = byAddress_.try_emplace(device.MACAddr, devices_.size()).second;
+        if (first && same != known.end() && before[same->second].portName == portName) {
+            adopt(device, before[same->second]);
+            device.settle(now, settings_);
+        }
+        if (device.level) audible_.push_back(devices_.size());
+        devices_.push_back(std::move(device));
+    }
+    restoreMissed(missed);
+    restoreChoice(now, last);
+}
+
+void Decision::restoreMissed(const std::optional<Device>& missed) {
+    if (!missed) return;
+    const Device* device = find(missed->MACAddr);
+    if (device != nullptr && device->portName == missed->portName) {
+        missed_->device = static_cast<Index>(device - devices_.data());
+    } else {
+        missed_.reset();
+    }
+}
+
+void Decision::restoreChoice(double at, const std::optional<Device>& last) {
+    if (!last) return;
+    present_ = none;
+    const Device* device = find(last->MACAddr);
+    if (device != nullptr && device->portName == last->portName) {
+        present_ = static_cast<Index>(device - devices_.data());
+    } else {
+        choose(strongestInside(none, at), at, NearestRule::removed);
+    }
 }
 
 void Decision::heard(double at, std::string_view MACAddr, std::int32_t RSSI) {
@@ -54,7 +122,7 @@ bool Decision::reported(double at, std::string_view portName, std::string_view M
 }
 
 void Decision::setRadio(double at, bool hears, double since) {
-    // The devices are not compared before it is known: nobody is silent whom the radio could not hear.
+    // Set before the devices are compared: a device that the radio could not hear is not silent.
     now_ = std::max(at, now_);
     if (hears == hears_ && since == radioSince_) return;
     hears_ = hears;
@@ -82,7 +150,7 @@ double Decision::advance(double at) {
     return now_;
 }
 
-/// A device is heard. One that was silent until now begins anew.
+/// A device is heard. One that was silent starts again.
 void Decision::arrive(Device& device, double at) {
     if (device.level && !isSilent(device, at)) return;
     const auto index = static_cast<Index>(&device - devices_.data());
@@ -134,21 +202,20 @@ void Decision::dropSilent(double at) {
     if (presentSilent) enter(at, NearestRule::silent);
 }
 
-/// Lost packets look like silence. So whoever fell silent while it was chosen can have its place back without its lead
-/// adding up anew, for as long as an old choice counts.
+/// Lost packets look like silence. So a device that fell silent while it was chosen can return without its lead adding
+/// up again, as long as an old choice counts.
 void Decision::forgetMissed(double at) {
     if (missed_ && at - missed_->at >= settings_.staleFor) missed_.reset();
 }
 
-/// For how many seconds a device has to wait, still, before it takes the place of one that fell silent: not at all when
-/// it is about as strong.
+/// Seconds that a device still has to wait before it replaces one that fell silent: none if it is about as strong.
 double Decision::waitsForMissed(const Device& device, double at) const {
     if (!missed_ || devices_[missed_->device].level) return 0;
     if (*device.level >= missed_->level - settings_.hysteresis) return 0;
     return std::max(0.0, missed_->at + settings_.silence - at);
 }
 
-/// What close means differs from place to place and from dongle to dongle.
+/// Which signal is a close one differs from place to place and from dongle to dongle.
 void Decision::learnPlace(double elapsed) {
     const Index best = strongest(none);
     if (best == none) return;
@@ -161,7 +228,7 @@ void Decision::learnPlace(double elapsed) {
 
 void Decision::addUpLeads(double at, double elapsed) {
     if (present_ == none) return;
-    constexpr double most = 12;  // dB: a single reading that is far too strong moves nothing by itself
+    constexpr double most = 12;  // dB: one reading that is far too strong is not enough to switch
     const double present = devices_[present_].expected(settings_);
     const double clarity = surroundings_.clarity(settings_);
     for (const Index index : audible_) {
@@ -187,7 +254,7 @@ void Decision::enter(double at, NearestRule rule) {
     if (best != none || present_ != none) choose(best, at, rule);
 }
 
-/// The strongest of those inside, once it has been for long enough: another that has would be left again at once.
+/// The strongest of those inside, if it has been inside for long enough; a weaker one would soon be left again for it.
 Decision::Index Decision::strongestInside(Index but, double at) const {
     Index best = none;
     for (const Index index : audible_) {
@@ -198,7 +265,7 @@ Decision::Index Decision::strongestInside(Index but, double at) const {
     return best != none && devices_[best].isInside(at, settings_) ? best : none;
 }
 
-/// Goes over to the strongest of the others once its lead has added up.
+/// Switches to the strongest of the others once its lead has added up.
 void Decision::follow(double at) {
     if (at - since_ < settings_.dwell) return;
     const Index best = strongest(present_);

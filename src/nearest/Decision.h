@@ -17,10 +17,10 @@
 
 namespace nearcast::nearest {
 
-/// The decision without threads, clock and callbacks: it is told what happens, each with its time in seconds, and has
-/// a choice at every moment. Times that go back count as the latest one known. One thread at a time.
+/// The decision without threads, clock and callbacks: each event comes with its time in seconds, and there is a choice
+/// at every moment. A time before the latest one counts as the latest one. One thread at a time.
 ///
-/// A reading costs a look-up. The devices are compared four times a second at most, those alone that are heard.
+/// A reading costs a look-up. Devices are compared at most four times a second, and only those that are heard.
 class Decision {
 public:
     /// How often devices are compared while events come, in seconds.
@@ -35,13 +35,13 @@ public:
     /// A registry to decide by. Devices that stay (same port, same address) keep what is known of them. Of several
     /// records with one address the first counts.
     void setRegistry(double at, const Settings& registry);
-    /// A raw reading in dBm. An address that is not registered is passed over; what no controller may say (above 20
-    /// dBm, 127 included) only keeps a device from falling silent.
+    /// A raw reading in dBm. An address that is not registered is ignored; a value that no controller may report (above
+    /// 20 dBm, 127 included) only keeps a device from falling silent.
     void heard(double at, std::string_view MACAddr, std::int32_t RSSI);
     /// A smoothed report of the manager in dBm.
     void reported(double at, std::string_view MACAddr, std::int32_t RSSI);
-    /// The same, with the port that the manager knows the address by.
-    /// @return false when the registry that is known does not fit it; nothing has happened then
+    /// The same, with the port that the manager has for the address.
+    /// @return false when that differs from the registry known here; then nothing is done
     bool reported(double at, std::string_view portName, std::string_view MACAddr, std::int32_t RSSI);
     /// Whether the radio can hear, and since when.
     void setRadio(double at, bool hears, double since);
@@ -49,11 +49,12 @@ public:
     void pass(double at);
     /// @}
 
-    /// Whether the chosen device would leave as silent at that time: a good moment to ask how the radio is.
+    /// Whether the chosen device would be dropped as silent at that time. The radio should be asked first: it may be
+    /// the radio that is silent.
     [[nodiscard]] bool wouldFallSilent(double at) const;
 
     [[nodiscard]] NearestChoice choice() const;
-    /// The chosen device; null: none.
+    /// The chosen device; null if there is none.
     [[nodiscard]] const Device* chosen() const { return present_ == none ? nullptr : &devices_[present_]; }
     /// All of them, in the registry's order.
     [[nodiscard]] const std::vector<Device>& devices() const noexcept { return devices_; }

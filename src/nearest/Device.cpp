@@ -27,7 +27,7 @@ void Device::hear(double at, std::int32_t RSSI, const NearestSettings& settings)
 
 void Device::report(double at, std::int32_t RSSI, const NearestSettings& settings) {
     const bool first = !level;
-    // Where raw readings come too, they tell more.
+    // Where raw readings come too, they are the better source.
     if (!raw || at - rawAt >= settings.silence) {
         raw.reset();
         level = RSSI;
@@ -40,7 +40,7 @@ void Device::report(double at, std::int32_t RSSI, const NearestSettings& setting
     settle(at, settings);
 }
 
-/// Draws the trail after the level.
+/// Moves the trail toward the level.
 void Device::draw(double elapsed, const NearestSettings& settings) {
     trail = *level + (trail - *level) * std::exp(-elapsed / settings.decay);
 }

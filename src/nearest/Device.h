@@ -11,8 +11,8 @@ namespace nearcast::nearest {
 
 /// One registered device as the decision knows it. A plain value; times in seconds, signals in dBm.
 ///
-/// Its level is what is compared: of raw readings, a level that takes over a rise and follows a fall slowly, because
-/// fading makes readings too weak and never much too strong; of smoothed reports, the report itself.
+/// Devices are compared by their levels. From raw readings, the level follows a rise quickly and a fall slowly, because
+/// fading makes readings too weak and never much too strong; from smoothed reports, it is the report itself.
 struct Device {
     std::string portName;
     std::string MACAddr;
@@ -32,9 +32,9 @@ struct Device {
 
     void hear(double at, std::int32_t RSSI, const NearestSettings& settings);
     void report(double at, std::int32_t RSSI, const NearestSettings& settings);
-    /// It is silent: nothing of it counts any more.
+    /// It is silent: its readings do not count any more.
     void forget();
-    /// Looks at the threshold again; after each change of the level, the threshold or the settings.
+    /// To be called after each change of the level, the threshold or the settings.
     void settle(double at, const NearestSettings& settings);
 
     /// Whether it has been inside its area for the dwell time.

@@ -11,7 +11,7 @@ namespace nearcast {
 namespace {
 
 constexpr std::int32_t noReading = 127;
-constexpr double refreshEvery = 1;  // seconds, at most so often by itself
+constexpr double refreshEvery = 1;  // seconds between automatic refreshes, at least
 
 const Nearest::Sources& complete(const Nearest::Sources& sources) {
     if (!sources.registry) throw std::invalid_argument("Nearest needs a registry to decide by");
@@ -22,7 +22,7 @@ const Nearest::Sources& complete(const Nearest::Sources& sources) {
 
 }  // namespace
 
-/// Ends the telling where what is called throws; the rest is told with the next event.
+/// Ends the notification if the callback throws; the remaining changes are notified with the next event.
 struct Nearest::Engine::Delivery {
     explicit Delivery(Engine& engine) : engine_(engine) {}
     ~Delivery() {
@@ -109,7 +109,7 @@ void Nearest::Engine::refreshNow(double at) {
     }
     const auto registry = sources_.registry();
     const MutexLock lock(mutex_);
-    // Another thread may have begun to read later and been quicker: what it read is not older.
+    // Another thread may have begun its read later and finished first: what it read is newer.
     if (read < readApplied_) return;
     readApplied_ = read;
     decision_.setRegistry(at, registry ? *registry : Settings());
@@ -142,7 +142,8 @@ void Nearest::Engine::noteChange(double at) {
     lastNoted_ = std::move(now);
 }
 
-/// One thread tells at a time, in order; what others, or the called one itself, bring about meanwhile, it tells too.
+/// One thread notifies at a time, in order, including changes that other threads or the callback itself cause
+/// meanwhile.
 void Nearest::Engine::tell() {
     if (!toTell_) return;
     {
@@ -155,7 +156,7 @@ void Nearest::Engine::tell() {
     delivery.done = true;
 }
 
-/// The next change to tell. Nothing: the telling has ended.
+/// The next change to notify; nothing when there are no more, and then the notification has ended.
 std::optional<NearestChange> Nearest::Engine::takeUntold() {
     const MutexLock lock(mutex_);
     if (untold_.empty()) {

@@ -15,15 +15,15 @@
 
 namespace nearcast {
 
-/// What `Nearest` consists of: the decision under a mutex, what it stands on, and the changes that wait to be told.
-/// Nothing foreign is called while the mutex is held.
+/// The inside of `Nearest`: the decision under a mutex, its sources, and the changes that are not notified yet. No code
+/// of the application is called while the mutex is held.
 class Nearest::Engine {
 public:
     Engine(const Sources& sources, Changed changed, const NearestSettings& settings);
 
     void heard(const HeardAdvertisement& heard);
     void reported(std::string_view portName, std::string_view MACAddr, std::int32_t RSSI);
-    /// Lets time pass, and asks how the radio is.
+    /// Asks for the radio's health, and lets time pass.
     void update();
     void refresh();
 
@@ -40,7 +40,7 @@ private:
     void updateUntold();
     void refreshNow(double at);
     void refreshSometimes(double at);
-    /// Asks how the radio is where the chosen device would fall silent now: it may be the radio that is.
+    /// Asks for the radio's health if the chosen device would fall silent now: it may be the radio that is silent.
     void askBeforeSilence(double at);
     void askRadio(double at);
     void noteChange(double at) NEARCAST_REQUIRES(mutex_);
@@ -53,14 +53,14 @@ private:
 
     Mutex mutex_;
     nearest::Decision decision_ NEARCAST_GUARDED_BY(mutex_);
-    std::uint64_t noted_ NEARCAST_GUARDED_BY(mutex_) = 0;  ///< `decision_.changes()` of what was noted last
+    std::uint64_t noted_ NEARCAST_GUARDED_BY(mutex_) = 0;  ///< `decision_.changes()` at the last note
     NearestChoice lastNoted_ NEARCAST_GUARDED_BY(mutex_);
     std::deque<NearestChange> untold_ NEARCAST_GUARDED_BY(mutex_);
     bool telling_ NEARCAST_GUARDED_BY(mutex_) = false;
     std::optional<double> refreshed_ NEARCAST_GUARDED_BY(mutex_);
     std::uint64_t readsBegun_ NEARCAST_GUARDED_BY(mutex_) = 0;
     std::uint64_t readApplied_ NEARCAST_GUARDED_BY(mutex_) = 0;
-    /// Whether there is something to tell; spares the mutex in the common case.
+    /// Whether a change is not notified yet; avoids the mutex in the common case.
     std::atomic<bool> toTell_{false};
 };
 

@@ -9,7 +9,7 @@
 
 namespace nearcast::nearest {
 
-/// The strongest three of the devices beside the strongest one. More would make it a question of how large a place is.
+/// The strongest three devices after the strongest one. More would make the size of the place count.
 class NextLevels {
 public:
     /// @param level in dBm
@@ -22,22 +22,22 @@ private:
     std::size_t known_ = 0;
 };
 
-/// What is learned of a place from what is heard there: how strong a close device is, and how far it stands out from
-/// the others. By that a lead counts more or less. A plain value.
+/// What is learned about a place: how strong a close device is, and how far it stands out from the others. A lead
+/// counts more or less accordingly. A plain value.
 class Surroundings {
 public:
     explicit Surroundings(const NearestSettings& settings) : close_(settings.closeSignal) {}
 
-    /// @param elapsed   seconds for which it was so
+    /// @param elapsed   seconds that the levels lasted
     /// @param strongest the strongest device's level in dBm
     /// @param next      the mean of the next ones' in dBm
     void learn(double elapsed, double strongest, std::optional<double> next, const NearestSettings& settings);
 
-    /// How much a lead counts by its size: 1, and up to 4 where the strongest device stands out more than usual. Leads
-    /// are larger there while readings vary as they do everywhere, so less time is enough.
+    /// The factor for the size of a lead: 1, and up to 4 where the strongest device stands out more than usual. Leads
+    /// are larger there, while readings vary as much as anywhere, so less time is enough.
     [[nodiscard]] double clarity(const NearestSettings& settings) const;
-    /// How much a lead counts by its leader: 1 with the signal of a close device, twice as much for each 3 dB more; and
-    /// for so many times 3 dB as leads are clear.
+    /// The factor for the leader's signal: 1 at the level of a close device, doubled for each 3 dB above it, or
+    /// for each 3 dB times the clarity where that is more.
     /// @param level the leader's, in dBm
     [[nodiscard]] double weight(double level, const NearestSettings& settings) const;
 

@@ -19,7 +19,7 @@ from pathlib import Path
 TRIES = [
     ("src/core/Manager.cpp", "platform/NSLock.h", "platform/bluez/BluezSession.h"),
     ("src/support/Trace.cpp", "support/Trace.h", "core/Manager.h"),
-    ("src/platform/replay/ReplayRadio.cpp", "lines/Line.h", "lab/Playback.h"),
+    ("src/platform/replay/ReplayPlatform.cpp", "lines/Line.h", "lab/Playback.h"),
     ("src/platform/hci/HciSession.cpp", "platform/system/SystemClock.h", "platform/simulator/Scene.h"),
     ("src/nearest/Decision.cpp", "support/Utf8.h", "platform/Platform.h"),
     ("apps/nearcast/CommandLine.cpp", "lab/Playback.h", "core/Manager.h"),

@@ -4,7 +4,6 @@
 #include "platform/json/JSONSerialization.h"
 #include "platform/radio/NoRadio.h"
 #include "platform/system/RealPace.h"
-#include "platform/system/SystemDrive.h"
 #include "platform/system/SystemPlatform.h"
 #include "platform/timeline/TimelinePlatform.h"
 

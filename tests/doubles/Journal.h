@@ -3,7 +3,7 @@
 
 #include "platform/NSLock.h"
 #include "platform/NSLog.h"
-#include "platform/virtual/VirtualRadio.h"
+#include "platform/virtual/VirtualPlatform.h"
 #include "support/Mutex.h"
 
 #include <cstddef>

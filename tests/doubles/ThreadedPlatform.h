@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/timeline/TimelinePlatform.h"
-#include "platform/virtual/VirtualRadio.h"
+#include "platform/virtual/VirtualPlatform.h"
 #include "support/Mutex.h"
 
 #include <chrono>

@@ -3,7 +3,7 @@
 
 #include "evaluate/Figures.h"
 #include "lab/NearestAsRule.h"
-#include "lab/Deciding.h"
+#include "lab/Rule.h"
 #include "watch/Printable.h"
 
 #include <map>

@@ -4,7 +4,7 @@
 #include "evaluate/Advice.h"
 #include "evaluate/Evaluation.h"
 #include "evaluate/EvaluationOutput.h"
-#include "lab/RuleList.h"
+#include "lab/Rule.h"
 #include "playback/PlaybackFile.h"
 #include "lines/LineReader.h"
 #include "watch/SettingsFile.h"
@@ -142,7 +142,7 @@ int evaluate(const EvaluateArguments& arguments) {
         return complain("evaluate", error.what(), exitUsage);
     } catch (const SettingsFileError& error) {
         return complain("evaluate", error.what(), exitUsage);
-    } catch (const lines::ScenarioError& error) {
+    } catch (const lines::InputError& error) {
         return complain("evaluate", error.what(), exitUsage);
     } catch (const std::exception& error) {
         return complain("evaluate", error.what(), exitFailed);

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Evaluation.h"
 
-#include "lab/RuleList.h"
+#include "lab/Rule.h"
 #include "playback/PlaybackFile.h"
-#include "lab/Deciding.h"
 #include "lines/LineReader.h"
-#include "lab/TruthFile.h"
+#include "lines/Truth.h"
 
 #include <filesystem>
 #include <stdexcept>
@@ -15,13 +14,13 @@ namespace nearcast::cli {
 namespace {
 
 /// Reads the truth file that was named, or else the one beside the recording.
-lab::Truth truthOf(JudgedRecording& recording, const std::string* named) {
+lines::Truth truthOf(JudgedRecording& recording, const std::string* named) {
     recording.truthPath = named != nullptr ? *named : truthPathFor(recording.path);
     if (named == nullptr && !std::filesystem::exists(recording.truthPath)) {
         throw std::invalid_argument(recording.path + ": where its user stood is not known: there is no " +
                                     recording.truthPath + "; name another file with --truth");
     }
-    return lab::readTruth(recording.truthPath);
+    return lines::readTruth(recording.truthPath);
 }
 
 lab::Score judge(const JudgedRecording& recording, const lab::NamedRule& named,

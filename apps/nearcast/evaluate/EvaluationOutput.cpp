@@ -2,7 +2,7 @@
 #include "evaluate/EvaluationOutput.h"
 
 #include "evaluate/Figures.h"
-#include "lab/RuleList.h"
+#include "lab/Rule.h"
 #include "watch/Printable.h"
 
 namespace nearcast::cli {

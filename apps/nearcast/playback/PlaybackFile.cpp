@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "playback/PlaybackFile.h"
 
-#include "platform/replay/RecordingOptions.h"
+#include "lines/LineReader.h"
 #include "platform/replay/RecordingReader.h"
 #include "platform/replay/RecordingWriter.h"
-#include "lines/LineReader.h"
 #include "watch/SettingsFile.h"
 
 #include <cerrno>

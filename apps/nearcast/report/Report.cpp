@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "AtomicFile.h"
 #include "Command.h"
+#include "lines/LineReader.h"
+#include "lines/Truth.h"
 #include "nearest/SettingArguments.h"
 #include "playback/PlaybackFile.h"
 #include "report/ReportData.h"
-#include "lines/LineReader.h"
-#include "lab/TruthFile.h"
 #include "watch/SettingsFile.h"
 #include "web/Page.h"
 
@@ -47,8 +47,8 @@ std::string makeReport(const ReportArguments& arguments) {
     requirePlot(pageAssets());
     const NearestSettings settings = settingsOf(arguments.set);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
-    std::optional<lab::Truth> truth;
-    if (!arguments.truth.empty()) truth = lab::readTruth(arguments.truth);
+    std::optional<lines::Truth> truth;
+    if (!arguments.truth.empty()) truth = lines::readTruth(arguments.truth);
     const PlaybackFile file = readPlaybackFile(arguments.recording, registry);
     ReportData data = reportOf(lab::play(file.input), settings, truth ? &*truth : nullptr);
     data.title = arguments.title.empty() ? std::filesystem::path(file.path).filename().string() : arguments.title;
@@ -67,7 +67,7 @@ int report(const ReportArguments& arguments) {
         return complain("report", error.what(), exitUsage);
     } catch (const SettingsFileError& error) {
         return complain("report", error.what(), exitUsage);
-    } catch (const lines::ScenarioError& error) {
+    } catch (const lines::InputError& error) {
         return complain("report", error.what(), exitUsage);
     } catch (const std::exception& error) {
         return complain("report", error.what(), exitFailed);

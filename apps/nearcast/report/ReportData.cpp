@@ -4,7 +4,6 @@
 #include "RadioWords.h"
 #include "lab/NearestAsRule.h"
 #include "lab/Rule.h"
-#include "lab/Deciding.h"
 
 #include <algorithm>
 #include <cmath>
@@ -180,9 +179,9 @@ std::int32_t placeOf(const std::string& MACAddr, ReportData& data) {
     return static_cast<std::int32_t>(dongles.size() - 1);
 }
 
-void addTruth(const lab::Truth& truth, ReportData& data) {
+void addTruth(const lines::Truth& truth, ReportData& data) {
     auto& marks = data.truth.emplace();
-    for (const lab::TruthMark& mark : lab::changesOf(truth)) {
+    for (const lines::TruthMark& mark : lines::changesOf(truth)) {
         marks.push_back({milliseconds(mark.at), placeOf(mark.MACAddr, data)});
     }
 }
@@ -195,7 +194,7 @@ void decide(const Playback& playback, ReportData& data) {
 
 }  // namespace
 
-ReportData reportOf(const Playback& playback, const NearestSettings& settings, const lab::Truth* truth) {
+ReportData reportOf(const Playback& playback, const NearestSettings& settings, const lines::Truth* truth) {
     ReportData data;
     data.sources = {playback.name};
     data.settings = settings;

@@ -4,8 +4,8 @@
 #include <nearcast/Nearest.h>
 #include <nearcast/NearestSettings.h>
 
-#include "lab/Truth.h"
 #include "lab/Playback.h"
+#include "lines/Truth.h"
 
 #include <cstdint>
 #include <optional>
@@ -85,7 +85,7 @@ struct ReportData {
 /// Collects the page's data from a playback, on which `Nearest` decides with these settings.
 /// @param truth where the user stood; null where that is not known
 /// @throws std::invalid_argument as `NearestSettings::validate`
-ReportData reportOf(const lab::Playback& playback, const NearestSettings& settings, const lab::Truth* truth);
+ReportData reportOf(const lab::Playback& playback, const NearestSettings& settings, const lines::Truth* truth);
 
 /// The data as the page reads it (docs/reports.md), in JSON. Text that is not UTF-8 is written with the replacement
 /// character. Columns hold whole numbers, each as its difference from the one before.

@@ -14,8 +14,8 @@
 #include "platform/simulator/SimulatorPlatform.h"
 #include "platform/system/Consoles.h"
 #include "platform/system/RealPace.h"
-#include "platform/system/SystemDrive.h"
 #include "platform/system/SystemPlatform.h"
+#include "platform/timeline/TimelinePlatform.h"
 
 #include <stdexcept>
 #include <utility>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/hciformat/ReportEvents.h"
 
-#include "platform/hciformat/AdWriter.h"
+#include "platform/hciformat/AdStructures.h"
 
 #include <algorithm>
 #include <cstddef>

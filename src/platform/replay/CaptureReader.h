@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/hciformat/HciEvents.h"
+#include "platform/hciformat/RawReport.h"
 #include "platform/hciformat/SenderMemory.h"
-#include "platform/replay/LinkDecoder.h"
+#include "platform/replay/LinkLayerReports.h"
 #include "platform/replay/PacketSource.h"
 #include "platform/replay/RecordingReader.h"
 
@@ -13,10 +15,22 @@
 
 namespace nearcast::replay {
 
+/// Finds the advertising reports in captured packets of any kind. Packets that hold none, that are cut, or whose
+/// checksum a sniffer found wrong, give none. Not for several threads at once.
+class LinkDecoder {
+public:
+    /// @param sink called for each report, in order; what it throws passes through
+    void read(const Packet& packet, const RawReportSink& sink);
+
+private:
+    HciEvents events_;
+    LinkLayerReports linkLayer_;
+};
+
 /// Reads a recording out of captured packets.
 ///
 /// An item's time is that since the capture's first packet, in whole microseconds; a packet that is earlier than its
-/// predecessor happens with it. Changes of the radio's state and the end come of notes (RecordingNotes.h). Names that
+/// predecessor happens with it. Changes of the radio's state and the end come from notes (Btsnoop.h). Names that
 /// are not UTF-8 are made so (see `wellFormed`), for the recording may become JSON.
 class CaptureReader : public RecordingReader {
 public:

@@ -3,7 +3,6 @@
 
 #include "platform/hciformat/ByteReader.h"
 #include "platform/hciformat/HciEvents.h"
-#include "platform/hciformat/ReportFragments.h"
 
 #include <algorithm>
 #include <utility>

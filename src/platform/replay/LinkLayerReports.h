@@ -8,11 +8,9 @@
 #include <span>
 #include <vector>
 
-namespace nearcast {
-class ByteReader;
-}
-
 namespace nearcast::replay {
+
+class ByteReader;
 
 /// One link-layer packet as a sniffer heard it.
 struct LinkLayerPacket {

@@ -3,15 +3,25 @@
 
 #include "platform/hciformat/ByteReader.h"
 #include "platform/replay/PacketSource.h"
-#include "platform/replay/PcapngClock.h"
 #include "platform/replay/RecordingInput.h"
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace nearcast::replay {
+
+/// What an interface of a pcapng file counts time in: the options if_tsresol and if_tsoffset.
+struct PcapngClock {
+    /// The exponent of the unit: 10^-n seconds, or with the highest bit set 2^-n.
+    std::uint8_t resolution = 6;
+    std::int64_t offsetSeconds = 0;
+
+    /// Ticks in nanoseconds since 1970. Times beyond what 64 bits hold become the nearest that they hold.
+    [[nodiscard]] std::int64_t nanoseconds(std::uint64_t ticks) const;
+};
 
 /// The bytes that a pcapng file begins with; the same in both byte orders.
 inline constexpr std::array<std::uint8_t, 4> pcapngMagic{0x0A, 0x0D, 0x0D, 0x0A};

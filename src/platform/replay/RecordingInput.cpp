@@ -2,8 +2,6 @@
 #include "platform/replay/RecordingInput.h"
 
 #include <algorithm>
-#include <cstring>
-#include <string>
 
 namespace nearcast::replay {
 
@@ -43,6 +41,11 @@ std::span<const std::uint8_t> RecordingInput::take(std::size_t count) {
     return taken;
 }
 
+std::span<const std::uint8_t> RecordingInput::takeSome(std::size_t most) {
+    peek(1);
+    return take(std::min(most, end_ - begin_));
+}
+
 std::span<const std::uint8_t> RecordingInput::takeAll(std::size_t count, std::uint64_t start) {
     const auto taken = take(count);
     if (taken.size() < count) throw RecordingDamage(start, endsInside);
@@ -55,25 +58,6 @@ void RecordingInput::skipAll(std::uint64_t count, std::uint64_t start) {
         if (passed.empty()) throw RecordingDamage(start, endsInside);
         count -= passed.size();
     }
-}
-
-std::string_view RecordingInput::takeLine(std::size_t longest) {
-    std::size_t searched = 0;
-    const void* feed = nullptr;
-    do {
-        const auto bytes = ahead().subspan(searched);
-        if (!bytes.empty()) feed = std::memchr(bytes.data(), '\n', bytes.size());
-        searched += bytes.size();
-    } while (feed == nullptr && searched <= longest && readMore());
-    const auto bytes = ahead();
-    const auto* const text = reinterpret_cast<const char*>(bytes.data());
-    const std::size_t length =
-        feed == nullptr ? bytes.size() : static_cast<std::size_t>(static_cast<const char*>(feed) - text);
-    if (length > longest) {
-        throw RecordingDamage(offset_, "a line of more than " + std::to_string(longest) + " bytes");
-    }
-    consume(feed == nullptr ? length : length + 1);
-    return {text, length};
 }
 
 }  // namespace nearcast::replay

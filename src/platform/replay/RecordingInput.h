@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string_view>
 #include <vector>
 
 namespace nearcast::replay {
@@ -25,15 +24,14 @@ public:
     std::span<const std::uint8_t> peek(std::size_t count);
     /// The next `count` bytes, fewer at the end.
     std::span<const std::uint8_t> take(std::size_t count);
+    /// As many of the next bytes as have come, one to `most`; none only at the end.
+    std::span<const std::uint8_t> takeSome(std::size_t most);
     /// The next `count` bytes, all of them.
     /// @throws RecordingDamage at `start` when the recording ends before them
     std::span<const std::uint8_t> takeAll(std::size_t count, std::uint64_t start);
     /// Passes over `count` bytes.
     /// @throws RecordingDamage at `start` when the recording ends before them
     void skipAll(std::uint64_t count, std::uint64_t start);
-    /// The bytes up to the next line feed, which is passed over, or to the end.
-    /// @throws RecordingDamage when the line is longer than `longest`
-    std::string_view takeLine(std::size_t longest);
 
 private:
     [[nodiscard]] std::span<const std::uint8_t> ahead() const noexcept {

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/replay/RecordingReader.h"
 
-#include "platform/replay/BtsnoopReader.h"
+#include "lines/Line.h"
+#include "platform/replay/Btsnoop.h"
 #include "platform/replay/CaptureReader.h"
-#include "platform/replay/JsonLinesReader.h"
+#include "platform/replay/JsonLines.h"
 #include "platform/replay/PcapReader.h"
 #include "platform/replay/PcapngReader.h"
 #include "platform/replay/RecordingInput.h"
@@ -12,8 +13,12 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace nearcast::replay {
 
@@ -121,6 +126,20 @@ private:
     std::shared_ptr<std::FILE> file_;
 };
 
+/// Whether the option is there, which knows one value only.
+bool isGiven(const RadioString& radio, std::string_view name, std::string_view onlyValue) {
+    const auto option = radio.options.find(name);
+    if (option == radio.options.end()) return false;
+    if (option->second == onlyValue) return true;
+    throw std::invalid_argument("radio '" + radio.text + "': option '" + std::string(name) + "' can be '" +
+                                std::string(onlyValue) + "' only, not '" + option->second + "'");
+}
+
+void addDongleService(std::vector<CBUUID>& services) {
+    static const CBUUID dongleService = CBUUID::UUIDWithString(lines::dongleService);
+    if (std::find(services.begin(), services.end(), dongleService) == services.end()) services.push_back(dongleService);
+}
+
 }  // namespace
 
 RecordingDamage::RecordingDamage(std::uint64_t offset, const std::string& what)
@@ -136,6 +155,18 @@ std::unique_ptr<RecordingReader> openRecording(ByteSource source, const std::str
     auto reader = std::make_unique<OwningReader>(std::make_unique<RecordingInput>(std::move(source)));
     reader->open(name);
     return reader;
+}
+
+RecordingOptions RecordingOptions::parse(const RadioString& radio) {
+    return {.anyService = isGiven(radio, "services", "any"), .asDongles = isGiven(radio, "as", "dongles")};
+}
+
+void RecordingOptions::apply(RecordedReport& report) const {
+    if (anyService) addDongleService(report.report.services);
+    if (!asDongles || !report.report.address) return;
+    addDongleService(report.report.services);
+    auto& payload = report.report.manufacturerData.emplace(2 + report.report.address->size(), std::uint8_t{0xFF});
+    std::copy(report.report.address->begin(), report.report.address->end(), payload.begin() + 2);
 }
 
 }  // namespace nearcast::replay

@@ -3,6 +3,7 @@
 
 #include "platform/hciformat/RawReport.h"
 #include "platform/radio/AdvertisingReport.h"
+#include "platform/radio/RadioString.h"
 
 #include <chrono>
 #include <cstdint>
@@ -70,5 +71,19 @@ std::unique_ptr<RecordingReader> openRecording(const std::string& path);
 /// The same from any bytes.
 /// @param name what to call them in messages
 std::unique_ptr<RecordingReader> openRecording(ByteSource source, const std::string& name);
+
+/// What is done to each report of a recording that was made without our dongles, so that it can be played to the
+/// manager all the same.
+struct RecordingOptions {
+    bool anyService = false;  ///< `services=any`: every report carries the dongle service
+    bool asDongles = false;   ///< `as=dongles`: every sender plays a dongle with its own address
+
+    /// The options `services` and `as` of a radio string.
+    /// @throws std::invalid_argument for any other value
+    static RecordingOptions parse(const RadioString& radio);
+
+    /// Changes the report as the options say. A report whose sender is not known plays no dongle.
+    void apply(RecordedReport& report) const;
+};
 
 }  // namespace nearcast::replay

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/replay/RecordingReader.h"
 #include "lines/Line.h"
+#include "platform/replay/RecordingReader.h"
 
 #include <chrono>
 #include <functional>
@@ -29,7 +29,7 @@ public:
 std::unique_ptr<RecordingWriter> makeJsonLinesWriter(RecordingWriter::Out out);
 
 /// btsnoop with the datalink of the Linux monitor (2001): each report is an advertising report event, see
-/// `writeReportEvents`; changes of state and the end are notes, see RecordingNotes.h. The header, and a note that
+/// `writeReportEvents`; changes of state and the end are notes, see Btsnoop.h. The header, and a note that
 /// makes the recording begin at its time zero, are written at once.
 /// @param begin the recording's time zero, since 1970
 std::unique_ptr<RecordingWriter> makeBtsnoopWriter(RecordingWriter::Out out, std::chrono::microseconds begin);

@@ -4,9 +4,12 @@
 #include "platform/radio/RadioString.h"
 #include "platform/simulator/Scene.h"
 
+#include <nearcast/SettingRecord.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace nearcast::simulator {
 
@@ -24,5 +27,15 @@ struct SimulatorOptions {
     /// @throws SceneError when the file cannot be read or is no scene
     [[nodiscard]] Scene scene() const;
 };
+
+/// The scene of the radio `simulator`: a restaurant with six devices and a waiter. JSON, as `readScene` reads it.
+std::string_view builtInScene();
+
+/// What errors call it.
+inline constexpr std::string_view builtInSceneName = "the built-in scene";
+
+/// The scene's devices as a registry, each record as registration would have written it. Dongles without a device are
+/// not registered.
+[[nodiscard]] Settings simulatorSettings(const Scene& scene);
 
 }  // namespace nearcast::simulator

@@ -31,4 +31,16 @@ std::shared_ptr<NSTimer> SystemPlatform::scheduledTimer(std::chrono::nanoseconds
     return timers_.scheduledTimer(interval, std::move(handler));
 }
 
+bool SystemDrive::runFor(std::chrono::microseconds duration) {
+    const auto end = SystemClock::now() + duration;
+    interruption_.setAlarm(end);
+    while (true) {
+        interruption_.wait(descriptor());
+        dispatch();
+        if (interruption_.takeWake() || SystemClock::now() >= end) break;
+    }
+    interruption_.setAlarm(std::nullopt);
+    return true;
+}
+
 }  // namespace nearcast

@@ -5,9 +5,11 @@
 #include <sys/eventfd.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <system_error>
 
 namespace nearcast {
 
@@ -19,6 +21,12 @@ bool taken(int descriptor) noexcept {
 }
 
 }  // namespace
+
+Descriptor::Descriptor(int value, const char* what) : value_(value) {
+    if (value < 0) throw std::system_error(errno, std::generic_category(), what);
+}
+
+Descriptor::~Descriptor() { close(value_); }
 
 WakeUp::WakeUp()
     : alarm_(timerfd_create(CLOCK_BOOTTIME, TFD_CLOEXEC | TFD_NONBLOCK), "no timer descriptor"),

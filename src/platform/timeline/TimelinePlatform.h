@@ -1,14 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Drive.h"
 #include "platform/Platform.h"
 #include "platform/radio/RadioMonitor.h"
+#include "platform/radio/RadioString.h"
 #include "platform/timeline/Timeline.h"
 
+#include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace nearcast {
+
+/// The `speed` of a radio that has a time of its own: how many times faster than real time it goes, 1 where the option
+/// is absent; nothing for `speed=max`, as fast as it goes.
+/// @throws std::invalid_argument when it is neither "max" nor a finite number above 0
+std::optional<double> parseSpeed(const RadioString& radio);
 
 /// A platform whose time is that of a timeline: what recordings and the simulated shop have in common. Only the radio
 /// is left to the back end.
@@ -39,6 +48,23 @@ private:
     const NSJSONSerialization& JSON_;
     RadioMonitor monitor_;
     std::shared_ptr<Timeline> timeline_;
+};
+
+/// Drives a platform that has a time of its own.
+class TimelineDrive : public Drive {
+public:
+    /// @param platform lives longer
+    explicit TimelineDrive(TimelinePlatform& platform) : platform_(platform) {}
+
+    int descriptor() override { return -1; }
+    void dispatch() override {}
+    bool runFor(std::chrono::microseconds duration) override;
+    void interrupt() override { platform_.timeline().interrupt(); }
+    [[nodiscard]] std::string failure() const override { return platform_.failure(); }
+
+private:
+    TimelinePlatform& platform_;
+    std::atomic<bool> exhausted_{false};
 };
 
 }  // namespace nearcast

@@ -34,7 +34,7 @@ struct ReportDataTest : testing::Test {
     void hear(std::uint32_t dongle, double from, double to, std::int32_t RSSI) {
         for (double at = from; at < to; at += 0.1) playback.events.push_back({at, Kind::heard, dongle, RSSI});
     }
-    ReportData report(const lab::Truth* truth = nullptr) { return reportOf(playback, settings, truth); }
+    ReportData report(const lines::Truth* truth = nullptr) { return reportOf(playback, settings, truth); }
 };
 
 TEST_F(ReportDataTest, ReadingsAndReportsAreCurvesOfTheirDongle) {
@@ -119,7 +119,7 @@ TEST_F(ReportDataTest, WhatFollowsFromTheRecordingsEndIsLeftOut) {
 TEST_F(ReportDataTest, WithoutATruthThereIsNone) { EXPECT_FALSE(report().truth); }
 
 TEST_F(ReportDataTest, TheTruthNamesDonglesByTheirPlaces) {
-    const lab::Truth truth = {{0, kitchenAddress}, {2, kitchenAddress}, {4, ""}, {6, barAddress}};
+    const lines::Truth truth = {{0, kitchenAddress}, {2, kitchenAddress}, {4, ""}, {6, barAddress}};
     const auto marks = report(&truth).truth.value();
     ASSERT_EQ(marks.size(), 3U);
     EXPECT_EQ(marks[0].dongle, 1);
@@ -129,7 +129,7 @@ TEST_F(ReportDataTest, TheTruthNamesDonglesByTheirPlaces) {
 }
 
 TEST_F(ReportDataTest, ATruthThatNobodyHeardGetsAPlaceToo) {
-    const lab::Truth truth = {{0, "AA:BB:CC:DD:EE:FF"}};
+    const lines::Truth truth = {{0, "AA:BB:CC:DD:EE:FF"}};
     const ReportData data = report(&truth);
     ASSERT_EQ(data.dongles.size(), 3U);
     EXPECT_EQ(data.truth->at(0).dongle, 2);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "lines/LineReader.h"
 #include "lab/Playback.h"
+#include "lines/LineReader.h"
 
 #include <gtest/gtest.h>
 
@@ -170,7 +170,7 @@ std::string endAt(double seconds) { return R"({"do":"end","at":)" + std::to_stri
 TEST(Playback, LastsSevenDaysAtMost) {
     constexpr double week = 7 * 24 * 3600;
     EXPECT_EQ(playLines({endAt(week)}).end, week);
-    EXPECT_THROW(playLines({endAt(week + 0.001)}), lines::ScenarioError);
+    EXPECT_THROW(playLines({endAt(week + 0.001)}), lines::InputError);
 }
 
 std::vector<std::string> differentDongles(std::size_t count) {
@@ -184,7 +184,7 @@ std::vector<std::string> differentDongles(std::size_t count) {
 }
 
 TEST(Playback, MoreDonglesThanCanBeRegisteredNeedSettings) {
-    EXPECT_THROW(playLines(differentDongles(mostDongles + 1)), lines::ScenarioError);
+    EXPECT_THROW(playLines(differentDongles(mostDongles + 1)), lines::InputError);
     const Playback playback =
         playLines(differentDongles(mostDongles + 1), std::make_shared<const Settings>(Settings()));
     EXPECT_EQ(playback.dongles.size(), mostDongles + 1);
@@ -199,13 +199,18 @@ std::vector<std::string> sleepers(int count) {
 
 TEST(Playback, CallsSleepFiveHundredDeepAtMost) {
     EXPECT_NO_THROW(playLines(sleepers(500)));
-    EXPECT_THROW(playLines(sleepers(501)), lines::ScenarioError);
+    try {
+        playLines(sleepers(501));
+        FAIL() << "nothing was thrown";
+    } catch (const lines::InputError& error) {
+        EXPECT_STREQ(error.what(), "a recording: 500 calls sleep inside one another already");
+    }
 }
 
 TEST(Playback, AScenarioThatBreaksOffLeavesNothingBehind) {
     const auto texts = seconds(9, first, -60);
     const Playback alone = playLines(texts);
-    EXPECT_THROW(playLines(sleepers(501)), lines::ScenarioError);
+    EXPECT_THROW(playLines(sleepers(501)), lines::InputError);
     EXPECT_EQ(playLines(texts).events, alone.events);
 }
 
@@ -214,6 +219,30 @@ TEST(Playback, NothingToPlayIsAnEmptyRecording) {
     EXPECT_EQ(playback.end, 0);
     EXPECT_TRUE(playback.dongles.empty());
     EXPECT_EQ(playback.events, (Events{{0, Kind::scanStarted, none, 0}}));
+}
+
+Playback playbackOf(std::vector<PlaybackDongle> dongles) {
+    Playback playback;
+    playback.name = "shop";
+    playback.dongles = std::move(dongles);
+    return playback;
+}
+
+TEST(Playback, OnlyRegisteredDonglesCanBeTheTruth) {
+    const Playback playback = playbackOf({{"A", "BT:Bar", "", {}}, {"B", "", "", {}}});
+    EXPECT_NO_THROW(requireKnown({{0, "A"}, {1, ""}}, playback, "x"));
+    EXPECT_THROW(requireKnown({{0, "A"}, {1, "B"}}, playback, "x"), lines::InputError);
+    EXPECT_THROW(requireKnown({{0, "C"}}, playback, "x"), lines::InputError);
+}
+
+TEST(Playback, ADongleOfTheTruthThatIsUnknownIsNamedWithItsLine) {
+    const Playback playback = playbackOf({{"A", "BT:Bar", "", {}}});
+    try {
+        requireKnown({{0, "A", 1}, {1, "C", 3}}, playback, "x");
+        FAIL() << "nothing was thrown";
+    } catch (const lines::InputError& error) {
+        EXPECT_STREQ(error.what(), "x:3: \"C\" is the address of no device in shop");
+    }
 }
 
 }  // namespace

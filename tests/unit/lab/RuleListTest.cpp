@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "lab/RuleList.h"
+#include "lab/Rule.h"
 
 #include <gtest/gtest.h>
 

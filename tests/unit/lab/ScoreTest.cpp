@@ -15,9 +15,9 @@ Answers answersOf(const std::string& letters) {
     return answers;
 }
 
-Score scoreOf(const std::string& letters, const Truth& truth) { return lab::scoreOf(answersOf(letters), truth); }
+Score scoreOf(const std::string& letters, const lines::Truth& truth) { return lab::scoreOf(answersOf(letters), truth); }
 
-const Truth alwaysA{{0, "A"}};
+const lines::Truth alwaysA{{0, "A"}};
 
 TEST(Score, CountsRightAnswersOfAllTimeAndOfTheTimeAnswered) {
     const Score score = scoreOf("  BA", alwaysA);
@@ -64,7 +64,7 @@ TEST(Score, WrongSwitchesAreCountedByTheMinute) {
 }
 
 TEST(Score, AChangeIsFollowedAtTheFirstRightSampleAfterIt) {
-    const Truth truth{{0, "A"}, {0.9, "B"}};
+    const lines::Truth truth{{0, "A"}, {0.9, "B"}};
     EXPECT_EQ(scoreOf("AAB", truth).followed, std::vector{1 - 0.9});
     EXPECT_EQ(scoreOf("AAABAB", truth).followed, std::vector{1.5 - 0.9});
     EXPECT_EQ(scoreOf("AAB", {{0, "A"}, {1, "B"}}).followed, std::vector{0.0});

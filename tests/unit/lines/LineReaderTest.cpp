@@ -29,7 +29,7 @@ protected:
             while (reader.next()) {
             }
             return "";
-        } catch (const ScenarioError& error) {
+        } catch (const InputError& error) {
             return error.what();
         }
     }
@@ -83,7 +83,7 @@ TEST_F(LineReaderTest, AFileThatCannotBeOpenedIsNamedBeforeAnythingIsRead) {
     try {
         LineReader({good, folder_.file("missing")});
         FAIL();
-    } catch (const ScenarioError& error) {
+    } catch (const InputError& error) {
         EXPECT_EQ(error.what(), folder_.file("missing") + ": cannot be opened: No such file or directory");
     }
 }
@@ -97,16 +97,16 @@ TEST_F(LineReaderTest, AWrongLineHappensAtItsOwnTimeWhereThatCanBeRead) {
     LineReader lines = reader("{\"at\": 1, \"do\": \"end\"}\n{\"at\": 5, \"do\": \"dance\"}\n");
     lines.next();
     EXPECT_EQ(lines.peekTime(), 5s);
-    EXPECT_THROW(lines.next(), ScenarioError);
+    EXPECT_THROW(lines.next(), InputError);
     LineReader unreadable = reader("{\"at\": 1, \"do\": \"end\"}\n{\"at\": 5, \n");
     unreadable.next();
     EXPECT_EQ(unreadable.peekTime(), 1s);
-    EXPECT_THROW(unreadable.next(), ScenarioError);
+    EXPECT_THROW(unreadable.next(), InputError);
 }
 
 TEST_F(LineReaderTest, NothingFollowsAWrongLine) {
     LineReader lines = reader("garbage\n{\"at\": 1, \"do\": \"end\"}\n");
-    EXPECT_THROW(lines.next(), ScenarioError);
+    EXPECT_THROW(lines.next(), InputError);
     EXPECT_EQ(lines.next(), std::nullopt);
     EXPECT_EQ(lines.peekTime(), std::nullopt);
 }

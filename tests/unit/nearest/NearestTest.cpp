@@ -20,6 +20,7 @@ using nearest::recordOf;
 using nearest::tillMAC;
 
 constexpr std::array<std::uint8_t, 8> barPayload = {0xFF, 0xFF, 0x02, 0, 0, 0, 0, 0x0A};
+constexpr std::array<std::uint8_t, 8> tillPayload = {0xFF, 0xFF, 0x02, 0, 0, 0, 0, 0x0B};
 
 /// A `Nearest` on a registry, a clock and a radio of the test's.
 class NearestTest : public testing::Test {
@@ -29,7 +30,11 @@ protected:
                     ++reads;
                     return std::make_shared<const Settings>(registry);
                 },
-                [this] { return clock; }, [this] { return health; }};
+                [this] { return clock; },
+                [this] {
+                    ++healthAsked;
+                    return health;
+                }};
     }
     void report(double at, const char* portName, const char* MACAddr, std::int32_t RSSI) {
         clock = at;
@@ -38,6 +43,10 @@ protected:
     void hear(double at, std::int32_t RSSI, bool wanted = true) {
         clock = at;
         nearest.tap()({{}, barPayload, RSSI, wanted, at});
+    }
+    void hearTill(double at, std::int32_t RSSI) {
+        clock = at;
+        nearest.tap()({{}, tillPayload, RSSI, true, at});
     }
     void update(double at) {
         clock = at;
@@ -56,6 +65,7 @@ protected:
     double clock = 0;
     RadioHealth health{.state = CBManagerStatePoweredOn, .since = 0, .why = {}, .lastReportAge = {}};
     int reads = 0;
+    int healthAsked = 0;
     std::vector<NearestChange> changes;
     Nearest nearest{sources(), [this](const NearestChange& change) { changes.push_back(change); },
                     nearest::plainSettings()};
@@ -124,6 +134,25 @@ TEST_F(NearestTest, AsksHowTheRadioIsBeforeADeviceFallsSilent) {
     EXPECT_EQ(told(), (std::vector<std::string>{"Bar", "Bar stale"}));
 }
 
+TEST_F(NearestTest, AsksHowTheRadioIsBeforeADeviceFallsSilentByTheTapToo) {
+    report(0, "Bar", barMAC, -55);
+    update(1);
+    health.state = CBManagerStatePoweredOff;
+    health.since = 2;
+    hearTill(6, -90);
+    EXPECT_EQ(told(), (std::vector<std::string>{"Bar", "Bar stale"}));
+}
+
+TEST_F(NearestTest, DoesNotAskHowTheRadioIsWhileTheChosenDeviceIsHeard) {
+    report(0, "Bar", barMAC, -55);
+    update(1);
+    const int asked = healthAsked;
+    report(2, "Bar", barMAC, -55);
+    hear(5, -55);
+    hearTill(6, -90);
+    EXPECT_EQ(healthAsked, asked);
+}
+
 TEST_F(NearestTest, TellsThatAChoiceIsNotStaleAnyMore) {
     report(0, "Bar", barMAC, -55);
     update(1);
@@ -176,6 +205,24 @@ TEST_F(NearestTest, AppliesAThresholdAfterARefresh) {
     registry["Bar"] = recordOf(barMAC, -40);
     nearest.refresh();
     EXPECT_EQ(nearest.explain().at(0).threshold, -40);
+}
+
+TEST_F(NearestTest, AReadOfTheRegistryThatWasOvertakenByALaterOneIsDropped) {
+    Nearest* self = nullptr;
+    bool overtaken = false;
+    const auto slowRegistry = [&] {
+        auto read = std::make_shared<const Settings>(registry);
+        if (std::exchange(overtaken, false)) {
+            registry["Bar"] = recordOf(barMAC, -40);
+            self->refresh();
+        }
+        return read;
+    };
+    Nearest reading({slowRegistry, sources().clock, sources().health}, {});
+    self = &reading;
+    overtaken = true;
+    reading.refresh();
+    EXPECT_EQ(reading.explain().at(0).threshold, -40);
 }
 
 TEST_F(NearestTest, TakesAnAbsentRegistryForAnEmptyOne) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/hciformat/AdStructures.h"
-#include "platform/hciformat/AdWriter.h"
-#include "platform/hciformat/ReportFragments.h"
+#include "platform/hciformat/HciEvents.h"
 #include "unit/platform/hciformat/HciBytes.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/hciformat/ReportFragments.h"
+#include "platform/hciformat/HciEvents.h"
 
 #include "unit/platform/hciformat/HciBytes.h"
 

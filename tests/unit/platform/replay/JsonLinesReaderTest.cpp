@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/JsonLinesReader.h"
+#include "platform/replay/JsonLines.h"
 
 #include "lines/Line.h"
 #include "unit/platform/replay/CaptureBytes.h"
@@ -63,6 +63,10 @@ TEST(JsonLinesReader, PassesOverAByteOrderMark) {
     const Contents contents = readText("\xEF\xBB\xBF{\"do\": \"end\"}\n");
     EXPECT_FALSE(contents.damagedAt) << contents.damage;
     EXPECT_EQ(contents.items.size(), 1U);
+}
+
+TEST(JsonLinesReader, CountsAByteOrderMarkAmongTheBytesBeforeDamage) {
+    EXPECT_EQ(readText("\xEF\xBB\xBF{\"do\": \"end\"}\ngarbage\n").damagedAt, 3U + 14U);
 }
 
 struct DamageCase {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/LinkDecoder.h"
+#include "platform/replay/CaptureReader.h"
 
 #include "unit/platform/replay/SnifferBytes.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/PcapngClock.h"
+#include "platform/replay/PcapngReader.h"
 
 #include <gtest/gtest.h>
 

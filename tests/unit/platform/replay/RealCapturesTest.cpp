@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/Import.h"
-#include "platform/replay/ReplayRadio.h"
+#include "platform/replay/JsonLines.h"
+#include "platform/replay/ReplayPlatform.h"
 #include "unit/platform/replay/ReplayFixture.h"
 
 #include <gtest/gtest.h>

@@ -57,30 +57,13 @@ TEST(RecordingInput, TellsWhereSomethingBeganThatIsNotWhole) {
     EXPECT_EQ(damagedAt([](RecordingInput& input) { input.skipAll(2, 1); }), std::nullopt);
 }
 
-TEST(RecordingInput, TakesLinesWithAndWithoutTheirLastEnd) {
-    for (const std::size_t step : {1U, 2U, 100U}) {
-        RecordingInput input(sourceOf(octetsOf("one\n\ntwo\r\nthree"), step));
-        EXPECT_EQ(input.takeLine(10), "one");
-        EXPECT_EQ(input.offset(), 4U);
-        EXPECT_EQ(input.takeLine(10), "");
-        EXPECT_EQ(input.takeLine(10), "two\r");
-        EXPECT_EQ(input.takeLine(10), "three");
-        EXPECT_TRUE(input.atEnd());
-    }
-}
-
-TEST(RecordingInput, RefusesALineThatIsTooLong) {
-    for (const std::size_t step : {1U, 100U}) {
-        RecordingInput fits(sourceOf(octetsOf("12345\n"), step));
-        EXPECT_EQ(fits.takeLine(5), "12345");
-        RecordingInput tooLong(sourceOf(octetsOf("123456\n"), step));
-        EXPECT_THROW(tooLong.takeLine(5), RecordingDamage);
-        RecordingInput endless([](std::span<std::uint8_t> room) {
-            std::fill(room.begin(), room.end(), 'x');
-            return room.size();
-        });
-        EXPECT_THROW(endless.takeLine(1'000'000), RecordingDamage);
-    }
+TEST(RecordingInput, TakesWhatHasComeWithoutWaitingForMore) {
+    RecordingInput input(sourceOf(hex("01 02 03 04 05"), 3));
+    EXPECT_EQ(copied(input.takeSome(2)), hex("01 02"));
+    EXPECT_EQ(copied(input.takeSome(9)), hex("03"));
+    EXPECT_EQ(copied(input.takeSome(9)), hex("04 05"));
+    EXPECT_EQ(input.offset(), 5U);
+    EXPECT_TRUE(input.takeSome(9).empty());
 }
 
 }  // namespace

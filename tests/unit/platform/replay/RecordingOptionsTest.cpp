@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/RecordingOptions.h"
+#include "platform/replay/RecordingReader.h"
 
 #include "unit/platform/hciformat/HciBytes.h"
 #include "unit/platform/replay/ReplayFixture.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/replay/ReplayRadio.h"
+#include "platform/replay/ReplayPlatform.h"
 
 #include "unit/platform/hciformat/HciBytes.h"
 #include "unit/platform/replay/ReplayFixture.h"

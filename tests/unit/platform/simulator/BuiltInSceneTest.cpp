@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/simulator/BuiltInScene.h"
+#include "platform/simulator/SimulatorOptions.h"
 
-#include "platform/simulator/GroundTruth.h"
 #include "platform/simulator/SceneReader.h"
-#include "platform/simulator/SimulatorSettings.h"
+#include "platform/simulator/Walk.h"
 #include "unit/platform/simulator/SimulatorFixture.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/simulator/GroundTruth.h"
+#include "platform/simulator/Walk.h"
 
 #include "unit/platform/simulator/SimulatorFixture.h"
 

@@ -2,7 +2,6 @@
 #include "platform/json/JSONSerialization.h"
 #include "platform/simulator/SimulatorOptions.h"
 #include "platform/simulator/SimulatorPlatform.h"
-#include "platform/simulator/SimulatorSettings.h"
 #include "unit/platform/simulator/SimulatorRadioFixture.h"
 
 #include <nearcast/QXNearcastManager.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/simulator/Shop.h"
 
-#include "platform/simulator/BuiltInScene.h"
 #include "platform/simulator/SceneReader.h"
+#include "platform/simulator/SimulatorOptions.h"
 #include "unit/platform/simulator/SimulatorFixture.h"
 
 #include <gtest/gtest.h>

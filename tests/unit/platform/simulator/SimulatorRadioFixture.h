@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/simulator/SimulatorRadio.h"
+#include "platform/simulator/SimulatorPlatform.h"
 #include "unit/platform/simulator/SimulatorFixture.h"
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/simulator/SimulatorRadio.h"
+#include "platform/simulator/SimulatorPlatform.h"
 
-#include "platform/simulator/BuiltInScene.h"
 #include "platform/simulator/SceneReader.h"
+#include "platform/simulator/SimulatorOptions.h"
 #include "unit/platform/simulator/SimulatorRadioFixture.h"
 
 #include <gtest/gtest.h>

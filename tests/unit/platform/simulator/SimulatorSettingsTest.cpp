@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/simulator/SimulatorSettings.h"
+#include "platform/simulator/SimulatorOptions.h"
 
 #include "unit/platform/simulator/SimulatorFixture.h"
 

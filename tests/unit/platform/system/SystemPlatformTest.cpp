@@ -5,7 +5,6 @@
 #include "platform/json/JSONSerialization.h"
 #include "platform/radio/NoRadio.h"
 #include "platform/system/SystemClock.h"
-#include "platform/system/SystemDrive.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/timeline/Speed.h"
+#include "platform/timeline/TimelinePlatform.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/replay/RecordingOptions.h"
+#include "lines/TextReader.h"
+#include "platform/replay/RecordingInput.h"
+#include "platform/replay/RecordingReader.h"
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -11,6 +15,23 @@
 #include <string_view>
 
 namespace nearcast::replay {
+
+/// Reads recordings in JSON Lines: `advertise`, `radio` and `end` lines of a scenario (see `lines::parseLine`).
+/// Times are as written. Any other line is damage.
+class JsonLinesReader : public RecordingReader {
+public:
+    /// A line longer than that is no line.
+    static constexpr std::size_t longestLine = std::size_t{1} << 20;
+
+    /// @param input at the first line; lives longer than the reader
+    explicit JsonLinesReader(RecordingInput& input);
+    std::optional<RecordedItem> next() override;
+
+private:
+    std::uint64_t begin_;  ///< of the text in the file: a byte order mark may precede it
+    lines::TextReader text_;
+    std::chrono::microseconds previous_{0};
+};
 
 /// What came of an import.
 struct ImportResult {
