@@ -2,8 +2,11 @@
 #include <nearcast/Platform.h>
 #include <nearcast/QXNearcastManager.h>
 
+#include "platform/system/SystemClock.h"
+
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -44,6 +47,27 @@ TEST(PublicPlatform, CanBeChosenAgainUntilTheManagerIsMade) {
     QXNearcastManager::sharedManager();
     EXPECT_THROW(choose("none", true), std::logic_error);
     EXPECT_TRUE(Platform::runFor(0.5)) << "the first choice still stands";
+}
+
+double machineTime() { return std::chrono::duration<double>(SystemClock::now()).count(); }
+
+TEST(PublicPlatform, BeforeAChoiceNowIsTheMachinesTime) {
+    const double before = machineTime();
+    const double now = Platform::now();
+    EXPECT_GE(now, before);
+    EXPECT_LE(now, machineTime());
+}
+
+TEST(PublicPlatform, AskingForTheTimeLeavesTheChoiceOpen) {
+    Platform::now();
+    EXPECT_NO_THROW(choose("simulator?speed=max", true));
+    EXPECT_EQ(Platform::now(), 0.0) << "from now on it is the time of the platform chosen";
+    EXPECT_NO_THROW(choose("simulator?speed=max", true));
+}
+
+TEST(PublicPlatform, AskingForTheTimeMakesNoPlatform) {
+    Platform::now();
+    EXPECT_THROW((void)Platform::descriptor(), std::logic_error);
 }
 
 TEST(PublicPlatform, ARadioWithATimeOfItsOwnRunsAsLongAsItIsToldTo) {
