@@ -6,9 +6,7 @@
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorOptions.h"
 #include "platform/simulator/SimulatorSettings.h"
-
-#include <nearcast/Platform.h>
-#include <nearcast/QXNearcastManager.h>
+#include "watch/SettingsFile.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -26,23 +24,13 @@ struct SceneArguments {
     std::optional<double> forSeconds;
 };
 
-/// What the manager saves of a registry.
-std::string saved(Settings settings) {
-    PlatformOptions options;
-    options.radio = "none";
-    Platform::choose(options);
-    auto& manager = QXNearcastManager::sharedManager();
-    manager.setSettings(std::move(settings));
-    return manager.serializedSettings().value_or("") + "\n";
-}
-
 int scene(const SceneArguments& arguments) {
     simulator::SimulatorOptions options;
     options.sceneFile = arguments.file;
     try {
         const simulator::Scene read = options.scene();
         if (arguments.settings) {
-            writeOut(saved(simulator::simulatorSettings(read)));
+            writeOut(settingsFileOf(simulator::simulatorSettings(read)));
         } else if (arguments.truth) {
             writeTruth(read, arguments.forSeconds, writeOut);
         } else if (arguments.file.empty()) {

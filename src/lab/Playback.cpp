@@ -72,7 +72,6 @@ public:
     }
 
     Playback play(const PlaybackInput& input);
-    [[nodiscard]] QXNearcastManager& manager() const { return *manager_; }
 
 private:
     class Script;
@@ -201,7 +200,5 @@ bool isScenario(const std::vector<lines::Line>& lines) {
 }
 
 Playback play(const PlaybackInput& input) { return Stage::instance().play(input); }
-
-QXNearcastManager& playbackManager() { return Stage::instance().manager(); }
 
 }  // namespace nearcast::lab

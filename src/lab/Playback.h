@@ -86,8 +86,4 @@ Playback play(const PlaybackInput& input);
 inline constexpr lines::Time longestPlayback = std::chrono::hours(24 * 7);
 inline constexpr std::size_t mostDongles = 10'000;
 
-/// The manager that `play` plays to, for reading and writing registries between two recordings.
-/// @throws std::logic_error when the manager was made by somebody else
-QXNearcastManager& playbackManager();
-
 }  // namespace nearcast::lab

@@ -105,15 +105,6 @@ int evaluateRules(const EvaluateArguments& arguments) {
     return statusOf(recordings);
 }
 
-/// Writes the settings file as the manager saves it.
-void writeSettings(const std::string& path, Settings registry) {
-    auto& manager = lab::playbackManager();
-    manager.setSettings(std::move(registry));
-    const auto saved = manager.serializedSettings();
-    if (!saved) throw std::runtime_error(path + ": the settings hold what JSON cannot express");
-    writeFile(path, *saved + "\n");
-}
-
 int adviseThresholds(const EvaluateArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
@@ -121,7 +112,9 @@ int adviseThresholds(const EvaluateArguments& arguments) {
     const auto advice = advise(recordings, settings);
     writeOut(arguments.json ? JSONOf(advice, settings) : textOf(advice));
     finishOut();
-    if (!arguments.write.empty()) writeSettings(arguments.write, withThresholds(*registry, advice));
+    if (!arguments.write.empty()) {
+        writeFile(arguments.write, settingsFileOf(withThresholds(*registry, advice)));
+    }
     return statusOf(recordings);
 }
 

@@ -5,7 +5,6 @@
 #include "platform/replay/RecordingReader.h"
 #include "platform/replay/RecordingWriter.h"
 #include "lines/LineReader.h"
-#include "watch/SettingsFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -81,14 +80,6 @@ PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const
         throw PlaybackFileError(error.what());
     }
     return file;
-}
-
-std::shared_ptr<const Settings> registryOfFile(const std::string& path) {
-    auto& manager = lab::playbackManager();
-    loadSettings(manager, path);
-    auto registry = manager.getSettings();
-    manager.setSettings(std::nullopt);
-    return registry;
 }
 
 }  // namespace nearcast::cli

@@ -28,8 +28,4 @@ struct PlaybackFile {
 /// @throws PlaybackFileError
 PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const Settings> registry = nullptr);
 
-/// The registry that a settings file holds.
-/// @throws SettingsFileError when it is missing or broken
-std::shared_ptr<const Settings> registryOfFile(const std::string& path);
-
 }  // namespace nearcast::cli

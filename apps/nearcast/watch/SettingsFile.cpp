@@ -2,11 +2,12 @@
 #include "watch/SettingsFile.h"
 
 #include "platform/json/JSONSerialization.h"
+#include "settings/SavedSettings.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
+#include <utility>
 
 namespace nearcast::cli {
 
@@ -41,10 +42,12 @@ std::string placeOf(std::string_view content, std::size_t offset) {
 
 }  // namespace
 
-void loadSettings(QXNearcastManager& manager, const std::string& path) {
+std::shared_ptr<const Settings> registryOfFile(const std::string& path) {
     const std::string content = contentOf(path);
     try {
-        if (manager.deserializeSettings(content)) return;
+        if (auto settings = loadedSettings(content, JSONSerialization())) {
+            return std::make_shared<const Settings>(*std::move(settings));
+        }
     } catch (const std::invalid_argument& error) {
         throw SettingsFileError(path + ": " + error.what());
     }
@@ -52,6 +55,12 @@ void loadSettings(QXNearcastManager& manager, const std::string& path) {
     const auto* problem = std::get_if<JSONProblem>(&parsed);
     throw SettingsFileError(path + ": is not JSON, " +
                             (problem != nullptr ? placeOf(content, problem->offset) + ": " + problem->text : ""));
+}
+
+std::string settingsFileOf(const Settings& registry) {
+    const auto text = savedSettings(registry, JSONSerialization());
+    if (!text) throw std::runtime_error("the settings hold what JSON cannot express");
+    return *text + "\n";
 }
 
 }  // namespace nearcast::cli

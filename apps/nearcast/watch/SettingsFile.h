@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <nearcast/QXNearcastManager.h>
+#include <nearcast/SettingRecord.h>
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -14,8 +15,12 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// Installs the registry that a file holds. The file is only read.
-/// @throws SettingsFileError when it is missing or broken; the registry is then unchanged
-void loadSettings(QXNearcastManager& manager, const std::string& path);
+/// The registry that a file holds. The file is only read.
+/// @throws SettingsFileError when it is missing or broken
+std::shared_ptr<const Settings> registryOfFile(const std::string& path);
+
+/// A registry as the content of such a file.
+/// @throws std::runtime_error where it holds what JSON cannot express
+std::string settingsFileOf(const Settings& registry);
 
 }  // namespace nearcast::cli

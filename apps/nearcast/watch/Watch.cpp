@@ -46,7 +46,7 @@ void passTime(WatchSession& session, const Interruption& interruption, std::opti
 
 int watchWith(WatchSession& session, const Interruption& interruption, const WatchArguments& arguments) {
     auto& manager = QXNearcastManager::sharedManager();
-    if (!arguments.settings.empty()) loadSettings(manager, arguments.settings);
+    if (!arguments.settings.empty()) manager.setSettings(*registryOfFile(arguments.settings));
     manager.setDelegate(session.delegate());
     if (!manager.startScan()) return complain("watch", "the scan cannot be started", exitFailed);
     passTime(session, interruption, arguments.forSeconds);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doubles/TemporaryFolder.h"
 #include "playback/PlaybackFile.h"
-#include "watch/SettingsFile.h"
 
 #include <gtest/gtest.h>
 
@@ -71,14 +70,6 @@ TEST_F(PlaybackFileTest, ACaptureThatIsCutIsReadUpToThere) {
     const PlaybackFile file = readPlaybackFile(write(header + "cut"));
     EXPECT_TRUE(file.input.lines.empty());
     EXPECT_NE(file.damage.find("damaged at byte 16"), std::string::npos) << file.damage;
-}
-
-TEST_F(PlaybackFileTest, ARegistryIsReadWithoutStayingInTheManager) {
-    const std::string path = write(R"({"BT:Bar":{"Device Type":"Printer","MAC Address":"00:11:22:AA:BB:CC"}})");
-    const auto registry = registryOfFile(path);
-    ASSERT_EQ(registry->count("BT:Bar"), 1U);
-    EXPECT_TRUE(lab::playbackManager().getSettings()->empty());
-    EXPECT_THROW(registryOfFile(write("{")), SettingsFileError);
 }
 
 }  // namespace

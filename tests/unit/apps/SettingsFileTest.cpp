@@ -6,34 +6,49 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <stdexcept>
+
 namespace nearcast::cli {
 namespace {
 
 class SettingsFile : public testing::Test {
 protected:
-    void SetUp() override {
-        PlatformOptions options;
-        options.radio = "none";
-        Platform::choose(options);
-    }
-
-    std::string refusal(const std::string& path) {
+    static std::string refusal(const std::string& path) {
         try {
-            loadSettings(manager(), path);
+            registryOfFile(path);
             return "loaded";
         } catch (const SettingsFileError& error) {
             return error.what();
         }
     }
 
-    static QXNearcastManager& manager() { return QXNearcastManager::sharedManager(); }
-
     const TemporaryFolder folder_;
 };
 
-TEST_F(SettingsFile, InstallsTheRegistryItHolds) {
-    loadSettings(manager(), folder_.write("s.json", R"({"BT:Front": {"Device Type": "Printer"}})"));
-    EXPECT_EQ(manager().getSettings()->count("BT:Front"), 1U);
+TEST_F(SettingsFile, GivesTheRegistryItHolds) {
+    const auto registry = registryOfFile(folder_.write("s.json", R"({"BT:Front": {"Device Type": "Printer"}})"));
+    ASSERT_EQ(registry->count("BT:Front"), 1U);
+    EXPECT_EQ(*registry->at("BT:Front"), (SettingRecord{{"Device Type", 1}}));
+}
+
+TEST_F(SettingsFile, IsReadWithoutAManagerOrAPlatform) {
+    registryOfFile(folder_.write("s.json", "{}"));
+    PlatformOptions options;
+    options.radio = "none";
+    EXPECT_NO_THROW(Platform::choose(options)) << "a manager that exists would forbid it";
+}
+
+TEST_F(SettingsFile, ThatIsWrittenIsReadBack) {
+    const Settings registry{{"BT:Front", std::make_shared<const SettingRecord>(SettingRecord{{"Device Type", 1}})}};
+    const std::string content = settingsFileOf(registry);
+    EXPECT_EQ(content.back(), '\n');
+    EXPECT_EQ(*registryOfFile(folder_.write("s.json", content))->at("BT:Front"), *registry.at("BT:Front"));
+}
+
+TEST_F(SettingsFile, WhatJSONCannotExpressIsNotWritten) {
+    const SettingRecord record{{"Threshold RSSI", std::numeric_limits<double>::infinity()}};
+    EXPECT_THROW(settingsFileOf({{"BT:Front", std::make_shared<const SettingRecord>(record)}}), std::runtime_error);
 }
 
 TEST_F(SettingsFile, ThatIsMissingIsNamed) {
@@ -51,12 +66,6 @@ TEST_F(SettingsFile, ThatIsNoJSONIsNamedWithThePlace) {
 TEST_F(SettingsFile, OfAnotherShapeIsNamedWithWhatIsWrong) {
     const std::string path = folder_.write("s.json", R"({"BT:Front": 7})");
     EXPECT_EQ(refusal(path), path + ": settings: the record of \"BT:Front\" is not an object");
-}
-
-TEST_F(SettingsFile, ThatIsBrokenLeavesTheRegistryAsItWas) {
-    manager().addSettingForPrinterPortName("BT:Old", {}, false, "00:11:22:AA:BB:CC", {}, {});
-    refusal(folder_.write("s.json", "{"));
-    EXPECT_EQ(manager().getSettings()->count("BT:Old"), 1U);
 }
 
 TEST_F(SettingsFile, IsOnlyRead) {
