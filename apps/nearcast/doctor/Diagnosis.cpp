@@ -2,7 +2,7 @@
 #include "doctor/Diagnosis.h"
 
 #include "doctor/ScanFindings.h"
-#include "watch/Printable.h"
+#include "common/Words.h"
 
 #include <algorithm>
 #include <array>

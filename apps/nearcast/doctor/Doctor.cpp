@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "Seconds.h"
+#include "common/Seconds.h"
 #include "doctor/Checks.h"
 #include "doctor/Diagnosis.h"
 #include "doctor/Hearing.h"
 #include "doctor/ScanFindings.h"
-#include "listen/Listening.h"
+#include "common/Listening.h"
 #include "machine/Facts.h"
 #include "machine/LinuxMachine.h"
-#include "watch/Interruption.h"
-#include "watch/Printable.h"
+#include "common/Interruption.h"
+#include "common/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/ScanFindings.h"
 
-#include "RadioWords.h"
+#include "common/RadioWords.h"
 #include "doctor/Text.h"
 
 namespace nearcast::cli {

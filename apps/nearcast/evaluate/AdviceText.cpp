@@ -2,7 +2,7 @@
 #include "evaluate/Advice.h"
 #include "evaluate/JSONFigures.h"
 #include "evaluate/Table.h"
-#include "watch/Printable.h"
+#include "common/Words.h"
 
 namespace nearcast::cli {
 

@@ -2,7 +2,7 @@
 #include "evaluate/Chart.h"
 
 #include "evaluate/Table.h"
-#include "watch/Printable.h"
+#include "common/Words.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "AtomicFile.h"
+#include "common/Output.h"
 #include "Command.h"
 #include "evaluate/Advice.h"
 #include "evaluate/Evaluation.h"
@@ -7,9 +7,9 @@
 #include "evaluate/EvaluationText.h"
 #include "evaluate/Recordings.h"
 #include "lab/RuleList.h"
-#include "playback/PlaybackFile.h"
+#include "common/PlaybackFile.h"
 #include "lines/LineReader.h"
-#include "watch/SettingsFile.h"
+#include "common/SettingsFile.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "nearest/SettingArguments.h"
+#include "common/Arguments.h"
 #include "lab/Score.h"
 #include "lab/Playback.h"
 

@@ -3,7 +3,7 @@
 
 #include "evaluate/Columns.h"
 #include "evaluate/Table.h"
-#include "watch/Printable.h"
+#include "common/Words.h"
 
 namespace nearcast::cli {
 

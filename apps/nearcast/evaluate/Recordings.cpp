@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Recordings.h"
 
-#include "playback/PlaybackFile.h"
+#include "common/PlaybackFile.h"
 #include "lines/LineReader.h"
 #include "lab/TruthFile.h"
 

@@ -2,7 +2,7 @@
 #include "Command.h"
 #include "machine/LinuxMachine.h"
 #include "radios/RadioList.h"
-#include "watch/Printable.h"
+#include "common/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "RadioWords.h"
-#include "Seconds.h"
-#include "listen/Listening.h"
+#include "common/RadioWords.h"
+#include "common/Seconds.h"
+#include "common/Listening.h"
 #include "platform/radio/RadioString.h"
 #include "record/OutputFile.h"
 #include "record/RecordSession.h"
-#include "watch/Interruption.h"
-#include "watch/Printable.h"
+#include "common/Interruption.h"
+#include "common/Words.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "AtomicFile.h"
+#include "common/Output.h"
 #include "Command.h"
-#include "nearest/SettingArguments.h"
-#include "playback/PlaybackFile.h"
+#include "common/Arguments.h"
+#include "common/PlaybackFile.h"
 #include "report/ReportData.h"
 #include "report/ReportPage.h"
 #include "lines/LineReader.h"
 #include "lab/TruthFile.h"
-#include "watch/SettingsFile.h"
+#include "common/SettingsFile.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/ReportData.h"
 
-#include "RadioWords.h"
+#include "common/RadioWords.h"
 #include "report/DecisionLog.h"
 #include "lab/Deciding.h"
 

@@ -2,7 +2,7 @@
 #include "report/ReportPage.h"
 
 #include "report/ReportJSON.h"
-#include "watch/Printable.h"
+#include "common/Words.h"
 #include "web/Asset.h"
 
 #include <map>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "RadioWords.h"
-#include "watch/Printable.h"
+#include "common/RadioWords.h"
+#include "common/Words.h"
 #include "watch/WatchView.h"
 
 #include <array>

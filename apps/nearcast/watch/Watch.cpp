@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "Seconds.h"
-#include "watch/Interruption.h"
-#include "watch/SettingsFile.h"
+#include "common/Seconds.h"
+#include "common/Interruption.h"
+#include "common/SettingsFile.h"
 #include "watch/WatchSession.h"
 
 #include <nearcast/Platform.h>

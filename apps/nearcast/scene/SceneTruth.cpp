@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "SceneTruth.h"
+#include "scene/SceneTruth.h"
 
 #include "platform/simulator/GroundTruth.h"
 #include "platform/simulator/Walk.h"

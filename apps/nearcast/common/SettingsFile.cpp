@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "watch/SettingsFile.h"
+#include "common/SettingsFile.h"
 
 #include "platform/json/JSONSerialization.h"
 #include "settings/SavedSettings.h"

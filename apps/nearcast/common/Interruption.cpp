@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "watch/Interruption.h"
+#include "common/Interruption.h"
 
 #include <poll.h>
 #include <pthread.h>

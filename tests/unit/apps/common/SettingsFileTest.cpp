@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doubles/TemporaryFolder.h"
-#include "watch/SettingsFile.h"
+#include "common/SettingsFile.h"
 
 #include <nearcast/Platform.h>
 

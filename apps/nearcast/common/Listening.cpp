@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "listen/Listening.h"
+#include "common/Listening.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "nearest/SettingArguments.h"
+#include "common/Arguments.h"
 
 #include <algorithm>
 #include <charconv>

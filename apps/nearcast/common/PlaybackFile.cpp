@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "playback/PlaybackFile.h"
+#include "common/PlaybackFile.h"
 
 #include "platform/replay/RecordingOptions.h"
 #include "platform/replay/RecordingReader.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Seconds.h"
+#include "common/Seconds.h"
 
 #include <cstdlib>
 

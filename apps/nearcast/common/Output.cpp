@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "AtomicFile.h"
+#include "common/Output.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "AtomicFile.h"
+#include "common/Output.h"
 #include "doubles/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doubles/TemporaryFolder.h"
-#include "playback/PlaybackFile.h"
+#include "common/PlaybackFile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/replay/Import.h"
-#include "AtomicFile.h"
+#include "common/Output.h"
 #include "Command.h"
 
 #include <CLI/CLI.hpp>

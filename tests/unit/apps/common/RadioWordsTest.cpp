@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "RadioWords.h"
+#include "common/RadioWords.h"
 
 #include <gtest/gtest.h>
 

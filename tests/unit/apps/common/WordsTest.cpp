@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "watch/Printable.h"
+#include "common/Words.h"
 
 #include <gtest/gtest.h>
 

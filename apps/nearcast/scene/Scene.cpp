@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "SceneTruth.h"
-#include "Seconds.h"
+#include "scene/SceneTruth.h"
+#include "common/Seconds.h"
 #include "platform/simulator/BuiltInScene.h"
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorOptions.h"
 #include "platform/simulator/SimulatorSettings.h"
-#include "watch/SettingsFile.h"
+#include "common/SettingsFile.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
