@@ -13,10 +13,10 @@
 
 namespace nearcast::lines {
 
-/// A scenario that cannot go on; the message names the file, the line number and what is wrong.
-class ScenarioError : public std::runtime_error {
+/// A scenario that cannot go on, as it was given; the message names the file, the line number and what is wrong.
+class ScenarioError : public std::invalid_argument {
 public:
-    using std::runtime_error::runtime_error;
+    using std::invalid_argument::invalid_argument;
 };
 
 /// Reads the lines of several files as one scenario, a line at a time; only one line is held in memory.

@@ -11,8 +11,8 @@
 
 namespace nearcast {
 
-// A registry as it is saved (docs/settings-format.md): JSON in which device types are words. The manager saves and loads
-// its own by these functions; they need no manager, keep no state and may be called from any thread.
+// A registry as it is saved (docs/settings-format.md): JSON in which device types are words. The manager saves and
+// loads its own by these functions; they need no manager, keep no state and may be called from any thread.
 
 /// The registry as the value that is saved. A device type without a word is left out; records that are null count as
 /// empty ones.

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Arguments.h"
 
+#include "common/UsageError.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <optional>
-#include <stdexcept>
+#include <utility>
 
 namespace nearcast::cli {
 
@@ -18,7 +21,7 @@ const NearestSetting& settingNamed(std::string_view name) {
     if (found != settings.end()) return *found;
     std::string known;
     for (const NearestSetting& one : settings) known.append(known.empty() ? "" : ", ").append(one.name);
-    throw std::invalid_argument("there is no setting '" + std::string(name) + "' (known: " + known + ")");
+    throw UsageError("there is no setting '" + std::string(name) + "' (known: " + known + ")");
 }
 
 template <class Number>
@@ -29,11 +32,11 @@ std::optional<Number> numberOf(std::string_view text) {
     return value;
 }
 
-/// "KEY=REST" in two. @throws std::invalid_argument without an equals sign
+/// "KEY=REST" in two.
 std::pair<std::string_view, std::string_view> split(std::string_view argument, const char* form) {
     const auto equals = argument.find('=');
     if (equals == std::string_view::npos) {
-        throw std::invalid_argument("'" + std::string(argument) + "' is not of the form " + form);
+        throw UsageError("'" + std::string(argument) + "' is not of the form " + form);
     }
     return {argument.substr(0, equals), argument.substr(equals + 1)};
 }
@@ -47,12 +50,19 @@ void requireValid(const NearestSetting& setting, double value) {
 
 }  // namespace
 
+std::string problemWithSeconds(const std::string& text) {
+    constexpr double longest = 1e9;  // more than a working life
+    char* end = nullptr;
+    const double seconds = std::strtod(text.c_str(), &end);
+    const bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= longest;
+    return good ? "" : "'" + text + "' is no number of seconds from 0 to 1000000000";
+}
+
 void applySetting(NearestSettings& settings, std::string_view argument) {
     const auto [name, text] = split(argument, "KEY=VALUE");
     const NearestSetting& setting = settingNamed(name);
     const auto value = numberOf<double>(text);
-    if (!value)
-        throw std::invalid_argument("'" + std::string(argument) + "': '" + std::string(text) + "' is no number");
+    if (!value) throw UsageError("'" + std::string(argument) + "': '" + std::string(text) + "' is no number");
     requireValid(setting, *value);
     settings.*setting.value = *value;
 }
@@ -65,9 +75,7 @@ NearestSettings settingsOf(const std::vector<std::string>& arguments) {
 
 SettingSweep sweepOf(std::string_view argument) {
     constexpr const char* form = "KEY=FROM..TO or KEY=FROM..TO:STEPS";
-    const auto refuse = [&] {
-        throw std::invalid_argument("'" + std::string(argument) + "' is not of the form " + form);
-    };
+    const auto refuse = [&] { throw UsageError("'" + std::string(argument) + "' is not of the form " + form); };
     const auto [name, range] = split(argument, form);
     SettingSweep sweep;
     sweep.setting = &settingNamed(name);
@@ -80,7 +88,7 @@ SettingSweep sweepOf(std::string_view argument) {
     const auto steps = colon == std::string_view::npos ? ordinarySteps : numberOf<std::size_t>(range.substr(colon + 1));
     if (!from || !to || !steps) refuse();
     if (*steps < 2 || *steps > mostSteps) {
-        throw std::invalid_argument("'" + std::string(argument) + "': 2 to " + std::to_string(mostSteps) + " steps");
+        throw UsageError("'" + std::string(argument) + "': 2 to " + std::to_string(mostSteps) + " steps");
     }
     requireValid(*sweep.setting, *from);
     requireValid(*sweep.setting, *to);

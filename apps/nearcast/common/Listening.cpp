@@ -9,7 +9,7 @@ namespace nearcast::cli {
 
 namespace {
 
-constexpr double settling = 3;  // seconds that a radio may take to find out how it is
+constexpr double settling = 3;  // seconds that a radio may take to know its state
 constexpr double settlingStep = 0.05;
 
 bool undecided(CBManagerState state) { return state == CBManagerStateUnknown || state == CBManagerStateResetting; }
@@ -50,12 +50,12 @@ void Listening::begin(Ears ears) {
 void Listening::end() {
     if (!radio_) return;
     radio_->stopScan();
-    radio_.reset();  // a call that is under way is over before its thread is
+    radio_.reset();  // waits for a call that is under way
     opened_.monitor->setTap({});
     opened_.monitor->setHealthChanged({});
 }
 
-// NOLINTNEXTLINE(readability-make-member-function-const): everything that is heard is heard in here
+// NOLINTNEXTLINE(readability-make-member-function-const): the ears are called during it
 bool Listening::runFor(double seconds) {
     if (interrupted()) return false;
     const bool more = opened_.drive->runFor(Time(std::llround(seconds * 1e6)));

@@ -14,13 +14,13 @@
 
 namespace nearcast::cli {
 
-/// A radio that is listened to without a manager: everything that it hears, whatever it advertises, and how it is.
+/// Listens with a radio without a manager: to all advertisements, whatever their service, and to the radio's health.
 ///
 /// The clock of `at` and `seconds` is the radio's own, and starts with `begin`.
 class Listening : private CBCentralManagerDelegate {
 public:
     using Time = std::chrono::microseconds;
-    /// Called on the radio's thread, one after another; what they throw ends on the console.
+    /// Called on the radio's thread, one call at a time; what they throw is reported on the console.
     struct Ears {
         std::function<void(const AdvertisingReport& report, Time at)> heard;
         std::function<void(const RadioHealth& health, Time at)> changed;  ///< as `PlatformOptions::radioHealthChanged`
@@ -31,12 +31,12 @@ public:
     Listening(const Listening&) = delete;
     Listening& operator=(const Listening&) = delete;
 
-    /// Opens the radio, and gives it some seconds to find out how it is.
+    /// Opens the radio, and waits some seconds at most until its state is known.
     /// @throws what `openPlatform` and the radio throw
     void open(const std::string& radio, std::function<void(std::string_view line)> console);
     /// Begins to scan for everything. Only after `open`.
     void begin(Ears ears);
-    /// Ends the scan and closes the radio: no ear hears anything afterwards.
+    /// Ends the scan and closes the radio. Afterwards the ears are not called any more.
     void end();
     /// Lets time pass, until `interrupt` at most.
     /// @return false when nothing more will come: the recording has ended, or `interrupt` was called
@@ -54,7 +54,7 @@ public:
     [[nodiscard]] std::string failure() const { return opened_.drive->failure(); }
 
 private:
-    // How the radio is, and what it hears, comes from its monitor.
+    // State and reports come from the radio's monitor instead.
     void centralManagerDidUpdateState(CBCentralManager& /*central*/) override {}
     void centralManagerDidDiscoverPeripheral(CBCentralManager& /*central*/, const CBPeripheral& /*peripheral*/,
                                              const AdvertisementData& /*data*/, std::int32_t /*RSSI*/) override {}
@@ -63,7 +63,7 @@ private:
     std::atomic<bool> interrupted_{false};
     OpenedPlatform opened_;
     Mutex driveMutex_;
-    Drive* drive_ NEARCAST_GUARDED_BY(driveMutex_) = nullptr;  ///< what `interrupt` interrupts, once it is there
+    Drive* drive_ NEARCAST_GUARDED_BY(driveMutex_) = nullptr;  ///< for `interrupt`; null before `open`
     std::unique_ptr<CBCentralManager> radio_;
     NSDate begin_;
 };

@@ -6,10 +6,20 @@
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
+#include <utility>
 
 namespace nearcast::cli {
 
 namespace {
+
+/// Throws what `errno` says of a file.
+[[noreturn]] void fail(const std::string& path, const char* what) {
+    throw std::system_error(errno, std::generic_category(), path + ": " + what);
+}
+
+[[noreturn]] void failOut() {
+    throw std::system_error(errno, std::generic_category(), "standard output cannot be written");
+}
 
 bool writtenInPlace(const std::string& path) {
     struct stat status {};
@@ -25,6 +35,21 @@ mode_t ordinaryMode() {
 
 }  // namespace
 
+void writeOut(std::string_view text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) failOut();
+}
+
+void finishOut() {
+    if (std::fflush(stdout) != 0) failOut();
+}
+
+int complain(std::string_view command, std::string_view problem, ExitStatus status) {
+    std::fflush(stdout);
+    const std::string line = "nearcast" + (command.empty() ? "" : " " + std::string(command)) + ": ";
+    std::fprintf(stderr, "%s%.*s\n", line.c_str(), static_cast<int>(problem.size()), problem.data());
+    return status;
+}
+
 AtomicFile::AtomicFile(std::string path) : path_(std::move(path)) {
     if (writtenInPlace(path_)) {
         file_ = std::fopen(path_.c_str(), "wb");
@@ -33,12 +58,12 @@ AtomicFile::AtomicFile(std::string path) : path_(std::move(path)) {
         const int descriptor = mkstemp(temporary_.data());
         if (descriptor < 0) {
             temporary_.clear();
-            fail("cannot be made");
+            fail(path_, "cannot be made");
         }
         fchmod(descriptor, ordinaryMode());
         file_ = fdopen(descriptor, "wb");
     }
-    if (file_ == nullptr) fail("cannot be opened");
+    if (file_ == nullptr) fail(path_, "cannot be opened");
 }
 
 AtomicFile::~AtomicFile() {
@@ -46,23 +71,27 @@ AtomicFile::~AtomicFile() {
     if (!temporary_.empty()) std::remove(temporary_.c_str());
 }
 
-void AtomicFile::fail(const char* what) const {
-    throw std::system_error(errno, std::generic_category(), path_ + ": " + what);
-}
-
 void AtomicFile::write(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), file_) != text.size()) fail("cannot be written");
+    if (std::fwrite(text.data(), 1, text.size(), file_) != text.size()) fail(path_, "cannot be written");
 }
 
 void AtomicFile::commit() {
-    if (std::fflush(file_) != 0) fail("cannot be written");
-    if (!temporary_.empty() && fsync(fileno(file_)) != 0) fail("cannot be written");
-    std::FILE* file = file_;
-    file_ = nullptr;
-    if (std::fclose(file) != 0) fail("cannot be written");
+    if (std::fflush(file_) != 0) fail(path_, "cannot be written");
+    if (!temporary_.empty() && fsync(fileno(file_)) != 0) fail(path_, "cannot be written");
+    std::FILE* file = std::exchange(file_, nullptr);
+    if (std::fclose(file) != 0) fail(path_, "cannot be written");
     if (temporary_.empty()) return;
-    if (std::rename(temporary_.c_str(), path_.c_str()) != 0) fail("cannot be replaced");
+    if (std::rename(temporary_.c_str(), path_.c_str()) != 0) fail(path_, "cannot be replaced");
     temporary_.clear();
+}
+
+GrowingFile::GrowingFile(std::string path) : path_(std::move(path)), file_(std::fopen(path_.c_str(), "wbe")) {
+    if (!file_) fail(path_, "cannot be opened");
+}
+
+void GrowingFile::write(std::string_view bytes) {
+    const bool written = std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) == bytes.size();
+    if (!written || std::fflush(file_.get()) != 0) fail(path_, "cannot be written");
 }
 
 }  // namespace nearcast::cli

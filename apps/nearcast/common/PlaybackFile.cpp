@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/PlaybackFile.h"
 
+#include "common/UsageError.h"
+#include "lines/LineReader.h"
 #include "platform/replay/RecordingOptions.h"
 #include "platform/replay/RecordingReader.h"
 #include "platform/replay/RecordingWriter.h"
-#include "lines/LineReader.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -15,14 +16,14 @@ namespace nearcast::cli {
 
 namespace {
 
-// All of it is held in memory.
+// The whole file is held in memory.
 constexpr std::size_t mostLines = 5'000'000;
 
 using Lines = std::vector<lines::Line>;
 
 void append(Lines& lines, lines::Line line, const std::string& path) {
     if (lines.size() == mostLines) {
-        throw PlaybackFileError(path + ": has more than " + std::to_string(mostLines) + " lines or reports");
+        throw UsageError(path + ": has more than " + std::to_string(mostLines) + " lines or reports");
     }
     lines.push_back(std::move(line));
 }
@@ -30,10 +31,10 @@ void append(Lines& lines, lines::Line line, const std::string& path) {
 /// Whether it begins like JSON Lines. A pcapng begins with line ends too, and then with a length that is no brace.
 bool isJSONLines(const std::string& path) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"), std::fclose);
-    if (file == nullptr) throw PlaybackFileError(path + ": cannot be opened: " + std::strerror(errno));
+    if (file == nullptr) throw UsageError(path + ": cannot be opened: " + std::strerror(errno));
     int octet = ' ';
     while (octet == ' ' || octet == '\t' || octet == '\r' || octet == '\n') octet = std::fgetc(file.get());
-    if (std::ferror(file.get()) != 0) throw PlaybackFileError(path + ": cannot be read: " + std::strerror(errno));
+    if (std::ferror(file.get()) != 0) throw UsageError(path + ": cannot be read: " + std::strerror(errno));
     return octet == '{' || octet == EOF;
 }
 
@@ -64,7 +65,7 @@ PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const
     PlaybackFile file;
     try {
         const RadioString radio = RadioString::parse("replay:" + argument);
-        if (radio.options.count("speed") != 0) throw PlaybackFileError(argument + ": speed has no meaning here");
+        if (radio.options.count("speed") != 0) throw UsageError(argument + ": speed has no meaning here");
         const RecordingOptions options = RecordingOptions::parse(radio);
         file.path = radio.argument;
         file.input.name = argument;
@@ -74,10 +75,8 @@ PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const
         } else {
             readCapture(file, options);
         }
-    } catch (const PlaybackFileError&) {
-        throw;
     } catch (const std::exception& error) {
-        throw PlaybackFileError(error.what());
+        throw UsageError(error.what());
     }
     return file;
 }

@@ -4,28 +4,21 @@
 #include "lab/Playback.h"
 
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 namespace nearcast::cli {
 
-/// A file that cannot be played; the message names it and says what is wrong and where.
-class PlaybackFileError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// What is played of a file.
+/// The content of a file that is played.
 struct PlaybackFile {
     std::string path;  ///< without the options
     lab::PlaybackInput input;
-    std::string damage;  ///< why the file ends before its end; empty when it does not
+    std::string damage;  ///< why the file could be read only in part; empty when it was read whole
 };
 
 /// Reads a recording of any kind, or a scenario, whole.
 /// @param argument a path, which options may follow as in `replay:`: "shop.pcapng?as=dongles"; see `RecordingOptions`
 /// @param registry as `PlaybackInput::registry`
-/// @throws PlaybackFileError
+/// @throws UsageError naming the file and what is wrong where
 PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const Settings> registry = nullptr);
 
 }  // namespace nearcast::cli

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/SettingsFile.h"
 
+#include "common/UsageError.h"
 #include "platform/json/JSONSerialization.h"
 #include "settings/SavedSettings.h"
 
@@ -17,14 +18,14 @@ constexpr std::size_t largestFile = std::size_t{256} << 20;
 
 std::string contentOf(const std::string& path) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (file == nullptr) throw SettingsFileError(path + ": cannot be opened: " + std::strerror(errno));
+    if (file == nullptr) throw UsageError(path + ": cannot be opened: " + std::strerror(errno));
     std::string content;
     std::string chunk(std::size_t{1} << 16, '\0');
     while (const std::size_t got = std::fread(chunk.data(), 1, chunk.size(), file.get())) {
         content.append(chunk, 0, got);
-        if (content.size() > largestFile) throw SettingsFileError(path + ": is larger than 256 MiB");
+        if (content.size() > largestFile) throw UsageError(path + ": is larger than 256 MiB");
     }
-    if (std::ferror(file.get()) != 0) throw SettingsFileError(path + ": cannot be read: " + std::strerror(errno));
+    if (std::ferror(file.get()) != 0) throw UsageError(path + ": cannot be read: " + std::strerror(errno));
     return content;
 }
 
@@ -49,12 +50,12 @@ std::shared_ptr<const Settings> registryOfFile(const std::string& path) {
             return std::make_shared<const Settings>(*std::move(settings));
         }
     } catch (const std::invalid_argument& error) {
-        throw SettingsFileError(path + ": " + error.what());
+        throw UsageError(path + ": " + error.what());
     }
     const auto parsed = JSONSerialization::parse(content);
     const auto* problem = std::get_if<JSONProblem>(&parsed);
-    throw SettingsFileError(path + ": is not JSON, " +
-                            (problem != nullptr ? placeOf(content, problem->offset) + ": " + problem->text : ""));
+    throw UsageError(path + ": is not JSON, " +
+                     (problem != nullptr ? placeOf(content, problem->offset) + ": " + problem->text : ""));
 }
 
 std::string settingsFileOf(const Settings& registry) {

@@ -4,19 +4,12 @@
 #include <nearcast/SettingRecord.h>
 
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 namespace nearcast::cli {
 
-/// A settings file that cannot be used; the message names it and says what is wrong and where.
-class SettingsFileError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
 /// The registry that a file holds. The file is only read.
-/// @throws SettingsFileError when it is missing or broken
+/// @throws UsageError when it is missing or broken, naming the file and what is wrong where
 std::shared_ptr<const Settings> registryOfFile(const std::string& path);
 
 /// A registry as the content of such a file.

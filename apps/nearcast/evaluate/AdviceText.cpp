@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/Words.h"
 #include "evaluate/Advice.h"
 #include "evaluate/JSONFigures.h"
 #include "evaluate/Table.h"
-#include "common/Words.h"
 
 namespace nearcast::cli {
 

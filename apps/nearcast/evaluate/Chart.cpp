@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Chart.h"
 
-#include "evaluate/Table.h"
 #include "common/Words.h"
+#include "evaluate/Table.h"
 
 #include <algorithm>
 #include <cmath>

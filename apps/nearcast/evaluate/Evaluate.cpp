@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/Output.h"
 #include "Command.h"
+#include "common/Output.h"
+#include "common/PlaybackFile.h"
+#include "common/SettingsFile.h"
 #include "evaluate/Advice.h"
 #include "evaluate/Evaluation.h"
 #include "evaluate/EvaluationPage.h"
 #include "evaluate/EvaluationText.h"
 #include "evaluate/Recordings.h"
 #include "lab/RuleList.h"
-#include "common/PlaybackFile.h"
-#include "lines/LineReader.h"
-#include "common/SettingsFile.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -112,28 +111,14 @@ int adviseThresholds(const EvaluateArguments& arguments) {
     const auto advice = advise(recordings, settings);
     writeOut(arguments.json ? JSONOf(advice, settings) : textOf(advice));
     finishOut();
-    if (!arguments.write.empty()) {
-        writeFile(arguments.write, settingsFileOf(withThresholds(*registry, advice)));
-    }
+    if (!arguments.write.empty()) writeFile(arguments.write, settingsFileOf(withThresholds(*registry, advice)));
     return statusOf(recordings);
 }
 
 int evaluate(const EvaluateArguments& arguments) {
     if (arguments.listRules) return listRules();
-    try {
-        if (arguments.recordings.empty()) throw std::invalid_argument("a RECORDING is needed");
-        return arguments.advise ? adviseThresholds(arguments) : evaluateRules(arguments);
-    } catch (const std::invalid_argument& error) {
-        return complain("evaluate", error.what(), exitUsage);
-    } catch (const PlaybackFileError& error) {
-        return complain("evaluate", error.what(), exitUsage);
-    } catch (const SettingsFileError& error) {
-        return complain("evaluate", error.what(), exitUsage);
-    } catch (const lines::ScenarioError& error) {
-        return complain("evaluate", error.what(), exitUsage);
-    } catch (const std::exception& error) {
-        return complain("evaluate", error.what(), exitFailed);
-    }
+    if (arguments.recordings.empty()) throw UsageError("a RECORDING is needed");
+    return arguments.advise ? adviseThresholds(arguments) : evaluateRules(arguments);
 }
 
 /// An option that may be given several times, with one value each time.

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/EvaluationText.h"
 
+#include "common/Words.h"
 #include "evaluate/Columns.h"
 #include "evaluate/Table.h"
-#include "common/Words.h"
 
 namespace nearcast::cli {
 

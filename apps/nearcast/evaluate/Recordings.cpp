@@ -2,8 +2,8 @@
 #include "evaluate/Recordings.h"
 
 #include "common/PlaybackFile.h"
-#include "lines/LineReader.h"
 #include "lab/TruthFile.h"
+#include "lines/LineReader.h"
 
 #include <filesystem>
 #include <stdexcept>

@@ -17,8 +17,8 @@ std::string truthPathFor(const std::string& recordingPath);
 /// @param recordings as `readPlaybackFile`
 /// @param truths     one for each recording; none: `truthPathFor` each
 /// @param registry   as `lab::PlaybackInput::registry`
-/// @throws std::invalid_argument when the numbers do not fit
-/// @throws PlaybackFileError, lines::ScenarioError for a file that is wrong
+/// @throws std::invalid_argument, of which UsageError and lines::ScenarioError are, when the numbers do not fit and for
+///         a file that is wrong
 std::vector<JudgedRecording> playAll(const std::vector<std::string>& recordings, const std::vector<std::string>& truths,
                                      const std::shared_ptr<const Settings>& registry);
 

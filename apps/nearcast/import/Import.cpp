@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/replay/Import.h"
-#include "common/Output.h"
 #include "Command.h"
 
 #include <CLI/CLI.hpp>
@@ -23,7 +22,7 @@ struct ImportArguments {
 /// The capture with its options, also those given as options of the command line.
 RadioString captureOf(const ImportArguments& arguments) {
     RadioString capture = RadioString::parse("replay:" + arguments.capture);
-    if (capture.options.count("speed") != 0) throw std::invalid_argument("speed has no meaning for an import");
+    if (capture.options.count("speed") != 0) throw UsageError("speed has no meaning for an import");
     if (!arguments.services.empty()) capture.options["services"] = arguments.services;
     if (!arguments.as.empty()) capture.options["as"] = arguments.as;
     return capture;
@@ -31,7 +30,7 @@ RadioString captureOf(const ImportArguments& arguments) {
 
 ImportResult importTo(const RadioString& capture, const std::string& output) {
     const RecordingOptions options = RecordingOptions::parse(capture);
-    if (output.empty() || output == "-") {
+    if (isStandardOutput(output)) {
         auto result = importRecording(capture.argument, options, [](std::string_view line) {
             writeOut(line);
             writeOut("\n");
@@ -52,20 +51,9 @@ ImportResult importTo(const RadioString& capture, const std::string& output) {
 }
 
 int import(const ImportArguments& arguments) {
-    RadioString capture;
-    try {
-        capture = captureOf(arguments);
-    } catch (const std::invalid_argument& error) {
-        return complain("import", error.what(), exitUsage);
-    }
-    ImportResult result;
-    try {
-        result = importTo(capture, arguments.output);
-    } catch (const std::exception& error) {
-        return complain("import", error.what(), exitFailed);
-    }
-    if (result.damage) return complain("import", *result.damage, exitFailed);
-    if (!arguments.output.empty() && arguments.output != "-") {
+    const ImportResult result = importTo(captureOf(arguments), arguments.output);
+    if (result.damage) throw std::runtime_error(*result.damage);
+    if (!isStandardOutput(arguments.output)) {
         const std::string count = std::to_string(result.reports) + " reports written to " + arguments.output;
         const std::string malformed = " (" + std::to_string(result.malformed) + " of them broke off inside)";
         complain("import", count + (result.malformed != 0 ? malformed : ""), exitGood);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/ReportData.h"
 
-#include "common/RadioWords.h"
-#include "report/DecisionLog.h"
+#include "common/Words.h"
 #include "lab/Deciding.h"
+#include "report/DecisionLog.h"
 
 #include <algorithm>
 

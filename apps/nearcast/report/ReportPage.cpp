@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/ReportPage.h"
 
-#include "report/ReportJSON.h"
 #include "common/Words.h"
+#include "report/ReportJSON.h"
 #include "web/Asset.h"
 
 #include <map>

@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace nearcast::cli {
 
@@ -15,11 +17,7 @@ struct RunArguments {
 };
 
 int run(const RunArguments& arguments) {
-    try {
-        lab::run(arguments.files, arguments.options, writeOut);
-    } catch (const lines::ScenarioError& error) {
-        return complain("run", error.what(), exitUsage);
-    }
+    lab::run(arguments.files, arguments.options, writeOut);
     finishOut();
     return exitGood;
 }

@@ -31,8 +31,8 @@ OpenedPlatform openPlatform(const PlatformOptions& options);
 /// @throws std::logic_error once the manager has been made
 void choosePlatform(OpenedPlatform platform);
 
-/// The platform that was chosen; null when none was. Whoever calls it holds on to it during the call: another thread may
-/// choose another one meanwhile. From any thread.
+/// The platform that was chosen; null when none was. Whoever calls it holds on to it during the call: another thread
+/// may choose another one meanwhile. From any thread.
 std::shared_ptr<const OpenedPlatform> chosenPlatform();
 
 }  // namespace nearcast

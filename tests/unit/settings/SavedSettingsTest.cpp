@@ -41,7 +41,8 @@ TEST(SavedSettings, WritesDeviceTypesAsWordsAndReadsThemBack) {
 }
 
 TEST(SavedSettings, ARecordThatIsNullIsSavedAsAnEmptyOne) {
-    const Settings loaded = loadedSettings(savedSettings({{"P", nullptr}}, serialization).value(), serialization).value();
+    const Settings loaded =
+        loadedSettings(savedSettings({{"P", nullptr}}, serialization).value(), serialization).value();
     EXPECT_EQ(*loaded.at("P"), SettingRecord());
 }
 

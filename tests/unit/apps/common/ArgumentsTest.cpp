@@ -71,5 +71,15 @@ TEST(SettingArguments, ASweepOfAnotherFormIsRefused) {
     EXPECT_EQ(sweepProblem("dwell=-1..2"), "dwell is -1, and has to be from 0 to 60 s");
 }
 
+TEST(SecondsArgument, IsANumberUpToAThousandMillions) {
+    for (const char* text : {"0", "2.5", "1e3", "1000000000"}) EXPECT_EQ(problemWithSeconds(text), "") << text;
+}
+
+TEST(SecondsArgument, IsRefusedInWordsWhereItIsAnythingElse) {
+    for (const char* text : {"", "soon", "1s", "-1", "nan", "inf", "1000000001"}) {
+        EXPECT_EQ(problemWithSeconds(text), "'" + std::string(text) + "' is no number of seconds from 0 to 1000000000");
+    }
+}
+
 }  // namespace
 }  // namespace nearcast::cli

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "doubles/TemporaryFolder.h"
 #include "common/PlaybackFile.h"
+#include "common/UsageError.h"
+#include "doubles/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +18,7 @@ struct PlaybackFileTest : testing::Test {
     std::string problemOf(const std::string& argument) {
         try {
             readPlaybackFile(argument);
-        } catch (const PlaybackFileError& error) {
+        } catch (const UsageError& error) {
             return error.what();
         }
         return "";

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "doubles/TemporaryFolder.h"
 #include "common/SettingsFile.h"
+#include "common/UsageError.h"
+#include "doubles/TemporaryFolder.h"
 
 #include <nearcast/Platform.h>
 
@@ -18,7 +19,7 @@ protected:
         try {
             registryOfFile(path);
             return "loaded";
-        } catch (const SettingsFileError& error) {
+        } catch (const UsageError& error) {
             return error.what();
         }
     }

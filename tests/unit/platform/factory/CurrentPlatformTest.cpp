@@ -63,7 +63,9 @@ private:
 
 class CurrentPlatform : public testing::Test {
 protected:
-    std::unique_ptr<PlatformServices> virtualPlatform() { return std::make_unique<VirtualPlatform>(journal_, serialization); }
+    std::unique_ptr<PlatformServices> virtualPlatform() {
+        return std::make_unique<VirtualPlatform>(journal_, serialization);
+    }
     OpenedPlatform drivenPlatform(WatchedDrive::Notes& notes) {
         return {nullptr, virtualPlatform(), std::make_unique<WatchedDrive>(notes), nullptr};
     }
