@@ -2,14 +2,17 @@
 # Layers of src, each seeing only what it may include.
 
 # nearcast_view(RESULT NAME FOLDERS...): an include folder that holds these folders of src and nothing else. "platform"
-# stands for the headers directly in it; its folders are named one by one.
+# stands for the headers directly in it; its folders are named one by one. A header may be named in place of its folder.
 function(nearcast_view result name)
     set(view ${PROJECT_BINARY_DIR}/views/${name})
     file(REMOVE_RECURSE ${view})
     file(MAKE_DIRECTORY ${view}/platform)
     foreach(folder IN LISTS ARGN)
         set(origin ${PROJECT_SOURCE_DIR}/src/${folder})
-        if(NOT IS_DIRECTORY ${origin})
+        if(folder MATCHES "[.]h$" AND EXISTS ${origin})
+            get_filename_component(parent ${folder} DIRECTORY)
+            file(MAKE_DIRECTORY ${view}/${parent})
+        elseif(NOT IS_DIRECTORY ${origin})
             message(FATAL_ERROR "there is no layer src/${folder}")
         endif()
         if(folder STREQUAL "platform")

@@ -2,11 +2,9 @@
 #include "Command.h"
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <string>
-#include <system_error>
 
 namespace nearcast::cli {
 
@@ -24,7 +22,8 @@ constexpr const char* footer =
     "\n"
     "Exit status: 0 done; 1 it could not be done, or only in part; 2 the command line or a file is wrong.";
 
-int runChosen(int argc, char** argv) {
+/// @param command becomes the name of the command, as soon as it is known
+int runChosen(int argc, char** argv, std::string& command) {
     CLI::App application("Tells which printer or cash drawer the user stands next to, by Bluetooth Low Energy.",
                          "nearcast");
     application.set_version_flag("--version", "nearcast " NEARCAST_VERSION);
@@ -45,36 +44,21 @@ int runChosen(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return application.exit(error) == 0 ? exitGood : exitUsage;
     }
+    command = application.get_subcommands().front()->get_name();
     return chosen();
 }
 
 }  // namespace
 
 int runCommandLine(int argc, char** argv) {
+    std::string command;
     try {
-        return runChosen(argc, argv);
+        return runChosen(argc, argv, command);
+    } catch (const std::invalid_argument& error) {
+        return complain(command, error.what(), exitUsage);
     } catch (const std::exception& error) {
-        return complain("", error.what(), exitFailed);
+        return complain(command, error.what(), exitFailed);
     }
-}
-
-void writeOut(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
-        throw std::system_error(errno, std::generic_category(), "standard output cannot be written");
-    }
-}
-
-void finishOut() {
-    if (std::fflush(stdout) != 0) {
-        throw std::system_error(errno, std::generic_category(), "standard output cannot be written");
-    }
-}
-
-int complain(std::string_view command, std::string_view problem, ExitStatus status) {
-    std::fflush(stdout);
-    const std::string line = "nearcast" + (command.empty() ? "" : " " + std::string(command)) + ": ";
-    std::fprintf(stderr, "%s%.*s\n", line.c_str(), static_cast<int>(problem.size()), problem.data());
-    return status;
 }
 
 }  // namespace nearcast::cli

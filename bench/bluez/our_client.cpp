@@ -20,7 +20,8 @@ int main() {
     options.radio = "bluez";
     nearcast::Platform::choose(options);
     std::atomic<unsigned long> heard{0};
-    nearcast::findMonitor()->setTap([&](const nearcast::AdvertisingReport&, nearcast::NSDate, bool) { ++heard; });
+    nearcast::chosenPlatform()->monitor->setTap(
+        [&](const nearcast::AdvertisingReport&, nearcast::NSDate, bool) { ++heard; });
     auto& manager = nearcast::QXNearcastManager::sharedManager();
     manager.addSettingForPrinterPortName("BT:One", {}, true, "02:00:00:00:00:01", -62, "One");
     auto delegate = std::make_shared<nearcast::QXNearcastManagerDelegate>();

@@ -44,7 +44,9 @@ class NEARCAST_EXPORT Platform {
 public:
     Platform() = delete;
 
-    /// Chooses the platform. The radio is opened by the first `QXNearcastManager::sharedManager`.
+    /// Chooses the platform. The radio is opened by the first `QXNearcastManager::sharedManager`, which also fixes the
+    /// choice; nothing else does. Until then another call replaces the platform: a `runFor` that is under way on the
+    /// replaced one ends, and calls that other threads make on it finish safely. From any thread.
     /// @throws std::invalid_argument when the radio string is not understood
     /// @throws std::logic_error once the manager exists
     static void choose(const PlatformOptions& options);
@@ -54,7 +56,7 @@ public:
     /// @{
 
     /// A file descriptor that is readable when a timer is due; -1 without `ownLoop`, and for a radio that has a time
-    /// of its own. It stays the platform's.
+    /// of its own. It stays the platform's, which closes it when another one is chosen.
     static int descriptor();
     /// Runs the timers that are due, on the calling thread, and returns.
     static void dispatch();
@@ -81,7 +83,10 @@ public:
     /// @throws std::logic_error before a platform is chosen
     static void setTap(std::function<void(const HeardAdvertisement& heard)> tap);
 
-    /// The platform's time in seconds, from an arbitrary start; it never goes back and runs through suspend.
+    /// The time in seconds, from an arbitrary start; it never goes back and runs through suspend. Once a platform has
+    /// been chosen it is that platform's time: the machine's, or that of a recording or of the simulator. Before, and
+    /// for a manager that was made without a choice, it is the machine's (CLOCK_BOOTTIME). Times from before a choice
+    /// may thus not be compared with those from after it. From any thread; it fixes no choice.
     static double now();
 };
 

@@ -92,7 +92,6 @@ public:
     }
 
     Playback play(const PlaybackInput& input);
-    [[nodiscard]] QXNearcastManager& manager() const { return *manager_; }
 
 private:
     Stage() {
@@ -191,7 +190,5 @@ void requireKnown(const lines::Truth& truth, const Playback& playback, const std
                                 "\" is the address of no device in " + playback.name);
     }
 }
-
-QXNearcastManager& playbackManager() { return Stage::instance().manager(); }
 
 }  // namespace nearcast::lab

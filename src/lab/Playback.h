@@ -91,8 +91,4 @@ inline constexpr std::size_t mostDongles = 10'000;
 /// @throws lines::InputError naming the line, when a dongle of the truth is not one of the playback's registered ones
 void requireKnown(const lines::Truth& truth, const Playback& playback, const std::string& path);
 
-/// The manager that `play` plays to, for reading and writing registries between two recordings.
-/// @throws std::logic_error as `play`
-QXNearcastManager& playbackManager();
-
 }  // namespace nearcast::lab

@@ -15,9 +15,9 @@ namespace nearcast::lines {
 
 /// Input that cannot be used: a file or a line in it. The message names the file, the line number where there is one,
 /// and what is wrong.
-class InputError : public std::runtime_error {
+class InputError : public std::invalid_argument {
 public:
-    using std::runtime_error::runtime_error;
+    using std::invalid_argument::invalid_argument;
 };
 
 /// A line that is longer than its reader allows.

@@ -26,7 +26,8 @@ public:
 };
 
 /// The platform that the manager of this process stands on: the one chosen, or else the default one, which is made now.
-/// It is fixed from the first call on and lives as long as the process. From any thread.
+/// Only the making of the manager asks for it: from then on it is fixed, and it lives as long as the process. From any
+/// thread.
 /// @throws what the default platform throws when it cannot be made
 PlatformServices& currentPlatform();
 

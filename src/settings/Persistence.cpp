@@ -1,77 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/Manager.h"
-
-#include <stdexcept>
+#include "settings/SavedSettings.h"
 
 namespace nearcast {
-
-namespace {
-
-constexpr std::string_view kQXPrinter = "Printer";
-constexpr std::string_view kQXTFTillfox = "TF-Tillfox";
-
-/// The word under which a device type is saved. Only two have one; the others are lost by a save.
-std::optional<std::string_view> wordOf(const SettingValue& deviceType) {
-    if (deviceType == SettingValue(QXDeviceTypeDesktopPrinter) ||
-        deviceType == SettingValue(double{QXDeviceTypeDesktopPrinter}) || deviceType == SettingValue(true)) {
-        return kQXPrinter;
-    }
-    if (deviceType == SettingValue(QXDeviceTypeTFTillfox) ||
-        deviceType == SettingValue(double{QXDeviceTypeTFTillfox})) {
-        return kQXTFTillfox;
-    }
-    return std::nullopt;
-}
-
-std::optional<QXDeviceType> typeOf(std::string_view word) {
-    if (word == kQXPrinter) return QXDeviceTypeDesktopPrinter;
-    if (word == kQXTFTillfox) return QXDeviceTypeTFTillfox;
-    return std::nullopt;
-}
-
-SettingRecord saved(const SettingRecord& record) {
-    SettingRecord copy = record;
-    const auto deviceType = copy.find(kQXDeviceType);
-    if (deviceType == copy.end()) return copy;
-    if (const auto word = wordOf(deviceType->second)) {
-        deviceType->second = *word;
-    } else {
-        copy.erase(deviceType);
-    }
-    return copy;
-}
-
-[[noreturn]] void misshapen(const std::string& where, const char* what) {
-    throw std::invalid_argument("settings: " + where + " is not " + what);
-}
-
-SettingRecord loaded(const std::string& portName, SettingValue value) {
-    auto* record = value.as<SettingRecord>();
-    if (record == nullptr) misshapen("the record of \"" + portName + "\"", "an object");
-    const auto deviceType = record->find(kQXDeviceType);
-    if (deviceType == record->end()) return std::move(*record);
-    const auto* word = deviceType->second.as<std::string>();
-    if (word == nullptr) misshapen("\"Device Type\" of \"" + portName + "\"", "a text");
-    if (const auto type = typeOf(*word)) {
-        deviceType->second = *type;
-    } else {
-        record->erase(deviceType);
-    }
-    return std::move(*record);
-}
-
-Settings loadedSettings(SettingValue results) {
-    auto* members = results.as<SettingValue::Dictionary>();
-    if (members == nullptr) misshapen("the whole", "an object");
-    Settings settings;
-    for (auto& [portName, value] : *members) {
-        auto record = std::make_shared<const SettingRecord>(loaded(portName, std::move(value)));
-        settings.emplace_hint(settings.end(), portName, std::move(record));
-    }
-    return settings;
-}
-
-}  // namespace
 
 std::shared_ptr<const Settings> Manager::snapshot() {
     return std::make_shared<const Settings>(mutableSettings.records());
@@ -103,14 +34,9 @@ std::optional<std::string> Manager::serializedSettings() {
     std::optional<std::string> data;
     {
         const NSLockGuard guard(_lockMutableSettingsFlag);
-        SettingValue::Dictionary copies;
-        for (const auto& [portName, record] : mutableSettings.records()) {
-            copies.emplace_hint(copies.end(), portName, saved(*record));
-        }
-        const SettingValue copiedSettings(std::move(copies));
-        if (platform_.JSON().isValidJSONObject(copiedSettings)) {
-            data = platform_.JSON().dataWithJSONObject(copiedSettings);
-        } else {
+        data = savedSettings(mutableSettings.records(), platform_.JSON());
+        if (!data) {
+            const SettingValue copiedSettings = savedValue(mutableSettings.records());
             trace.process("[NSJSONSerialization isValidJSONObject:copiedSettings] == NO, ", Pointer{&copiedSettings});
             console(platform_.JSON().description(copiedSettings) + " is not JSONSerializable");
         }
@@ -123,13 +49,13 @@ bool Manager::deserializeSettings(std::optional<std::string_view> data) {
     const Trace trace = this->trace("-[QXNearcastManager deserializeSettings:]", Trace::Audience::publicAPI);
     const Pointer buffer{data ? data->data() : nullptr};
     trace.start("", buffer);
-    auto results = data ? platform_.JSON().JSONObjectWithData(*data) : std::nullopt;
-    if (!results) {
+    auto settings = data ? loadedSettings(*data, platform_.JSON()) : std::nullopt;
+    if (!settings) {
         trace.error("results == nil, ", Pointer{nullptr});
         trace.end("", buffer, ", -> ", false);
         return false;
     }
-    setSettings(loadedSettings(*std::move(results)));
+    setSettings(std::move(settings));
     trace.end("", buffer, ", -> ", true);
     return true;
 }

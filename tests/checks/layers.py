@@ -23,6 +23,7 @@ TRIES = [
     ("src/platform/hci/HciSession.cpp", "platform/system/SystemClock.h", "platform/simulator/Scene.h"),
     ("src/nearest/Decision.cpp", "support/Utf8.h", "platform/Platform.h"),
     ("apps/nearcast/CommandLine.cpp", "lab/Playback.h", "core/Manager.h"),
+    ("apps/nearcast/CommandLine.cpp", "settings/SavedSettings.h", "settings/Registry.h"),
 ]
 
 

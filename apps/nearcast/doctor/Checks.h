@@ -11,21 +11,21 @@
 
 namespace nearcast::cli {
 
-/// How much a finding says about a working scan.
+/// How serious a finding is for a working scan.
 enum class Level {
     good,
     note,    ///< worth knowing
     remark,  ///< it may work worse than it could
-    fault,   ///< it stands between the user and a working scan
+    fault,   ///< it prevents a working scan
 };
 
 struct Finding {
     Level level = Level::good;
     std::string text;
-    std::string advice;  ///< what to do; empty where there is nothing to be done
+    std::string advice;  ///< what to do about it; empty where nothing is needed
 };
 
-/// The ways on which a radio of this machine listens, as bits.
+/// The ways in which a radio of this machine listens, as bits.
 enum Way : unsigned {
     noWay = 0,     ///< recordings and the simulator, which need nothing of the machine
     byBluez = 1,   ///< `bluez`
@@ -34,29 +34,29 @@ enum Way : unsigned {
     anyWay = byBluez | byUser | byBeside,
 };
 
-/// What a check is worth to a radio that listens on a way that is none of the check's.
+/// What the findings of a check become for a radio that listens in none of the ways of the check.
 enum class Elsewhere { note, nothing };
 
-/// One thing that is looked at. What is wrong with it counts on its ways only.
+/// One check of the machine. Its findings count for radios that listen in one of its ways.
 struct Check {
     std::string_view name;
     unsigned ways = anyWay;
     Elsewhere elsewhere = Elsewhere::note;
     std::vector<Finding> (*look)(const Machine& machine);
-    bool hardware = false;  ///< about what an adapter that bluetoothd shows powered on must have
+    bool hardware = false;  ///< an adapter that bluetoothd shows as powered on has passed it
 };
 
-/// All of them, in the order from the hardware up.
+/// All checks, from the hardware up.
 std::span<const Check> checks();
 
-/// The way that a radio string takes. Where there is no radio at all it is BlueZ's, which asks least of its user.
+/// The way in which a radio string listens. For `none` it is BlueZ's, which needs the fewest rights.
 Way wayOf(std::string_view radio);
 
 struct CheckedFinding {
     std::string_view check;
     Finding finding;
 };
-/// Does the checks for a radio that listens on this way; where it needs nothing of the machine there are none.
+/// Does the checks for a radio that listens in this way; there are none where it needs nothing of the machine.
 std::vector<CheckedFinding> examine(const Machine& machine, Way way);
 
 // The checks by what they look at.
@@ -76,7 +76,7 @@ std::vector<Finding> checkMonitors(const Machine& machine);
 std::vector<Finding> checkDiscovery(const Machine& machine);
 std::vector<Finding> checkSomebodyDiscovers(const Machine& machine);
 
-/// Why a controller cannot be taken although everything else is right; nothing: it can be.
+/// That another program uses the controller, so that it cannot be taken; nothing where it is free.
 std::optional<Finding> inUse(const HciAdapter& adapter);
 
 }  // namespace nearcast::cli

@@ -12,16 +12,16 @@
 
 namespace nearcast::cli {
 
-/// What `doctor` ends with.
+/// The result of `doctor`, which is its exit status.
 enum Verdict : int {
     verdictWell = 0,
     verdictRemarks = 1,  ///< it works, but something could be better
     verdictNoScan = 2,   ///< there is no working scan
 };
 
-/// All that `doctor` has found.
+/// Everything that `doctor` has found.
 struct Diagnosis {
-    std::string radio;  ///< the one that was listened with
+    std::string radio;  ///< the radio string used
     std::vector<CheckedFinding> findings;
     std::optional<Hearing> hearing;  ///< nothing: the radio could not be opened
     RadioHealth health;              ///< at the end of the scan

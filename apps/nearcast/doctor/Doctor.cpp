@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "Seconds.h"
+#include "common/Arguments.h"
+#include "common/Interruption.h"
+#include "common/Listening.h"
+#include "common/Words.h"
 #include "doctor/Checks.h"
 #include "doctor/Diagnosis.h"
 #include "doctor/Hearing.h"
 #include "doctor/ScanFindings.h"
-#include "listen/Listening.h"
 #include "machine/Facts.h"
 #include "machine/LinuxMachine.h"
-#include "watch/Interruption.h"
-#include "watch/Printable.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -32,13 +32,13 @@ struct DoctorArguments {
     bool json = false;
 };
 
-/// Somebody may be reading along.
+/// Flushed, because somebody may watch the output.
 void say(const std::string& text) {
     writeOut(text);
     finishOut();
 }
 
-/// Tells what it finds as it finds it, or all in the end as JSON.
+/// Prints each finding as it is made, or all of them at the end as JSON.
 class Doctor {
 public:
     explicit Doctor(const DoctorArguments& arguments) : arguments_(arguments) {}
@@ -81,7 +81,7 @@ private:
             std::snprintf(time.data(), time.size(), "%g s ...\n", arguments_.forSeconds);
             say("\nListening by '" + printable(diagnosis_.radio) + "' for " + time.data());
         }
-        // Shared with the radio's thread, which may be in it to the radio's end.
+        // Shared with the radio's thread, which may use it until the radio is closed.
         const auto counter = std::make_shared<HearingCounter>();
         listening.begin({[counter](const AdvertisingReport& report, auto at) { counter->heard(report, at); },
                          [](const RadioHealth& /*health*/, auto /*at*/) {}});
@@ -104,7 +104,7 @@ int doctor(const DoctorArguments& arguments) {
     try {
         return Doctor(arguments).run(listening);
     } catch (const std::exception& error) {
-        return complain("doctor", error.what(), exitUsage);  // 1 would say that the scan works
+        return complain("doctor", error.what(), exitUsage);  // in any case: 1 would say that the scan works
     }
 }
 
@@ -119,7 +119,7 @@ void addDoctor(CLI::App& application, Action& chosen) {
     command->add_option("--for", arguments->forSeconds, "Listen for so many seconds")
         ->type_name("SECONDS")
         ->capture_default_str()
-        ->check(isTime);
+        ->check(problemWithSeconds);
     command->add_flag("--json", arguments->json, "Print one JSON object");
     command->footer("Exit status: 0 the scan works; 1 it works, with remarks; 2 there is no working scan.");
     command->callback([arguments, &chosen] { chosen = [arguments] { return doctor(*arguments); }; });

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/Hearing.h"
 
-#include "doctor/Text.h"
-#include "platform/hciformat/RawReport.h"
+#include "common/Words.h"
 #include "lines/Line.h"
+#include "platform/hciformat/RawReport.h"
 
 #include <algorithm>
 #include <span>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/Words.h"
 #include "doctor/Checks.h"
-#include "doctor/Text.h"
 #include "machine/Facts.h"
 
 #include <algorithm>

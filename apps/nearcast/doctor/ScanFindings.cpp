@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/ScanFindings.h"
 
-#include "RadioWords.h"
-#include "doctor/Text.h"
+#include "common/Words.h"
 
 namespace nearcast::cli {
 

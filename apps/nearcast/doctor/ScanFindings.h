@@ -10,7 +10,7 @@
 
 namespace nearcast::cli {
 
-/// Seconds after which the manager takes a dongle for gone; one that was not heard for as long is remarked upon.
+/// Seconds after which the manager forgets a dongle; a dongle that was not heard for so long gets a remark.
 inline constexpr double silence = 5;
 
 /// Whether the radio can hear and has heard.

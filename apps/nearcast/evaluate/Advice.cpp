@@ -4,7 +4,7 @@
 #include "evaluate/Figures.h"
 #include "lab/NearestAsRule.h"
 #include "lab/Rule.h"
-#include "watch/Printable.h"
+#include "common/Words.h"
 
 #include <map>
 #include <utility>

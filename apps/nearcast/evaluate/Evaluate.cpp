@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "AtomicFile.h"
 #include "Command.h"
+#include "common/Output.h"
+#include "common/PlaybackFile.h"
+#include "common/SettingsFile.h"
 #include "evaluate/Advice.h"
 #include "evaluate/Evaluation.h"
 #include "evaluate/EvaluationOutput.h"
 #include "lab/Rule.h"
-#include "playback/PlaybackFile.h"
-#include "lines/LineReader.h"
-#include "watch/SettingsFile.h"
 #include "web/Page.h"
 
 #include <CLI/CLI.hpp>
@@ -111,15 +110,6 @@ int evaluateRules(const EvaluateArguments& arguments) {
     return statusOf(recordings);
 }
 
-/// Writes the settings file as the manager saves it.
-void writeSettings(const std::string& path, Settings registry) {
-    auto& manager = lab::playbackManager();
-    manager.setSettings(std::move(registry));
-    const auto saved = manager.serializedSettings();
-    if (!saved) throw std::runtime_error(path + ": the settings hold what JSON cannot express");
-    writeFile(path, *saved + "\n");
-}
-
 int adviseThresholds(const EvaluateArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
@@ -127,26 +117,14 @@ int adviseThresholds(const EvaluateArguments& arguments) {
     const auto advice = advise(recordings, settings);
     writeOut(arguments.json ? JSONOf(advice, settings) : textOf(advice));
     finishOut();
-    if (!arguments.write.empty()) writeSettings(arguments.write, withThresholds(*registry, advice));
+    if (!arguments.write.empty()) writeFile(arguments.write, settingsFileOf(withThresholds(*registry, advice)));
     return statusOf(recordings);
 }
 
 int evaluate(const EvaluateArguments& arguments) {
     if (arguments.listRules) return listRules();
-    try {
-        if (arguments.recordings.empty()) throw std::invalid_argument("a RECORDING is needed");
-        return arguments.advise ? adviseThresholds(arguments) : evaluateRules(arguments);
-    } catch (const std::invalid_argument& error) {
-        return complain("evaluate", error.what(), exitUsage);
-    } catch (const PlaybackFileError& error) {
-        return complain("evaluate", error.what(), exitUsage);
-    } catch (const SettingsFileError& error) {
-        return complain("evaluate", error.what(), exitUsage);
-    } catch (const lines::InputError& error) {
-        return complain("evaluate", error.what(), exitUsage);
-    } catch (const std::exception& error) {
-        return complain("evaluate", error.what(), exitFailed);
-    }
+    if (arguments.recordings.empty()) throw UsageError("a RECORDING is needed");
+    return arguments.advise ? adviseThresholds(arguments) : evaluateRules(arguments);
 }
 
 /// An option that may be given several times, with one value each time.

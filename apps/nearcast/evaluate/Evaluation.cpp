@@ -2,7 +2,7 @@
 #include "evaluate/Evaluation.h"
 
 #include "lab/Rule.h"
-#include "playback/PlaybackFile.h"
+#include "common/PlaybackFile.h"
 #include "lines/LineReader.h"
 #include "lines/Truth.h"
 

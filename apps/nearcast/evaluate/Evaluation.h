@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "common/Arguments.h"
 #include "lab/Playback.h"
 #include "lab/Score.h"
-#include "nearest/SettingArguments.h"
 
 #include <nearcast/NearestSettings.h>
 
@@ -31,7 +31,7 @@ std::string truthPathFor(const std::string& recordingPath);
 /// @param truths     one for each recording, or empty: `truthPathFor` each
 /// @param registry   as `lab::PlaybackInput::registry`
 /// @throws std::invalid_argument when there are more truths than recordings, or fewer, or a truth file is missing
-/// @throws PlaybackFileError, lines::InputError for a file with errors
+/// @throws std::invalid_argument, of which UsageError and lines::InputError are, for a file with errors
 std::vector<JudgedRecording> playAll(const std::vector<std::string>& recordings, const std::vector<std::string>& truths,
                                      const std::shared_ptr<const Settings>& registry);
 

@@ -3,7 +3,7 @@
 
 #include "evaluate/Figures.h"
 #include "lab/Rule.h"
-#include "watch/Printable.h"
+#include "common/Words.h"
 
 namespace nearcast::cli {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "common/Words.h"
 #include "machine/LinuxMachine.h"
 #include "radios/RadioList.h"
-#include "watch/Printable.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

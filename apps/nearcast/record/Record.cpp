@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "RadioWords.h"
-#include "Seconds.h"
-#include "listen/Listening.h"
+#include "common/Arguments.h"
+#include "common/Interruption.h"
+#include "common/Listening.h"
+#include "common/Words.h"
 #include "platform/radio/RadioString.h"
-#include "record/OutputFile.h"
 #include "record/RecordSession.h"
-#include "watch/Interruption.h"
-#include "watch/Printable.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -29,26 +27,25 @@ struct RecordArguments {
     std::string radio = "auto";
     std::string output;
     std::optional<double> forSeconds;
-    [[nodiscard]] bool toStandardOutput() const { return output.empty() || output == "-"; }
 };
 
-/// A recording that is played cannot be written over meanwhile.
+/// A recording must not be written over while it is played.
 void refuseOwnTail(const RecordArguments& arguments) {
     const RadioString radio = RadioString::parse(arguments.radio);
     std::error_code none;
     if (radio.kind == "replay" && std::filesystem::equivalent(radio.argument, arguments.output, none)) {
-        throw std::invalid_argument(arguments.output + " is the recording that is played");
+        throw UsageError(arguments.output + " is the recording that is played");
     }
 }
 
 replay::RecordingWriter::Out outTo(const RecordArguments& arguments) {
-    if (arguments.toStandardOutput()) {
+    if (isStandardOutput(arguments.output)) {
         return [](std::string_view bytes) {
             writeOut(bytes);
             finishOut();
         };
     }
-    return [file = std::make_shared<OutputFile>(arguments.output)](std::string_view bytes) { file->write(bytes); };
+    return [file = std::make_shared<GrowingFile>(arguments.output)](std::string_view bytes) { file->write(bytes); };
 }
 
 std::unique_ptr<replay::RecordingWriter> writerFor(const RecordArguments& arguments) {
@@ -69,17 +66,17 @@ void passTime(Listening& listening, std::optional<double> forSeconds) {
 
 int tell(const Listening& listening, RecordSession& session, const RecordArguments& arguments) {
     if (session.reports() == 0 && listening.health().state != CBManagerStatePoweredOn) {
-        return complain("record", "nothing was heard: the radio is " + stateInWords(listening.health()), exitFailed);
+        throw std::runtime_error("nothing was heard: the radio is " + stateInWords(listening.health()));
     }
-    if (!listening.failure().empty()) return complain("record", listening.failure(), exitFailed);
-    if (arguments.toStandardOutput()) return exitGood;
+    if (!listening.failure().empty()) throw std::runtime_error(listening.failure());
+    if (isStandardOutput(arguments.output)) return exitGood;
     const std::string count = std::to_string(session.reports()) + " reports written to ";
     return complain("record", count + arguments.output, exitGood);
 }
 
 int recordWith(Listening& listening, const RecordArguments& arguments) {
     listening.open(arguments.radio, [](std::string_view line) { complain("record", printable(line), exitGood); });
-    // Shared with the radio's thread, which may be in it to the radio's end.
+    // Shared with the radio's thread, which may use it until the radio is closed.
     const auto session = std::make_shared<RecordSession>(writerFor(arguments), [&listening] { listening.interrupt(); });
     session->begin(listening.health().state);
     listening.begin({[session](const AdvertisingReport& report, auto at) { session->heard(report, at); },
@@ -94,14 +91,8 @@ int recordWith(Listening& listening, const RecordArguments& arguments) {
 int record(const RecordArguments& arguments) {
     Listening listening;
     const Interruption interruption([&] { listening.interrupt(); });
-    try {
-        refuseOwnTail(arguments);
-        return recordWith(listening, arguments);
-    } catch (const std::invalid_argument& error) {
-        return complain("record", error.what(), exitUsage);
-    } catch (const std::exception& error) {
-        return complain("record", error.what(), exitFailed);
-    }
+    refuseOwnTail(arguments);
+    return recordWith(listening, arguments);
 }
 
 }  // namespace
@@ -119,7 +110,7 @@ void addRecord(CLI::App& application, Action& chosen) {
         ->type_name("FILE");
     command->add_option("--for", arguments->forSeconds, "End after so many seconds of the radio's time")
         ->type_name("SECONDS")
-        ->check(isTime);
+        ->check(problemWithSeconds);
     command->callback([arguments, &chosen] { chosen = [arguments] { return record(*arguments); }; });
 }
 

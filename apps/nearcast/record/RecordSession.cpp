@@ -8,7 +8,7 @@
 
 namespace nearcast::cli {
 
-/// A recording's times never go back, but two threads may bring theirs in either order. A disk that is full ends the
+/// The times of a recording never go back, but two threads may come here in the wrong order. A full disk ends the
 /// recording, not the radio's thread.
 template <class Item>
 void RecordSession::write(Item item) {

@@ -16,22 +16,22 @@
 
 namespace nearcast::cli {
 
-/// What happens between a radio and the recording of it. From any thread.
+/// Writes what a radio does into a recording. From any thread.
 class RecordSession {
 public:
     using Time = std::chrono::microseconds;
 
     /// @param broke called once, when the recording can no longer be written; from any thread, with a lock of the
-    ///              session's held
+    ///              session held
     RecordSession(std::unique_ptr<replay::RecordingWriter> writer, std::function<void()> broke)
         : broke_(std::move(broke)), writer_(std::move(writer)) {}
 
-    /// How the radio is when the recording begins. A recording's radio is powered on unless it says otherwise.
+    /// The state of the radio when the recording begins: a recording without one begins powered on.
     void begin(CBManagerState state);
     void heard(const AdvertisingReport& report, Time at);
-    /// Only another state becomes part of the recording: reasons and restarts are this machine's.
+    /// Only a change of the state is recorded: reasons and restarts concern this machine alone.
     void changed(const RadioHealth& health, Time at);
-    /// The recording lasts until now, however long ago the last report was.
+    /// Ends the recording at this time, however long ago the last report was.
     /// @throws std::runtime_error when the recording could not be written
     void end(Time at);
 

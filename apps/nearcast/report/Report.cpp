@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "AtomicFile.h"
 #include "Command.h"
-#include "lines/LineReader.h"
+#include "common/Arguments.h"
+#include "common/Output.h"
+#include "common/PlaybackFile.h"
+#include "common/SettingsFile.h"
 #include "lines/Truth.h"
-#include "nearest/SettingArguments.h"
-#include "playback/PlaybackFile.h"
 #include "report/ReportData.h"
-#include "watch/SettingsFile.h"
 #include "web/Page.h"
 
 #include <CLI/CLI.hpp>
@@ -58,20 +57,9 @@ std::string makeReport(const ReportArguments& arguments) {
 }
 
 int report(const ReportArguments& arguments) {
-    try {
-        const std::string damage = makeReport(arguments);
-        return damage.empty() ? exitGood : complain("report", damage, exitFailed);
-    } catch (const std::invalid_argument& error) {
-        return complain("report", error.what(), exitUsage);
-    } catch (const PlaybackFileError& error) {
-        return complain("report", error.what(), exitUsage);
-    } catch (const SettingsFileError& error) {
-        return complain("report", error.what(), exitUsage);
-    } catch (const lines::InputError& error) {
-        return complain("report", error.what(), exitUsage);
-    } catch (const std::exception& error) {
-        return complain("report", error.what(), exitFailed);
-    }
+    const std::string damage = makeReport(arguments);
+    if (!damage.empty()) throw std::runtime_error(damage);
+    return exitGood;
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "report/ReportData.h"
 
-#include "RadioWords.h"
+#include "common/Words.h"
 #include "lab/NearestAsRule.h"
 #include "lab/Rule.h"
 

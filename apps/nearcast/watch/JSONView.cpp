@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "common/Words.h"
 #include "lab/EventWriter.h"
-#include "watch/Printable.h"
 #include "watch/WatchView.h"
 
 #include <cmath>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "RadioWords.h"
-#include "watch/Printable.h"
+#include "common/Words.h"
 #include "watch/WatchView.h"
 
 #include <array>
@@ -50,7 +49,7 @@ private:
 
     static void write(const std::string& line) {
         writeOut(line + "\n");
-        finishOut();  // somebody may be reading along
+        finishOut();  // somebody may watch the output
     }
 };
 
@@ -69,9 +68,6 @@ std::string_view typeName(QXDeviceType deviceType) {
 }
 
 std::string sentence(const WatchSummary& summary) {
-    const auto counted = [](std::uint64_t count, std::string_view what) {
-        return std::to_string(count) + " " + std::string(what) + (count == 1 ? "" : "s");
-    };
     return counted(summary.reports, "report") + " of " + counted(summary.dongles, "dongle") + " in " +
            seconds(summary.seconds, 0, 1) + " s; " + counted(summary.silences, "time") + " a dongle fell silent.";
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "RadioWords.h"
-#include "watch/Printable.h"
+#include "common/Words.h"
 #include "watch/WatchView.h"
 
 #include <sys/ioctl.h>
@@ -66,7 +65,7 @@ public:
         complain("watch", printable(line), exitGood);
     }
 
-    void health(double /*at*/, const RadioHealth& /*health*/) override {}  // it stands below the table at any time
+    void health(double /*at*/, const RadioHealth& /*health*/) override {}  // it is always shown below the table
 
     [[nodiscard]] bool showsTime() const override { return true; }
 
@@ -87,7 +86,7 @@ public:
 private:
     using Entry = std::map<std::string, Row>::value_type;
 
-    /// Takes the last drawing away, so that the next one, or a line, stands in its place.
+    /// Removes the last drawing, so that the next one, or a line, takes its place.
     void erase() {
         if (lines_ == 0) return;
         writeOut("\x1b[" + std::to_string(lines_) + "A\x1b[J");

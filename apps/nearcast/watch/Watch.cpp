@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "Seconds.h"
-#include "watch/Interruption.h"
-#include "watch/SettingsFile.h"
+#include "common/Arguments.h"
+#include "common/Interruption.h"
+#include "common/SettingsFile.h"
 #include "watch/WatchSession.h"
 
 #include <nearcast/Platform.h>
@@ -46,9 +46,9 @@ void passTime(WatchSession& session, const Interruption& interruption, std::opti
 
 int watchWith(WatchSession& session, const Interruption& interruption, const WatchArguments& arguments) {
     auto& manager = QXNearcastManager::sharedManager();
-    if (!arguments.settings.empty()) loadSettings(manager, arguments.settings);
+    if (!arguments.settings.empty()) manager.setSettings(*registryOfFile(arguments.settings));
     manager.setDelegate(session.delegate());
-    if (!manager.startScan()) return complain("watch", "the scan cannot be started", exitFailed);
+    if (!manager.startScan()) throw std::runtime_error("the scan cannot be started");
     passTime(session, interruption, arguments.forSeconds);
     manager.stopScan();
     manager.setDelegate(nullptr);
@@ -58,24 +58,16 @@ int watchWith(WatchSession& session, const Interruption& interruption, const Wat
 
 int watch(const WatchArguments& arguments) {
     const Interruption interruption([] { Platform::interrupt(); });
-    // What the platform calls outlives even the end of main, as the radio's thread does: nothing destroys it.
+    // Never destroyed: the radio's thread may call it until the very end of the process.
     static auto& session = *new WatchSession(viewFor(arguments), [] { Platform::interrupt(); });
     PlatformOptions options;
     options.radio = arguments.radio;
     options.ownLoop = true;
     options.console = [](std::string_view line) { session.console(line); };
     options.radioHealthChanged = [](const RadioHealth& health) { session.health(health); };
-    try {
-        Platform::choose(options);
-        session.begin();
-        return watchWith(session, interruption, arguments);
-    } catch (const SettingsFileError& error) {
-        return complain("watch", error.what(), exitUsage);
-    } catch (const std::invalid_argument& error) {
-        return complain("watch", error.what(), exitUsage);
-    } catch (const std::exception& error) {
-        return complain("watch", error.what(), exitFailed);
-    }
+    Platform::choose(options);
+    session.begin();
+    return watchWith(session, interruption, arguments);
 }
 
 }  // namespace
@@ -92,7 +84,7 @@ void addWatch(CLI::App& application, Action& chosen) {
         ->type_name("FILE");
     command->add_option("--for", arguments->forSeconds, "End after so many seconds of the radio's time")
         ->type_name("SECONDS")
-        ->check(isTime);
+        ->check(problemWithSeconds);
     command->add_flag("--json", arguments->json, "Print JSON Lines");
     command->callback([arguments, &chosen] { chosen = [arguments] { return watch(*arguments); }; });
 }

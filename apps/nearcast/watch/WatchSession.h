@@ -15,7 +15,7 @@
 
 namespace nearcast::cli {
 
-/// What happens between the manager and the view: it counts, ages and passes on. From any thread.
+/// Stands between the manager and the view: it counts reports, computes their age and passes them on. From any thread.
 class WatchSession {
 public:
     /// Seconds from one tick to the next while something happens, and while nothing does: a machine on a battery is not
@@ -23,18 +23,18 @@ public:
     static constexpr double busyTick = 0.25;
     static constexpr double quietTick = 2;
 
-    /// @param wake ends the wait that `pause` gave the length of; from any thread, with a lock of the session's held
+    /// @param wake ends the wait of `pause` early; called from any thread, with a lock of the session held
     WatchSession(std::unique_ptr<WatchView> view, std::function<void()> wake);
 
-    /// Time counts from here. Called before the radio is opened, and so before all others.
+    /// Time counts from here. Call it before the radio is opened and before any other operation.
     void begin();
-    /// Whom the manager tells.
+    /// The delegate to give to the manager.
     std::shared_ptr<QXNearcastManagerDelegate> delegate();
     void console(std::string_view line);
-    /// How the radio is, when that has changed.
+    /// The health of the radio has changed.
     void health(RadioHealth health);
     void tick();
-    /// How many seconds to wait, for the next tick or for the call of `wake` that something is to be done before.
+    /// How many seconds to wait until the next tick. `wake` is called when something has to be shown earlier.
     [[nodiscard]] double pause();
     /// Shows the summary.
     /// @throws std::runtime_error when the view could not be written

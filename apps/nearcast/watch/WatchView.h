@@ -36,12 +36,12 @@ public:
     virtual ~WatchView() = default;
     virtual void report(const WatchReport& report) = 0;
     virtual void silent(double at, std::string_view portName, std::string_view MACAddr) = 0;
-    /// A line of the manager's or the radio's for people.
+    /// A console line of the manager or of the radio.
     virtual void console(std::string_view line) = 0;
     /// The state of the radio, its reason or the number of its restarts has changed.
     /// @param health `since` counts as `at` does: from the begin of the watch
     virtual void health(double at, const RadioHealth& health) = 0;
-    /// Whether it shows what changes with time alone; only such a one gets ticks.
+    /// Whether it shows what changes with time alone; only then it gets ticks.
     [[nodiscard]] virtual bool showsTime() const { return false; }
     /// Time has passed; this is how the radio is now.
     virtual void tick(double /*at*/, const RadioHealth& /*health*/) {}

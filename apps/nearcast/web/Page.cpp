@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "web/Page.h"
 
-#include "watch/Printable.h"
+#include "common/Words.h"
 
 #include <algorithm>
 #include <cstdint>

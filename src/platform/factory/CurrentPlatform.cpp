@@ -13,7 +13,7 @@ namespace {
 /// The one choice of the process. Never destroyed: the manager that stands on it lives to the end of the process.
 struct Choice {
     Mutex mutex;
-    OpenedPlatform platform NEARCAST_GUARDED_BY(mutex);
+    std::shared_ptr<const OpenedPlatform> platform NEARCAST_GUARDED_BY(mutex);
     bool fixed NEARCAST_GUARDED_BY(mutex) = false;
 };
 
@@ -27,9 +27,9 @@ Choice& choice() {
 PlatformServices& currentPlatform() {
     Choice& chosen = choice();
     const MutexLock lock(chosen.mutex);
-    if (chosen.platform.services == nullptr) chosen.platform = openPlatform(PlatformOptions());
+    if (!chosen.platform) chosen.platform = std::make_shared<const OpenedPlatform>(openPlatform(PlatformOptions()));
     chosen.fixed = true;
-    return *chosen.platform.services;
+    return *chosen.platform->services;
 }
 
 void setCurrentPlatform(std::unique_ptr<PlatformServices> platform) {
@@ -37,29 +37,23 @@ void setCurrentPlatform(std::unique_ptr<PlatformServices> platform) {
 }
 
 void choosePlatform(OpenedPlatform platform) {
-    Choice& chosen = choice();
-    const MutexLock lock(chosen.mutex);
-    if (chosen.fixed) {
-        throw std::logic_error("the platform is chosen before the manager is made, and the manager exists");
+    auto next = std::make_shared<const OpenedPlatform>(std::move(platform));
+    {
+        Choice& chosen = choice();
+        const MutexLock lock(chosen.mutex);
+        if (chosen.fixed) {
+            throw std::logic_error("the platform is chosen before the manager is made, and the manager exists");
+        }
+        std::swap(chosen.platform, next);
     }
-    std::swap(chosen.platform, platform);
+    // A run of the replaced one may be under way, and nothing else could end it any more.
+    if (next && next->drive) next->drive->interrupt();
 }
 
-Drive* findDrive() {
+std::shared_ptr<const OpenedPlatform> chosenPlatform() {
     Choice& chosen = choice();
     const MutexLock lock(chosen.mutex);
-    return chosen.platform.drive.get();
-}
-
-RadioMonitor* findMonitor() {
-    Choice& chosen = choice();
-    const MutexLock lock(chosen.mutex);
-    return chosen.platform.monitor;
-}
-
-Drive& currentDrive() {
-    if (Drive* drive = findDrive()) return *drive;
-    throw std::logic_error("no platform has been chosen");
+    return chosen.platform;
 }
 
 }  // namespace nearcast

@@ -26,16 +26,13 @@ struct OpenedPlatform {
 /// @throws what the radio throws for a scene or a recording that cannot be read
 OpenedPlatform openPlatform(const PlatformOptions& options);
 
-/// Chooses the platform of the process and gives its drive.
+/// Chooses the platform of the process. A run of the one chosen before ends, and with its last user that one is
+/// destroyed. From any thread.
 /// @throws std::logic_error once the manager has been made
 void choosePlatform(OpenedPlatform platform);
 
-/// The drive of the platform that was chosen; null when none was.
-Drive* findDrive();
-/// The monitor of its radio; null when none was chosen.
-RadioMonitor* findMonitor();
-/// The drive of the platform that was chosen.
-/// @throws std::logic_error when none was chosen
-Drive& currentDrive();
+/// The platform that was chosen; null when none was. Whoever calls it holds on to it during the call: another thread
+/// may choose another one meanwhile. From any thread.
+std::shared_ptr<const OpenedPlatform> chosenPlatform();
 
 }  // namespace nearcast

@@ -3,10 +3,12 @@
 
 #include "platform/Platform.h"
 #include "platform/factory/PlatformFactory.h"
+#include "platform/system/SystemClock.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
@@ -16,38 +18,53 @@ namespace {
 
 double secondsOf(NSDate date) { return std::chrono::duration<double>(date.sinceStart()).count(); }
 
+/// The drive of the platform chosen, which lives as long as it is held on to; null when none was chosen.
+std::shared_ptr<Drive> findDrive() {
+    auto chosen = chosenPlatform();
+    if (!chosen) return nullptr;
+    Drive* const drive = chosen->drive.get();
+    return {std::move(chosen), drive};
+}
+
+/// @throws std::logic_error when none was chosen
+std::shared_ptr<Drive> currentDrive() {
+    if (auto drive = findDrive()) return drive;
+    throw std::logic_error("no platform has been chosen");
+}
+
 }  // namespace
 
 void Platform::choose(const PlatformOptions& options) { choosePlatform(openPlatform(options)); }
 
-int Platform::descriptor() { return currentDrive().descriptor(); }
+int Platform::descriptor() { return currentDrive()->descriptor(); }
 
-void Platform::dispatch() { currentDrive().dispatch(); }
+void Platform::dispatch() { currentDrive()->dispatch(); }
 
 bool Platform::runFor(double seconds) {
     constexpr double longest = 1e9;
     const double bounded = std::isnan(seconds) ? 0 : std::clamp(seconds, 0.0, longest);
-    return currentDrive().runFor(std::chrono::microseconds(std::llround(bounded * 1e6)));
+    return currentDrive()->runFor(std::chrono::microseconds(std::llround(bounded * 1e6)));
 }
 
 void Platform::interrupt() {
-    if (Drive* drive = findDrive()) drive->interrupt();
+    if (const auto drive = findDrive()) drive->interrupt();
 }
 
-std::string Platform::failure() { return currentDrive().failure(); }
+std::string Platform::failure() { return currentDrive()->failure(); }
 
 RadioHealth Platform::radioHealth() {
-    if (const RadioMonitor* monitor = findMonitor()) return monitor->health();
+    const auto chosen = chosenPlatform();
+    if (chosen && chosen->monitor != nullptr) return chosen->monitor->health();
     RadioHealth health;
     health.why = "no radio has been opened";
     return health;
 }
 
 void Platform::setTap(std::function<void(const HeardAdvertisement& heard)> tap) {
-    RadioMonitor* const monitor = findMonitor();
-    if (monitor == nullptr) throw std::logic_error("no platform has been chosen");
-    if (!tap) return monitor->setTap({});
-    monitor->setTap([tap = std::move(tap)](const AdvertisingReport& report, NSDate at, bool wanted) {
+    const auto chosen = chosenPlatform();
+    if (!chosen || chosen->monitor == nullptr) throw std::logic_error("no platform has been chosen");
+    if (!tap) return chosen->monitor->setTap({});
+    chosen->monitor->setTap([tap = std::move(tap)](const AdvertisingReport& report, NSDate at, bool wanted) {
         HeardAdvertisement heard;
         if (report.name) heard.name = *report.name;
         if (report.manufacturerData) heard.manufacturerData = *report.manufacturerData;
@@ -58,6 +75,9 @@ void Platform::setTap(std::function<void(const HeardAdvertisement& heard)> tap) 
     });
 }
 
-double Platform::now() { return secondsOf(currentPlatform().date()); }
+double Platform::now() {
+    if (const auto chosen = chosenPlatform()) return secondsOf(chosen->services->date());
+    return secondsOf(NSDate(SystemClock::now()));
+}
 
 }  // namespace nearcast

@@ -66,11 +66,10 @@ TEST(Playback, EveryDongleOfARecordingIsRegisteredUnderItsAddress) {
 }
 
 TEST(Playback, TheRecordsAreThoseThatTheManagerMakesOfPrinters) {
-    auto& manager = playbackManager();
+    const Settings played = *playLines({heardAt(1, first, -60)}).registry;
+    auto& manager = QXNearcastManager::sharedManager();  // the one that was played to
     manager.addSettingForPrinterPortName(first, {}, false, first, {}, {});
-    const SettingRecord made = *manager.getSettings()->at(first);
-    manager.setSettings(std::nullopt);
-    EXPECT_EQ(*playLines({heardAt(1, first, -60)}).registry->at(first), made);
+    EXPECT_EQ(*played.at(first), *manager.getSettings()->at(first));
 }
 
 TEST(Playback, RawReadingsAreSeenBesideTheReportsThatComeOfThem) {

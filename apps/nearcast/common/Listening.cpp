@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "common/Listening.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace nearcast::cli {
+
+namespace {
+
+constexpr double settling = 3;  // seconds that a radio may take to know its state
+constexpr double settlingStep = 0.05;
+
+bool undecided(CBManagerState state) { return state == CBManagerStateUnknown || state == CBManagerStateResetting; }
+
+}  // namespace
+
+Listening::~Listening() {
+    end();
+    const MutexLock lock(driveMutex_);
+    drive_ = nullptr;
+}
+
+void Listening::open(const std::string& radio, std::function<void(std::string_view line)> console) {
+    PlatformOptions options;
+    options.radio = radio;
+    options.console = std::move(console);
+    options.ownLoop = true;
+    opened_ = openPlatform(options);
+    {
+        const MutexLock lock(driveMutex_);
+        drive_ = opened_.drive.get();
+    }
+    radio_ = opened_.services->centralManager(*this);
+    begin_ = opened_.services->date();
+    while (undecided(radio_->state()) && seconds() < settling && runFor(settlingStep)) {
+    }
+}
+
+void Listening::begin(Ears ears) {
+    begin_ = opened_.services->date();
+    opened_.monitor->setHealthChanged(
+        [this, changed = std::move(ears.changed)](const RadioHealth& health) { changed(health, now()); });
+    opened_.monitor->setTap([this, heard = std::move(ears.heard)](const AdvertisingReport& report, NSDate at,
+                                                                  bool /*wanted*/) { heard(report, since(at)); });
+    radio_->scanForPeripheralsWithServices(std::nullopt, ScanOptions{true});
+}
+
+void Listening::end() {
+    if (!radio_) return;
+    radio_->stopScan();
+    radio_.reset();  // waits for a call that is under way
+    opened_.monitor->setTap({});
+    opened_.monitor->setHealthChanged({});
+}
+
+// NOLINTNEXTLINE(readability-make-member-function-const): the ears are called during it
+bool Listening::runFor(double seconds) {
+    if (interrupted()) return false;
+    const bool more = opened_.drive->runFor(Time(std::llround(seconds * 1e6)));
+    return more && !interrupted();
+}
+
+void Listening::interrupt() {
+    interrupted_.store(true);
+    const MutexLock lock(driveMutex_);
+    if (drive_ != nullptr) drive_->interrupt();
+}
+
+Listening::Time Listening::since(NSDate date) const {
+    return std::max(Time(0), std::chrono::duration_cast<Time>(date.sinceStart() - begin_.sinceStart()));
+}
+
+Listening::Time Listening::now() const { return since(opened_.services->date()); }
+
+double Listening::date() const { return std::chrono::duration<double>(opened_.services->date().sinceStart()).count(); }
+
+}  // namespace nearcast::cli

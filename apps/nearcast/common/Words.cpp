@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "common/Words.h"
+
+#include "support/Utf8.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace nearcast::cli {
+
+namespace {
+
+/// C0, DEL and C1 controls (U+0080 to U+009F), and single octets that begin no character.
+bool isUnprintable(std::string_view character) {
+    const auto first = static_cast<unsigned char>(character[0]);
+    if (character.size() == 1) return first < 0x20 || first >= 0x7F;
+    return first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
+}
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+    std::string result;
+    while (!text.empty()) {
+        const std::string_view character = text.substr(0, characterLength(text));
+        result += isUnprintable(character) ? std::string_view("\xEF\xBF\xBD") : character;
+        text.remove_prefix(character.size());
+    }
+    return result;
+}
+
+std::string column(std::string_view text, std::size_t width) {
+    const std::string clean = printable(text);
+    std::string result;
+    std::size_t used = 0;
+    for (std::string_view rest = clean; !rest.empty() && used < width; ++used) {
+        const std::size_t length = characterLength(rest);
+        result += rest.substr(0, length);
+        rest.remove_prefix(length);
+    }
+    return result.append(width - used, ' ');
+}
+
+std::string decimals(double value) {
+    std::array<char, 48> text{};
+    std::snprintf(text.data(), text.size(), "%.1f", value);
+    return text.data();
+}
+
+std::string counted(std::uint64_t count, std::string_view what) {
+    return std::to_string(count) + " " + std::string(what) + (count == 1 ? "" : "s");
+}
+
+std::string addressText(std::span<const std::uint8_t> octets) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string text;
+    for (const std::uint8_t octet : octets) {
+        if (!text.empty()) text.push_back(':');
+        text.push_back(digits[octet >> 4]);
+        text.push_back(digits[octet & 15]);
+    }
+    return text;
+}
+
+std::string stateName(CBManagerState state) {
+    switch (state) {
+        case CBManagerStateUnknown: return "unknown";
+        case CBManagerStateResetting: return "resetting";
+        case CBManagerStateUnsupported: return "unsupported";
+        case CBManagerStateUnauthorized: return "unauthorized";
+        case CBManagerStatePoweredOff: return "powered off";
+        case CBManagerStatePoweredOn: return "powered on";
+    }
+    return std::to_string(static_cast<std::int64_t>(state));
+}
+
+std::string stateInWords(const RadioHealth& health) {
+    return stateName(health.state) + (health.why.empty() ? "" : " (" + health.why + ")");
+}
+
+std::string healthInWords(const RadioHealth& health, double now) {
+    std::string text = stateName(health.state) + " for " + decimals(std::max(0.0, now - health.since)) + " s, ";
+    text += decimals(health.reportsPerSecond) + " reports/s, ";
+    text += health.lastReportAge ? "last " + decimals(*health.lastReportAge) + " s ago" : "nothing heard yet";
+    text += ", " + counted(health.restarts, "restart");
+    return text + (health.why.empty() ? "" : ": " + health.why);
+}
+
+}  // namespace nearcast::cli

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <nearcast/RadioHealth.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace nearcast::cli {
+
+/// The text without anything that could steer a terminal: names come from the air and may hold any octets. Control
+/// characters and what is not UTF-8 become the replacement character.
+std::string printable(std::string_view text);
+/// Printable, cut or filled with spaces to `width` characters.
+std::string column(std::string_view text, std::size_t width);
+
+/// With one decimal.
+std::string decimals(double value);
+/// "1 dongle", "2 dongles".
+std::string counted(std::uint64_t count, std::string_view what);
+/// "02:4E:43:00:00:01".
+std::string addressText(std::span<const std::uint8_t> octets);
+
+/// "powered on", "unauthorized", ...; of a state that this version does not know, its number.
+std::string stateName(CBManagerState state);
+/// The state and its reason: "powered off (the adapter is blocked by rfkill)".
+std::string stateInWords(const RadioHealth& health);
+/// How the radio is, on one line: what it hears tells a radio that is blind from dongles that are silent.
+/// @param now the moment that `RadioHealth::since` is compared with
+std::string healthInWords(const RadioHealth& health, double now);
+
+}  // namespace nearcast::cli

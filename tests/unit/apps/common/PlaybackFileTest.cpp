@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "common/PlaybackFile.h"
+#include "common/UsageError.h"
+#include "doubles/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace nearcast::cli {
+namespace {
+
+const std::string advertise =
+    R"({"at":1,"do":"advertise","manufacturerData":"FFFF001122AABBCC","RSSI":-60,"services":["180F"]})";
+
+struct PlaybackFileTest : testing::Test {
+    TemporaryFolder folder;
+
+    std::string write(const std::string& content) { return folder.write("file", content); }
+    std::string problemOf(const std::string& argument) {
+        try {
+            readPlaybackFile(argument);
+        } catch (const UsageError& error) {
+            return error.what();
+        }
+        return "";
+    }
+};
+
+TEST_F(PlaybackFileTest, ReadsTheLinesOfAScenario) {
+    const PlaybackFile file = readPlaybackFile(write("\n " + advertise + "\n{\"do\":\"startScan\"}\n"));
+    ASSERT_EQ(file.input.lines.size(), 2U);
+    EXPECT_TRUE(lab::isScenario(file.input.lines));
+    EXPECT_EQ(file.input.lines[1].at, lines::Time(1'000'000));
+    EXPECT_EQ(file.damage, "");
+}
+
+TEST_F(PlaybackFileTest, AnEmptyFileIsARecordingOfNothing) {
+    EXPECT_TRUE(readPlaybackFile(write("")).input.lines.empty());
+}
+
+TEST_F(PlaybackFileTest, LetsReportsOfOtherServicesPassWhereAsked) {
+    const std::string path = write(advertise);
+    const auto services = [](const PlaybackFile& file) {
+        return std::get<lines::Advertise>(file.input.lines.at(0).action).services;
+    };
+    EXPECT_TRUE(services(readPlaybackFile(path)));
+    EXPECT_FALSE(services(readPlaybackFile(path + "?services=any")));
+}
+
+TEST_F(PlaybackFileTest, NamesTheLineThatIsWrong) {
+    const std::string path = write(advertise + "\n{\"do\":\"dance\"}\n");
+    EXPECT_EQ(problemOf(path), path + R"(:2: unknown "do": "dance")");
+}
+
+TEST_F(PlaybackFileTest, NamesAFileThatIsMissing) {
+    EXPECT_EQ(problemOf("/nowhere/x"), "/nowhere/x: cannot be opened: No such file or directory");
+}
+
+TEST_F(PlaybackFileTest, NamesAFileThatIsNoRecording) {
+    const std::string path = write("PNG");
+    EXPECT_EQ(problemOf(path), path + ": no recording (neither JSON Lines nor btsnoop, pcap or pcapng)");
+}
+
+TEST_F(PlaybackFileTest, RefusesOptionsThatMeanNothingHere) {
+    const std::string path = write(advertise);
+    EXPECT_EQ(problemOf(path + "?speed=8"), path + "?speed=8: speed has no meaning here");
+    EXPECT_NE(problemOf(path + "?as=cows").find("option 'as' can be 'dongles' only"), std::string::npos);
+}
+
+TEST_F(PlaybackFileTest, ACaptureThatIsCutIsReadUpToThere) {
+    const std::string header("btsnoop\0\0\0\0\1\0\0\x07\xD1", 16);
+    const PlaybackFile file = readPlaybackFile(write(header + "cut"));
+    EXPECT_TRUE(file.input.lines.empty());
+    EXPECT_NE(file.damage.find("damaged at byte 16"), std::string::npos) << file.damage;
+}
+
+}  // namespace
+}  // namespace nearcast::cli
