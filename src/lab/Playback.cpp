@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Playback.h"
 
-#include "nearest/DongleAddress.h"
-#include "platform/json/JSONSerialization.h"
 #include "lab/EventWriter.h"
-#include "lines/LineReader.h"
 #include "lab/Performer.h"
 #include "lab/PlaybackRecorder.h"
+#include "lines/LineReader.h"
+#include "platform/json/JSONSerialization.h"
+#include "support/Dongle.h"
 
 #include <algorithm>
 #include <chrono>
@@ -45,13 +45,13 @@ Settings donglesOf(const PlaybackInput& input) {
     for (const lines::Line& line : input.lines) {
         const auto* advertise = std::get_if<lines::Advertise>(&line.action);
         if (advertise == nullptr) continue;
-        nearest::DongleAddress address;
-        if (!address.read({.name = advertise->name, .manufacturerData = advertise->manufacturerData})) continue;
+        DongleAddress address;
+        if (!address.read(advertise->manufacturerData, advertise->name)) continue;
         if (registry.find(address.text()) != registry.end()) continue;
         registry.emplace(address.text(), recordOf(address.text()));
         if (registry.size() <= mostDongles) continue;
         throw lines::ScenarioError(input.name + ": has more than " + std::to_string(mostDongles) +
-                            " dongles; settings that name the devices are needed");
+                                   " dongles; settings that name the devices are needed");
     }
     return registry;
 }
@@ -102,7 +102,8 @@ private:
 /// The lines as happenings on the timeline, whose clock may be far beyond zero.
 class Stage::Script : public TimelineSource {
 public:
-    Script(Stage& stage, const std::vector<lines::Line>& lines, lines::Time begin) : stage_(stage), lines_(lines), begin_(begin) {}
+    Script(Stage& stage, const std::vector<lines::Line>& lines, lines::Time begin)
+        : stage_(stage), lines_(lines), begin_(begin) {}
 
     std::optional<lines::Time> due() override {
         if (next_ == lines_.size() || tooDeep_) return std::nullopt;
@@ -195,7 +196,8 @@ Playback Stage::play(const PlaybackInput& input) {
 
 bool isScenario(const std::vector<lines::Line>& lines) {
     return std::any_of(lines.begin(), lines.end(), [](const lines::Line& line) {
-        return !std::holds_alternative<lines::Advertise>(line.action) && !std::holds_alternative<lines::RadioState>(line.action) &&
+        return !std::holds_alternative<lines::Advertise>(line.action) &&
+               !std::holds_alternative<lines::RadioState>(line.action) &&
                !std::holds_alternative<lines::End>(line.action);
     });
 }

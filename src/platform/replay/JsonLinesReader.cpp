@@ -2,6 +2,7 @@
 #include "platform/replay/JsonLinesReader.h"
 
 #include "lines/Line.h"
+#include "support/Dongle.h"
 
 #include <string>
 #include <string_view>
@@ -14,7 +15,7 @@ namespace {
 using lines::Advertise;
 
 std::vector<CBUUID> servicesOf(const Advertise& line) {
-    static const CBUUID dongleService = CBUUID::UUIDWithString(lines::dongleService);
+    static const CBUUID dongleService = CBUUID::UUIDWithString(dongle::serviceUUID);
     if (!line.services) return {dongleService};
     std::vector<CBUUID> services;
     services.reserve(line.services->size());

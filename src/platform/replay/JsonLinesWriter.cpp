@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/replay/RecordingWriter.h"
 
+#include "support/Dongle.h"
+
 #include <utility>
 
 namespace nearcast {
@@ -8,7 +10,7 @@ namespace nearcast {
 namespace {
 
 bool isDongleServiceAlone(const std::vector<CBUUID>& services) {
-    static const CBUUID dongleService = CBUUID::UUIDWithString(lines::dongleService);
+    static const CBUUID dongleService = CBUUID::UUIDWithString(dongle::serviceUUID);
     return services.size() == 1 && services.front() == dongleService;
 }
 
