@@ -48,8 +48,8 @@ bool Manager::readAddress(const Trace& trace, const CBPeripheral& peripheral, st
     return true;
 }
 
-// The look-ups that follow read memory that is in no cache when there are many dongles. It is asked for before the first
-// lock is taken and arrives meanwhile: among a million dongles an advertisement takes a third longer without
+// The look-ups that follow read memory that is in no cache when there are many dongles. It is asked for before the
+// first lock is taken and arrives meanwhile: among a million dongles an advertisement takes a third longer without
 // (docs/performance.md).
 void Manager::prefetchTables(const AddressKey& address) const {
     rssiData.prefetch(address.packed());
