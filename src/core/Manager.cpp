@@ -1,11 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/Manager.h"
 
+#include <chrono>
+
 namespace nearcast {
 
 namespace {
+
 constexpr std::uint64_t samplingNumberAtStart = 7;
-}
+constexpr int readinessAttempts = 10;
+constexpr std::chrono::milliseconds readinessPause{100};
+
+/// Whether the radio itself vouches for the state: all but unknown, and numbers that mean nothing.
+bool isDefinite(CBManagerState state) { return state >= CBManagerStateResetting && state <= CBManagerStatePoweredOn; }
+
+}  // namespace
 
 Manager::Manager(const void* face, PlatformServices& platform) : face_(face), platform_(platform) {}
 
@@ -30,6 +39,33 @@ void Manager::init() {
         _samplingNumber.store(samplingNumberAtStart);
     }
     trace.end("-> ", Pointer{face_});
+}
+
+bool Manager::isLECapableHardware() {
+    const Trace trace = this->trace("-[QXNearcastManager isLECapableHardware]", Trace::Audience::internal);
+    trace.start("");
+    const auto state = [this] {
+        const CBCentralManager* central = manager.load();
+        return central != nullptr ? central->state() : CBManagerStateUnknown;
+    };
+    for (int i = 0; i < readinessAttempts; ++i) {
+        trace.process("manager.state: ", state);
+        const CBManagerState now = state();
+        if (isDefinite(now)) {
+            const bool capable = now == CBManagerStatePoweredOn;
+            trace.end("-> ", capable);
+            return capable;
+        }
+        if (now == CBManagerStateUnknown) platform_.usleep(readinessPause);
+    }
+    trace.end("-> ", false);
+    return false;
+}
+
+void Manager::centralManagerDidUpdateState(CBCentralManager& central) {
+    const Trace trace = this->trace("-[QXNearcastManager centralManagerDidUpdateState:]", Trace::Audience::internal);
+    trace.start("-> ", Pointer{&central});
+    trace.end("-> ", Pointer{&central});
 }
 
 }  // namespace nearcast

@@ -3,14 +3,12 @@
 
 #include <nearcast/QXNearcastManager.h>
 
-#include "core/RSSI.h"
 #include "platform/CBCentralManager.h"
 #include "platform/NSDate.h"
 #include "platform/NSLock.h"
 #include "platform/NSTimer.h"
 #include "platform/Platform.h"
-#include "proximity/ActionAreaSamples.h"
-#include "proximity/Signal.h"
+#include "proximity/Smoothing.h"
 #include "settings/Registry.h"
 #include "support/AddressTable.h"
 #include "support/AtomicShared.h"
@@ -25,13 +23,46 @@
 
 namespace nearcast {
 
+class ActionAreaSamples;
 class DongleAddress;
+
+/// The lowest value, in dBm (Core Specification, Volume 4, Part E, 7.7.65.2).
+inline constexpr std::int32_t kQXMinRSSI = -127;
+/// No reading is available; also the answer of operations that have none to give.
+inline constexpr std::int32_t kQXInvalidRSSI = 127;
 
 /// The manager behind its public face: its state, its four locks, and every operation, public and internal.
 ///
-/// The operations are spread over three folders by subject: `core` (making it, the radio's readiness), `settings` (the
-/// registry), `proximity` (scanning, smoothing, silence, calibration). docs/threading.md tells which thread runs each
-/// and which locks it takes; the only nesting is `_lockRssiDataFlag` before `_lockMutableSettingsFlag`.
+/// Where each operation lies, below `src`. The private steps of an operation stand beside it.
+///
+///     init                                 core/Manager.cpp
+///     delegate                             core/Manager.h
+///     setDelegate                          core/Manager.h
+///     samplingNumber                       core/Manager.h
+///     isLECapableHardware                  core/Manager.cpp
+///     centralManagerDidUpdateState         core/Manager.cpp
+///     addSettingForPrinterPortName         settings/Registration.cpp
+///     addSettingForTFTillfoxPortName       settings/Registration.cpp
+///     removeSettingWithPortName            settings/Registration.cpp
+///     getSettings                          settings/Persistence.cpp
+///     setSettings                          settings/Persistence.cpp
+///     serializedSettings                   settings/Persistence.cpp
+///     deserializeSettings                  settings/Persistence.cpp
+///     isValidateMACAddr                    settings/AddressHelpers.cpp
+///     getPortNameFromMACAddr               settings/AddressHelpers.cpp
+///     getMACAddressFromName                settings/AddressHelpers.cpp
+///     startScan                            proximity/ScanControl.cpp
+///     stopScan                             proximity/ScanControl.cpp
+///     restartScan                          proximity/ScanControl.cpp
+///     centralManagerDidDiscoverPeripheral  proximity/Advertisement.cpp
+///     eventRepeatTimer                     proximity/PresenceSweep.cpp
+///     calibrateActionArea                  proximity/Calibration.cpp
+///     getRSSI                              proximity/Calibration.cpp
+///     acceptsAddress                       settings/AddressHelpers.cpp
+///     snapshot                             settings/Persistence.cpp
+///
+/// docs/threading.md tells which thread runs each and which locks it takes; the only nesting is `_lockRssiDataFlag`
+/// before `_lockMutableSettingsFlag`.
 class Manager : public CBCentralManagerDelegate {
 public:
     using Text = QXNearcastManager::Text;
@@ -85,12 +116,10 @@ protected:
 
 private:
     struct Registration;
-    /// What the registry said of an address.
-    struct FoundPort {
-        std::optional<RegisteredPort> port;
-        std::uint64_t changes = 0;  ///< of the registry, when it said so
-
-        [[nodiscard]] std::string_view nameOrNone() const noexcept { return port ? port->name.view() : ""; }
+    /// What is known of one dongle that is in range.
+    struct Signal {
+        NSDate lastUpdate;
+        Smoothing smoothing;
     };
 
     [[nodiscard]] Trace trace(std::string_view method, Trace::Audience audience) const {
@@ -117,8 +146,8 @@ private:
                   std::int32_t RSSI);
     bool readAddress(const Trace& trace, const CBPeripheral& peripheral, std::span<const std::uint8_t> payload,
                      DongleAddress& address);
-    // Reads nothing of the tables.
-    void expectLookUps(const AddressKey& address) const NEARCAST_NO_THREAD_SAFETY_ANALYSIS;
+    // Without the locks: it reads nothing of the tables.
+    void prefetchTables(const AddressKey& address) const NEARCAST_NO_THREAD_SAFETY_ANALYSIS;
     bool sampleForCalibration(const Trace& trace, std::string_view address, std::int32_t RSSI);
     std::optional<std::int32_t> smooth(const Trace& trace, const AddressKey& address, std::int32_t RSSI);
     void report(const Trace& trace, const AddressKey& address, std::int32_t output);

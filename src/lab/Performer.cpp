@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Performer.h"
+#include "support/Dongle.h"
 
 #include <cxxabi.h>
 #include <algorithm>
@@ -114,7 +115,7 @@ void Performer::operator()(const lines::Advertise& action) {
     if (action.services) {
         for (const std::string& service : *action.services) report.services.push_back(CBUUID::UUIDWithString(service));
     } else {
-        static const CBUUID dongle = CBUUID::UUIDWithString(lines::dongleService);
+        static const CBUUID dongle = CBUUID::UUIDWithString(dongle::serviceUUID);
         report.services.push_back(dongle);
     }
     platform_.radio()->advertise(report);

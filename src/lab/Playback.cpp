@@ -5,8 +5,8 @@
 #include "lab/Performer.h"
 #include "lab/PlaybackRecorder.h"
 #include "lab/Script.h"
-#include "nearest/DongleAddress.h"
 #include "platform/json/JSONSerialization.h"
+#include "support/Dongle.h"
 
 #include <algorithm>
 #include <chrono>
@@ -45,8 +45,8 @@ Settings donglesOf(const PlaybackInput& input) {
     for (const lines::Line& line : input.lines) {
         const auto* advertise = std::get_if<lines::Advertise>(&line.action);
         if (advertise == nullptr) continue;
-        nearest::DongleAddress address;
-        if (!address.read({.name = advertise->name, .manufacturerData = advertise->manufacturerData})) continue;
+        DongleAddress address;
+        if (!address.read(advertise->manufacturerData, advertise->name)) continue;
         if (registry.find(address.text()) != registry.end()) continue;
         registry.emplace(address.text(), recordOf(address.text()));
         if (registry.size() <= mostDongles) continue;

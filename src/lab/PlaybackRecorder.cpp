@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/PlaybackRecorder.h"
 
-#include "nearest/DongleAddress.h"
+#include "support/Dongle.h"
 
 #include <algorithm>
 #include <utility>
@@ -99,8 +99,8 @@ std::shared_ptr<QXNearcastManagerDelegate> PlaybackRecorder::delegate(bool disco
 
 void PlaybackRecorder::heard(const CBPeripheral& peripheral, const AdvertisementData& data, std::int32_t RSSI) {
     if (!clock_ || RSSI == noReading) return;
-    nearest::DongleAddress address;
-    if (!address.read({.name = peripheral.name, .manufacturerData = data.manufacturerData})) return;
+    DongleAddress address;
+    if (!address.read(data.manufacturerData, peripheral.name)) return;
     add(Kind::heard, indexOf(address.text()), RSSI);
 }
 

@@ -16,9 +16,6 @@ namespace nearcast::lines {
 
 using Time = std::chrono::microseconds;
 
-/// The service that dongles advertise; what an `advertise` line without services carries.
-inline constexpr std::string_view dongleService = "4F37D906-3F43-440C-98E0-9E709971CADF";
-
 // What a line does. A text, list or number that the line leaves out is absent.
 struct SharedManager {};
 struct SetDelegate {
@@ -61,7 +58,7 @@ struct Advertise {
     std::optional<std::string> name;
     std::optional<std::vector<std::uint8_t>> manufacturerData;
     std::int32_t RSSI = 0;
-    std::optional<std::vector<std::string>> services;  ///< nothing: the dongle service only
+    std::optional<std::vector<std::string>> services;  ///< nothing: that of dongles alone (`dongle::serviceUUID`)
 };
 struct End {};
 

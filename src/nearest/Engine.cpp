@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "nearest/Engine.h"
 
-#include "nearest/DongleAddress.h"
+#include "support/Dongle.h"
 
 #include <stdexcept>
 #include <utility>
@@ -46,8 +46,8 @@ Nearest::Engine::Engine(const Sources& sources, Changed changed, const NearestSe
 
 void Nearest::Engine::heard(const HeardAdvertisement& heard) {
     if (!heard.wanted || heard.RSSI == noReading) return;
-    nearest::DongleAddress address;
-    if (!address.read(heard)) return;
+    DongleAddress address;
+    if (!address.read(heard.manufacturerData, heard.name)) return;
     askBeforeSilence(heard.at);
     {
         const MutexLock lock(mutex_);

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "proximity/Calibration.h"
+
 #include "core/Manager.h"
 
 #include <chrono>
@@ -9,8 +11,31 @@ namespace {
 
 constexpr int passes = 14;
 constexpr std::chrono::milliseconds pause{500};
+constexpr std::size_t passedOver = 4;
 
 }  // namespace
+
+void ActionAreaSamples::append(std::int32_t RSSI) noexcept {
+    const std::size_t place = count_.load(std::memory_order_relaxed);
+    if (place == enough) return;
+    samples_[place].store(RSSI, std::memory_order_relaxed);
+    count_.store(place + 1, std::memory_order_release);
+}
+
+std::int32_t ActionAreaSamples::secondStrongest() const noexcept {
+    std::int32_t strongest = kQXMinRSSI;
+    std::int32_t second = kQXMinRSSI;
+    for (std::size_t place = passedOver; place < enough; ++place) {
+        const std::int32_t sample = samples_[place].load(std::memory_order_relaxed);
+        if (sample > strongest) {
+            second = strongest;
+            strongest = sample;
+        } else if (sample > second) {
+            second = sample;
+        }
+    }
+    return second;
+}
 
 std::int32_t Manager::calibrateActionArea(Text MACAddr) {
     const Trace trace = this->trace("-[QXNearcastManager calibrateActionArea:]", Trace::Audience::publicAPI);

@@ -21,7 +21,8 @@ void Manager::eventRepeatTimer() {
                 ++place;
                 continue;
             }
-            // Nobody asks for silence: the table keeps what it holds, and the sweep ends without an exit record.
+            // The delegate does not ask for silence: the table keeps what it holds, and the sweep ends without an exit
+            // record.
             AddressText space;
             if (!tellSilence(rssiData.addressAt(place, space))) return;
             rssiData.eraseAt(place);
@@ -39,6 +40,8 @@ bool Manager::isStale(const Signal& signal) const {
 bool Manager::tellSilence(const AddressKey& address) {
     AtomicShared<QXNearcastManagerDelegate>::Borrowed listener(_delegate);
     if (listener.get() == nullptr || !listener.get()->didUpdateState) return false;
+    // Twice, and traces show both: first for whether there is a port, then for its name. The registry may change in
+    // between; the second answer counts.
     FoundPort found = findPort(&address);
     if (found.port) found = findPort(&address);
     listener.reload();

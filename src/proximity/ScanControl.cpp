@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/Manager.h"
+#include "support/Dongle.h"
 
 #include <chrono>
 
@@ -9,7 +10,6 @@ namespace {
 
 constexpr std::chrono::seconds restartInterval{120};
 constexpr std::chrono::seconds sweepInterval{5};
-constexpr std::string_view dongleServiceUUID = "4F37D906-3F43-440C-98E0-9E709971CADF";
 
 }  // namespace
 
@@ -63,7 +63,7 @@ void Manager::restartScan(NSTimer& tm) {
     trace.start("", Pointer{&tm});
     if (auto* central = manager.load()) {
         central->stopScan();
-        central->scanForPeripheralsWithServices(std::vector{CBUUID::UUIDWithString(dongleServiceUUID)},
+        central->scanForPeripheralsWithServices(std::vector{CBUUID::UUIDWithString(dongle::serviceUUID)},
                                                 ScanOptions{.allowDuplicates = true});
     }
     trace.end("", Pointer{&tm});

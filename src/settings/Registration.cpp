@@ -1,18 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "settings/Registration.h"
-
+#include "core/Manager.h"
 #include "support/Number.h"
 
 namespace nearcast {
 
 namespace {
 
-constexpr RegistrationWords printerWords{
+/// The texts in which the two kinds of registration differ. The differences are part of the interface.
+struct Words {
+    std::string_view missingConsole;  ///< the port name or the address is absent
+    std::string_view missingReason;
+    std::string_view addressInUseReason;
+};
+
+constexpr Words printerWords{
     "portName or MACAddr is nil",
     "portName or dongle MAC address is nil.",
     "The specified dongle MAC address is already in use.",
 };
-constexpr RegistrationWords drawerWords{
+constexpr Words drawerWords{
     "portName or MACAddr is nil.",
     "portName or dongleMACAddr is nil.",
     "The specified dongleMACAddr is already in use.",
@@ -22,7 +28,25 @@ std::string textOf(Manager::Text text) { return std::string(text.value_or("(null
 
 }  // namespace
 
-std::int32_t Manager::Registration::thresholdRSSI() const { return int32FromNumber(Threshold.value_or(0)); }
+/// One call of a registration operation.
+struct Manager::Registration {
+    Text portName;
+    Text portSettings;
+    bool drawerGiven = false;  ///< the printer's operation, which lists the drawer among its arguments
+    bool withDrawer = false;
+    Text MACAddr;
+    std::optional<double> Threshold;
+    Text nickName;
+    QXDeviceType deviceType = QXDeviceTypeUnknown;
+    const Words* words = nullptr;
+
+    /// "Threshold RSSI": cut toward zero and clamped; 0 where it is absent.
+    [[nodiscard]] std::int32_t thresholdRSSI() const { return int32FromNumber(Threshold.value_or(0)); }
+    /// The arguments as trace records list them.
+    [[nodiscard]] std::string arguments() const;
+    /// The record without port settings and threshold.
+    [[nodiscard]] SettingRecord record() const;
+};
 
 std::string Manager::Registration::arguments() const {
     std::string text = textOf(portName) + ", " + textOf(portSettings) + ", ";
@@ -44,8 +68,15 @@ void Manager::addSettingForPrinterPortName(Text portName, Text portSettings, boo
     addSetting(trace("-[QXNearcastManager addSettingForPrinterPortName:portSettings:withDrawer:dongleMACAddr:"
                      "RSSIthreshould:nickName:]",
                      Trace::Audience::publicAPI),
-               {portName, portSettings, true, useDrawer, MACAddr, Threshold, nickName, QXDeviceTypeDesktopPrinter,
-                &printerWords});
+               {.portName = portName,
+                .portSettings = portSettings,
+                .drawerGiven = true,
+                .withDrawer = useDrawer,
+                .MACAddr = MACAddr,
+                .Threshold = Threshold,
+                .nickName = nickName,
+                .deviceType = QXDeviceTypeDesktopPrinter,
+                .words = &printerWords});
 }
 
 void Manager::addSettingForTFTillfoxPortName(Text portName, Text portSettings, Text MACAddr,
@@ -53,7 +84,15 @@ void Manager::addSettingForTFTillfoxPortName(Text portName, Text portSettings, T
     addSetting(
         trace("-[QXNearcastManager addSettingForTFTillfoxPortName:portSettings:dongleMACAddr:RSSIthreshould:nickName:]",
               Trace::Audience::publicAPI),
-        {portName, portSettings, false, true, MACAddr, Threshold, nickName, QXDeviceTypeTFTillfox, &drawerWords});
+        {.portName = portName,
+         .portSettings = portSettings,
+         .drawerGiven = false,
+         .withDrawer = true,
+         .MACAddr = MACAddr,
+         .Threshold = Threshold,
+         .nickName = nickName,
+         .deviceType = QXDeviceTypeTFTillfox,
+         .words = &drawerWords});
 }
 
 bool Manager::holdsPortName(std::string_view portName) {
@@ -74,7 +113,7 @@ void Manager::refuse(const Trace& trace, const Registration& registration, const
 void Manager::check(const Trace& trace, const Registration& registration) {
     const Text& portName = registration.portName;
     const Text& MACAddr = registration.MACAddr;
-    const RegistrationWords& words = *registration.words;
+    const Words& words = *registration.words;
     if (!portName || !MACAddr) {
         trace.error("(portName == nil) || (MACAddr == nil), ", Pointer{portName ? portName->data() : nullptr}, ", ",
                     Pointer{MACAddr ? MACAddr->data() : nullptr});

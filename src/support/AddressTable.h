@@ -24,8 +24,8 @@ public:
     AddressTable(const AddressTable&) = delete;
     AddressTable& operator=(const AddressTable&) = delete;
 
-    /// Prepares a look-up of an address; see `PackedAddressMap::expect`. From any thread at any time.
-    void expect(PackedAddress address) const noexcept { index_.expect(address); }
+    /// Prepares a look-up of an address; see `PackedAddressMap::prefetch`. From any thread at any time.
+    void prefetch(PackedAddress address) const noexcept { index_.prefetch(address); }
 
     /// Null where there is none. Valid until one is erased.
     [[nodiscard]] Value* find(const AddressKey& key) const {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/Number.h"
 
+#include <nearcast/SettingRecord.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -27,6 +29,15 @@ std::int32_t int32FromText(std::string_view text) noexcept {
         value = std::min<std::int64_t>(value * 10 + (letter - '0'), std::int64_t{1} << 40);
     }
     return clampedToInt32(negative ? -value : value);
+}
+
+std::int32_t SettingValue::intValue() const noexcept {
+    if (const auto* value = as<bool>()) return *value ? 1 : 0;
+    if (const auto* value = as<std::int64_t>()) return clampedToInt32(*value);
+    if (as<std::uint64_t>() != nullptr) return INT32_MAX;  // held only above the signed range
+    if (const auto* value = as<double>()) return int32FromNumber(*value);
+    if (const auto* value = as<std::string>()) return int32FromText(*value);
+    return 0;
 }
 
 }  // namespace nearcast

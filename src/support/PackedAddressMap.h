@@ -17,7 +17,7 @@ namespace nearcast {
 /// A node for each number, as the standard library keeps them, is three lines of memory away, one after the other: with
 /// more dongles than the caches hold, that is most of what an advertisement costs. Here numbers and values stand in one
 /// array, each at the place that its number says or at the next free one after it. Not for several threads at once,
-/// but for `expect`.
+/// but for `prefetch`.
 /// @tparam Value small, cheap to move, and with a default
 template <class Value>
 class PackedAddressMap {
@@ -28,7 +28,7 @@ public:
 
     /// Asks for the line of memory that a look-up will read, without waiting for it. From any thread at any time: it
     /// reads nothing of the table. What changes meanwhile makes it useless, not wrong.
-    void expect(PackedAddress number) const noexcept {
+    void prefetch(PackedAddress number) const noexcept {
         const std::size_t place = mixed(number) >> publishedShift_.load(std::memory_order_relaxed);
         const std::uintptr_t line = publishedSlots_.load(std::memory_order_relaxed) + place * sizeof(Slot);
         __builtin_prefetch(reinterpret_cast<const void*>(line));  // NOLINT(performance-no-int-to-ptr)

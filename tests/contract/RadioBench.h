@@ -5,6 +5,7 @@
 #include "platform/CBCentralManager.h"
 #include "platform/json/JSONSerialization.h"
 #include "platform/timeline/TimelinePlatform.h"
+#include "support/Dongle.h"
 
 #include <chrono>
 #include <functional>
@@ -15,7 +16,7 @@
 namespace nearcast::contract {
 
 /// The service that every bench's dongle advertises, and one that none does.
-inline const CBUUID dongleService = CBUUID::UUIDWithString("4F37D906-3F43-440C-98E0-9E709971CADF");
+inline const CBUUID dongleService = CBUUID::UUIDWithString(dongle::serviceUUID);
 inline const CBUUID otherService = CBUUID::UUIDWithString("180F");
 
 /// Keeps what a radio tells; `onReport` runs inside each report.

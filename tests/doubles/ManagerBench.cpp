@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doubles/ManagerBench.h"
 
+#include "support/Dongle.h"
+
 #include <charconv>
 #include <utility>
 
@@ -25,7 +27,7 @@ void ManagerBench::hear(std::optional<std::vector<std::uint8_t>> payload, std::o
     report.manufacturerData = std::move(payload);
     report.name = std::move(name);
     report.RSSI = RSSI;
-    report.services.push_back(CBUUID::UUIDWithString("4F37D906-3F43-440C-98E0-9E709971CADF"));
+    report.services.push_back(CBUUID::UUIDWithString(dongle::serviceUUID));
     radio().advertise(report);
 }
 
@@ -42,7 +44,7 @@ std::vector<std::string> ManagerBench::reports() const {
 }
 
 std::vector<std::uint8_t> ManagerBench::payloadOf(std::string_view address) {
-    std::vector<std::uint8_t> payload{0xFF, 0xFF};
+    std::vector<std::uint8_t> payload(dongle::payloadMark.begin(), dongle::payloadMark.end());
     for (std::size_t place = 0; place + 1 < address.size(); place += 3) {
         std::uint8_t octet = 0;
         std::from_chars(address.data() + place, address.data() + place + 2, octet, 16);

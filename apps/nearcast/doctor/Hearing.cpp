@@ -2,21 +2,18 @@
 #include "doctor/Hearing.h"
 
 #include "common/Words.h"
-#include "lines/Line.h"
 #include "platform/hciformat/RawReport.h"
+#include "support/Dongle.h"
 
 #include <algorithm>
-#include <span>
+#include <utility>
 
 namespace nearcast::cli {
 
 namespace {
 
-constexpr std::size_t addressOctets = 6;
-constexpr std::string_view nameMarker = "QX";
-
 bool hasDongleService(const AdvertisingReport& report) {
-    static const CBUUID service = CBUUID::UUIDWithString(lines::dongleService);
+    static const CBUUID service = CBUUID::UUIDWithString(dongle::serviceUUID);
     return std::find(report.services.begin(), report.services.end(), service) != report.services.end();
 }
 
@@ -24,28 +21,18 @@ double secondsOf(std::chrono::microseconds time) { return std::chrono::duration<
 
 }  // namespace
 
-std::optional<std::string> addressInPayload(const AdvertisingReport& report) {
-    if (!report.manufacturerData || report.manufacturerData->size() < 2 + addressOctets) return std::nullopt;
-    const std::span<const std::uint8_t> payload(*report.manufacturerData);
-    if (payload[0] != 0xFF || payload[1] != 0xFF) return std::nullopt;
-    return addressText(payload.subspan(2, addressOctets));
+std::optional<SaidAddress> addressSaidIn(const AdvertisingReport& report) {
+    DongleAddress address;
+    if (!address.read(report.manufacturerData, report.name)) return std::nullopt;
+    const bool inPayload = dongle::isMarked(*report.manufacturerData);
+    // The manager's scan passes the others over. Most of them are no dongles, and have names all the same.
+    const bool looksLikeDongle = inPayload || report.name->starts_with(dongle::nameMarker);
+    if (!looksLikeDongle && !hasDongleService(report)) return std::nullopt;
+    return SaidAddress{std::string(address.text()), inPayload};
 }
 
-std::optional<std::string> addressInName(const AdvertisingReport& report) {
-    constexpr std::size_t length = nameMarker.size() + 2 * addressOctets;
-    if (!report.name || report.name->size() < length || !report.name->starts_with(nameMarker)) return std::nullopt;
-    const std::string_view digits = std::string_view(*report.name).substr(nameMarker.size(), 2 * addressOctets);
-    if (digits.find_first_not_of("0123456789ABCDEFabcdef") != std::string_view::npos) return std::nullopt;
-    std::string text;
-    for (std::size_t place = 0; place < digits.size(); place += 2) {
-        text.append(text.empty() ? "" : ":").append(digits.substr(place, 2));
-    }
-    return text;
-}
-
-std::optional<std::string> HearingCounter::dongleOf(const AdvertisingReport& report, bool service) {
-    auto said = addressInPayload(report);
-    if (!said) said = addressInName(report);
+std::optional<std::string> HearingCounter::dongleOf(const AdvertisingReport& report, std::optional<std::string> said,
+                                                    bool service) {
     if (!report.address) {
         if (!said && service) said = "from an unknown sender";
         return said;
@@ -66,9 +53,10 @@ std::optional<std::string> HearingCounter::dongleOf(const AdvertisingReport& rep
 
 void HearingCounter::heard(const AdvertisingReport& report, Time at) {
     const bool service = hasDongleService(report);
+    const auto said = addressSaidIn(report);
     const MutexLock lock(mutex_);
     ++reports_;
-    const auto address = dongleOf(report, service);
+    const auto address = dongleOf(report, said ? std::optional(said->text) : std::nullopt, service);
     const bool room = address && (dongles_.size() < mostDongles || dongles_.count(*address) != 0);
     if (!room) {
         ++foreign_;
@@ -79,8 +67,8 @@ void HearingCounter::heard(const AdvertisingReport& report, Time at) {
     if (hearing.reports++ != 0) hearing.longestGap = std::max(hearing.longestGap, secondsOf(at - dongle.last));
     dongle.last = at;
     hearing.services += service ? 1U : 0U;
-    hearing.payloads += addressInPayload(report) ? 1U : 0U;
-    hearing.names += addressInName(report) ? 1U : 0U;
+    hearing.payloads += said && said->inPayload ? 1U : 0U;
+    hearing.names += said && !said->inPayload ? 1U : 0U;
     if (report.RSSI == noRSSI) return;
     ++hearing.signals;
     dongle.sumRSSI += report.RSSI;

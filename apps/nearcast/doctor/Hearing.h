@@ -18,10 +18,10 @@ namespace nearcast::cli {
 struct DongleHearing {
     std::string address;  ///< as the manager would tell it; "from ..." where the dongle never said it
     std::uint64_t reports = 0;
-    // In how many of them it was usable:
+    // How many of them had:
     std::uint64_t services = 0;  ///< the dongle service, without which the manager's scan passes them over
-    std::uint64_t payloads = 0;  ///< FFFF and six octets
-    std::uint64_t names = 0;     ///< QX and twelve hexadecimal digits
+    std::uint64_t payloads = 0;  ///< the address in the manufacturer data
+    std::uint64_t names = 0;     ///< the address in the name, and manufacturer data that let the name count
     std::uint64_t signals = 0;   ///< a signal that is one
     double meanRSSI = 0;         ///< dBm, of these
     double longestGap = 0;       ///< seconds from one report to the next, or to the end
@@ -52,8 +52,8 @@ private:
         double sumRSSI = 0;
     };
 
-    [[nodiscard]] std::optional<std::string> dongleOf(const AdvertisingReport& report, bool service)
-        NEARCAST_REQUIRES(mutex_);
+    [[nodiscard]] std::optional<std::string> dongleOf(const AdvertisingReport& report, std::optional<std::string> said,
+                                                      bool service) NEARCAST_REQUIRES(mutex_);
 
     mutable Mutex mutex_;
     std::uint64_t reports_ NEARCAST_GUARDED_BY(mutex_) = 0;
@@ -63,8 +63,14 @@ private:
     std::map<DeviceAddress, std::string> senders_ NEARCAST_GUARDED_BY(mutex_);
 };
 
-/// The address that manufacturer data, or a name, says; nothing where it is not usable.
-std::optional<std::string> addressInPayload(const AdvertisingReport& report);
-std::optional<std::string> addressInName(const AdvertisingReport& report);
+/// An address as the manager reads it.
+struct SaidAddress {
+    std::string text;        ///< made from a name it can be any text
+    bool inPayload = false;  ///< it stands in the manufacturer data, not in the name
+};
+
+/// The address that a report says. Of a report without the dongle service, which the manager never gets, only one that
+/// has the form of a dongle's counts.
+std::optional<SaidAddress> addressSaidIn(const AdvertisingReport& report);
 
 }  // namespace nearcast::cli

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/bluez/SdMessage.h"
 
+#include "support/Dongle.h"
+
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace nearcast::bluez {
 
 namespace {
-
-constexpr std::uint16_t dongleCompany = 0xFFFF;
 
 /// Calls `read` for each element of an array of dictionary entries; it reads the entry.
 /// @param array, entry the types, as "{sv}" and "sv"
@@ -70,7 +71,7 @@ int readManufacturer(sd_bus_message* message, DeviceNews& news) {
         const void* octets = nullptr;
         std::size_t size = 0;
         const int read = sd_bus_message_read_array(message, 'y', &octets, &size);
-        if (read >= 0 && (!news.manufacturer || company == dongleCompany)) {
+        if (read >= 0 && (!news.manufacturer || company == dongle::company)) {
             news.manufacturer = DeviceNews::Manufacturer{company, {static_cast<const std::uint8_t*>(octets), size}};
         }
         return read;

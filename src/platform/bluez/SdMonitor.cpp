@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/bluez/SdMonitor.h"
 
+#include "support/Dongle.h"
+
 #include <cstdint>
 
 namespace nearcast::bluez {
@@ -11,7 +13,6 @@ constexpr const char* monitorPath = "/org/nearcast/monitors/dongles";
 constexpr const char* monitorInterface = "org.bluez.AdvertisementMonitor1";
 // Core Specification Supplement, Part A, 1.4: manufacturer specific data begin with the company identifier.
 constexpr std::uint8_t manufacturerSpecificData = 0xFF;
-constexpr std::uint8_t dongleCompany[] = {0xFF, 0xFF};
 
 }  // namespace
 
@@ -61,8 +62,8 @@ int SdMonitor::type(sd_bus* /*bus*/, const char* /*path*/, const char* /*interfa
 int SdMonitor::patterns(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/, const char* /*property*/,
                         sd_bus_message* reply, void* /*self*/, sd_bus_error* /*error*/) noexcept {
     constexpr int start = 0;
-    return sd_bus_message_append(reply, "a(yyay)", 1, start, int{manufacturerSpecificData}, 2, int{dongleCompany[0]},
-                                 int{dongleCompany[1]});
+    return sd_bus_message_append(reply, "a(yyay)", 1, start, int{manufacturerSpecificData}, 2,
+                                 int{dongle::payloadMark[0]}, int{dongle::payloadMark[1]});
 }
 
 }  // namespace nearcast::bluez

@@ -3,6 +3,7 @@
 
 #include "lines/Line.h"
 #include "platform/replay/RecordingWriter.h"
+#include "support/Dongle.h"
 
 #include <algorithm>
 #include <span>
@@ -17,7 +18,7 @@ namespace {
 using lines::Advertise;
 
 std::vector<CBUUID> servicesOf(const Advertise& line) {
-    static const CBUUID dongleService = CBUUID::UUIDWithString(lines::dongleService);
+    static const CBUUID dongleService = CBUUID::UUIDWithString(dongle::serviceUUID);
     if (!line.services) return {dongleService};
     std::vector<CBUUID> services;
     services.reserve(line.services->size());
@@ -52,7 +53,7 @@ lines::TextReader::Source sourceOf(RecordingInput& input) {
 }
 
 bool isDongleServiceAlone(const std::vector<CBUUID>& services) {
-    static const CBUUID dongleService = CBUUID::UUIDWithString(lines::dongleService);
+    static const CBUUID dongleService = CBUUID::UUIDWithString(dongle::serviceUUID);
     return services.size() == 1 && services.front() == dongleService;
 }
 

@@ -8,6 +8,7 @@
 #include "platform/replay/PcapReader.h"
 #include "platform/replay/PcapngReader.h"
 #include "platform/replay/RecordingInput.h"
+#include "support/Dongle.h"
 
 #include <algorithm>
 #include <array>
@@ -136,7 +137,7 @@ bool isGiven(const RadioString& radio, std::string_view name, std::string_view o
 }
 
 void addDongleService(std::vector<CBUUID>& services) {
-    static const CBUUID dongleService = CBUUID::UUIDWithString(lines::dongleService);
+    static const CBUUID dongleService = CBUUID::UUIDWithString(dongle::serviceUUID);
     if (std::find(services.begin(), services.end(), dongleService) == services.end()) services.push_back(dongleService);
 }
 
@@ -165,8 +166,7 @@ void RecordingOptions::apply(RecordedReport& report) const {
     if (anyService) addDongleService(report.report.services);
     if (!asDongles || !report.report.address) return;
     addDongleService(report.report.services);
-    auto& payload = report.report.manufacturerData.emplace(2 + report.report.address->size(), std::uint8_t{0xFF});
-    std::copy(report.report.address->begin(), report.report.address->end(), payload.begin() + 2);
+    report.report.manufacturerData = dongle::payloadOf(*report.report.address);
 }
 
 }  // namespace nearcast::replay

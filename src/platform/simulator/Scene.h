@@ -12,9 +12,6 @@
 /// it.
 namespace nearcast::simulator {
 
-/// The service that dongles advertise.
-inline constexpr std::string_view dongleService = "4F37D906-3F43-440C-98E0-9E709971CADF";
-
 /// A point of the floor plan in metres: x to the right, y up.
 struct Place {
     double x = 0;

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/simulator/SimulatorPlatform.h"
 
+#include "support/Dongle.h"
+
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 #include <utility>
@@ -17,34 +20,24 @@ CBManagerState firstState(const Scene& scene) {
     return fromTheStart ? scene.radio.front().state : CBManagerStatePoweredOn;
 }
 
-std::uint8_t digit(char letter) { return static_cast<std::uint8_t>(letter <= '9' ? letter - '0' : letter - 'A' + 10); }
-
-/// FF FF, the company identifier that dongles use, and the address.
-std::vector<std::uint8_t> manufacturerDataOf(const std::string& address) {
-    std::vector<std::uint8_t> data = {0xFF, 0xFF};
-    for (std::size_t index = 0; index + 1 < address.size(); index += 3) {
-        data.push_back(static_cast<std::uint8_t>(digit(address[index]) << 4 | digit(address[index + 1])));
-    }
-    return data;
-}
-
 /// What a dongle sends that has its address in its name: the manager looks at the name only where there is manufacturer
 /// data, and that of another manufacturer.
 const std::vector<std::uint8_t> otherManufacturer = {0xFE, 0xFF};
 
-/// "QX" and the address's digits.
-std::string nameOf(const std::string& address) {
-    std::string name = "QX";
-    std::copy_if(address.begin(), address.end(), std::back_inserter(name), [](char letter) { return letter != ':'; });
-    return name;
+std::vector<std::uint8_t> payloadOf(const std::string& address) {
+    const PackedAddress packed = packedAddress(address);
+    std::array<std::uint8_t, AddressText::octets> octets{};
+    for (std::size_t octet = 0; octet < octets.size(); ++octet) {
+        octets[octet] = static_cast<std::uint8_t>(packed >> 8 * (octets.size() - 1 - octet));
+    }
+    return dongle::payloadOf(octets);
 }
 
-AdvertisingReport reportOf(const Dongle& dongle) {
+AdvertisingReport reportOf(const Dongle& sender) {
     AdvertisingReport report;
-    report.manufacturerData =
-        dongle.payload == Dongle::Payload::name ? otherManufacturer : manufacturerDataOf(dongle.address);
-    if (dongle.payload != Dongle::Payload::data) report.name = nameOf(dongle.address);
-    report.services = {CBUUID::UUIDWithString(dongleService)};
+    report.manufacturerData = sender.payload == Dongle::Payload::name ? otherManufacturer : payloadOf(sender.address);
+    if (sender.payload != Dongle::Payload::data) report.name = dongle::nameOf(sender.address);
+    report.services = {CBUUID::UUIDWithString(dongle::serviceUUID)};
     return report;
 }
 

@@ -12,6 +12,7 @@
 #include <nearcast/Platform.h>
 
 #include "platform/factory/PlatformFactory.h"
+#include "support/Dongle.h"
 
 #include <cinttypes>
 #include <cstdio>
@@ -116,7 +117,7 @@ int main(int argc, char** argv) {
         if (argc < 2) throw std::invalid_argument("usage: lab_listener RADIO [dongles|everything]");
         nearcast::Services services;
         if (argc < 3 || std::string_view(argv[2]) == "dongles") {
-            services = {nearcast::CBUUID::UUIDWithString("4F37D906-3F43-440C-98E0-9E709971CADF")};
+            services = {nearcast::CBUUID::UUIDWithString(nearcast::dongle::serviceUUID)};
         }
         nearcast::listen(argv[1], services);
         return 0;

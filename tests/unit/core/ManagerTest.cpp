@@ -5,12 +5,15 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <limits>
 #include <string>
 #include <vector>
 
 namespace nearcast {
 namespace {
 
+using namespace std::chrono_literals;
 using Lines = std::vector<std::string>;
 
 class ManagerTest : public testing::Test, protected doubles::ManagerBench {};
@@ -65,6 +68,112 @@ TEST(ManagerWithoutARadio, KeepsTheDelegateThatItHadBeforeItWasInitialised) {
     manager.setDelegate(delegate);
     manager.init();
     EXPECT_EQ(manager.delegate(), delegate);
+}
+
+class Readiness : public testing::Test, protected doubles::ManagerBench {};
+
+TEST_F(Readiness, IsGivenAtOnceByARadioThatIsOn) {
+    EXPECT_TRUE(manager.isLECapableHardware());
+    EXPECT_EQ(platform.sleeps, 0);
+}
+
+TEST_F(Readiness, IsRefusedAtOnceByARadioThatIsResettingUnsupportedUnauthorizedOrOff) {
+    for (const std::int64_t state : {1, 2, 3, 4}) {
+        radio().setState(state);
+        EXPECT_FALSE(manager.isLECapableHardware()) << state;
+    }
+    EXPECT_EQ(platform.sleeps, 0);
+}
+
+TEST_F(Readiness, IsWaitedForTenTimesAHundredMillisecondsWhileTheStateIsUnknown) {
+    radio().setState(0);
+    EXPECT_FALSE(manager.isLECapableHardware());
+    EXPECT_EQ(platform.sleeps, 10);
+    EXPECT_EQ(platform.date().sinceStart(), 1s);
+}
+
+TEST_F(Readiness, IsGivenAfterThreeSleepsByARadioThatKnowsItsStateByThen) {
+    radio().setState(0);
+    platform.onSleep = [&] {
+        if (platform.sleeps == 3) radio().setState(5);
+    };
+    EXPECT_TRUE(manager.isLECapableHardware());
+    EXPECT_EQ(platform.sleeps, 3);
+}
+
+TEST_F(Readiness, IsStillGivenAfterTheNinthSleepAndNoMoreAfterTheTenth) {
+    for (const auto& [knownAt, capable] : {std::pair{9, true}, std::pair{10, false}}) {
+        radio().setState(0);
+        platform.sleeps = 0;
+        platform.onSleep = [&, when = knownAt] {
+            if (platform.sleeps == when) radio().setState(5);
+        };
+        EXPECT_EQ(manager.isLECapableHardware(), capable) << knownAt;
+    }
+}
+
+TEST_F(Readiness, IsRefusedWithoutASleepWhileTheStateIsOneThatNobodyKnows) {
+    for (const std::int64_t state : {std::int64_t{6}, std::int64_t{-1}, std::numeric_limits<std::int64_t>::max()}) {
+        radio().setState(state);
+        EXPECT_FALSE(manager.isLECapableHardware()) << state;
+    }
+    EXPECT_EQ(platform.sleeps, 0);
+}
+
+TEST_F(Readiness, TracesTheStateAtEachAttempt) {
+    radio().setState(6);
+    journal.watchTraces();
+    manager.isLECapableHardware();
+    Lines expected(10, "trace 6 isLECapableHardware: manager.state: 6");
+    expected.insert(expected.begin(), "trace 2 isLECapableHardware: ");
+    expected.emplace_back("trace 3 isLECapableHardware: -> 0");
+    EXPECT_EQ(journal.lines(), expected);
+}
+
+TEST_F(Readiness, CountsAnewWithEachCall) {
+    radio().setState(0);
+    manager.isLECapableHardware();
+    manager.isLECapableHardware();
+    EXPECT_EQ(platform.sleeps, 20);
+}
+
+TEST_F(Readiness, TakesNoLock) {
+    journal.watchLocks();
+    manager.isLECapableHardware();
+    EXPECT_EQ(journal.lines(), Lines{});
+}
+
+TEST_F(Readiness, AChangeOfStateLeavesTwoRecordsAndNothingElse) {
+    listen();
+    manager.startScan();
+    journal.clear();
+    journal.watchLocks();
+    journal.watchTraces();
+    radio().setState(4);
+    radio().setState(5);
+    const Lines once{"trace 2 centralManagerDidUpdateState:: -> <ptr>",
+                     "trace 3 centralManagerDidUpdateState:: -> <ptr>"};
+    EXPECT_EQ(journal.lines(), (Lines{once[0], once[1], once[0], once[1]}));
+}
+
+TEST_F(Readiness, AsksOnceWhereTheRadioVouchesForItsState) {
+    for (const std::int64_t state : {1, 2, 3, 4, 5}) {
+        radio().setState(state);
+        journal.clear();
+        journal.watchTraces();
+        manager.isLECapableHardware();
+        const std::string number = std::to_string(state);
+        EXPECT_EQ(journal.lines("trace 6 "), Lines{"trace 6 isLECapableHardware: manager.state: " + number});
+        EXPECT_EQ(journal.lines("trace 3 "),
+                  Lines{"trace 3 isLECapableHardware: -> " + std::string(state == 5 ? "1" : "0")});
+    }
+}
+
+TEST_F(Readiness, AsksAgainAfterASleepForAStateThatNobodyKnows) {
+    radio().setState(0);
+    platform.onSleep = [&] { radio().setState(6); };
+    EXPECT_FALSE(manager.isLECapableHardware());
+    EXPECT_EQ(platform.sleeps, 1) << "each kind of attempt counts";
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "proximity/ActionAreaSamples.h"
+#include "proximity/Calibration.h"
 
 #include <gtest/gtest.h>
 

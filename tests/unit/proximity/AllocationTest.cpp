@@ -3,7 +3,6 @@
 #include "doubles/KeptLines.h"
 #include "platform/json/JSONSerialization.h"
 #include "platform/virtual/VirtualPlatform.h"
-#include "support/SharedText.h"
 
 #include <gtest/gtest.h>
 

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace nearcast {
@@ -23,6 +24,7 @@ protected:
     Delegate() { manager.startScan(1); }
     ~Delegate() override {
         platform.onSleep = nullptr;
+        LogWriter::sharedInstance().stop();
         manager.stopScan();
     }
     Delegate(const Delegate&) = delete;
@@ -48,6 +50,22 @@ protected:
             if (!std::exchange(*done, true)) action();
         };
         manager.setDelegate(delegate);
+    }
+    /// Does this once, when the port of an address has been looked up: from the record that tells of it.
+    void onceAfterALookUp(std::function<void()> action) {
+        LogWriter::Options options;
+        options.synchronous = true;
+        options.sink = [action = std::move(action), done = std::make_shared<bool>(false)](const LogRecord& record) {
+            if (record.methodName != "-[QXNearcastManager getPortNameFromMACAddr:]" || record.logType != 3) return;
+            if (!std::exchange(*done, true)) action();
+        };
+        LogWriter::sharedInstance().start(std::move(options));
+    }
+    std::shared_ptr<QXNearcastManagerDelegate> nextDelegate() {
+        auto next = std::make_shared<QXNearcastManagerDelegate>();
+        next->didDiscoverPort = [&](auto...) { journal.add("the next delegate hears of a dongle"); };
+        next->didUpdateState = [&](auto...) { journal.add("the next delegate hears of silence"); };
+        return next;
     }
     void expectDeadlockRefused(const std::function<void()>& call) {
         try {
@@ -243,6 +261,54 @@ TEST_F(Delegate, MayStopTheScanFromTheSweepThatCallsIt) {
     journal.clear();
     pass(600s);
     EXPECT_EQ(journal.lines(), Lines{});
+}
+
+TEST_F(Delegate, HearsTheTypeThatARecordHasByNowNotTheOneThatWasFoundWithThePort) {
+    manager.setDelegate(listener());
+    addPrinter("A", dongle);
+    hear(dongle, -60);
+    onceAfterALookUp([&] {
+        manager.removeSettingWithPortName("A");
+        manager.addSettingForTFTillfoxPortName("A", {}, secondDongle, {}, {});
+    });
+    hear(dongle, -60);
+    EXPECT_EQ(reports(), Lines{"discover A 3 00:11:22:AA:BB:CC -60"});
+}
+
+TEST_F(Delegate, HearsOfAPortWithoutATypeWhoseRecordIsGoneByNow) {
+    manager.setDelegate(listener());
+    addPrinter("A", dongle);
+    hear(dongle, -60);
+    onceAfterALookUp([&] { manager.setSettings({}); });
+    hear(dongle, -60);
+    EXPECT_EQ(reports(), Lines{"discover A 0 00:11:22:AA:BB:CC -60"});
+}
+
+TEST_F(Delegate, ThatIsSetWhileThePortIsLookedUpHearsOfTheDongleInPlaceOfTheLastOne) {
+    manager.setDelegate(listener());
+    hear(dongle, -60);
+    onceAfterALookUp([&] { manager.setDelegate(nextDelegate()); });
+    hear(dongle, -60);
+    EXPECT_EQ(journal.count("the next delegate hears of a dongle"), 1U);
+    EXPECT_EQ(reports(), Lines{});
+}
+
+TEST_F(Delegate, ThatGoesWhileThePortIsLookedUpHearsNothingMore) {
+    manager.setDelegate(listener());
+    hear(dongle, -60);
+    onceAfterALookUp([&] { manager.setDelegate(nullptr); });
+    hear(dongle, -60);
+    EXPECT_EQ(reports(), Lines{});
+}
+
+TEST_F(Delegate, ThatIsSetWhileTheSweepLooksAPortUpHearsOfTheSilenceInPlaceOfTheLastOne) {
+    manager.setDelegate(listener());
+    hear(dongle, -60);
+    onceAfterALookUp([&] { manager.setDelegate(nextDelegate()); });
+    pass(5s);
+    EXPECT_EQ(journal.count("the next delegate hears of silence"), 1U);
+    EXPECT_EQ(reports(), Lines{});
+    EXPECT_EQ(manager.getRSSI(dongle), 127) << "it was told of, and is gone";
 }
 
 TEST_F(Delegate, ThatTakesTheScanLockAgainFromARestartGetsAnError) {

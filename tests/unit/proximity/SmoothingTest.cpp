@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "proximity/Smoothing.h"
-
-#include "doubles/Queue.h"
+#include "support/Queue.h"
 
 #include <gtest/gtest.h>
 
@@ -142,9 +141,9 @@ private:
         return false;
     }
 
-    doubles::Queue<int> raw_;
-    doubles::Queue<int> maxima_;
-    doubles::Queue<int> outputs_;
+    Queue<int> raw_;
+    Queue<int> maxima_;
+    Queue<int> outputs_;
 };
 
 /// A signal that wanders, jumps and is drowned in noise by turns.

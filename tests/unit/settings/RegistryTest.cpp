@@ -18,8 +18,8 @@ SettingRecordPointer recordOf(const std::string& address, std::int32_t deviceTyp
 }
 
 std::optional<std::string> nameFor(const Registry& registry, const std::string& address) {
-    const RegisteredPort* const port = registry.portOf(AddressKey(address));
-    return port == nullptr ? std::nullopt : std::optional(std::string(port->name.view()));
+    const FoundPort found = registry.find(AddressKey(address));
+    return found.port ? std::optional(std::string(found.port->name.view())) : std::nullopt;
 }
 
 /// What a walk through the records in their order finds.
@@ -48,24 +48,54 @@ TEST(Registry, ARecordThatIsReplacedIsNotFoundByItsOldAddress) {
     registry.insert("A", recordOf("Z", 1));
     registry.insert("A", recordOf("Y", 3));
     EXPECT_EQ(nameFor(registry, "Z"), std::nullopt);
-    EXPECT_EQ(registry.portOf(AddressKey("Y"))->deviceType, 3);
+    EXPECT_EQ(registry.find(AddressKey("Y")).port->deviceType, 3);
     EXPECT_EQ(registry.deviceTypeOf("A"), 3);
 }
 
-TEST(Registry, EveryChangeIsCountedAndNoRefusalIs) {
-    Registry registry;
-    auto changed = [&registry, last = registry.changes()]() mutable {
-        return registry.changes() != std::exchange(last, registry.changes());
-    };
-    registry.insert("A", recordOf("Z"));
-    EXPECT_TRUE(changed());
-    EXPECT_FALSE(registry.remove("B"));
-    EXPECT_FALSE(changed());
-    EXPECT_TRUE(registry.remove("A"));
-    EXPECT_TRUE(changed());
-    Registry other;
-    registry.swap(other);
-    EXPECT_TRUE(changed());
+/// A registry with one port, and what it said of it before the test changes it.
+class FoundPortTest : public testing::Test {
+protected:
+    FoundPortTest() {
+        registry_.insert("A", recordOf("Z", 1));
+        found_ = registry_.find(AddressKey("Z"));
+    }
+    [[nodiscard]] std::int32_t typeNow() const { return registry_.deviceTypeNow(found_); }
+
+    Registry registry_;
+    FoundPort found_;
+};
+
+TEST_F(FoundPortTest, HasTheTypeThatWasFoundWhileNothingChanges) {
+    EXPECT_EQ(found_.nameOrNone(), "A");
+    EXPECT_FALSE(registry_.remove("B"));
+    EXPECT_EQ(typeNow(), 1);
+}
+
+TEST_F(FoundPortTest, HasTheTypeOfARecordThatReplacedItsOwn) {
+    registry_.insert("A", recordOf("Z", 3));
+    EXPECT_EQ(typeNow(), 3);
+}
+
+TEST_F(FoundPortTest, HasTheTypeOfItsRecordWhateverAddressThatHasNow) {
+    registry_.insert("A", recordOf("Y", 3));
+    registry_.insert("B", recordOf("Z", 2));
+    EXPECT_EQ(typeNow(), 3);
+}
+
+TEST_F(FoundPortTest, HasNoTypeOnceItsRecordIsGone) {
+    registry_.remove("A");
+    EXPECT_EQ(typeNow(), 0);
+}
+
+TEST_F(FoundPortTest, HasTheTypeThatALoadedRegistryGivesIt) {
+    Registry loaded(Settings{{"A", recordOf("Z", 2)}});
+    registry_.swap(loaded);
+    EXPECT_EQ(typeNow(), 2);
+}
+
+TEST_F(FoundPortTest, IsNoneForAnAddressThatNobodyHolds) {
+    EXPECT_FALSE(registry_.find(AddressKey("Y")).port);
+    EXPECT_EQ(registry_.find(AddressKey("Y")).nameOrNone(), "");
 }
 
 TEST(Registry, AgreesWithAWalkThroughItsRecordsWhateverHappensToIt) {
@@ -89,6 +119,18 @@ TEST(Registry, AgreesWithAWalkThroughItsRecordsWhateverHappensToIt) {
         }
         const std::string address = someAddress();
         ASSERT_EQ(nameFor(registry, address), nameByWalk(registry, address)) << step;
+    }
+}
+
+TEST(SharedText, IsTheSameShortAndLong) {
+    for (const std::size_t size : {std::size_t{0}, SharedText::nearSize, SharedText::nearSize + 1, std::size_t{1000}}) {
+        const std::string text(size, 'x');
+        SharedText copy;
+        {
+            const SharedText shared(text);
+            copy = shared;
+        }
+        EXPECT_EQ(copy.view(), text) << size;
     }
 }
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/AddressTable.h"
 
-#include "support/SharedText.h"
-
 #include <gtest/gtest.h>
 
 #include <map>
@@ -89,18 +87,6 @@ TEST(AddressTable, TheLastOneTakesThePlaceOfOneThatGoes) {
     table.eraseAt(1);
     EXPECT_EQ(table[0], 2);
     EXPECT_EQ(table.size(), 1U);
-}
-
-TEST(SharedText, IsTheSameShortAndLong) {
-    for (const std::size_t size : {std::size_t{0}, SharedText::nearSize, SharedText::nearSize + 1, std::size_t{1000}}) {
-        const std::string text(size, 'x');
-        SharedText copy;
-        {
-            const SharedText shared(text);
-            copy = shared;
-        }
-        EXPECT_EQ(copy.view(), text) << size;
-    }
 }
 
 }  // namespace

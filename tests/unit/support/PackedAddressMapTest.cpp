@@ -12,7 +12,7 @@ namespace {
 
 TEST(PackedAddressMap, AnEmptyTableHasNothing) {
     PackedAddressMap<int> map;
-    map.expect(7);
+    map.prefetch(7);
     EXPECT_EQ(map.find(7), nullptr);
     EXPECT_EQ(map.find(0), nullptr);
     EXPECT_EQ(map.find(noAddress), nullptr);
@@ -59,7 +59,7 @@ TEST(PackedAddressMap, ExchangesItsContents) {
     few.assign(1, 10);
     for (PackedAddress number = 1; number <= 100; ++number) many.assign(number, static_cast<int>(number));
     few.swap(many);
-    few.expect(100);
+    few.prefetch(100);
     EXPECT_EQ(*few.find(100), 100);
     EXPECT_EQ(*many.find(1), 10);
     EXPECT_EQ(many.find(2), nullptr);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/Hearing.h"
-#include "lines/Line.h"
+#include "support/Dongle.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ constexpr DeviceAddress sender{0xC4, 0xF7, 0xC1, 0x4C, 0xC1, 0xC0};
 
 AdvertisingReport withService() {
     AdvertisingReport report;
-    report.services = {CBUUID::UUIDWithString(lines::dongleService)};
+    report.services = {CBUUID::UUIDWithString(dongle::serviceUUID)};
     report.RSSI = -60;
     return report;
 }
@@ -26,6 +26,7 @@ AdvertisingReport withPayload(std::uint8_t last = 1) {
 
 AdvertisingReport withName(std::string name) {
     AdvertisingReport report = withService();
+    report.manufacturerData = {0xFE, 0xFF};
     report.name = std::move(name);
     return report;
 }
@@ -51,24 +52,50 @@ TEST_F(HearingTest, PayloadAndNameOfOneDongleAreOneDongle) {
     EXPECT_EQ(dongle.names, 1U);
 }
 
-TEST_F(HearingTest, APayloadOfFewerThanSixOctetsIsNotUsable) {
+/// The text of the address, and where it stands; "none".
+std::string said(const AdvertisingReport& report) {
+    const auto address = addressSaidIn(report);
+    if (!address) return "none";
+    return address->text + (address->inPayload ? " in the payload" : " in the name");
+}
+
+TEST_F(HearingTest, APayloadOfFewerThanSixOctetsSaysNothingAndHidesTheName) {
     AdvertisingReport report = withPayload();
-    EXPECT_EQ(addressInPayload(report), "02:4E:43:00:00:01");
+    EXPECT_EQ(said(report), "02:4E:43:00:00:01 in the payload");
     report.manufacturerData->pop_back();
-    EXPECT_EQ(addressInPayload(report), std::nullopt);
+    report.name = "QX024E43000001";
+    EXPECT_EQ(said(report), "none");
 }
 
-TEST_F(HearingTest, APayloadOfAnotherCompanyIsNotUsable) {
-    AdvertisingReport report = withPayload();
-    report.manufacturerData->at(1) = 0x00;
-    EXPECT_EQ(addressInPayload(report), std::nullopt);
+TEST_F(HearingTest, ANameSaysTheAddressOnlyBesideManufacturerDataOfAnotherCompany) {
+    AdvertisingReport report = withName("QX024e43000001");
+    EXPECT_EQ(said(report), "02:4e:43:00:00:01 in the name");
+    report.manufacturerData = {0xFF, 0x00, 1, 2, 3, 4, 5, 6};
+    EXPECT_EQ(said(report), "02:4e:43:00:00:01 in the name");
+    report.manufacturerData.reset();
+    EXPECT_EQ(said(report), "none");
+    report = withPayload();
+    report.name = "QX024E43000002";
+    EXPECT_EQ(said(report), "02:4E:43:00:00:01 in the payload");
 }
 
-TEST_F(HearingTest, ANameIsUsableWithItsMarkerAndTwelveDigits) {
-    EXPECT_EQ(addressInName(withName("QX024e43000001")), "02:4e:43:00:00:01");
-    EXPECT_EQ(addressInName(withName("QX024E4300000")), std::nullopt);
-    EXPECT_EQ(addressInName(withName("QY024E43000001")), std::nullopt);
-    EXPECT_EQ(addressInName(withName("QX024E4300000G")), std::nullopt);
+TEST_F(HearingTest, ANameIsReadAsTheManagerReadsItWhereTheServiceIsCarried) {
+    EXPECT_EQ(said(withName("QX024E4300000")), "none");
+    EXPECT_EQ(said(withName("QX024E4300000G")), "02:4E:43:00:00:0G in the name");
+    EXPECT_EQ(said(withName("QY024E43000001")), "02:4E:43:00:00:01 in the name");
+    EXPECT_EQ(said(withName("Bar")), "Bar in the name");
+}
+
+TEST_F(HearingTest, WithoutTheServiceOnlyTheFormOfADongleCounts) {
+    const auto withoutService = [](AdvertisingReport report) {
+        report.services.clear();
+        return report;
+    };
+    EXPECT_EQ(said(withoutService(withPayload())), "02:4E:43:00:00:01 in the payload");
+    EXPECT_EQ(said(withoutService(withName("QX024E43000001"))), "02:4E:43:00:00:01 in the name");
+    EXPECT_EQ(said(withoutService(withName("Somebody's telephone"))), "none");
+    hear(withoutService(withName("Somebody's telephone")));
+    EXPECT_EQ(result().foreign, 1U);
 }
 
 TEST_F(HearingTest, AReportThatDoesNotSayItsAddressIsThatOfItsSender) {

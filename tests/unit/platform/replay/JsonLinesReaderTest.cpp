@@ -2,6 +2,7 @@
 #include "platform/replay/JsonLines.h"
 
 #include "lines/Line.h"
+#include "support/Dongle.h"
 #include "unit/platform/replay/CaptureBytes.h"
 
 #include <gtest/gtest.h>
@@ -34,7 +35,7 @@ TEST(JsonLinesReader, TakesAbsentServicesForTheDongleServiceAndAnEmptyListForNon
                              "{\"do\": \"advertise\", \"RSSI\": -60, \"services\": []}\n")
                              .reports();
     ASSERT_EQ(reports.size(), 2U);
-    EXPECT_EQ(reports[0].report.services, std::vector{CBUUID::UUIDWithString(lines::dongleService)});
+    EXPECT_EQ(reports[0].report.services, std::vector{CBUUID::UUIDWithString(dongle::serviceUUID)});
     EXPECT_TRUE(reports[1].report.services.empty());
 }
 

@@ -2,11 +2,12 @@
 #pragma once
 
 #include "doubles/KeptLines.h"
+#include "lines/Line.h"
 #include "platform/CBCentralManager.h"
 #include "platform/radio/AdvertisingReport.h"
 #include "platform/replay/RecordingReader.h"
 #include "platform/timeline/Timeline.h"
-#include "lines/Line.h"
+#include "support/Dongle.h"
 
 #include <chrono>
 #include <cstdint>
@@ -84,7 +85,7 @@ private:
     std::string damage_;
 };
 
-inline CBUUID dongleUUID() { return CBUUID::UUIDWithString(lines::dongleService); }
+inline CBUUID dongleUUID() { return CBUUID::UUIDWithString(dongle::serviceUUID); }
 
 /// A report of a dongle.
 inline RecordedReport dongleReport(std::int64_t microseconds, std::int32_t RSSI) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/simulator/SimulatorPlatform.h"
+#include "support/Dongle.h"
 #include "unit/platform/simulator/SimulatorFixture.h"
 
 #include <cstdint>
@@ -60,7 +61,7 @@ struct RadioBench {
     explicit RadioBench(Scene scene) : radio(listener, console, monitor, *timeline, std::move(scene)) {}
 
     void scan(ScanOptions options = {.allowDuplicates = true}) {
-        radio.scanForPeripheralsWithServices(std::vector{CBUUID::UUIDWithString(dongleService)}, options);
+        radio.scanForPeripheralsWithServices(std::vector{CBUUID::UUIDWithString(dongle::serviceUUID)}, options);
     }
     Timeline::End runUntil(double seconds) {
         return timeline->runUntil(Timeline::Time(static_cast<std::int64_t>(seconds * 1e6)));

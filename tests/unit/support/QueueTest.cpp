@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "doubles/Queue.h"
+#include "support/Queue.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace nearcast::doubles {
+namespace nearcast {
 
 namespace {
 
@@ -84,4 +84,4 @@ TEST(Queue, IsAValueOfItsOwnWhenCopied) {
 
 }  // namespace
 
-}  // namespace nearcast::doubles
+}  // namespace nearcast

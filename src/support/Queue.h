@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <vector>
 
-namespace nearcast::doubles {
+namespace nearcast {
 
-/// A sliding window of samples, for models that say a rule as it is described: it holds the newest `maxCount` of them,
-/// oldest first.
+/// A sliding window of samples: it holds the newest `maxCount` of them, oldest first.
+///
+/// The smoothing's rule speaks of three of these. `Smoothing` keeps of them only what the rule asks for, so that a
+/// reading costs the same whatever the window; a test compares it with the rule written with the windows themselves.
 ///
 /// Memory is taken for samples held, not for the capacity, which may be any number. Not for several threads at once.
 template <class Sample>
@@ -16,6 +18,7 @@ class Queue {
 public:
     /// @param maxCount the capacity; a queue of capacity 0 stays empty
     explicit Queue(std::uint64_t maxCount) : maxCount_(maxCount) {}
+    /// The same, by the name that the operation has.
     static Queue queueWithSize(std::uint64_t maxCount) { return Queue(maxCount); }
 
     /// Appends the newest sample; a full queue first discards the oldest one.
@@ -35,7 +38,7 @@ public:
     [[nodiscard]] const Sample* lastObject() const noexcept {
         return samples_.empty() ? nullptr : &(*this)[samples_.size() - 1];
     }
-    /// By index, 0 the oldest; `index` is below `count()`.
+    /// `objectAtIndexedSubscript:`, 0 the oldest; `index` is below `count()`.
     [[nodiscard]] const Sample& operator[](std::size_t index) const noexcept {
         const std::size_t place = oldest_ + index;
         return samples_[place < samples_.size() ? place : place - samples_.size()];
@@ -65,4 +68,4 @@ private:
     std::size_t oldest_ = 0;
 };
 
-}  // namespace nearcast::doubles
+}  // namespace nearcast
