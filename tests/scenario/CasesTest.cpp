@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -45,10 +46,16 @@ struct Ended {
     int status;
 };
 
+/// The program of this build, or another that is to be looked at.
+std::string program() {
+    const char* const other = std::getenv("NEARCAST_PROGRAM");
+    return other != nullptr ? other : NEARCAST_PROGRAM;
+}
+
 /// Runs the command line's `run` as a user does.
 Ended runProgram(const std::string& name) {
     const std::string command =
-        "'" NEARCAST_PROGRAM "' run --trace --locks '" + (casesFolder / (name + ".jsonl")).string() + "'";
+        "'" + program() + "' run --trace --locks '" + (casesFolder / (name + ".jsonl")).string() + "'";
     std::FILE* const pipe = popen(command.c_str(), "r");
     if (pipe == nullptr) return {"", -1};
     Ended ended{"", 0};

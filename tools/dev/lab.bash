@@ -17,12 +17,12 @@ build_lab() {
     cmake --build build/dev --target lab
 }
 
-# boot_lab BOOT [REGEX]
+# boot_lab BOOT REGEX [OPTION...]
 boot_lab() {
     local boot=$1 programs=build/dev/tests/lab
     tests/lab/host/run.py --cache build/lab --boot "$boot" --controller $programs/lab_controller \
         --listener $programs/lab_listener --proximity $programs/lab_proximity \
-        --nearcast build/dev/apps/nearcast/nearcast "${2-}"
+        --nearcast build/dev/apps/nearcast/nearcast "${@:3}" "$2"
 }
 
 run_lab() {

@@ -72,17 +72,3 @@ run_fuzz() {
     run_stage "build the fuzzers" build fuzz
     run_stage "fuzz" run_fuzzers "${1:-60}"
 }
-
-# Tests in which several threads meet, by name.
-threaded='Thread|Stress|Timer|LogWriter|AtomicShared|WakeUp|SystemPlatform|RealPace|Console|Singleton|Calibration'
-
-run_test_long() {
-    need_to_test
-    run_fuzz 300
-    run_stage "build with clang and the thread sanitizer" build tsan
-    run_stage "threads, again and again" run_ctest build/tsan -R "$threaded" --repeat until-fail:20
-    run_test
-    run_stage "clang-tidy, of the tests too" tools/tidy.py build/dev
-    run_stage "clang-tidy, of the fuzzers" tools/tidy.py build/fuzz fuzz/
-    run_stage "the lab, all of it" run_ctest build/dev -C long -R '^lab[.](full|long)$'
-}

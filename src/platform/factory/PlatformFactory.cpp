@@ -3,7 +3,6 @@
 
 #include "platform/bluez/BluezRadio.h"
 #include "platform/factory/AutomaticRadio.h"
-#include "platform/factory/TimelineDrive.h"
 #include "platform/hci/HciKernel.h"
 #include "platform/hci/HciRadio.h"
 #include "platform/json/JSONSerialization.h"

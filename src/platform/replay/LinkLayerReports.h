@@ -8,9 +8,11 @@
 #include <span>
 #include <vector>
 
-namespace nearcast::replay {
-
+namespace nearcast {
 class ByteReader;
+}
+
+namespace nearcast::replay {
 
 /// One link-layer packet as a sniffer heard it.
 struct LinkLayerPacket {
