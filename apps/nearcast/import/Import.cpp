@@ -28,10 +28,10 @@ RadioString captureOf(const ImportArguments& arguments) {
     return capture;
 }
 
-ImportResult importTo(const RadioString& capture, const std::string& output) {
-    const RecordingOptions options = RecordingOptions::parse(capture);
+replay::ImportResult importTo(const RadioString& capture, const std::string& output) {
+    const replay::RecordingOptions options = replay::RecordingOptions::parse(capture);
     if (isStandardOutput(output)) {
-        auto result = importRecording(capture.argument, options, [](std::string_view line) {
+        auto result = replay::importRecording(capture.argument, options, [](std::string_view line) {
             writeOut(line);
             writeOut("\n");
         });
@@ -51,7 +51,7 @@ ImportResult importTo(const RadioString& capture, const std::string& output) {
 }
 
 int import(const ImportArguments& arguments) {
-    const ImportResult result = importTo(captureOf(arguments), arguments.output);
+    const replay::ImportResult result = importTo(captureOf(arguments), arguments.output);
     if (result.damage) throw std::runtime_error(*result.damage);
     if (!isStandardOutput(arguments.output)) {
         const std::string count = std::to_string(result.reports) + " reports written to " + arguments.output;
