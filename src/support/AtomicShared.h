@@ -14,8 +14,8 @@ namespace nearcast {
 ///
 /// It stands in for `std::atomic<std::shared_ptr>`, whose locked bit the thread sanitizer of GCC 12 and clang 14 cannot
 /// follow. A flag is held for a few instructions; no user code runs while it is held, and replaced objects are
-/// destroyed after it is released. Those who only use the object for a moment borrow it: that takes the flag twice and
-/// counts under it, which is half of what a copy costs.
+/// destroyed after it is released. Code that needs the object for a moment only borrows it: that takes the flag twice
+/// and counts under it, which is half of what a copy costs.
 template <class T>
 class AtomicShared {
     struct Holder {
@@ -77,8 +77,8 @@ public:
     }
 
 private:
-    /// Whoever finds it taken waits for a thread that is a few instructions from giving it back, or that has lost its
-    /// processor.
+    /// A thread that finds it taken waits for one that is a few instructions from releasing it, or that has lost its
+    /// processor: it yields its own, and after a while it sleeps.
     class Flag {
     public:
         explicit Flag(std::atomic<bool>& busy) : busy_(busy) {
@@ -112,7 +112,7 @@ private:
         if (--holder->borrowed == 0 && holder->replaced) last.reset(holder);
     }
     /// With the flag held.
-    /// @return the last holder, where nobody has borrowed it; the last one who did destroys it otherwise
+    /// @return the last holder where it is not borrowed; otherwise its last borrower destroys it
     std::unique_ptr<Holder> replace(Holder* next) {
         Holder* const last = current_.exchange(next, std::memory_order_acq_rel);
         if (last == nullptr || last->borrowed == 0) return std::unique_ptr<Holder>(last);
