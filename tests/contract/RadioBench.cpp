@@ -3,12 +3,12 @@
 
 #include "doubles/TemporaryFolder.h"
 #include "doubles/hci/FakeHci.h"
+#include "lines/Line.h"
 #include "platform/hci/HciRadio.h"
 #include "platform/replay/ReplayPlatform.h"
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorPlatform.h"
 #include "platform/virtual/VirtualPlatform.h"
-#include "lines/Line.h"
 
 #include <algorithm>
 

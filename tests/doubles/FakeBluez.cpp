@@ -198,9 +198,8 @@ void FakeBluez::call(const std::string& method, Done done, Work work) {
         if (listener_ == nullptr || connection != connections_) return;
         const auto failure = outcome(method, work, deaths);
         if (!held_.contains(method)) return answer(failure);
-        heldAnswers_.push_back([this, answer, failure, deaths] {
-            answer(deaths == deaths_ ? failure : std::optional(left));
-        });
+        heldAnswers_.push_back(
+            [this, answer, failure, deaths] { answer(deaths == deaths_ ? failure : std::optional(left)); });
     });
 }
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Advice.h"
 
+#include "common/Words.h"
 #include "evaluate/Figures.h"
 #include "lab/NearestAsRule.h"
 #include "lab/Rule.h"
-#include "common/Words.h"
 
 #include <map>
 #include <utility>

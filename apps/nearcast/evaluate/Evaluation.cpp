@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Evaluation.h"
 
-#include "lab/Rule.h"
 #include "common/PlaybackFile.h"
+#include "lab/Rule.h"
 #include "lines/LineReader.h"
 #include "lines/Truth.h"
 
@@ -23,8 +23,7 @@ lines::Truth truthOf(JudgedRecording& recording, const std::string* named) {
     return lines::readTruth(recording.truthPath);
 }
 
-lab::Score judge(const JudgedRecording& recording, const lab::NamedRule& named,
-                     const NearestSettings& settings) {
+lab::Score judge(const JudgedRecording& recording, const lab::NamedRule& named, const NearestSettings& settings) {
     const auto rule = named.make(*recording.playback.registry, settings);
     return lab::scoreOf(lab::answersOf(recording.playback, *rule), recording.truth);
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/EvaluationOutput.h"
 
+#include "common/Words.h"
 #include "evaluate/Figures.h"
 #include "lab/Rule.h"
-#include "common/Words.h"
 
 namespace nearcast::cli {
 
