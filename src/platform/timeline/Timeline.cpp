@@ -8,8 +8,8 @@
 
 namespace nearcast {
 
-/// The right to move the clock, for a scope. Who cannot have it at once waits until the clock has come to a target
-/// without him.
+/// The right to move the clock, for a scope. A thread that does not get it waits until it does, or until another thread
+/// has moved the clock to the target.
 class Timeline::Wheel {
 public:
     Wheel(Timeline& timeline, Time target, bool interruptible) : timeline_(timeline) {

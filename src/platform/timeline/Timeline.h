@@ -33,22 +33,23 @@ public:
     virtual bool waitUntil(std::chrono::microseconds time) = 0;
     /// Ends a wait that is under way, or else the next one. From any thread.
     virtual void wake() = 0;
-    /// How far the timeline may be by now; nothing: the pace cannot say, and between two stops the clock stands still.
+    /// The time that the timeline may have reached by now; nothing: the pace cannot say, and the clock stands still
+    /// between two stops.
     /// From any thread; it never goes back.
     [[nodiscard]] virtual std::optional<std::chrono::microseconds> reached() const { return std::nullopt; }
 };
 
-/// A clock that moves only when it is told to, with timers on it and one source of happenings.
+/// A clock that moves only when it is driven, with timers on it and one source of events.
 ///
-/// Whoever calls `runUntil` drives it: timers and happenings run on that thread, one after another, each at its own due
-/// time. Timers come before happenings of the same moment, the older timer first. A handler may call `sleep` and so
-/// move the clock on from inside; the run that called it then finds itself late, and goes on from there.
+/// The thread that calls `runUntil` drives it: timers and events run on that thread, one after another, each at its own
+/// due time. At the same moment timers come before events, the older timer first. A handler may call `sleep` and so
+/// move the clock; the run that called the handler is then late, and goes on from the new time.
 ///
-/// While the driver waits for its pace, the clock goes on as the pace says, up to the next thing that is due: what
-/// another thread does then happens at that time.
+/// While the driver waits for its pace, the clock follows the pace up to the next deadline: what another thread does
+/// meanwhile gets that time.
 ///
 /// All operations but `setSource` and `driveFromThread` may be called from any thread. One thread drives at a time: a
-/// second one that wants to waits until the first has ended, or has moved the clock where the second wants it. The
+/// second one waits until the first has ended, or until the clock has reached the time that the second asked for. The
 /// timeline is destroyed outside of its handlers; that invalidates its timers.
 class Timeline : public NSTimerService, public std::enable_shared_from_this<Timeline> {
 public:
@@ -70,21 +71,21 @@ public:
     [[nodiscard]] Time now() const;
     std::shared_ptr<NSTimer> scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) override;
 
-    /// What happens beside the timers; none: nothing. Not while a run is under way. It lives longer than its place
-    /// here.
+    /// The events beside the timers; null: none. Not while a run is under way. The source lives until another one, or
+    /// none, is set.
     void setSource(TimelineSource* source);
-    /// The source has something to come sooner than it last said: a run that waits looks again. From any thread.
+    /// The source's next event is earlier than it last said: a run that waits looks again. From any thread.
     void sourceChanged();
     /// Moves the clock to `target`, through all that is due until then, that moment included.
     End runUntil(Time target);
-    /// Lets all happenings of the source happen that have a time; the clock stops at the last one.
+    /// Runs all events of the source that have a time; the clock stops at the last one.
     void runToLastHappening();
     /// Passes `duration` of time: by moving the clock, or, while another thread drives, by waiting until it has passed.
     void sleep(Time duration);
     /// Ends a run that is under way, or else the next one.
     void interrupt();
 
-    /// Drives the timeline on a thread of its own until the timeline is destroyed. With a pace only. What a happening
+    /// Drives the timeline on a thread of its own until the timeline is destroyed. With a pace only. What an event
     /// throws goes to the console.
     void driveFromThread();
 

@@ -192,7 +192,7 @@ TEST(SdFailure, HasTheNameOfTheError) {
     EXPECT_FALSE(failureIn(nullptr));
     const sd_bus_error none{};
     EXPECT_FALSE(failureIn(&none));
-    const sd_bus_error denied = SD_BUS_ERROR_MAKE_CONST("org.freedesktop.DBus.Error.AccessDenied", "Rejected");
+    const sd_bus_error denied{"org.freedesktop.DBus.Error.AccessDenied", "Rejected", 0};
     EXPECT_EQ(failureIn(&denied)->name, error::accessDenied);
     EXPECT_EQ(failureIn(&denied)->message, "Rejected");
 }
