@@ -52,6 +52,8 @@ private:
     int stopDiscovery(sd_bus_message* call);
     int setProperty(sd_bus_message* call);
     int monitorCall(sd_bus_message* call, const std::string& member);
+    /// Asks the client for its monitors and prints a line for each type and pattern.
+    void readMonitors(const char* client, const char* application);
 
     void command(const std::string& line);
     void power(bool on);

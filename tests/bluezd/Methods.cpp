@@ -127,7 +127,9 @@ int Daemon::monitorCall(sd_bus_message* call, const std::string& member) {
     check(sd_bus_message_read(call, "o", &application), "the application's path");
     std::printf("%s %s\n", member.c_str(), application);
     std::fflush(stdout);
-    return reply(call);
+    const int result = reply(call);
+    if (member == "RegisterMonitor") readMonitors(sd_bus_message_get_sender(call), application);
+    return result;
 }
 
 }  // namespace nearcast::bluezd

@@ -98,6 +98,8 @@ class Hearing(BluezTest):
             watching.close()
         said = daemon.process.communicate("quit\n", timeout=DEADLINE)[0]
         self.assertIn("RegisterMonitor /org/nearcast/monitors\n", said)
+        # Manufacturer data (255) that begin, at octet 0, with the company FFFF.
+        self.assertIn("Monitor type or_patterns\nMonitor pattern 0 255 FFFF\n", said)
 
     def test_the_adapter_can_be_named(self):
         self.daemon(*TWO_DONGLES)

@@ -62,7 +62,7 @@ class Bluezd:
         self.process.stdin.flush()
         while True:
             line = self.process.stdout.readline().strip()
-            if line.startswith("RegisterMonitor") or line.startswith("UnregisterMonitor"):
+            if line.startswith(("RegisterMonitor", "UnregisterMonitor", "Monitor")):
                 continue  # said whenever a client does it
             return line
 
