@@ -47,6 +47,11 @@ void FakeBluez::tell(const std::function<void(SystemBusListener&)>& what) {
     });
 }
 
+/// What bluetoothd itself says, so nothing where it does not run.
+void FakeBluez::signal(const std::function<void(SystemBusListener&)>& what) {
+    if (daemon_) tell(what);
+}
+
 void FakeBluez::breakBus(const Failure& failure) {
     busFailure_ = failure;
     tell([failure](auto& listener) { listener.busLost(failure); });
@@ -70,7 +75,7 @@ void FakeBluez::plug(const std::string& name, bool powered, bool monitors) {
     Adapter& adapter = adapters_[pathOf(name)];
     adapter.powered = powered;
     adapter.monitors = monitors;
-    tell([path = pathOf(name), news = newsOf(adapter), monitors](auto& listener) {
+    signal([path = pathOf(name), news = newsOf(adapter), monitors](auto& listener) {
         listener.adapterAdded(path, news);
         if (monitors) listener.monitorsOffered(path);
     });
@@ -80,7 +85,7 @@ void FakeBluez::unplug(const std::string& name) {
     removeDevices();
     adapters_.erase(pathOf(name));
     if (monitored_ == pathOf(name)) monitored_.clear();
-    tell([path = pathOf(name)](auto& listener) { listener.adapterRemoved(path); });
+    signal([path = pathOf(name)](auto& listener) { listener.adapterRemoved(path); });
 }
 
 void FakeBluez::power(const std::string& name, bool on, PowerState state) {
@@ -91,7 +96,7 @@ void FakeBluez::power(const std::string& name, bool on, PowerState state) {
         removeDevices();
         adapter.ours = adapter.discovering = adapter.filtered = stalled_ = false;
     }
-    tell([path = pathOf(name), news = newsOf(adapter)](auto& listener) { listener.adapterChanged(path, news); });
+    signal([path = pathOf(name), news = newsOf(adapter)](auto& listener) { listener.adapterChanged(path, news); });
 }
 
 void FakeBluez::place(FakeDongle dongle) {

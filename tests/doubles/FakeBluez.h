@@ -156,6 +156,7 @@ private:
     void removeDevices();
     void endDiscovery(const std::string& path, Adapter& adapter);
     void tell(const std::function<void(SystemBusListener&)>& what);
+    void signal(const std::function<void(SystemBusListener&)>& what);
 
     Time now_{0};
     std::multimap<Time, std::function<void()>> happenings_;

@@ -245,6 +245,18 @@ TEST_F(FakeBluezTest, AnswersNobodyWhoHasDisconnected) {
     EXPECT_FALSE(bluez.discovers("hci0"));
 }
 
+TEST_F(FakeBluezTest, SaysNothingOfAdaptersWhileItIsDead) {
+    connect();
+    bluez.killDaemon();
+    pass(1s);
+    told.clear();
+    bluez.power("hci0", false);
+    bluez.unplug("hci0");
+    bluez.plug("hci1");
+    pass(1s);
+    EXPECT_TRUE(told.empty());
+}
+
 TEST_F(FakeBluezTest, ShowsADeviceThatItHasNotHeard) {
     connect();
     bluez.showUnheard(0);

@@ -175,6 +175,16 @@ TEST(DeviceTable, CutsLongNamesAndDropsWhatIsNoService) {
     EXPECT_EQ(report->services[0], CBUUID::UUIDWithShort(0x180F));
 }
 
+TEST(DeviceTable, KnowsNothingOfADeviceFromBeforeItWasCleared) {
+    DeviceTable table;
+    add(table, path, advertisement(-70, payload));
+    table.clear();
+    const auto heard = table.changed(path, reading(-71));
+    EXPECT_TRUE(heard.stranger);
+    ASSERT_NE(heard.report, nullptr);
+    EXPECT_FALSE(heard.report->manufacturerData);
+}
+
 }  // namespace
 
 }  // namespace nearcast::bluez

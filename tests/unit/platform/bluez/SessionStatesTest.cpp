@@ -154,6 +154,16 @@ TEST_F(SessionStates, IsResettingAfterBluetoothdHasCome) {
     EXPECT_EQ(state(), CBManagerStateResetting);
 }
 
+TEST_F(SessionStates, IsUnsupportedWhereTheAdapterWentWhileBluetoothdWasDead) {
+    bench.settle();
+    bluez().killDaemon();
+    bench.settle();
+    bluez().unplug("hci0");
+    bluez().startDaemon();
+    bench.pass(5s);
+    EXPECT_EQ(state(), CBManagerStateUnsupported);
+}
+
 TEST_F(SessionStates, SaysThatBluetoothdDoesNotAnswer) {
     bluez().hang(true);
     bench.pass(12s);
