@@ -90,7 +90,9 @@ std::vector<DeviceAdvice> advise(const std::vector<JudgedRecording>& recordings,
     const auto devices = devicesOf(recordings);
     std::vector<DeviceAdvice> all;
     for (const auto& [MACAddr, dongle] : devices) {
-        DeviceAdvice one{dongle.portName, dongle.threshold, {}, ""};
+        DeviceAdvice one;
+        one.portName = dongle.portName;
+        one.present = dongle.threshold;
         one.advice.MACAddr = MACAddr;
         if (const auto known = found.find(MACAddr); known != found.end()) one.advice = known->second;
         if (const auto other = devices.find(one.advice.mistakenAt); other != devices.end()) {
