@@ -38,7 +38,7 @@ run_covered_tests() {
 
 long_coverage() {
     [[ $# -eq 0 ]] || fail "usage: ./dev test-long coverage"
-    need_to_test
+    need_to_check
     need_plot
     run_stage "build for coverage" build coverage
     run_stage "tests for coverage" run_covered_tests
@@ -72,7 +72,7 @@ threaded='Thread|Stress|Timer|LogWriter|AtomicShared|WakeUp|SystemPlatform|RealP
 
 long_soak() {
     [[ $# -eq 0 ]] || fail "usage: ./dev test-long soak"
-    need_to_test
+    need_to_check
     want_plot
     run_stage "build with clang and the thread sanitizer" build tsan
     run_stage "threads, again and again" run_ctest build/tsan -R "$threaded" --repeat until-fail:20

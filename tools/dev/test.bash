@@ -70,7 +70,7 @@ run_fuzzers() {
 }
 
 run_fuzz() {
-    need_to_test
+    need_to_check
     run_stage "build the fuzzers" build fuzz
     run_stage "fuzz" run_fuzzers "${1:-60}"
 }
