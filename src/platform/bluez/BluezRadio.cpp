@@ -11,18 +11,6 @@
 
 namespace nearcast::bluez {
 
-namespace {
-
-/// Messages that follow each other this closely are taken together, because waking up costs the machine about as much
-/// as a report. The signals are averaged over seconds, so the delay does not show; a single message does not wait.
-constexpr std::chrono::milliseconds crowdedInterval(5);
-
-/// For how long there is no such pause after a flood, in which messages would fill the socket during the pause and make
-/// the bus wait for us.
-constexpr Time floodMemory = std::chrono::seconds(1);
-
-}  // namespace
-
 BluezRadio::BluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, SystemBus& bus,
                        const Rfkill& rfkill, std::string adapter, std::function<void()> wake)
     : Radio(delegate, console, monitor, BluezSession::beginning().state, BluezSession::beginning().why),
@@ -62,15 +50,14 @@ void ThreadedBluezRadio::run() noexcept {
 /// @return whether the bus may have more
 bool ThreadedBluezRadio::turn(bool needed) {
     const Time now = SystemClock::now();
-    const bool close = now - std::exchange(lastTurn_, now) < crowdedInterval;
+    crowding_.turn(now);
     if (needed) {
         pass(now);
     } else {
         setTime(now);
     }
-    const SdBus::Taken taken = bus.process(crowded_ || close || needed);
-    if (taken.more) floodedUntil_ = now + floodMemory;
-    crowded_ = close || taken.messages > 1;
+    const SdBus::Taken taken = bus.process(crowding_.crowded() || needed);
+    crowding_.taken(taken.messages, taken.more);
     return taken.more;
 }
 
@@ -85,8 +72,8 @@ bool ThreadedBluezRadio::wait() noexcept {
     }
     if (next != alarm_) wakeUp.setAlarm(next);
     alarm_ = next;
-    const bool pausing = crowded_ && lastTurn_ >= floodedUntil_;
-    const WakeUp::Found found = pausing ? wakeUp.pause(crowdedInterval) : wakeUp.wait(bus.descriptor(), bus.events());
+    const WakeUp::Found found =
+        crowding_.pausing() ? wakeUp.pause(Crowding::interval) : wakeUp.wait(bus.descriptor(), bus.events());
     if (found.wake) wakeUp.takeWake();
     if (found.alarm) {
         wakeUp.takeAlarm();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/bluez/BluezSession.h"
+#include "platform/bluez/Crowding.h"
 #include "platform/bluez/SdBus.h"
 #include "platform/radio/Radio.h"
 #include "platform/system/WakeUp.h"
@@ -77,9 +78,7 @@ private:
     std::atomic<bool> ending_{false};
     // The thread's own.
     std::optional<Time> alarm_;
-    Time lastTurn_{0};
-    bool crowded_ = false;  ///< messages follow each other so closely that they are taken together
-    Time floodedUntil_{0};  ///< until then they come too fast to pause
+    Crowding crowding_;
     std::thread thread_;
 };
 
