@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
+#include <iterator>
 
 namespace nearcast::bluez {
 
@@ -67,7 +68,7 @@ int SdBus::open() {
     if ((result = watch(ownerRule, onOwnerChanged)) < 0) return result;
     if ((result = watch(propertiesRule, onProperties)) < 0) return result;
     if ((result = watch(objectsRule, onObjects)) < 0) return result;
-    if ((result = monitor_.exportOn(bus)) < 0) return result;
+    if ((result = monitor_.exportOn(bus, slots_)) < 0) return result;
     return askForDaemon();
 }
 
@@ -75,7 +76,6 @@ void SdBus::disconnect() {
     calls_.clear();
     failed_.clear();
     slots_.clear();
-    monitor_.forget();
     bus_.reset();
     lost_.reset();
     daemon_.clear();
@@ -151,7 +151,8 @@ void SdBus::tellFailed() {
 
 void SdBus::call(const char* path, const char* interface, const char* member, Done done, Read read,
                  const std::function<int(sd_bus_message*)>& fill) {
-    Call& call = calls_.emplace_back(Call{this, std::move(done), read, path, nullptr});
+    Call& call = calls_.emplace_back(Call{this, std::move(done), read, path, nullptr, {}});
+    call.place = std::prev(calls_.end());
     sd_bus_message* raw = nullptr;
     int result = bus_ ? sd_bus_message_new_method_call(bus_.get(), &raw, service, path, interface, member) : -ENOTCONN;
     const MessagePointer message(raw);
@@ -172,8 +173,7 @@ int SdBus::send(sd_bus_message* message, Call& call) {
 
 void SdBus::finish(Call& call, const std::optional<Failure>& failure) {
     const Done done = std::move(call.done);
-    const auto place = std::find_if(calls_.begin(), calls_.end(), [&](const Call& other) { return &other == &call; });
-    if (place != calls_.end()) calls_.erase(place);
+    calls_.erase(call.place);
     done(failure);
 }
 

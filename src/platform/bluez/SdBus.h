@@ -60,6 +60,7 @@ private:
         Read read = nullptr;  ///< reads what the answer holds; null: it holds nothing
         std::string path;
         SlotPointer slot;
+        std::list<Call>::iterator place;  ///< its own, in `calls_`
     };
 
     int open();

@@ -11,6 +11,10 @@ namespace nearcast::bluez {
 
 namespace {
 
+/// Leaves a container, unless what was read in it has failed.
+/// @param result of what was read
+int leave(sd_bus_message* message, int result) { return result < 0 ? result : sd_bus_message_exit_container(message); }
+
 /// Calls `read` for each element of an array of dictionary entries; it reads the entry.
 /// @param array, entry the types, as "{sv}" and "sv"
 template <class Read>
@@ -18,21 +22,18 @@ int readEntries(sd_bus_message* message, const char* array, const char* entry, R
     int result = sd_bus_message_enter_container(message, 'a', array);
     if (result < 0) return result;
     while ((result = sd_bus_message_enter_container(message, 'e', entry)) > 0) {
-        result = read();
-        if (result >= 0) result = sd_bus_message_exit_container(message);
+        result = leave(message, read());
         if (result < 0) return result;
     }
-    return result < 0 ? result : sd_bus_message_exit_container(message);
+    return leave(message, result);
 }
 
 /// Calls `read` inside a variant that holds `contents`; one that holds something else is skipped.
 template <class Read>
 int readVariant(sd_bus_message* message, const char* contents, Read&& read) {
-    int result = sd_bus_message_enter_container(message, 'v', contents);
+    const int result = sd_bus_message_enter_container(message, 'v', contents);
     if (result == -ENXIO) return sd_bus_message_skip(message, "v");
-    if (result < 0) return result;
-    result = read();
-    return result < 0 ? result : sd_bus_message_exit_container(message);
+    return result < 0 ? result : leave(message, read());
 }
 
 int readBoolean(sd_bus_message* message, std::optional<bool>& value) {
@@ -90,7 +91,7 @@ int readTexts(sd_bus_message* message, Take&& take) {
     int result = sd_bus_message_enter_container(message, 'a', "s");
     const char* text = nullptr;
     while (result >= 0 && (result = sd_bus_message_read_basic(message, 's', &text)) > 0) take(std::string_view(text));
-    return result < 0 ? result : sd_bus_message_exit_container(message);
+    return leave(message, result);
 }
 
 int readServices(sd_bus_message* message, DeviceNews& news) {

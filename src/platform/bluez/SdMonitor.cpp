@@ -27,19 +27,14 @@ const sd_bus_vtable SdMonitor::methods[] = {
     SD_BUS_VTABLE_END,
 };
 
-int SdMonitor::exportOn(sd_bus* bus) {
+int SdMonitor::exportOn(sd_bus* bus, std::vector<SlotPointer>& slots) {
     sd_bus_slot* slot = nullptr;
     int result = sd_bus_add_object_manager(bus, &slot, root);
     if (result < 0) return result;
-    manager_.reset(slot);
+    slots.emplace_back(slot);
     result = sd_bus_add_object_vtable(bus, &slot, monitorPath, monitorInterface, methods, this);
-    if (result >= 0) object_.reset(slot);
+    if (result >= 0) slots.emplace_back(slot);
     return result;
-}
-
-void SdMonitor::forget() {
-    object_.reset();
-    manager_.reset();
 }
 
 int SdMonitor::release(sd_bus_message* call, void* self, sd_bus_error* /*error*/) noexcept {

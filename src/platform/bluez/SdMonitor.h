@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace nearcast::bluez {
 
@@ -23,10 +24,10 @@ public:
     SdMonitor(const SdMonitor&) = delete;
     SdMonitor& operator=(const SdMonitor&) = delete;
 
-    /// Puts the objects on the bus, until `forget`.
+    /// Puts the objects on the bus.
+    /// @param slots keep them there; they go before the monitor
     /// @return a negative errno where that fails
-    int exportOn(sd_bus* bus);
-    void forget();
+    int exportOn(sd_bus* bus, std::vector<SlotPointer>& slots);
 
 private:
     static int release(sd_bus_message* call, void* self, sd_bus_error* error) noexcept;
@@ -39,8 +40,6 @@ private:
 
     const std::string& daemon_;  ///< the only one on the bus who may call
     const std::function<void()> released_;
-    SlotPointer manager_;
-    SlotPointer object_;
 };
 
 }  // namespace nearcast::bluez
