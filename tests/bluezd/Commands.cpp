@@ -30,6 +30,10 @@ void Daemon::command(const std::string& line) {
     } else if (verb == "lose") {  // another client has upset the discovery: it is over, and ours is forgotten
         discoverers_.clear();
         setDiscovering(false);
+    } else if (verb == "release") {
+        std::string monitor;
+        words >> monitor;
+        return releaseMonitor(what, monitor);
     } else if (verb == "odd") {
         sayOddThings();
     } else if (verb == "quit") {

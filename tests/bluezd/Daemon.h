@@ -55,6 +55,9 @@ private:
     /// Asks the client for its monitors and prints a line for each type and pattern.
     void readMonitors(const char* client, const char* application);
 
+    /// Releases a client's monitor and prints how it answers.
+    void releaseMonitor(const std::string& client, const std::string& monitor);
+
     void command(const std::string& line);
     void power(bool on);
     void plug(bool in);

@@ -125,7 +125,7 @@ int Daemon::monitorCall(sd_bus_message* call, const std::string& member) {
     if (member != "RegisterMonitor" && member != "UnregisterMonitor") return unknownMethod(call);
     const char* application = nullptr;
     check(sd_bus_message_read(call, "o", &application), "the application's path");
-    std::printf("%s %s\n", member.c_str(), application);
+    std::printf("%s %s %s\n", member.c_str(), application, sd_bus_message_get_sender(call));
     std::fflush(stdout);
     const int result = reply(call);
     if (member == "RegisterMonitor") readMonitors(sd_bus_message_get_sender(call), application);

@@ -73,6 +73,7 @@ void sayObjects(sd_bus_message* answer) {
     while (check(sd_bus_message_enter_container(answer, 'e', "oa{sa{sv}}"), "an object") > 0) {
         const char* path = nullptr;
         check(sd_bus_message_read(answer, "o", &path), "its path");
+        std::printf("Monitor path %s\n", path);
         sayInterfaces(answer);
         check(sd_bus_message_exit_container(answer), "an object");
     }
@@ -92,7 +93,20 @@ int sayMonitors(sd_bus_message* answer, void* /*self*/, sd_bus_error* /*error*/)
     return 0;
 }
 
+int sayReleased(sd_bus_message* answer, void* /*self*/, sd_bus_error* /*error*/) noexcept {
+    const sd_bus_error* const error = sd_bus_message_get_error(answer);
+    std::printf("%s\n", error == nullptr ? "released" : error->name);
+    std::fflush(stdout);
+    return 0;
+}
+
 }  // namespace
+
+void Daemon::releaseMonitor(const std::string& client, const std::string& monitor) {
+    check(sd_bus_call_method_async(bus_.get(), nullptr, client.c_str(), monitor.c_str(),
+                                   "org.bluez.AdvertisementMonitor1", "Release", sayReleased, nullptr, nullptr),
+          "a release");
+}
 
 void Daemon::readMonitors(const char* client, const char* application) {
     check(sd_bus_call_method_async(bus_.get(), nullptr, client, application, "org.freedesktop.DBus.ObjectManager",

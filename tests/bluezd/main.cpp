@@ -16,8 +16,8 @@ int serve(int argc, char** argv) {
         "Stands in for bluetoothd on the bus at DBUS_SYSTEM_BUS_ADDRESS. Writes \"ready\" once it has "
         "the name org.bluez, takes commands on standard input, and ends with it.\n\n"
         "Commands: power on|off, plug, unplug, mute, unmute, silence ADDRESS, wake ADDRESS, "
-        "fail METHOD ERROR (its next call), lose (the discovery), odd (signals that are not as they should be), count, "
-        "quit.");
+        "fail METHOD ERROR (its next call), lose (the discovery), release CLIENT MONITOR, odd (signals that are not as "
+        "they should be), count, quit.");
     application.add_option("--devices", options.devices, "How many devices advertise")->check(CLI::Range(0, 65535));
     application.add_option("--rate", options.rate, "Reports a second, all devices together")
         ->check(CLI::Range(0.0, 100000.0));

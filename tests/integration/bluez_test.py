@@ -97,9 +97,33 @@ class Hearing(BluezTest):
         finally:
             watching.close()
         said = daemon.process.communicate("quit\n", timeout=DEADLINE)[0]
-        self.assertIn("RegisterMonitor /org/nearcast/monitors\n", said)
+        self.assertRegex(said, "(?m)^RegisterMonitor /org/nearcast/monitors :[0-9.]+$")
         # Manufacturer data (255) that begin, at octet 0, with the company FFFF.
         self.assertIn("Monitor type or_patterns\nMonitor pattern 0 255 FFFF\n", said)
+
+    def test_a_monitor_is_released_by_bluetoothd_alone(self):
+        daemon = self.daemon("--monitors", *TWO_DONGLES)
+        other = self.daemon("--nameless", "--devices", 0)
+        watching = self.watch()
+
+        def registered():
+            """The clients that have registered monitors, since the adapter was last switched off and on."""
+            daemon.said.clear()
+            daemon.ask("power off")
+            watching.silence()
+            daemon.ask("power on")
+            self.assertTrue(watching.report(within=RECOVERY))
+            daemon.ask("count")
+            return [line.split()[2] for line in daemon.said if line.startswith("RegisterMonitor")]
+
+        self.assertTrue(watching.report())
+        daemon.ask("count")
+        client = daemon.said[0].split()[2]
+        monitor = next(line.split()[2] for line in daemon.said if line.startswith("Monitor path"))
+        self.assertEqual(other.ask(f"release {client} {monitor}"), "org.freedesktop.DBus.Error.AccessDenied")
+        self.assertEqual(registered(), [])
+        self.assertEqual(daemon.ask(f"release {client} {monitor}"), "released")
+        self.assertEqual(set(registered()), {client})
 
     def test_the_adapter_can_be_named(self):
         self.daemon(*TWO_DONGLES)

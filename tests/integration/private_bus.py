@@ -52,6 +52,7 @@ class Bluezd:
     def __init__(self, bus, *options):
         self.process = subprocess.Popen([os.environ["NEARCAST_BLUEZD"], *map(str, options)], env=bus.environment,
                                         stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.said = []  # of monitors, whenever a client registers one
         line = self.process.stdout.readline()
         if line != "ready\n":
             raise RuntimeError(f"bluezd did not start: {line!r}")
@@ -63,7 +64,8 @@ class Bluezd:
         while True:
             line = self.process.stdout.readline().strip()
             if line.startswith(("RegisterMonitor", "UnregisterMonitor", "Monitor")):
-                continue  # said whenever a client does it
+                self.said.append(line)
+                continue
             return line
 
     def kill(self):

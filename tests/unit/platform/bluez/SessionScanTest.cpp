@@ -139,6 +139,24 @@ TEST_F(SessionScan, AsksForADeviceThatItWasNeverToldOf) {
     EXPECT_EQ(bench.last.services.size(), 1U);
 }
 
+/// Two dongles that the session was never told of, heard for the first time so far apart.
+class SessionOfStrangers : public BluezSessionTest {
+protected:
+    int questionsWith(Time interval) {
+        bluez().dongle(0).silent = true;
+        bluez().forgetToTell(true);
+        scan();
+        bluez().place({.address = "02:00:00:00:00:0A"});
+        bluez().at(bench.now() + interval, [this] { bluez().place({.address = "02:00:00:00:00:0B"}); });
+        bench.pass(150ms);  // each of them once: they advertise every 100 ms
+        return bluez().count("GetAll");
+    }
+};
+
+TEST_F(SessionOfStrangers, AsksAgainAfter20Milliseconds) { EXPECT_EQ(questionsWith(20ms), 2); }
+
+TEST_F(SessionOfStrangers, DoesNotAskAgainBefore20Milliseconds) { EXPECT_EQ(questionsWith(20ms - 1ns), 1); }
+
 TEST_F(SessionScan, RegistersNoMonitorWhereNoneIsOffered) {
     scan();
     EXPECT_EQ(bluez().count("RegisterMonitor"), 0);
