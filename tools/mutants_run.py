@@ -21,8 +21,9 @@ from pathlib import Path
 PROGRAM = "nearcast"
 DAEMON = "bluezd"
 # Quick to compile and to link, and not too slow for the scenarios made by chance, which run last on those that live.
-# Nobody debugs a mutant, and it may have an unused variable.
-CONFIGURE = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-Og -g0", "-DNEARCAST_WERROR=OFF",
+# Nobody debugs a mutant, and it may have an unused variable. What is wrong with memory shows as in `./dev check`.
+CONFIGURE = ["-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS_DEBUG=-Og -g0 -D_GLIBCXX_ASSERTIONS",
+             "-DNEARCAST_SANITIZE=address", "-DNEARCAST_WERROR=OFF",
              "-DNEARCAST_BENCH=OFF"]
 
 
