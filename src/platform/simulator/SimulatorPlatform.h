@@ -20,8 +20,8 @@ namespace nearcast::simulator {
 
 /// The user's radio in a simulated shop, fed from a timeline.
 ///
-/// The scene's clock starts at the first scan and then runs on, whether a scan runs or not: who scans again later finds
-/// the user where the way has led meanwhile. The changes of the radio's state count from the moment it was opened, so
+/// The scene's clock starts at the first scan and then runs on, whether a scan runs or not: a later scan finds the user
+/// where the way has led meanwhile. The changes of the radio's state count from the moment it was opened, so
 /// that a radio that is off when the application starts comes on without a scan. While the radio is not powered on it
 /// hears nothing.
 ///

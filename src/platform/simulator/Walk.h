@@ -53,7 +53,7 @@ struct Nearest {
     double secondDistance = 0;  ///< metres; of `second` alone
 };
 
-/// Which dongle is nearest to the user, as the crow flies; walls and switches do not count. Of two at one distance the
+/// Which dongle is nearest to the user, in a straight line; walls and switches do not count. Of two at one distance the
 /// first in the scene.
 /// @param walk    the user's way through the scene
 /// @param seconds since the scene's start

@@ -33,7 +33,7 @@ bool RealPace::waitUntil(std::chrono::microseconds time) {
     const Seconds after = std::clamp(Seconds(time) / speed_, Seconds(0), farthest);
     const auto moment = start() + std::chrono::ceil<SystemClock::Time>(after);
     wakeUp_.setAlarm(moment);
-    // Who wakes has something that may come before `time`, also when that has come.
+    // Whoever calls `wake` may have made something due before `time`, even where `time` has come.
     while (!wakeUp_.takeWake()) {
         if (SystemClock::now() >= moment) return true;
         wakeUp_.wait();

@@ -7,7 +7,7 @@
 
 namespace nearcast {
 
-/// Signals are for the application's threads. Blocked for a scope, they are in the threads that are made there.
+/// Blocks signals for a scope, and so in the threads that are started in it: signals are for the application's threads.
 class SignalsBlocked {
 public:
     SignalsBlocked() {

@@ -12,7 +12,7 @@
 
 namespace nearcast {
 
-/// The platform of the machine: its clock, timers on it, and a radio that is brought along.
+/// The platform of the machine: its clock, timers on it, and a radio that the caller opens.
 class SystemPlatform : public PlatformServices {
 public:
     using OpenRadio =
@@ -34,7 +34,7 @@ public:
     void NSLog(std::string_view line) noexcept override { console_.NSLog(line); }
 
     [[nodiscard]] TimerService& timers() noexcept { return timers_; }
-    /// What is known of the radio beside what its delegate is told.
+    /// The radio's health and reports, beside what its delegate is told.
     [[nodiscard]] RadioMonitor& monitor() noexcept { return monitor_; }
 
 private:

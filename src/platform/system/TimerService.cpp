@@ -64,7 +64,7 @@ public:
     void dispatch() {
         wakeUp_->takeAlarm();
         const auto due = SystemClock::now();
-        // What a timer misses while the handlers before it run is made up for by this firing of it.
+        // One firing makes up for all that a timer missed while the handlers before it ran.
         while (const auto timer = queue_->takeDue(due, SystemClock::now())) {
             if (executor_) {
                 handOver(timer);
@@ -81,7 +81,7 @@ public:
         wakeUp_->wake();
     }
 
-    /// Returns when no firing is under way, but for those of this thread.
+    /// Waits until no firing is under way, except on this thread.
     void awaitFirings() {
         MutexLock lock(mutex_);
         while (othersFire()) fired_.wait(lock.native());

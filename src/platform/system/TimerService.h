@@ -28,7 +28,7 @@ public:
     /// @param executor where handlers run; without one, where `loop` says
     /// @throws std::system_error when the system gives no descriptors or no thread
     explicit TimerService(Console& console, Loop loop = Loop::ownThread, Executor executor = nullptr);
-    /// Invalidates all timers and waits for the firings that are under way, but for one that itself calls this. Tasks
+    /// Invalidates all timers and waits for the firings that are under way, except one that itself calls this. Tasks
     /// that an executor still holds do nothing any more.
     ~TimerService() override;
     TimerService(const TimerService&) = delete;

@@ -36,7 +36,7 @@ void WakeUp::setAlarm(std::optional<SystemClock::Time> time) noexcept {
     constexpr SystemClock::Time second = std::chrono::seconds(1);
     itimerspec spec{};
     if (time) {
-        // Zero would disarm it, and a moment that has passed rings at once.
+        // Zero would disarm the timer; a time in the past expires at once.
         const SystemClock::Time at = std::max(*time, SystemClock::Time(1));
         spec.it_value = {at / second, (at % second).count()};
     }

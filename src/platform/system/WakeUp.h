@@ -25,7 +25,7 @@ private:
     int value_;
 };
 
-/// What a thread waits at: a moment of the clock, or a call of `wake`.
+/// Lets a thread wait for a time of the clock, or for a call of `wake`.
 class WakeUp {
 public:
     /// @throws std::system_error when the system gives no descriptors
@@ -47,11 +47,11 @@ public:
     Found wait(int other = -1, short events = readable) noexcept;
     /// Waits for either, so long at most; a signal may end it early. One thread at a time.
     Found pause(std::chrono::milliseconds longest) noexcept;
-    /// Forgets the alarm that has rung. @return whether one had
+    /// Forgets the alarm that has expired. @return whether one had
     bool takeAlarm() noexcept;
     /// Forgets the calls of `wake`. @return whether there was one
     bool takeWake() noexcept;
-    /// Readable when the alarm has rung.
+    /// Readable when the alarm has expired.
     [[nodiscard]] int alarmDescriptor() const noexcept { return alarm_.get(); }
 
 private:

@@ -38,7 +38,7 @@ public:
 
     /// What drives everything: see `Timeline::runUntil`, `Timeline::driveFromThread`.
     [[nodiscard]] Timeline& timeline() noexcept { return *timeline_; }
-    /// What is known of the radio beside what its delegate is told.
+    /// The radio's health and reports, beside what its delegate is told.
     [[nodiscard]] RadioMonitor& monitor() noexcept { return monitor_; }
     /// Why what the radio plays ended before its end; empty when it did not. From any thread.
     [[nodiscard]] virtual std::string failure() const { return {}; }

@@ -15,8 +15,8 @@
 
 namespace nearcast {
 
-/// The timers of a timer service: which is due when. It has no clock and no thread; who drives it brings the time and
-/// fires what it takes out.
+/// The timers of a timer service: which is due when. It has no clock and no thread: its driver passes the time
+/// and fires what it takes out.
 ///
 /// All operations may be called from any thread. The queue may go while timers live on; `clear` ends them.
 class TimerQueue : public std::enable_shared_from_this<TimerQueue> {
@@ -76,7 +76,7 @@ public:
 private:
     friend class TimerQueue;
 
-    /// Lets go of the handler. @return whether there was one
+    /// Releases the handler. @return whether there was one
     bool disarm();
 
     const std::weak_ptr<TimerQueue> queue_;
