@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
 
+#include "support/Printable.h"
+
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <exception>
+#include <new>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -21,6 +26,18 @@ constexpr const char* footer =
     "Options follow a question mark: 'replay:shop.pcapng?speed=max&as=dongles'.\n"
     "\n"
     "Exit status: 0 done; 1 it could not be done, or only in part; 2 the command line or a file is wrong.";
+
+/// Help is for standard output, and its reader; what is wrong, in several lines, for standard error.
+int tellOf(const CLI::App& application, const CLI::ParseError& error) {
+    std::ostringstream help;
+    std::ostringstream problem;
+    const bool good = application.exit(error, help, problem) == 0;
+    writeOut(help.str());
+    finishOut();
+    std::istringstream lines(problem.str());
+    for (std::string line; std::getline(lines, line);) std::fprintf(stderr, "%s\n", printable(line).c_str());
+    return good ? exitGood : exitUsage;
+}
 
 /// @param command becomes the name of the command, as soon as it is known
 int runChosen(int argc, char** argv, std::string& command) {
@@ -42,7 +59,7 @@ int runChosen(int argc, char** argv, std::string& command) {
     try {
         application.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return application.exit(error) == 0 ? exitGood : exitUsage;
+        return tellOf(application, error);
     }
     command = application.get_subcommands().front()->get_name();
     return chosen();
@@ -56,6 +73,8 @@ int runCommandLine(int argc, char** argv) {
         return runChosen(argc, argv, command);
     } catch (const std::invalid_argument& error) {
         return complain(command, error.what(), exitUsage);
+    } catch (const std::bad_alloc&) {
+        return complain(command, "there is not enough memory", exitFailed);
     } catch (const std::exception& error) {
         return complain(command, error.what(), exitFailed);
     }

@@ -62,8 +62,10 @@ public:
     static void dispatch();
     /// Runs timers, and a radio that has a time of its own (a recording, the simulator; at the speed that the radio
     /// string asks for), on the calling thread, until `seconds` of the platform's time have passed, the recording has
-    /// ended, or `interrupt` was called.
+    /// ended, or `interrupt` was called. Whatever is more than 0 lets a microsecond pass at least, so that a loop on
+    /// `runFor(end - now())` comes to its end; 0, less, and what is no number let none pass.
     /// @return false when the recording has ended: nothing more will come of it
+    /// @throws std::system_error when the descriptors that the platform waits at were closed
     static bool runFor(double seconds);
     /// Makes a `runFor` that is under way, or else the next one, return soon. From any thread; before a platform is
     /// chosen it does nothing.

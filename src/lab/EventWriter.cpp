@@ -3,6 +3,7 @@
 
 #include "lines/Text.h"
 #include "platform/json/JSONSerialization.h"
+#include "support/Printable.h"
 
 #include <array>
 #include <charconv>
@@ -77,7 +78,7 @@ void EventWriter::returned(lines::Time at, std::string_view of, std::int32_t val
 }
 
 void EventWriter::returned(lines::Time at, std::string_view of, const SettingValue& value) {
-    begin(at, "return").text("of", of).name("value").buffer_ += JSONSerialization::compact(value);
+    begin(at, "return").text("of", of).name("value").buffer_ += printableJSON(JSONSerialization::compact(value));
     end();
 }
 

@@ -7,6 +7,7 @@
 #include "lines/Line.h"
 
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
@@ -44,6 +45,22 @@ public:
     /// The totals of a watch.
     void summary(lines::Time at, std::uint64_t reports, std::uint64_t dongles, std::uint64_t silences);
 
+    /// Writes where nothing may be thrown, as in a callback. What is thrown is kept for `requireWritten`, the first of
+    /// it, and nothing is written after it.
+    template <class Write>
+    void attempt(const Write& write) noexcept {
+        try {
+            write();
+        } catch (...) {
+            if (!failure_) failure_ = std::current_exception();
+            mute();
+        }
+    }
+    /// @throws what an attempt threw
+    void requireWritten() const {
+        if (failure_) std::rethrow_exception(failure_);
+    }
+
     /// Passes everything to `out`.
     void flush();
     /// Drops everything from now on.
@@ -63,6 +80,7 @@ private:
     Out out_;
     std::string buffer_;
     bool muted_ = false;
+    std::exception_ptr failure_;
 };
 
 }  // namespace nearcast::lab

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <exception>
 #include <memory>
+#include <new>
 #include <typeinfo>
 
 namespace nearcast::lab {
@@ -33,6 +34,8 @@ void Performer::perform(const lines::Action& action) {
         std::visit([this](const auto& what) { (*this)(what); }, action);
     } catch (const PortException& exception) {
         writer_.raised(now(), nameOf(action), exception.name(), exception.reason());
+    } catch (const std::bad_alloc&) {
+        throw;  // it says nothing of the manager, and what follows would be another scenario
     } catch (const std::exception& error) {
         writer_.raised(now(), nameOf(action), kindOf(error), error.what());
     }
@@ -46,12 +49,12 @@ void Performer::operator()(const lines::SetDelegate& action) {
     if (contains(*action.implements, didDiscoverPort)) {
         delegate->didDiscoverPort = [this](std::string_view portName, QXDeviceType deviceType, std::string_view MACAddr,
                                            std::int32_t RSSI) {
-            writer_.discovered(now(), portName, deviceType, MACAddr, RSSI);
+            writer_.attempt([&] { writer_.discovered(now(), portName, deviceType, MACAddr, RSSI); });
         };
     }
     if (contains(*action.implements, didUpdateState)) {
         delegate->didUpdateState = [this](std::string_view portName, std::string_view MACAddr) {
-            writer_.fellSilent(now(), portName, MACAddr);
+            writer_.attempt([&] { writer_.fellSilent(now(), portName, MACAddr); });
         };
     }
     manager_.setDelegate(std::move(delegate));

@@ -17,7 +17,7 @@ public:
     Performer(QXNearcastManager& manager, VirtualPlatform& platform, EventWriter& writer)
         : manager_(manager), platform_(platform), writer_(writer) {}
 
-    /// An exception of the call is written down, not thrown.
+    /// An exception of the call is written down, not thrown, but for a lack of memory.
     void perform(const lines::Action& action);
 
 private:

@@ -24,39 +24,53 @@ class Observation : public Console, public LockObserver, public VirtualRadioObse
 public:
     explicit Observation(EventWriter::Out out) : writer_(std::move(out)) {}
 
-    void watch(const Timeline& timeline, const RunOptions& options) {
+    /// Watches for as long as what it gives back lives.
+    [[nodiscard]] auto watch(const Timeline& timeline, const RunOptions& options) {
+        struct End {
+            ~End() { unwatch(); }
+        };
         timeline_ = &timeline;
         if (options.locks) NSLock::setObserver(this);
-        if (!options.trace) return;
+        auto end = std::make_unique<End>();
+        if (!options.trace) return end;
         LogWriter::Options tracing;
         tracing.synchronous = true;
         tracing.sink = [this](const LogRecord& record) {
-            writer_.trace(timeline_->now(), record.logType, record.methodName, record.anyString);
+            writer_.attempt([&] { writer_.trace(now(), record.logType, record.methodName, record.anyString); });
         };
         LogWriter::sharedInstance().start(std::move(tracing));
+        return end;
     }
 
-    static void unwatch() {
-        NSLock::setObserver(nullptr);
-        LogWriter::sharedInstance().stop();
+    void NSLog(std::string_view line) noexcept override {
+        writer_.attempt([&] { writer_.console(now(), line); });
     }
-
-    void NSLog(std::string_view line) noexcept override { writer_.console(now(), line); }
-    void lockChanged(std::string_view name, bool held) noexcept override { writer_.lock(now(), name, held); }
-    void stopAsked() override { writer_.centralStopped(now()); }
+    void lockChanged(std::string_view name, bool held) noexcept override {
+        writer_.attempt([&] { writer_.lock(now(), name, held); });
+    }
+    void stopAsked() override {
+        writer_.attempt([&] { writer_.centralStopped(now()); });
+    }
     void scanAsked(const std::optional<std::vector<CBUUID>>& services, ScanOptions options) override {
-        std::optional<std::vector<std::string>> texts;
-        if (services) {
-            texts.emplace();
-            for (const CBUUID& service : *services) texts->push_back(service.UUIDString());
-        }
-        writer_.centralScans(now(), texts, options.allowDuplicates);
+        writer_.attempt([&] {
+            std::optional<std::vector<std::string>> texts;
+            if (services) {
+                texts.emplace();
+                for (const CBUUID& service : *services) texts->push_back(service.UUIDString());
+            }
+            writer_.centralScans(now(), texts, options.allowDuplicates);
+        });
     }
 
     [[nodiscard]] EventWriter& writer() { return writer_; }
 
 private:
     [[nodiscard]] lines::Time now() const { return timeline_ == nullptr ? lines::Time{0} : timeline_->now(); }
+
+    static void unwatch() {
+        NSLock::setObserver(nullptr);
+        LogWriter::sharedInstance().stop();
+    }
 
     EventWriter writer_;
     const Timeline* timeline_ = nullptr;
@@ -82,12 +96,16 @@ void run(const std::vector<std::string>& paths, const RunOptions& options, Event
         writer.flush();
         writer.mute();
     };
-    Script script(
-        reader, lines::Time{0}, [&](const lines::Action& action) { performer.perform(action); }, mute);
-    observation->watch(platform.timeline(), options);
+    const auto perform = [&](const lines::Action& action) {
+        writer.requireWritten();
+        performer.perform(action);
+    };
+    Script script(reader, lines::Time{0}, perform, mute);
+    auto watched = observation->watch(platform.timeline(), options);
     script.run(platform.timeline());
-    Observation::unwatch();
+    watched.reset();
     manager.setDelegate(nullptr);
+    writer.requireWritten();
     writer.flush();
     if (script.failure()) throw lines::InputError(*script.failure());
 }

@@ -30,9 +30,13 @@ void Script::happen() {
 }
 
 void Script::run(Timeline& timeline) {
+    struct Source {
+        Timeline& timeline;
+        ~Source() { timeline.setSource(nullptr); }
+    };
     timeline.setSource(this);
+    const Source source{timeline};
     timeline.runToLastHappening();
-    timeline.setSource(nullptr);
 }
 
 }  // namespace nearcast::lab

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "nearest/Decision.h"
 #include "nearest/Figures.h"
+#include "support/Printable.h"
 
 #include <nearcast/Nearest.h>
 
@@ -25,13 +26,13 @@ std::string NearestChoice::text() const {
     using nearest::oneDecimal;
     std::string text = "none";
     if (device) {
-        text = device->portName + " at " + oneDecimal(device->signal) + " dBm (threshold " +
+        text = printable(device->portName) + " at " + oneDecimal(device->signal) + " dBm (threshold " +
                oneDecimal(device->threshold) + ")";
     }
     if (distance) {
         text += *distance < 0 ? ", " + oneDecimal(-*distance) + " dB behind "
                               : ", " + oneDecimal(*distance) + " dB before ";
-        text += runnerUp->portName;
+        text += printable(runnerUp->portName);
     }
     text += ": " + std::string(nameOf(rule));
     if (stale) text += ", stale";
@@ -106,7 +107,7 @@ std::string Decision::missing(const Device& device, double at) const {
     if (&device == present) return "";
     const auto owner = byAddress_.find(device.MACAddr);
     if (owner != byAddress_.end() && &devices_[owner->second] != &device) {
-        return "its address is that of " + devices_[owner->second].portName;
+        return "its address is that of " + printable(devices_[owner->second].portName);
     }
     if (!device.everHeard) return "not heard";
     if (!device.level) return "unheard for " + oneDecimal(at - device.heardAt) + " s";
@@ -115,11 +116,12 @@ std::string Decision::missing(const Device& device, double at) const {
         return oneDecimal(settings_.dwell - (at - *device.insideSince)) + " s of the dwell time";
     }
     if (const double wait = waitsForMissed(device, at); present == nullptr && wait > 0) {
-        return "waits " + oneDecimal(wait) + " s for " + devices_[missed_->device].portName + ", which was stronger";
+        return "waits " + oneDecimal(wait) + " s for " + printable(devices_[missed_->device].portName) +
+               ", which was stronger";
     }
     if (present == nullptr) return "a stronger one is not inside for long enough";
     const double lead = *device.level - *present->level;
-    if (lead < 0) return oneDecimal(-lead) + " dB behind " + present->portName;
+    if (lead < 0) return oneDecimal(-lead) + " dB behind " + printable(present->portName);
     if (lead <= settings_.margin) return oneDecimal(settings_.margin - lead) + " dB to the margin";
     if (device.evidence < settings_.patience) {
         return oneDecimal(settings_.patience - device.evidence) + " dB s of lead";

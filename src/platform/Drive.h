@@ -1,10 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <string>
 
 namespace nearcast {
+
+/// So many seconds of an application, as `Drive::runFor` takes them: 10^9 s at most, none for what is no number. A
+/// time that is not over takes a microsecond at least, or a loop that runs for what is left of it would never end.
+inline std::chrono::microseconds runTime(double seconds) {
+    constexpr double longest = 1e9;
+    constexpr double scale = 1e6;
+    if (!(seconds > 0)) return std::chrono::microseconds(0);
+    const std::chrono::microseconds rounded(std::llround(std::min(seconds, longest) * scale));
+    return std::max(rounded, std::chrono::microseconds(1));
+}
 
 /// How an application with a loop of its own drives a platform: see `Platform`, whose operations these are.
 class Drive {

@@ -16,9 +16,9 @@ DATA = ROOT.parent / "shared" / "data"
 DEADLINE = 60  # seconds; far beyond what any of these takes
 
 
-def nearcast(*arguments, **options):
+def nearcast(*arguments, timeout=DEADLINE, **options):
     """Runs the program to its end."""
-    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, text=True, timeout=DEADLINE,
+    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, text=True, timeout=timeout,
                           stdin=subprocess.DEVNULL, **options)
 
 
@@ -56,6 +56,36 @@ class ProgramTest(unittest.TestCase):
         else:
             path.write_text(content, encoding="utf-8")
         return path
+
+
+class Option:
+    """An option or a positional of a command, as its help names it."""
+
+    def __init__(self, names, rest):
+        self.name = names.split(",")[-1]
+        word = rest.split()[0] if rest else ""
+        self.type = None if word in ("", "Excludes:", "Needs:") else re.sub("=.*", "", word)  # without its default
+        self.needs = re.findall(r"--[\w-]+", re.split("Excludes:", rest.partition("Needs:")[2])[0])
+
+
+class Command:
+    """A command of the program with all that may be given to it, read from its help."""
+
+    def __init__(self, name):
+        self.name = name
+        text = nearcast(name, "--help").stdout
+        self.positionals = [Option(*found) for found in re.findall(r"^  ([A-Z]+) (\S.*?)(?:  |$)", text, re.MULTILINE)]
+        named = re.findall(r"^  (-\S+)[ ]?(\S.*?)?(?:  |$)", text, re.MULTILINE)
+        self.options = [option for option in (Option(*found) for found in named) if option.name != "--help"]
+
+    def option(self, name):
+        return next(option for option in self.options if option.name == name)
+
+
+def commands():
+    """All commands: a new one is found by itself."""
+    listed = nearcast("--help").stdout.partition("Subcommands:\n")[2].partition("\n\n")[0]
+    return [Command(name) for name in re.findall(r"^  (\w+)", listed, re.MULTILINE)]
 
 
 def main():

@@ -75,7 +75,7 @@ class CannotRecord(ProgramTest):
         path = self.write("shop.jsonl", '{"at": 1.0, "do": "end"}\n')
         result = nearcast("record", "--radio", f"replay:{path}", "-o", path)
         self.assertEqual(result.returncode, 2)
-        self.assertIn("is the recording that is played", result.stderr)
+        self.assertIn("would be written over", result.stderr)
         self.assertEqual(path.read_text(), '{"at": 1.0, "do": "end"}\n')
 
     def test_an_output_that_cannot_be_written_ends_it(self):

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Listening.h"
 
+#include "platform/Drive.h"
+
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace nearcast::cli {
@@ -58,7 +59,7 @@ void Listening::end() {
 // NOLINTNEXTLINE(readability-make-member-function-const): the ears are called during it
 bool Listening::runFor(double seconds) {
     if (interrupted()) return false;
-    const bool more = opened_.drive->runFor(Time(std::llround(seconds * 1e6)));
+    const bool more = opened_.drive->runFor(runTime(seconds));
     return more && !interrupted();
 }
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Output.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
+#include "support/Printable.h"
+
 #include <cerrno>
-#include <cstdlib>
+#include <exception>
 #include <system_error>
 #include <utility>
 
@@ -17,20 +17,12 @@ namespace {
     throw std::system_error(errno, std::generic_category(), path + ": " + what);
 }
 
-[[noreturn]] void failOut() {
-    throw std::system_error(errno, std::generic_category(), "standard output cannot be written");
-}
+[[noreturn]] void failOut() { throw OutputError(errno, std::generic_category(), "standard output cannot be written"); }
 
-bool writtenInPlace(const std::string& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-}
-
-/// What a file made by `open` would be readable by.
-mode_t ordinaryMode() {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666 & ~mask;
+std::string lineFor(std::string_view command, std::string_view problem) {
+    std::string line = "nearcast";
+    if (!command.empty()) line.append(" ").append(command);
+    return line.append(": ").append(printable(problem)).append("\n");
 }
 
 }  // namespace
@@ -43,46 +35,14 @@ void finishOut() {
     if (std::fflush(stdout) != 0) failOut();
 }
 
-int complain(std::string_view command, std::string_view problem, ExitStatus status) {
+int complain(std::string_view command, std::string_view problem, ExitStatus status) noexcept {
     std::fflush(stdout);
-    const std::string line = "nearcast" + (command.empty() ? "" : " " + std::string(command)) + ": ";
-    std::fprintf(stderr, "%s%.*s\n", line.c_str(), static_cast<int>(problem.size()), problem.data());
-    return status;
-}
-
-AtomicFile::AtomicFile(std::string path) : path_(std::move(path)) {
-    if (writtenInPlace(path_)) {
-        file_ = std::fopen(path_.c_str(), "wb");
-    } else {
-        temporary_ = path_ + ".XXXXXX";
-        const int descriptor = mkstemp(temporary_.data());
-        if (descriptor < 0) {
-            temporary_.clear();
-            fail(path_, "cannot be made");
-        }
-        fchmod(descriptor, ordinaryMode());
-        file_ = fdopen(descriptor, "wb");
+    try {
+        std::fputs(lineFor(command, problem).c_str(), stderr);
+    } catch (const std::exception&) {
+        std::fputs("nearcast: there is not enough memory\n", stderr);
     }
-    if (file_ == nullptr) fail(path_, "cannot be opened");
-}
-
-AtomicFile::~AtomicFile() {
-    if (file_ != nullptr) std::fclose(file_);
-    if (!temporary_.empty()) std::remove(temporary_.c_str());
-}
-
-void AtomicFile::write(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), file_) != text.size()) fail(path_, "cannot be written");
-}
-
-void AtomicFile::commit() {
-    if (std::fflush(file_) != 0) fail(path_, "cannot be written");
-    if (!temporary_.empty() && fsync(fileno(file_)) != 0) fail(path_, "cannot be written");
-    std::FILE* file = std::exchange(file_, nullptr);
-    if (std::fclose(file) != 0) fail(path_, "cannot be written");
-    if (temporary_.empty()) return;
-    if (std::rename(temporary_.c_str(), path_.c_str()) != 0) fail(path_, "cannot be replaced");
-    temporary_.clear();
+    return status;
 }
 
 GrowingFile::GrowingFile(std::string path) : path_(std::move(path)), file_(std::fopen(path_.c_str(), "wbe")) {

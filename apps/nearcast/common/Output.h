@@ -7,41 +7,27 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace nearcast::cli {
 
+/// Standard output cannot be written.
+class OutputError : public std::system_error {
+public:
+    using std::system_error::system_error;
+};
+
 /// Writes to standard output.
-/// @throws std::system_error when it cannot be written
+/// @throws OutputError when it cannot be written
 void writeOut(std::string_view text);
 /// Makes sure that all of it has been written.
-/// @throws std::system_error when it cannot be written
+/// @throws OutputError when it cannot be written
 void finishOut();
 /// Whether an option `--output` means standard output: it is absent, or "-".
 inline bool isStandardOutput(std::string_view output) { return output.empty() || output == "-"; }
-/// Says something on standard error, after all that was written before; gives `status` back.
-int complain(std::string_view command, std::string_view problem, ExitStatus status);
-
-/// A file that appears under its name whole or not at all: it is written beside its place and moved there by `commit`.
-/// Without a commit what was there before stays. What is no regular file (a terminal, a pipe) is written in place.
-class AtomicFile {
-public:
-    /// @throws std::system_error naming the file
-    explicit AtomicFile(std::string path);
-    ~AtomicFile();
-    AtomicFile(const AtomicFile&) = delete;
-    AtomicFile& operator=(const AtomicFile&) = delete;
-
-    /// @throws std::system_error naming the file
-    void write(std::string_view text);
-    /// Makes sure that the content has reached the disk, then gives it its name.
-    /// @throws std::system_error naming the file
-    void commit();
-
-private:
-    std::string path_;
-    std::string temporary_;  ///< empty: written in place
-    std::FILE* file_ = nullptr;
-};
+/// Says something on standard error, printable and on one line, after all that was written before; gives `status` back.
+/// @param command where it is known
+int complain(std::string_view command, std::string_view problem, ExitStatus status) noexcept;
 
 /// A file that grows piece by piece, each piece written at once: whatever ends the program, all pieces before are
 /// there.

@@ -4,6 +4,7 @@
 #include "common/UsageError.h"
 #include "platform/json/JSONSerialization.h"
 #include "settings/SavedSettings.h"
+#include "support/Printable.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -61,7 +62,7 @@ std::shared_ptr<const Settings> registryOfFile(const std::string& path) {
 std::string settingsFileOf(const Settings& registry) {
     const auto text = savedSettings(registry, JSONSerialization());
     if (!text) throw std::runtime_error("the settings hold what JSON cannot express");
-    return *text + "\n";
+    return printableJSON(*text) + "\n";
 }
 
 }  // namespace nearcast::cli

@@ -3,6 +3,8 @@
 
 #include <nearcast/RadioHealth.h>
 
+#include "support/Printable.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -11,10 +13,7 @@
 
 namespace nearcast::cli {
 
-/// The text without anything that could steer a terminal: names come from the air and may hold any octets. Control
-/// characters and what is not UTF-8 become the replacement character.
-std::string printable(std::string_view text);
-/// Printable, cut or filled with spaces to `width` characters.
+/// Printable, cut or filled with spaces to so many columns of a terminal.
 std::string column(std::string_view text, std::size_t width);
 
 /// With one decimal.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/Diagnosis.h"
 
+#include "common/JSONText.h"
 #include "common/Words.h"
 #include "doctor/ScanFindings.h"
 
@@ -130,7 +131,7 @@ std::string diagnosisAsJSON(const Diagnosis& diagnosis) {
     result["findings"] = JSON::array();
     for (const CheckedFinding& finding : diagnosis.findings) result["findings"].push_back(asJSON(finding));
     result["scan"] = diagnosis.hearing ? asJSON(*diagnosis.hearing, diagnosis.health) : JSON();
-    return result.dump(-1, ' ', false, JSON::error_handler_t::replace);
+    return textOf(result);
 }
 
 }  // namespace nearcast::cli

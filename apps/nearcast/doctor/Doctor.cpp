@@ -3,6 +3,7 @@
 #include "common/Arguments.h"
 #include "common/Interruption.h"
 #include "common/Listening.h"
+#include "common/OwnInput.h"
 #include "common/Words.h"
 #include "doctor/Checks.h"
 #include "doctor/Diagnosis.h"
@@ -64,8 +65,7 @@ private:
 
     void scan(Listening& listening) {
         try {
-            listening.open(arguments_.radio,
-                           [](std::string_view line) { complain("doctor", printable(line), exitGood); });
+            listening.open(arguments_.radio, [](std::string_view line) { complain("doctor", line, exitGood); });
         } catch (const std::invalid_argument&) {
             throw;  // the command line is wrong, not the machine
         } catch (const std::exception& error) {
@@ -102,7 +102,10 @@ int doctor(const DoctorArguments& arguments) {
     Listening listening;
     const Interruption interruption([&] { listening.interrupt(); });
     try {
+        refuseOwnInput("", {fileOfRadio(arguments.radio)});
         return Doctor(arguments).run(listening);
+    } catch (const OutputError&) {
+        throw;  // nobody will read what was found
     } catch (const std::exception& error) {
         return complain("doctor", error.what(), exitUsage);  // in any case: 1 would say that the scan works
     }
@@ -121,7 +124,9 @@ void addDoctor(CLI::App& application, Action& chosen) {
         ->capture_default_str()
         ->check(problemWithSeconds);
     command->add_flag("--json", arguments->json, "Print one JSON object");
-    command->footer("Exit status: 0 the scan works; 1 it works, with remarks; 2 there is no working scan.");
+    command->footer(
+        "Exit status: 0 the scan works; 1 it works, with remarks, or the findings cannot be written; 2 there is no "
+        "working scan.");
     command->callback([arguments, &chosen] { chosen = [arguments] { return doctor(*arguments); }; });
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Advice.h"
 
+#include "common/JSONText.h"
 #include "common/Words.h"
 #include "evaluate/Figures.h"
 #include "lab/NearestAsRule.h"
@@ -134,7 +135,7 @@ std::string textOf(const std::vector<DeviceAdvice>& advice) {
 std::string JSONOf(const std::vector<DeviceAdvice>& advice, const NearestSettings& settings) {
     JSON result = {{"settings", settingsJSON(settings)}, {"devices", JSON::array()}};
     for (const DeviceAdvice& one : advice) result["devices"].push_back(asJSON(one));
-    return result.dump(-1, ' ', false, JSON::error_handler_t::replace) + "\n";
+    return textOf(result) + "\n";
 }
 
 }  // namespace nearcast::cli

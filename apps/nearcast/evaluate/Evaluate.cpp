@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "common/AtomicFile.h"
 #include "common/Output.h"
+#include "common/OwnInput.h"
 #include "common/PlaybackFile.h"
 #include "common/SettingsFile.h"
 #include "evaluate/Advice.h"
@@ -84,6 +86,25 @@ int statusOf(const std::vector<JudgedRecording>& recordings) {
     return status;
 }
 
+/// The files that the recordings are made of, to which writing is refused.
+std::vector<std::string> filesOf(const std::vector<JudgedRecording>& recordings) {
+    std::vector<std::string> files;
+    for (const JudgedRecording& recording : recordings) {
+        files.push_back(recording.path);
+        files.push_back(recording.truthPath);
+    }
+    return files;
+}
+
+/// Refuses outputs that are inputs, but for the settings of `--write`, which may be their own file.
+void refuseOwnInputs(const EvaluateArguments& arguments, const std::vector<JudgedRecording>& recordings) {
+    auto files = filesOf(recordings);
+    if (!arguments.write.empty()) refuseOwnInput(arguments.write, files);
+    files.push_back(arguments.settings);
+    refuseOwnInput("", files);
+    if (!arguments.html.empty()) refuseOwnInput(arguments.html, files);
+}
+
 void writeFile(const std::string& path, const std::string& content) {
     AtomicFile file(path);
     file.write(content);
@@ -103,6 +124,7 @@ int evaluateRules(const EvaluateArguments& arguments) {
     const auto rules = rulesOf(arguments);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
     const auto recordings = playAll(arguments.recordings, arguments.truths, registry);
+    refuseOwnInputs(arguments, recordings);
     const Evaluation evaluation = evaluate(recordings, rules, settings, sweeps);
     writeOut(arguments.json ? JSONOf(evaluation) : textOf(evaluation));
     finishOut();
@@ -114,6 +136,7 @@ int adviseThresholds(const EvaluateArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
     const auto recordings = playAll(arguments.recordings, arguments.truths, registry);
+    refuseOwnInputs(arguments, recordings);
     const auto advice = advise(recordings, settings);
     writeOut(arguments.json ? JSONOf(advice, settings) : textOf(advice));
     finishOut();

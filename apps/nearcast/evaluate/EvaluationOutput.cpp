@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/EvaluationOutput.h"
 
+#include "common/JSONText.h"
 #include "common/Words.h"
 #include "evaluate/Figures.h"
 #include "lab/Rule.h"
@@ -77,8 +78,6 @@ JSON rulesJSON(const Evaluation& evaluation) {
     return result;
 }
 
-std::string written(const JSON& json) { return json.dump(-1, ' ', false, JSON::error_handler_t::replace); }
-
 }  // namespace
 
 std::string textOf(const Evaluation& evaluation) {
@@ -107,7 +106,7 @@ std::string JSONOf(const Evaluation& evaluation) {
         }
         result["sweep"].push_back({{"settings", std::move(settings)}, {"total", asJSON(point.total)}});
     }
-    return written(result) + "\n";
+    return textOf(result) + "\n";
 }
 
 std::string pageDataOf(const Evaluation& evaluation, const std::string& program) {
@@ -129,7 +128,7 @@ std::string pageDataOf(const Evaluation& evaluation, const std::string& program)
     for (const SweepScores& point : evaluation.points) {
         result["points"].push_back({{"values", point.values}, {"total", asJSON(point.total)}});
     }
-    return written(result);
+    return textOf(result);
 }
 
 }  // namespace nearcast::cli

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Figures.h"
 
-#include "support/Utf8.h"
+#include "support/Printable.h"
 
 #include <algorithm>
 #include <array>
@@ -11,12 +11,6 @@
 namespace nearcast::cli {
 
 namespace {
-
-std::size_t widthOf(std::string_view text) {
-    std::size_t width = 0;
-    for (; !text.empty(); text.remove_prefix(characterLength(text))) ++width;
-    return width;
-}
 
 std::string formatted(const char* format, int places, double value) {
     std::array<char, 64> text{};

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "common/AtomicFile.h"
+#include "common/OwnInput.h"
 #include "platform/replay/JsonLines.h"
 
 #include <CLI/CLI.hpp>
@@ -51,7 +53,9 @@ replay::ImportResult importTo(const RadioString& capture, const std::string& out
 }
 
 int import(const ImportArguments& arguments) {
-    const replay::ImportResult result = importTo(captureOf(arguments), arguments.output);
+    const RadioString capture = captureOf(arguments);
+    refuseOwnInput(arguments.output, {capture.argument});
+    const replay::ImportResult result = importTo(capture, arguments.output);
     if (result.damage) throw std::runtime_error(*result.damage);
     if (!isStandardOutput(arguments.output)) {
         const std::string count = std::to_string(result.reports) + " reports written to " + arguments.output;
@@ -75,7 +79,9 @@ void addImport(CLI::App& application, Action& chosen) {
     command->add_option("--as", arguments->as, "dongles: let every sender play a dongle with its own address")
         ->type_name("dongles");
     command
-        ->add_option("-o,--output", arguments->output, "File to write, whole or not at all; standard output if absent")
+        ->add_option(
+            "-o,--output", arguments->output,
+            "File to write once the capture is read, of a damaged one up to the damage; standard output if absent")
         ->type_name("FILE");
     command->callback([arguments, &chosen] { chosen = [arguments] { return import(*arguments); }; });
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "common/JSONText.h"
 #include "common/Words.h"
 #include "machine/LinuxMachine.h"
 #include "radios/RadioList.h"
@@ -38,7 +39,7 @@ std::string asJSON(const std::vector<RadioEntry>& entries) {
         list.push_back(
             {{"radio", entry.radio}, {"opens", entry.opens}, {"about", entry.about}, {"advice", entry.advice}});
     }
-    return list.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return textOf(list) + "\n";
 }
 
 int radios(const RadiosArguments& arguments) {

@@ -3,19 +3,17 @@
 #include "common/Arguments.h"
 #include "common/Interruption.h"
 #include "common/Listening.h"
+#include "common/OwnInput.h"
 #include "common/Words.h"
-#include "platform/radio/RadioString.h"
 #include "record/RecordSession.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
 namespace nearcast::cli {
 
@@ -28,15 +26,6 @@ struct RecordArguments {
     std::string output;
     std::optional<double> forSeconds;
 };
-
-/// A recording must not be written over while it is played.
-void refuseOwnTail(const RecordArguments& arguments) {
-    const RadioString radio = RadioString::parse(arguments.radio);
-    std::error_code none;
-    if (radio.kind == "replay" && std::filesystem::equivalent(radio.argument, arguments.output, none)) {
-        throw UsageError(arguments.output + " is the recording that is played");
-    }
-}
 
 replay::RecordingWriter::Out outTo(const RecordArguments& arguments) {
     if (isStandardOutput(arguments.output)) {
@@ -75,7 +64,7 @@ int tell(const Listening& listening, RecordSession& session, const RecordArgumen
 }
 
 int recordWith(Listening& listening, const RecordArguments& arguments) {
-    listening.open(arguments.radio, [](std::string_view line) { complain("record", printable(line), exitGood); });
+    listening.open(arguments.radio, [](std::string_view line) { complain("record", line, exitGood); });
     // Shared with the radio's thread, which may use it until the radio is closed.
     const auto session = std::make_shared<RecordSession>(writerFor(arguments), [&listening] { listening.interrupt(); });
     session->begin(listening.health().state);
@@ -91,7 +80,7 @@ int recordWith(Listening& listening, const RecordArguments& arguments) {
 int record(const RecordArguments& arguments) {
     Listening listening;
     const Interruption interruption([&] { listening.interrupt(); });
-    refuseOwnTail(arguments);
+    refuseOwnInput(arguments.output, {fileOfRadio(arguments.radio)});
     return recordWith(listening, arguments);
 }
 

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
 #include "common/Arguments.h"
+#include "common/AtomicFile.h"
 #include "common/Output.h"
+#include "common/OwnInput.h"
 #include "common/PlaybackFile.h"
 #include "common/SettingsFile.h"
 #include "lines/Truth.h"
@@ -30,7 +32,7 @@ struct ReportArguments {
 };
 
 void writePage(const std::string& page, const std::string& output) {
-    if (output.empty() || output == "-") {
+    if (isStandardOutput(output)) {
         writeOut(page);
         finishOut();
         return;
@@ -49,6 +51,7 @@ std::string makeReport(const ReportArguments& arguments) {
     std::optional<lines::Truth> truth;
     if (!arguments.truth.empty()) truth = lines::readTruth(arguments.truth);
     const PlaybackFile file = readPlaybackFile(arguments.recording, registry);
+    refuseOwnInput(arguments.output, {file.path, arguments.settings, arguments.truth});
     ReportData data = reportOf(lab::play(file.input), settings, truth ? &*truth : nullptr);
     data.title = arguments.title.empty() ? std::filesystem::path(file.path).filename().string() : arguments.title;
     const std::string program = programName();

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "common/OwnInput.h"
 #include "lab/Runner.h"
 #include "lines/TextReader.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +20,9 @@ struct RunArguments {
 };
 
 int run(const RunArguments& arguments) {
+    std::vector<std::string> inputs = arguments.files;
+    std::replace(inputs.begin(), inputs.end(), std::string("-"), std::string("/dev/stdin"));
+    refuseOwnInput("", inputs);
     lab::run(arguments.files, arguments.options, writeOut);
     finishOut();
     return exitGood;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
 #include "common/Arguments.h"
+#include "common/OwnInput.h"
 #include "common/SettingsFile.h"
+#include "common/Words.h"
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorOptions.h"
 #include "platform/simulator/Walk.h"
@@ -66,6 +68,7 @@ simulator::Scene sceneOf(const std::string& file) {
 }
 
 int printScene(const SceneArguments& arguments) {
+    refuseOwnInput("", {arguments.file});
     const simulator::Scene scene = sceneOf(arguments.file);
     if (arguments.settings) {
         writeOut(settingsFileOf(simulator::simulatorSettings(scene)));
@@ -74,7 +77,7 @@ int printScene(const SceneArguments& arguments) {
     } else if (arguments.file.empty()) {
         writeOut(simulator::builtInScene());
     } else {
-        writeOut(arguments.file + ": a scene with " + std::to_string(scene.dongles.size()) + " dongles\n");
+        writeOut(printable(arguments.file) + ": a scene with " + std::to_string(scene.dongles.size()) + " dongles\n");
     }
     finishOut();
     return exitGood;

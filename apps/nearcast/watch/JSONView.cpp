@@ -32,7 +32,7 @@ public:
         handOver();
     }
 
-    void console(std::string_view line) override { complain("watch", printable(line), exitGood); }
+    void console(std::string_view line) override { complain("watch", line, exitGood); }
 
     void end(const WatchSummary& summary) override {
         writer_.summary(timeOf(summary.seconds), summary.reports, summary.dongles, summary.silences);

@@ -37,7 +37,7 @@ public:
         write(seconds(at, 9, 3) + " s  radio " + printable(healthInWords(health, at)));
     }
 
-    void console(std::string_view line) override { complain("watch", printable(line), exitGood); }
+    void console(std::string_view line) override { complain("watch", line, exitGood); }
 
     void end(const WatchSummary& summary) override { write(sentence(summary)); }
 
@@ -68,8 +68,9 @@ std::string_view typeName(QXDeviceType deviceType) {
 }
 
 std::string sentence(const WatchSummary& summary) {
-    return counted(summary.reports, "report") + " of " + counted(summary.dongles, "dongle") + " in " +
-           seconds(summary.seconds, 0, 1) + " s; " + counted(summary.silences, "time") + " a dongle fell silent.";
+    return counted(summary.reports, "report") + " of " + (summary.moreDongles ? "more than " : "") +
+           counted(summary.dongles, "dongle") + " in " + seconds(summary.seconds, 0, 1) + " s; " +
+           counted(summary.silences, "time") + " a dongle fell silent.";
 }
 
 }  // namespace nearcast::cli

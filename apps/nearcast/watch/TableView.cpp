@@ -48,21 +48,23 @@ std::string bar(std::int32_t RSSI) {
 class TableView : public WatchView {
 public:
     void report(const WatchReport& report) override {
-        rows_[std::string(report.MACAddr)] =
-            Row{std::string(report.portName), report.deviceType, report.RSSI, report.at, false};
         ++reports_;
+        Row* const row = rowOf(report.MACAddr, !report.portName.empty());
+        if (row == nullptr) return;
+        *row = Row{std::string(report.portName), report.deviceType, report.RSSI, report.at, false};
     }
 
     void silent(double at, std::string_view portName, std::string_view MACAddr) override {
-        Row& row = rows_[std::string(MACAddr)];
-        row.portName = portName;
-        row.at = at;
-        row.silent = true;
+        Row* const row = rowOf(MACAddr, !portName.empty());
+        if (row == nullptr) return;
+        row->portName = portName;
+        row->at = at;
+        row->silent = true;
     }
 
     void console(std::string_view line) override {
         erase();
-        complain("watch", printable(line), exitGood);
+        complain("watch", line, exitGood);
     }
 
     void health(double /*at*/, const RadioHealth& /*health*/) override {}  // it is always shown below the table
@@ -85,6 +87,13 @@ public:
 
 private:
     using Entry = std::map<std::string, Row>::value_type;
+
+    /// The row of a dongle; null for one that there is no room for.
+    Row* rowOf(std::string_view MACAddr, bool registered) {
+        const std::string address(MACAddr);
+        const bool room = registered || rows_.size() < mostStrangers || rows_.count(address) != 0;
+        return room ? &rows_[address] : nullptr;
+    }
 
     /// Removes the last drawing, so that the next one, or a line, takes its place.
     void erase() {

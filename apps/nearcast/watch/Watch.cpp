@@ -2,6 +2,7 @@
 #include "Command.h"
 #include "common/Arguments.h"
 #include "common/Interruption.h"
+#include "common/OwnInput.h"
 #include "common/SettingsFile.h"
 #include "watch/WatchSession.h"
 
@@ -57,6 +58,7 @@ int watchWith(WatchSession& session, const Interruption& interruption, const Wat
 }
 
 int watch(const WatchArguments& arguments) {
+    refuseOwnInput("", {fileOfRadio(arguments.radio), arguments.settings});
     const Interruption interruption([] { Platform::interrupt(); });
     // Never destroyed: the radio's thread may call it until the very end of the process.
     static auto& session = *new WatchSession(viewFor(arguments), [] { Platform::interrupt(); });

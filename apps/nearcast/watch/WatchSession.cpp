@@ -52,12 +52,22 @@ void WatchSession::report(std::string_view portName, QXDeviceType deviceType, st
     if (heard != heard_.end()) {
         report.age = at - std::exchange(heard->second, at);
     } else {
-        heard_.emplace(MACAddr, at);
-        if (known_.emplace(MACAddr).second) ++summary_.dongles;
+        remember(MACAddr, !portName.empty(), at);
     }
     ++summary_.reports;
     noteEvent();
     show([&](WatchView& view) { view.report(report); });
+}
+
+void WatchSession::remember(std::string_view MACAddr, bool registered, double at) {
+    if (registered || heard_.size() < mostStrangers) heard_.emplace(MACAddr, at);
+    const std::string address(MACAddr);
+    if (registered || known_.size() < mostStrangers) {
+        known_.insert(address);
+    } else if (known_.count(address) == 0) {
+        summary_.moreDongles = true;
+    }
+    summary_.dongles = known_.size();
 }
 
 void WatchSession::silent(std::string_view portName, std::string_view MACAddr) {

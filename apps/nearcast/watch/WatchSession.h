@@ -15,7 +15,8 @@
 
 namespace nearcast::cli {
 
-/// Stands between the manager and the view: it counts reports, computes their age and passes them on. From any thread.
+/// Stands between the manager and the view: it counts reports, computes their age and passes them on. From any thread;
+/// its memory is bounded: see `mostStrangers`, beyond which dongles have no age.
 class WatchSession {
 public:
     /// Seconds from one tick to the next while something happens, and while nothing does: a machine on a battery is not
@@ -50,6 +51,7 @@ private:
     void show(const Show& what) NEARCAST_REQUIRES(mutex_);
     void report(std::string_view portName, QXDeviceType deviceType, std::string_view MACAddr, std::int32_t RSSI);
     void silent(std::string_view portName, std::string_view MACAddr);
+    void remember(std::string_view MACAddr, bool registered, double at) NEARCAST_REQUIRES(mutex_);
     void noteEvent() NEARCAST_REQUIRES(mutex_);
 
     const std::function<void()> wake_;

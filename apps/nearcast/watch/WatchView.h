@@ -4,6 +4,7 @@
 #include <nearcast/QXBluetoothManager.h>
 #include <nearcast/RadioHealth.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -28,7 +29,11 @@ struct WatchSummary {
     std::uint64_t reports = 0;
     std::uint64_t dongles = 0;  ///< different ones that were reported
     std::uint64_t silences = 0;
+    bool moreDongles = false;  ///< there were others, too many to be remembered
 };
+
+/// Dongles that a watch remembers beside the registered ones: who is near may send any addresses, and ever new ones.
+inline constexpr std::size_t mostStrangers = 10000;
 
 /// How a watch is shown. One call at a time, from any thread.
 class WatchView {

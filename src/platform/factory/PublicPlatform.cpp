@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <nearcast/Platform.h>
 
+#include "platform/Drive.h"
 #include "platform/Platform.h"
 #include "platform/factory/PlatformFactory.h"
 #include "platform/system/SystemClock.h"
 
-#include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -40,11 +39,7 @@ int Platform::descriptor() { return currentDrive()->descriptor(); }
 
 void Platform::dispatch() { currentDrive()->dispatch(); }
 
-bool Platform::runFor(double seconds) {
-    constexpr double longest = 1e9;
-    const double bounded = std::isnan(seconds) ? 0 : std::clamp(seconds, 0.0, longest);
-    return currentDrive()->runFor(std::chrono::microseconds(std::llround(bounded * 1e6)));
-}
+bool Platform::runFor(double seconds) { return currentDrive()->runFor(runTime(seconds)); }
 
 void Platform::interrupt() {
     if (const auto drive = findDrive()) drive->interrupt();

@@ -32,7 +32,7 @@ public:
     static std::string compact(const SettingValue& value);
 };
 
-/// Appends `text` as a JSON string with its quotation marks, invalid UTF-8 replaced by U+FFFD.
+/// Appends `text` as a JSON string with its quotation marks, invalid UTF-8 replaced by U+FFFD, as `printableJSON`.
 void appendQuoted(std::string& out, std::string_view text);
 
 }  // namespace nearcast

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/json/JSONSerialization.h"
+#include "support/Printable.h"
 #include "support/Utf8.h"
 
 #include <algorithm>
@@ -65,6 +66,16 @@ bool writable(const SettingValue& value, int depth) {
     return value.as<SettingValue::Bytes>() == nullptr;
 }
 
+void appendAsItIs(std::string& out, std::string_view text) {
+    if (isPlain(text)) {
+        out.push_back('"');
+        out.append(text);
+        out.push_back('"');
+    } else {
+        out += Library(text).dump(-1, ' ', false, Library::error_handler_t::replace);
+    }
+}
+
 std::string inHexadecimal(const SettingValue::Bytes& bytes) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string text = "<";
@@ -90,17 +101,17 @@ public:
         if (std::isfinite(number)) {
             out_ += Library(number).dump();
         } else {
-            appendQuoted(out_, std::isnan(number) ? "nan" : number > 0 ? "inf" : "-inf");
+            appendAsItIs(out_, std::isnan(number) ? "nan" : number > 0 ? "inf" : "-inf");
         }
     }
-    void operator()(const std::string& text) { appendQuoted(out_, text); }
-    void operator()(const SettingValue::Bytes& bytes) { appendQuoted(out_, inHexadecimal(bytes)); }
+    void operator()(const std::string& text) { appendAsItIs(out_, text); }
+    void operator()(const SettingValue::Bytes& bytes) { appendAsItIs(out_, inHexadecimal(bytes)); }
     void operator()(const SettingValue::Array& elements) {
         list('[', ']', elements, [this](const SettingValue& element) { std::visit(*this, element.storage()); });
     }
     void operator()(const SettingValue::Dictionary& members) {
         list('{', '}', members, [this](const auto& member) {
-            appendQuoted(out_, member.first);
+            appendAsItIs(out_, member.first);
             out_ += indented_ ? ": " : ":";
             std::visit(*this, member.second.storage());
         });
@@ -157,13 +168,10 @@ std::string JSONSerialization::description(const SettingValue& value) const { re
 std::string JSONSerialization::compact(const SettingValue& value) { return written(value, false); }
 
 void appendQuoted(std::string& out, std::string_view text) {
-    if (isPlain(text)) {
-        out.push_back('"');
-        out.append(text);
-        out.push_back('"');
-    } else {
-        out += Library(text).dump(-1, ' ', false, Library::error_handler_t::replace);
-    }
+    if (isPrintable(text)) return appendAsItIs(out, text);
+    std::string quoted;
+    appendAsItIs(quoted, text);
+    out += printableJSON(quoted);
 }
 
 }  // namespace nearcast

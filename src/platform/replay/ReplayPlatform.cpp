@@ -80,4 +80,9 @@ std::unique_ptr<CBCentralManager> ReplayPlatform::centralManager(CBCentralManage
                                          Recording{options_.path, std::move(reader), options_.recording}, failure_);
 }
 
+std::string ReplayPlatform::failure() const {
+    const std::string damage = failure_->text();
+    return damage.empty() ? TimelinePlatform::failure() : damage;
+}
+
 }  // namespace nearcast::replay

@@ -108,7 +108,7 @@ public:
 
     /// Opens the radio; not while the timeline is driven. It is destroyed before the platform.
     std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) override;
-    [[nodiscard]] std::string failure() const override { return failure_->text(); }
+    [[nodiscard]] std::string failure() const override;
 
 private:
     ReplayOptions options_;

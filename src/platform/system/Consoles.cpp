@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/system/Consoles.h"
 
+#include "support/Printable.h"
+
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -26,6 +28,15 @@ std::size_t writeBoth(std::string_view first, std::string_view second) noexcept 
 }  // namespace
 
 void StandardErrorConsole::NSLog(std::string_view line) noexcept {
+    if (isPrintable(line)) return writeLine(line);
+    try {
+        writeLine(printable(line));
+    } catch (...) {
+        writeLine("A line with characters that cannot be shown, and no memory to replace them.");
+    }
+}
+
+void StandardErrorConsole::writeLine(std::string_view line) noexcept {
     static Mutex mutex;  // of all such consoles: a pipe takes a long line in several pieces
     const MutexLock lock(mutex);
     std::string_view end = "\n";

@@ -12,11 +12,14 @@
 
 namespace nearcast {
 
-/// Writes each line to standard error, in one piece, so that the lines of several threads do not mix. Where standard
-/// error cannot be written, lines are lost.
+/// Writes each line to standard error, printable and in one piece, so that the lines of several threads do not mix.
+/// Where standard error cannot be written, lines are lost.
 class StandardErrorConsole : public Console {
 public:
     void NSLog(std::string_view line) noexcept override;
+
+private:
+    static void writeLine(std::string_view line) noexcept;
 };
 
 /// Hands each line to a function of the application's, one call at a time. Lines that the function causes itself, and

@@ -2,8 +2,10 @@
 #include "platform/system/RealPace.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <stdexcept>
+#include <system_error>
 
 namespace nearcast {
 
@@ -29,15 +31,30 @@ SystemClock::Time RealPace::start() {
     return *start_;
 }
 
+/// Waits until the alarm has rung or somebody has woken us.
+/// @return whether somebody has
+bool RealPace::awaitEither() {
+    const WakeUp::Found found = wakeUp_.wait();
+    const bool rang = wakeUp_.takeAlarm();
+    const bool woken = wakeUp_.takeWake();
+    // What was found and cannot be taken is not ours any more: the number of a descriptor that was closed is given to
+    // the next file that is opened.
+    const bool foreign = (found.alarm && !rang) || (found.wake && !woken);
+    if (found.broken || foreign) {
+        throw std::system_error(EBADF, std::generic_category(), "the clock stands: its descriptors were closed");
+    }
+    return woken;
+}
+
 bool RealPace::waitUntil(std::chrono::microseconds time) {
     const Seconds after = std::clamp(Seconds(time) / speed_, Seconds(0), farthest);
     const auto moment = start() + std::chrono::ceil<SystemClock::Time>(after);
     wakeUp_.setAlarm(moment);
     // Whoever calls `wake` may have made something due before `time`, even where `time` has come.
-    while (!wakeUp_.takeWake()) {
+    bool woken = wakeUp_.takeWake();
+    while (!woken) {
         if (SystemClock::now() >= moment) return true;
-        wakeUp_.wait();
-        wakeUp_.takeAlarm();
+        woken = awaitEither();
     }
     return false;
 }

@@ -19,6 +19,7 @@ public:
     /// @throws std::system_error when the system gives no descriptors
     explicit RealPace(double speed);
 
+    /// @throws std::system_error when somebody closed its descriptors
     bool waitUntil(std::chrono::microseconds time) override;
     void wake() override { wakeUp_.wake(); }
     [[nodiscard]] std::optional<std::chrono::microseconds> reached() const override;
@@ -26,6 +27,7 @@ public:
 private:
     /// When the timeline stood at 0.
     SystemClock::Time start();
+    bool awaitEither();
 
     const double speed_;
     WakeUp wakeUp_;

@@ -4,6 +4,8 @@
 #include "platform/system/SystemClock.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
 namespace nearcast {
@@ -35,7 +37,9 @@ bool SystemDrive::runFor(std::chrono::microseconds duration) {
     const auto end = SystemClock::now() + duration;
     interruption_.setAlarm(end);
     while (true) {
-        interruption_.wait(descriptor());
+        if (interruption_.wait(descriptor()).broken) {
+            throw std::system_error(EBADF, std::generic_category(), "the platform's descriptors were closed");
+        }
         dispatch();
         if (interruption_.takeWake() || SystemClock::now() >= end) break;
     }

@@ -50,15 +50,16 @@ const short WakeUp::readable = POLLIN;
 WakeUp::Found WakeUp::wait(int other, short events) noexcept {
     pollfd waiting[] = {{alarm_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}, {other, events, 0}};
     while (poll(waiting, 3, -1) < 0) {
-        if (errno != EINTR) return {};
+        if (errno != EINTR) return {.broken = true};
     }
-    return {waiting[0].revents != 0, waiting[1].revents != 0, waiting[2].revents != 0};
+    const bool broken = ((waiting[0].revents | waiting[1].revents | waiting[2].revents) & POLLNVAL) != 0;
+    return {waiting[0].revents != 0, waiting[1].revents != 0, waiting[2].revents != 0, broken};
 }
 
 WakeUp::Found WakeUp::pause(std::chrono::milliseconds longest) noexcept {
     pollfd waiting[] = {{alarm_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}};
     if (poll(waiting, 2, static_cast<int>(longest.count())) <= 0) return {};
-    return {waiting[0].revents != 0, waiting[1].revents != 0, false};
+    return {waiting[0].revents != 0, waiting[1].revents != 0, false, false};
 }
 
 bool WakeUp::takeAlarm() noexcept { return taken(alarm_.get()); }

@@ -35,11 +35,12 @@ public:
     void setAlarm(std::optional<SystemClock::Time> time) noexcept;
     /// Ends a wait that is under way, or else the next one. From any thread.
     void wake() noexcept;
-    /// What a wait has found. After a failure of the system it is nothing.
+    /// What a wait has found.
     struct Found {
         bool alarm = false;  ///< there until `takeAlarm`
         bool wake = false;   ///< there until `takeWake`
         bool other = false;
+        bool broken = false;  ///< it cannot wait: somebody closed a descriptor, or the system failed
     };
 
     /// Waits for either, and for `other` where it is not negative. One thread at a time.

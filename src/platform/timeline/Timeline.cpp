@@ -4,6 +4,7 @@
 #include "platform/Guarded.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace nearcast {
@@ -140,7 +141,7 @@ Timeline::Next Timeline::next(Time target) {
 
 /// Moves the clock to a stop. @return false when something else may come first, wherever the clock is then
 bool Timeline::pass(const Next& stop) {
-    const bool come = !pace_ || pace_->waitUntil(stop.at);
+    const bool come = !pace_ || awaitPace(stop.at);
     {
         const MutexLock lock(mutex_);
         now_ = come ? std::max(now_, stop.at) : present();
@@ -148,6 +149,22 @@ bool Timeline::pass(const Next& stop) {
     }
     moved_.notify_all();
     return come;
+}
+
+bool Timeline::awaitPace(Time time) {
+    try {
+        return pace_->waitUntil(time);
+    } catch (const std::exception& error) {
+        const MutexLock lock(mutex_);
+        waitsFor_.reset();
+        failure_ = error.what();
+        throw;
+    }
+}
+
+std::string Timeline::failure() const {
+    const MutexLock lock(mutex_);
+    return failure_;
 }
 
 bool Timeline::step(Time target) {
@@ -181,7 +198,8 @@ bool Timeline::exhausted() {
     return !std::exchange(exhaustionTold_, true);
 }
 
-Timeline::End Timeline::runUntil(Time target) {
+Timeline::End Timeline::runUntil(Time time) {
+    const Time target = std::min(time, forever);
     const Wheel wheel(*this, target, true);
     if (!wheel.taken()) return takeInterruption() ? End::interrupted : End::reached;
     while (!takeInterruption()) {
@@ -202,7 +220,8 @@ void Timeline::runToLastHappening() {
 }
 
 void Timeline::sleep(Time duration) {
-    const Time target = now() + duration;
+    const Time begin = now();
+    const Time target = begin + std::min(duration, forever - begin);
     const Wheel wheel(*this, target, false);
     if (!wheel.taken()) return;
     while (!ending() && !step(target)) {
@@ -225,7 +244,7 @@ void Timeline::interrupt() {
 
 void Timeline::driveFromThread() {
     thread_ = std::thread([this] {
-        while (!ending()) guarded(console_, "a happening", [this] { runUntil(forever); });
+        while (!ending() && failure().empty()) guarded(console_, "a happening", [this] { runUntil(forever); });
     });
 }
 

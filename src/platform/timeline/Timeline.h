@@ -10,6 +10,7 @@
 #include <condition_variable>
 #include <memory>
 #include <optional>
+#include <string>
 #include <thread>
 
 namespace nearcast {
@@ -30,6 +31,7 @@ public:
     virtual ~Pace() = default;
     /// Waits until the timeline may reach `time`, or until `wake` is called.
     /// @return whether the moment has come
+    /// @throws std::system_error when it cannot wait; then the timeline's time has ended
     virtual bool waitUntil(std::chrono::microseconds time) = 0;
     /// Ends a wait that is under way, or else the next one. From any thread.
     virtual void wake() = 0;
@@ -76,8 +78,8 @@ public:
     void setSource(TimelineSource* source);
     /// The source's next event is earlier than it last said: a run that waits looks again. From any thread.
     void sourceChanged();
-    /// Moves the clock to `target`, through all that is due until then, that moment included.
-    End runUntil(Time target);
+    /// Moves the clock to `time`, through all that is due until then, that moment included; to `forever` at most.
+    End runUntil(Time time);
     /// Runs all events of the source that have a time; the clock stops at the last one.
     void runToLastHappening();
     /// Passes `duration` of time: by moving the clock, or, while another thread drives, by waiting until it has passed.
@@ -85,9 +87,11 @@ public:
     /// Ends a run that is under way, or else the next one.
     void interrupt();
 
-    /// Drives the timeline on a thread of its own until the timeline is destroyed. With a pace only. What an event
-    /// throws goes to the console.
+    /// Drives the timeline on a thread of its own until the timeline is destroyed, or its pace cannot wait. With a pace
+    /// only. What an event or the pace throws goes to the console.
     void driveFromThread();
+    /// Why the pace could not wait; empty while it can. From any thread.
+    [[nodiscard]] std::string failure() const;
 
 private:
     struct Next {
@@ -99,6 +103,7 @@ private:
     bool step(Time target);
     Next next(Time target);
     bool pass(const Next& what);
+    bool awaitPace(Time time);
     void fireNextTimer();
     [[nodiscard]] TimelineSource* source() const;
     [[nodiscard]] bool exhausted();
@@ -120,6 +125,7 @@ private:
     TimelineSource* source_ NEARCAST_GUARDED_BY(mutex_) = nullptr;
     bool exhaustionTold_ NEARCAST_GUARDED_BY(mutex_) = false;
     bool interrupted_ NEARCAST_GUARDED_BY(mutex_) = false;
+    std::string failure_ NEARCAST_GUARDED_BY(mutex_);
     bool ending_ NEARCAST_GUARDED_BY(mutex_) = false;
     std::thread thread_;
 };

@@ -44,7 +44,7 @@ const NSJSONSerialization& TimelinePlatform::JSON() const { return JSON_; }
 bool TimelineDrive::runFor(std::chrono::microseconds duration) {
     Timeline& timeline = platform_.timeline();
     if (timeline.runUntil(timeline.now() + duration) == Timeline::End::exhausted) exhausted_ = true;
-    return !exhausted_;
+    return !exhausted_ && timeline.now() < Timeline::forever;
 }
 
 }  // namespace nearcast

@@ -41,7 +41,7 @@ public:
     /// The radio's health and reports, beside what its delegate is told.
     [[nodiscard]] RadioMonitor& monitor() noexcept { return monitor_; }
     /// Why what the radio plays ended before its end; empty when it did not. From any thread.
-    [[nodiscard]] virtual std::string failure() const { return {}; }
+    [[nodiscard]] virtual std::string failure() const { return timeline_->failure(); }
 
 private:
     Console& console_;

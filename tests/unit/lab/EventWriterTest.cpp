@@ -93,6 +93,28 @@ TEST_F(EventWriterTest, EscapesWhatAStringMayNotHold) {
     }
 }
 
+TEST_F(EventWriterTest, EscapesWhatWouldSteerATerminalInAValueToo) {
+    writer_.returned(0s, "settings", SettingValue("\x7f\xC2\x9B\u202E"));
+    EXPECT_NE(written().find(R"("value": "\u007f\u009b\u202e")"), std::string::npos);
+}
+
+TEST(EventWriterAttempt, KeepsTheFirstFailureAndWritesNothingMore) {
+    int handedOver = 0;
+    EventWriter writer([&](std::string_view) { ++handedOver; });
+    EXPECT_NO_THROW(writer.requireWritten());
+    writer.attempt([] { throw std::runtime_error("first"); });
+    writer.attempt([] { throw std::runtime_error("second"); });
+    writer.attempt([&] { writer.console(0s, "after"); });
+    writer.flush();
+    EXPECT_EQ(handedOver, 0);
+    try {
+        writer.requireWritten();
+        FAIL() << "nothing was thrown";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "first");
+    }
+}
+
 TEST_F(EventWriterTest, WritesNothingMoreOnceItIsMuted) {
     writer_.console(0s, "before");
     writer_.flush();

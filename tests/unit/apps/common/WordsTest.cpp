@@ -6,26 +6,23 @@
 namespace nearcast::cli {
 namespace {
 
-constexpr const char* replaced = "\xEF\xBF\xBD";
-
-TEST(Printable, KeepsTextOfAnyLanguage) { EXPECT_EQ(printable("Küche 厨房 №1"), "Küche 厨房 №1"); }
-
-TEST(Printable, ReplacesWhatCouldSteerATerminal) {
-    EXPECT_EQ(printable("a\x1b[2Jb"), std::string("a") + replaced + "[2Jb");
-    EXPECT_EQ(printable("a\nb"), std::string("a") + replaced + "b");
-    EXPECT_EQ(printable("\x7f"), replaced);
-    EXPECT_EQ(printable("\xC2\x9B"), replaced) << "the 8-bit control sequence introducer";
-    EXPECT_EQ(printable("\xC2\xA0"), "\xC2\xA0") << "the first character after the controls";
-}
-
-TEST(Printable, ReplacesEachOctetThatIsNotUTF8) {
-    EXPECT_EQ(printable("\xFF\xC3"), std::string(replaced) + replaced);
-    EXPECT_EQ(printable("\xE2\x82"), std::string(replaced) + replaced) << "a character cut short";
-}
-
 TEST(Column, IsFilledToItsWidthInCharacters) { EXPECT_EQ(column("Küche", 7), "Küche  "); }
 
 TEST(Column, IsCutBetweenCharacters) { EXPECT_EQ(column("ééé", 2), "éé"); }
+
+TEST(Column, HoldsHalfAsManyWideCharacters) {
+    EXPECT_EQ(column("厨房打印机", 6), "厨房打");
+    EXPECT_EQ(column("厨房打印机", 5), "厨房 ") << "none is cut in half";
+    EXPECT_EQ(column("厨房", 6), "厨房  ");
+}
+
+TEST(Column, TakesAnAccentWithItsLetter) { EXPECT_EQ(column("e\u0301e\u0301", 1), "e\u0301"); }
+
+TEST(Column, KeepsItsWidthWhateverTheTextHolds) {
+    for (const char* text : {"\u202Eabc", "\x1b[9Cabc", "\t", "😀\u200D😀", "\xFF\xFF", "a\u0300\u0301\u0302"}) {
+        EXPECT_EQ(widthOf(column(text, 10)), 10U) << text;
+    }
+}
 
 TEST(Column, OfItsExactWidthStaysAsItIs) { EXPECT_EQ(column("abc", 3), "abc"); }
 

@@ -107,6 +107,37 @@ TEST_F(WatchSessionTest, TheSummaryCountsReportsDonglesAndSilences) {
     EXPECT_DOUBLE_EQ(kept_.summary->seconds, 2);
 }
 
+TEST_F(WatchSessionTest, RemembersAsManyStrangersAsThereIsRoomFor) {
+    for (std::size_t number = 0; number < mostStrangers; ++number) report("A" + std::to_string(number));
+    report("A0");
+    EXPECT_TRUE(kept_.ages.back()) << "known already";
+    session_.end();
+    EXPECT_EQ(kept_.summary->dongles, mostStrangers);
+    EXPECT_FALSE(kept_.summary->moreDongles);
+}
+
+TEST_F(WatchSessionTest, ForgetsStrangersThatThereIsNoRoomFor) {
+    for (std::size_t number = 0; number < mostStrangers; ++number) report("A" + std::to_string(number));
+    report("B");
+    report("B");
+    EXPECT_FALSE(kept_.ages.back()) << "it is new each time";
+    session_.end();
+    EXPECT_EQ(kept_.summary->dongles, mostStrangers);
+    EXPECT_TRUE(kept_.summary->moreDongles);
+    EXPECT_EQ(kept_.summary->reports, mostStrangers + 2) << "it is counted and shown all the same";
+    EXPECT_EQ(kept_.lines.back(), "report B");
+}
+
+TEST_F(WatchSessionTest, AlwaysRemembersARegisteredDevice) {
+    for (std::size_t number = 0; number < mostStrangers; ++number) report("A" + std::to_string(number));
+    delegate()->didDiscoverPort("BT:Bar", QXDeviceTypeDesktopPrinter, "B", -60);
+    delegate()->didDiscoverPort("BT:Bar", QXDeviceTypeDesktopPrinter, "B", -60);
+    EXPECT_TRUE(kept_.ages.back());
+    session_.end();
+    EXPECT_EQ(kept_.summary->dongles, mostStrangers + 1);
+    EXPECT_FALSE(kept_.summary->moreDongles);
+}
+
 TEST_F(WatchSessionTest, TheHealthOfTheRadioIsTimedFromTheBeginOfTheWatch) {
     pass(1000);
     session_.begin();
@@ -155,6 +186,7 @@ TEST_F(WatchSessionTest, TheFirstThingThatHappensInAQuietTimeEndsTheWait) {
 
 TEST(WatchSummary, IsSaidInASentence) {
     EXPECT_EQ(sentence({20, 488, 6, 1}), "488 reports of 6 dongles in 20.0 s; 1 time a dongle fell silent.");
+    EXPECT_EQ(sentence({1, 3, 2, 0, true}), "3 reports of more than 2 dongles in 1.0 s; 0 times a dongle fell silent.");
     EXPECT_EQ(sentence({0.5, 1, 1, 0}), "1 report of 1 dongle in 0.5 s; 0 times a dongle fell silent.");
 }
 

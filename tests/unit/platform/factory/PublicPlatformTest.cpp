@@ -2,6 +2,8 @@
 #include <nearcast/Platform.h>
 #include <nearcast/QXNearcastManager.h>
 
+#include "doubles/MadeDescriptors.h"
+#include "doubles/TemporaryFolder.h"
 #include "platform/system/SystemClock.h"
 
 #include <gtest/gtest.h>
@@ -10,8 +12,10 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <random>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace nearcast {
 namespace {
@@ -79,6 +83,62 @@ TEST(PublicPlatform, ARadioWithATimeOfItsOwnRunsAsLongAsItIsToldTo) {
     EXPECT_TRUE(Platform::runFor(std::nan("")));
     EXPECT_EQ(Platform::now(), 2.5) << "no time and none that is a number pass nothing";
     EXPECT_EQ(Platform::failure(), "");
+}
+
+/// Any time from a nanosecond to a quarter of an hour, small ones as often as large ones.
+double anyDuration(std::mt19937_64& random) {
+    return std::pow(10, std::uniform_real_distribution<double>(-9, 3)(random));
+}
+
+TEST(PublicPlatform, ALoopOnTheRestOfItsTimeComesToItsEnd) {
+    choose("simulator?speed=max&seed=1", true);
+    std::mt19937_64 random(1);
+    for (int count = 0; count < 5000; ++count) {
+        const double begin = Platform::now();
+        const double end = begin + anyDuration(random);
+        for (int runs = 0; Platform::now() < end; ++runs) {
+            ASSERT_LT(runs, 4) << "from " << begin << " to " << end;
+            Platform::runFor(end - Platform::now());
+        }
+        ASSERT_LE(Platform::now(), end + 2e-6) << "from " << begin;
+    }
+}
+
+TEST(PublicPlatform, TheShortestTimeThatIsOneIsAMicrosecond) {
+    choose("simulator?speed=max&seed=1", true);
+    for (const double seconds : {std::numeric_limits<double>::denorm_min(), 1e-9, 4.9e-7, 5e-7, 1e-6}) {
+        const double before = Platform::now();
+        Platform::runFor(seconds);
+        EXPECT_EQ(std::llround((Platform::now() - before) * 1e6), 1) << seconds;
+    }
+}
+
+TEST(PublicPlatform, TheClockStopsWhereItsTimesEnd) {
+    choose("simulator?speed=max&seed=1", true);
+    int runs = 0;
+    while (Platform::runFor(std::numeric_limits<double>::infinity())) ASSERT_LT(++runs, 10);
+    EXPECT_EQ(Platform::now(), 9.2e9);
+    EXPECT_FALSE(Platform::runFor(1));
+    EXPECT_EQ(Platform::now(), 9.2e9);
+}
+
+TEST(PublicPlatform, WhoseDescriptorsWereClosedSaysSo) {
+    for (const char* radio : {"simulator?seed=1", "none"}) {
+        const MadeDescriptors made;
+        choose(radio, true);
+        made.closeAll();
+        EXPECT_THROW(Platform::runFor(3600), std::system_error) << radio;
+    }
+}
+
+TEST(PublicPlatform, OfARecordingWhoseDescriptorsWereClosedTellsItsFailure) {
+    const TemporaryFolder folder;
+    const MadeDescriptors made;
+    choose("replay:" + folder.write("shop.jsonl", "{\"at\": 3600, \"do\": \"end\"}\n"), true);
+    QXNearcastManager::sharedManager().startScan();
+    made.closeAll();
+    EXPECT_THROW(Platform::runFor(7200), std::system_error);
+    EXPECT_NE(Platform::failure().find("its descriptors were closed"), std::string::npos) << Platform::failure();
 }
 
 TEST(PublicPlatform, AnInterruptBeforeARunEndsTheNextOne) {

@@ -84,12 +84,18 @@ TEST(JSONWriter, DescribesForPeopleWhatItCannotWrite) {
     EXPECT_EQ(JSON.description(nullptr), "null");
 }
 
+TEST(JSONWriter, KeepsTheTextOfASavedRegistryAsItIs) {
+    EXPECT_EQ(JSON.dataWithJSONObject(Array{"\x7f\xC2\x9B"}), "[\n  \"\x7f\xC2\x9B\"\n]");
+    EXPECT_EQ(JSON.description(Array{"\x7f\xC2\x9B"}), "[\"\x7f\xC2\x9B\"]");
+}
+
 TEST(JSONWriter, QuotesText) {
     const std::pair<std::string, std::string> cases[] = {
         {"", "\"\""},
         {"plain", "\"plain\""},
         {"a\"b\\c", "\"a\\\"b\\\\c\""},
-        {"\n\t\x01\x7f", "\"\\n\\t\\u0001\x7f\""},
+        {"\n\t\x01\x7f", "\"\\n\\t\\u0001\\u007f\""},
+        {"\xC2\x9B\xC2\xA0\u202E", "\"\\u009b\xC2\xA0\\u202e\""},
         {"é😀", "\"é😀\""},
         {std::string("\0", 1), "\"\\u0000\""},
         {"\xFFx", "\"\xEF\xBF\xBDx\""},

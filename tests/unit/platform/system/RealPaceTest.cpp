@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/system/RealPace.h"
 
+#include "doubles/MadeDescriptors.h"
+
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <limits>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 namespace nearcast {
@@ -101,6 +106,26 @@ TEST(RealPace, BearsTheEndsOfItsRange) {
     RealPace pace(1);
     pace.wake();
     EXPECT_FALSE(pace.waitUntil(Timeline::forever));
+}
+
+TEST(RealPace, CannotWaitOnceItsDescriptorsWereClosed) {
+    const MadeDescriptors made;
+    RealPace pace(1);
+    EXPECT_TRUE(pace.waitUntil(1us));
+    made.closeAll();
+    EXPECT_THROW(pace.waitUntil(1h), std::system_error);
+}
+
+/// The next file that is opened gets the number of one that was closed. This one is always readable.
+TEST(RealPace, CannotWaitOnceItsDescriptorsAreAnothersFiles) {
+    const MadeDescriptors made;
+    RealPace pace(1);
+    made.closeAll();
+    const int first = open("/dev/null", O_RDONLY);
+    const int second = open("/dev/null", O_RDONLY);
+    EXPECT_THROW(pace.waitUntil(1h), std::system_error);
+    close(first);
+    close(second);
 }
 
 }  // namespace

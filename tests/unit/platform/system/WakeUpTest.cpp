@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/system/WakeUp.h"
 
+#include "doubles/MadeDescriptors.h"
+
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <unistd.h>
@@ -95,6 +97,22 @@ TEST(WakeUp, WaitsForAnotherDescriptorToo) {
     EXPECT_FALSE(wakeUp.takeWake());
     close(ends[0]);
     close(ends[1]);
+}
+
+TEST(WakeUp, SaysThatItsDescriptorsWereClosed) {
+    const MadeDescriptors made;
+    WakeUp wakeUp;
+    made.closeAll();
+    EXPECT_TRUE(wakeUp.wait().broken);
+}
+
+TEST(WakeUp, SaysThatTheOtherDescriptorWasClosed) {
+    WakeUp wakeUp;
+    const int closed = dup(STDERR_FILENO);
+    close(closed);
+    EXPECT_TRUE(wakeUp.wait(closed).broken);
+    wakeUp.wake();
+    EXPECT_FALSE(wakeUp.wait().broken) << "its own are whole";
 }
 
 }  // namespace

@@ -243,6 +243,33 @@ TEST_F(PacedTimelineTest, TakesTimersFromManyThreadsWhileItRuns) {
     EXPECT_GE(firings, 50);
 }
 
+/// A pace that cannot wait.
+class BrokenPace : public Pace {
+public:
+    bool waitUntil(std::chrono::microseconds /*time*/) override { throw std::runtime_error("the pace is broken"); }
+    void wake() override {}
+};
+
+TEST(BrokenPace, EndsARunWithWhatItThrows) {
+    KeptLines console;
+    const auto timeline = std::make_shared<Timeline>(console, std::make_unique<BrokenPace>());
+    EXPECT_EQ(timeline->failure(), "");
+    EXPECT_THROW(timeline->runUntil(5us), std::runtime_error);
+    EXPECT_EQ(timeline->failure(), "the pace is broken");
+    EXPECT_EQ(timeline->now(), 0us);
+}
+
+TEST(BrokenPace, EndsTheDrivingThreadWithOneLine) {
+    KeptLines console;
+    auto timeline = std::make_shared<Timeline>(console, std::make_unique<BrokenPace>());
+    timeline->driveFromThread();
+    console.await(1);
+    EXPECT_EQ(timeline->failure(), "the pace is broken");
+    EXPECT_THROW(timeline->sleep(5us), std::runtime_error) << "nobody moves the clock any more";
+    timeline.reset();
+    EXPECT_EQ(console.lines().size(), 1U);
+}
+
 }  // namespace
 
 }  // namespace nearcast
