@@ -25,10 +25,12 @@ public:
     /// @param capacity of the window; one of 0 stays empty
     explicit SlidingMaximumOf(std::uint64_t capacity) noexcept : capacity_(capacity) {}
 
-    /// Takes a sample in; a full window first loses its oldest one.
+    /// Takes a sample in; a full window first loses its oldest one. Where there is no memory for it, nothing has
+    /// changed.
     /// @return the largest in the window; the sample itself where the capacity is 0
     std::int32_t add(std::int32_t sample) {
         if (capacity_ == 0) return sample;
+        if (runs_ == room()) makeRoomFor(sample);  // from here on nothing fails
         if (samples_ == capacity_) {
             dropOldest();
         } else {
@@ -36,7 +38,6 @@ public:
         }
         std::uint64_t reached = 1;
         while (runs_ != 0 && run(runs_ - 1).sample <= sample) reached += run(--runs_).samples;
-        constexpr std::uint64_t most = std::numeric_limits<Count>::max();
         for (; reached > most; reached -= most) append({sample, static_cast<Count>(most)});
         append({sample, static_cast<Count>(reached)});
         return run(0).sample;
@@ -52,6 +53,7 @@ private:
         Count samples;
     };
     static constexpr std::uint32_t nearRoom = 7;
+    static constexpr std::uint64_t most = std::numeric_limits<Count>::max();  ///< samples that a run can stand for
 
     [[nodiscard]] std::uint32_t room() const noexcept {
         return far_ ? static_cast<std::uint32_t>(far_->size()) : nearRoom;
@@ -66,9 +68,14 @@ private:
         first_ = first_ + 1 == room() ? 0 : first_ + 1;
         --runs_;
     }
-    void append(Run next) {
-        if (runs_ == room()) grow();
-        run(runs_++) = next;
+    void append(Run next) noexcept { run(runs_++) = next; }
+    /// For a sample that comes while all room is taken: grows, unless the sample leaves no more runs than there are.
+    [[gnu::cold, gnu::noinline]] void makeRoomFor(std::int32_t sample) {
+        if (samples_ == capacity_ && run(0).samples == 1) return;  // the oldest one goes
+        std::uint64_t reached = 1;
+        std::uint32_t left = runs_;
+        while (left != 0 && run(left - 1).sample <= sample) reached += run(--left).samples;
+        if (left + (reached + most - 1) / most > room()) grow();
     }
     void grow() {
         if (runs_ > std::numeric_limits<std::uint32_t>::max() / 2) throw std::bad_alloc();
