@@ -13,6 +13,8 @@
 
 namespace nearcast {
 
+class Trace;
+
 /// The kinds of trace record.
 enum QXLogType : std::int32_t {
     QXLogTypePavixAPIStart = 0,        ///< a public operation was entered
@@ -111,9 +113,11 @@ public:
     LogWriter& operator=(const LogWriter&) = delete;
 
 private:
+    friend class Trace;
     struct State;
     LogWriter();
     ~LogWriter();
+    void lose() noexcept;
 
     static std::atomic<bool> logging_;
     static std::atomic<std::int32_t> maximumLevel_;

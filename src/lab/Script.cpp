@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Script.h"
 
-#include <string>
-
 namespace nearcast::lab {
 
 std::optional<lines::Time> Script::due() {
@@ -16,13 +14,9 @@ void Script::happen() {
     try {
         const auto line = source_.next();
         if (!line) return;
-        if (depth_ == deepest) {
-            throw lines::InputError(source_.place() + ": " + std::to_string(deepest) +
-                                    " calls sleep inside one another already");
-        }
-        ++depth_;
+        if (nesting_.full()) throw lines::InputError((source_.place() + ": ").append(Nesting::complaint));
+        const Nesting::Inside inside(nesting_);
         perform_(line->action);
-        --depth_;
     } catch (const lines::InputError& error) {
         failure_ = error;
         if (failed_) failed_();

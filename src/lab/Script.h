@@ -2,6 +2,7 @@
 #pragma once
 
 #include "lines/LineReader.h"
+#include "platform/timeline/Nesting.h"
 #include "platform/timeline/Timeline.h"
 
 #include <functional>
@@ -32,13 +33,11 @@ public:
     [[nodiscard]] const std::optional<lines::InputError>& failure() const noexcept { return failure_; }
 
 private:
-    static constexpr int deepest = 500;
-
     lines::LineSource& source_;
     const lines::Time begin_;
     const Perform perform_;
     const std::function<void()> failed_;
-    int depth_ = 0;  ///< lines in progress
+    Nesting nesting_;  ///< of the lines in progress
     std::optional<lines::InputError> failure_;
 };
 

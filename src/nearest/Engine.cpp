@@ -104,15 +104,16 @@ void Nearest::Engine::refreshNow(double at) {
     std::uint64_t read = 0;
     {
         const MutexLock lock(mutex_);
-        refreshed_ = at;
         read = ++readsBegun_;
     }
     const auto registry = sources_.registry();
+    const Settings none;
     const MutexLock lock(mutex_);
     // Another thread may have begun its read later and finished first: what it read is newer.
     if (read < readApplied_) return;
+    decision_.setRegistry(at, registry ? *registry : none);
     readApplied_ = read;
-    decision_.setRegistry(at, registry ? *registry : Settings());
+    refreshed_ = at;  // not before: a read that failed is tried again with the next report
     noteChange(at);
 }
 
@@ -133,13 +134,13 @@ void Nearest::Engine::askRadio(double at) {
 
 void Nearest::Engine::noteChange(double at) {
     if (decision_.changes() == noted_) return;
-    noted_ = decision_.changes();
     NearestChoice now = decision_.choice();
     if (changed_) {
         untold_.push_back({lastNoted_, now, at});
         toTell_ = true;
     }
     lastNoted_ = std::move(now);
+    noted_ = decision_.changes();  // last: a change for which there was no memory is noted with the next event
 }
 
 /// One thread notifies at a time, in order, including changes that other threads or the callback itself cause

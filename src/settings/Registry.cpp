@@ -37,18 +37,28 @@ std::int32_t Registry::deviceTypeOf(std::string_view portName) const {
 }
 
 void Registry::insert(std::string_view portName, SettingRecordPointer record) {
-    ++changes_;
-    remove(portName);
-    const auto place = records_.emplace(portName, std::move(record)).first;
+    if (contains(portName)) return replace(portName, std::move(record));
+    Settings added;
+    const auto place = added.emplace(portName, std::move(record)).first;
     enterIndex(place->first, *place->second);
+    records_.insert(added.extract(place));  // takes no memory, so that no record can be without its entry
+    ++changes_;
+}
+
+/// Only threads that raced with each other bring a port name that is there.
+void Registry::replace(std::string_view portName, SettingRecordPointer record) {
+    Settings records = records_;
+    records.insert_or_assign(std::string(portName), std::move(record));
+    Registry replaced(std::move(records));
+    swap(replaced);
 }
 
 bool Registry::remove(std::string_view portName) {
     const auto record = records_.find(portName);
     if (record == records_.end()) return false;
-    ++changes_;
     leaveIndex(record->first, *record->second);
     records_.erase(record);
+    ++changes_;
     return true;
 }
 
@@ -64,10 +74,12 @@ void Registry::swap(Registry& other) noexcept {
 void Registry::enterIndex(const std::string& portName, const SettingRecord& record) {
     const std::string* const address = addressOf(record);
     if (address == nullptr) return;
-    const PackedAddress number = names_.enter(AddressKey(*address));
+    RegisteredPort port = makePort(portName, record);
+    index_.makeRoom();
+    const PackedAddress number = names_.enter(AddressKey(*address));  // the last that can fail
     const RegisteredPort* const first = index_.find(number);
     if (first != nullptr) ++hidden_;
-    if (first == nullptr || portName < first->name.view()) index_.assign(number, makePort(portName, record));
+    if (first == nullptr || portName < first->name.view()) index_.assign(number, std::move(port));
 }
 
 void Registry::leaveIndex(const std::string& portName, const SettingRecord& record) {

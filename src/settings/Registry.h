@@ -61,6 +61,7 @@ struct FoundPort {
 /// once.
 ///
 /// Where several records hold one address, the first in the order of port names is found, as by a walk through them.
+/// What finds no memory throws and leaves the registry as it was.
 class Registry {
 public:
     Registry() = default;
@@ -91,6 +92,7 @@ public:
     void swap(Registry& other) noexcept;
 
 private:
+    void replace(std::string_view portName, SettingRecordPointer record);
     void enterIndex(const std::string& portName, const SettingRecord& record);
     void leaveIndex(const std::string& portName, const SettingRecord& record);
 

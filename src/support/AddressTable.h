@@ -33,11 +33,17 @@ public:
         return entry == nullptr ? nullptr : valueOf(**entry);
     }
 
-    /// One whose address has none yet.
+    /// One whose address has none yet. Where there is no memory for it, nothing has changed.
     void add(const AddressKey& key, Value value) {
         index_.makeRoom();  // so that nothing can fail once the value is there
         const PackedAddress number = names_.enter(key);
-        index_.assign(number, &entries_.emplace_back(Entry{std::move(value), number}));
+        try {
+            entries_.emplace_back(Entry{std::move(value), number});
+        } catch (...) {
+            names_.remove(number);
+            throw;
+        }
+        index_.assign(number, &entries_.back());
     }
 
     /// By place, below `size()`.

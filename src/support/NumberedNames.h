@@ -2,10 +2,10 @@
 #pragma once
 
 #include "support/AddressText.h"
+#include "support/SecretHash.h"
 
 #include <functional>
 #include <string>
-#include <string_view>
 #include <unordered_map>
 
 namespace nearcast {
@@ -22,11 +22,16 @@ public:
         const auto found = numbers_.find(key.text());
         return found == numbers_.end() ? noAddress : found->second;
     }
-    /// As `find`, and enters the text where it needs to be.
+    /// As `find`, and enters the text where it needs to be. Where there is no memory for that, nothing has changed.
     PackedAddress enter(const AddressKey& key) {
         if (const PackedAddress known = find(key); known != noAddress) return known;
         const auto place = numbers_.emplace(key.text(), next_).first;
-        names_.emplace(next_, &place->first);
+        try {
+            names_.emplace(next_, &place->first);
+        } catch (...) {
+            numbers_.erase(place);
+            throw;
+        }
         return next_++;
     }
     /// Of a number that is a name's. Valid until it is removed.
@@ -40,13 +45,9 @@ public:
     }
 
 private:
-    struct TextHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>{}(text); }
-    };
     static constexpr PackedAddress first = PackedAddress{1} << (8 * AddressText::octets);
 
-    std::unordered_map<std::string, PackedAddress, TextHash, std::equal_to<>> numbers_;
+    std::unordered_map<std::string, PackedAddress, SecretHash, std::equal_to<>> numbers_;
     std::unordered_map<PackedAddress, const std::string*> names_;  ///< into `numbers_`
     PackedAddress next_ = first;
 };

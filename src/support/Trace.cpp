@@ -14,4 +14,6 @@ void Trace::write(QXLogType type, std::string_view fileName, std::uint32_t lineN
     LogWriter::sharedInstance().outputLogAsyncWithLogType(type, level, object_, fileName, lineNumber, method_, text);
 }
 
+void Trace::lose() noexcept { LogWriter::sharedInstance().lose(); }
+
 }  // namespace nearcast

@@ -7,6 +7,7 @@
 #include <concepts>
 #include <cstdint>
 #include <iterator>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -98,6 +99,9 @@ using Passed = std::conditional_t<std::is_trivially_copyable_v<Part> && !std::is
 /// given as a callable without arguments, which is asked for it only when the record is wanted; what it throws passes
 /// to the caller. While nobody listens, nothing is built and a call costs one relaxed load.
 ///
+/// A record for which there is no memory is dropped, and counted with those that the writer drops: an operation does
+/// the same, and ends the same, whether it is traced or not.
+///
 /// An object of this type lives on the stack of its operation and is used by that thread; the views it was made
 /// with live as long.
 class Trace {
@@ -148,12 +152,17 @@ private:
     [[gnu::cold, gnu::noinline]] void recordWanted(QXLogType type, const char* leadText, const char* fileName,
                                                    std::uint32_t lineNumber, trace::Passed<Parts>... parts) const {
         if (!LogWriter::isTargetLogLevel(level)) return;
-        std::string text(leadText);
-        (trace::append(text, parts), ...);
-        write(type, fileName, lineNumber, text);
+        try {
+            std::string text(leadText);
+            (trace::append(text, parts), ...);
+            write(type, fileName, lineNumber, text);
+        } catch (const std::bad_alloc&) {
+            lose();
+        }
     }
 
     void write(QXLogType type, std::string_view fileName, std::uint32_t lineNumber, std::string_view text) const;
+    static void lose() noexcept;
 
     const void* object_;
     std::string_view method_;

@@ -4,6 +4,7 @@
 #include "common/Words.h"
 #include "lab/NearestAsRule.h"
 #include "lab/Rule.h"
+#include "support/SecretHash.h"
 
 #include <algorithm>
 #include <cmath>
@@ -45,7 +46,7 @@ private:
 
     lab::NearestAsRule rule_;
     std::vector<ReportDongle>& dongles_;
-    std::unordered_map<std::string, std::int32_t> places_;
+    std::unordered_map<std::string, std::int32_t, SecretHash> places_;
     std::vector<std::int32_t> placeOfDevice_;
     std::uint64_t noted_ = 0;
     std::vector<ReportDecision> decisions_;

@@ -107,11 +107,13 @@ DeviceTable::Device& DeviceTable::reach(std::string_view path) {
         return *place->second;
     }
     if (devices_.size() >= most_ && !devices_.empty()) remove(devices_.front().path);
-    Device& device = devices_.emplace_back();
+    Devices added;  // until it has its place: what finds no memory leaves nothing behind
+    Device& device = added.emplace_back();
     device.path = path;
     device.report.address = addressInPath(path);
     device.report.RSSI = noRSSI;
-    places_.emplace(device.path, std::prev(devices_.end()));
+    places_.emplace(device.path, added.begin());
+    devices_.splice(devices_.end(), added);
     return device;
 }
 

@@ -3,6 +3,7 @@
 
 #include "platform/bluez/SystemBus.h"
 #include "platform/radio/AdvertisingReport.h"
+#include "support/SecretHash.h"
 
 #include <cstddef>
 #include <list>
@@ -48,7 +49,8 @@ private:
 
     std::size_t most_;
     Devices devices_;
-    std::unordered_map<std::string_view, Devices::iterator> places_;  // the keys point to the devices' paths
+    /// The keys point to the devices' paths, which hold the addresses from the air.
+    std::unordered_map<std::string_view, Devices::iterator, SecretHash> places_;
 };
 
 }  // namespace nearcast::bluez

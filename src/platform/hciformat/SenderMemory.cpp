@@ -41,19 +41,20 @@ void SenderMemory::learn(std::uint64_t key, const AdvertisingReport& report) {
     if (!report.name && report.services.empty()) return;
     auto sender = find(key);
     if (sender == senders_.end()) {
-        sender = senders_.insert(senders_.end(), Sender{key, {}, {}});
+        Senders added;  // until it has its place: what finds no memory leaves nothing behind
+        sender = added.insert(added.end(), Sender{key, {}, {}});
         places_.emplace(key, sender);
-    } else {
-        octets_ -= sender->octets();
+        senders_.splice(senders_.end(), added);
     }
     if (report.name) sender->name = report.name;
     if (!report.services.empty()) sender->services = report.services;
-    octets_ += sender->octets();
+    octets_ += sender->octets() - sender->counted;
+    sender->counted = sender->octets();
     while (senders_.size() > mostSenders_ || octets_ > mostOctets_) forget();
 }
 
 void SenderMemory::forget() {
-    octets_ -= senders_.front().octets();
+    octets_ -= senders_.front().counted;
     places_.erase(senders_.front().key);
     senders_.pop_front();
 }

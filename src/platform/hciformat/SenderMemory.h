@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/radio/AdvertisingReport.h"
+#include "support/SecretHash.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -34,6 +35,7 @@ private:
         std::uint64_t key = 0;
         std::optional<std::string> name;
         std::vector<CBUUID> services;
+        std::size_t counted = 0;  ///< its part of `octets_`
         [[nodiscard]] std::size_t octets() const;
     };
     using Senders = std::list<Sender>;  // the one heard last is the last
@@ -46,7 +48,7 @@ private:
     std::size_t mostOctets_;
     std::size_t octets_ = 0;
     Senders senders_;
-    std::unordered_map<std::uint64_t, Senders::iterator> places_;
+    std::unordered_map<std::uint64_t, Senders::iterator, SecretHash> places_;
 };
 
 }  // namespace nearcast

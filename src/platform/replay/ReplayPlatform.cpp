@@ -42,8 +42,8 @@ void ReplayRadio::readNext() {
     ended_ = !next_;
 }
 
-void ReplayRadio::fail(const char* problem) {
-    const std::string text = recording_.name + ": " + problem;
+void ReplayRadio::fail(std::string_view problem) {
+    const std::string text = (recording_.name + ": ").append(problem);
     failure_->set(text);
     console().NSLog(text);
 }
@@ -52,6 +52,11 @@ void ReplayRadio::happen() {
     if (!next_) return;
     // Taken away before it happens: a handler may sleep, and then the next items happen inside.
     RecordedItem item = *std::exchange(next_, std::nullopt);
+    if (nesting_.full()) {
+        ended_ = true;
+        return fail(Nesting::complaint);
+    }
+    const Nesting::Inside inside(nesting_);
     std::visit([this](auto& one) { happen(one); }, item);
 }
 

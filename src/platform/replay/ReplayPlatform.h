@@ -4,6 +4,7 @@
 #include "platform/radio/Radio.h"
 #include "platform/radio/RadioString.h"
 #include "platform/replay/RecordingReader.h"
+#include "platform/timeline/Nesting.h"
 #include "platform/timeline/Timeline.h"
 #include "platform/timeline/TimelinePlatform.h"
 #include "support/Mutex.h"
@@ -12,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace nearcast::replay {
@@ -45,7 +47,7 @@ struct Recording {
 ///
 /// It is powered on from the begin. The recording's clock starts at the first scan and then runs on, whether a scan
 /// runs or not, so restarting a scan neither repeats nor delays anything. Where the recording is damaged it ends, with
-/// one line on the console.
+/// one line on the console; so it does where calls that it causes sleep too deep inside one another.
 ///
 /// Scans may be started and stopped from any thread; reports and changes of state come on the thread that drives the
 /// timeline.
@@ -72,7 +74,7 @@ private:
 
     void scanChanged(const std::optional<Scan>& scan) override;
     void readNext();
-    void fail(const char* problem);
+    void fail(std::string_view problem);
     void happen(RecordedReport& report);
     void happen(const RecordedState& state);
     void happen(const RecordedEnd& end);
@@ -83,6 +85,7 @@ private:
     Recording recording_;                // this and the next two: the driving thread's alone
     std::optional<RecordedItem> next_;
     bool ended_ = false;
+    Nesting nesting_;  // of the items in progress; as those above
 };
 
 /// What a radio string `replay:FILE?speed=...&as=...&services=...` asks for.

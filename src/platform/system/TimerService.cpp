@@ -9,11 +9,9 @@
 
 #include <pthread.h>
 
-#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <utility>
-#include <vector>
 
 namespace nearcast {
 
@@ -24,10 +22,12 @@ using TimerPointer = std::shared_ptr<TimerQueue::Timer>;
 /// A firing that has been handed over. Its end, by being run or by being dropped, lets the next one be handed over.
 class HandOver {
 public:
-    explicit HandOver(TimerPointer timer) : timer_(std::move(timer)) {}
+    explicit HandOver(TimerPointer timer) noexcept : timer_(std::move(timer)) {}
+    HandOver(HandOver&& other) noexcept : timer_(std::exchange(other.timer_, nullptr)) {}
     ~HandOver() { end(); }
     HandOver(const HandOver&) = delete;
     HandOver& operator=(const HandOver&) = delete;
+    HandOver& operator=(HandOver&&) = delete;
 
     /// The timer to fire; null the second time.
     TimerPointer end() {
@@ -90,29 +90,40 @@ public:
 private:
     void handOver(const TimerPointer& timer) {
         if (!timer->beginHandOver()) return;
+        HandOver begun(timer);  // where there is no memory for a task, this one ends it
         guarded(console_, "the timers' executor", [&] {
-            executor_([core = shared_from_this(), task = std::make_shared<HandOver>(timer)] {
+            executor_([core = shared_from_this(), task = std::make_shared<HandOver>(std::move(begun))] {
                 if (const auto due = task->end()) core->fire(due);
             });
         });
     }
 
+    /// A firing that is under way, on the stack of its thread: a timer that is due needs no memory to fire.
+    struct Firing {
+        const std::thread::id thread = std::this_thread::get_id();
+        Firing* next = nullptr;
+    };
+
     void fire(const TimerPointer& timer) {
-        const auto self = std::this_thread::get_id();
+        Firing firing;
         {
             const MutexLock lock(mutex_);
             if (ending_) return;
-            firing_.push_back(self);
+            firing.next = std::exchange(firings_, &firing);
         }
         guarded(console_, "a timer", [&] { timer->fire(); });
         const MutexLock lock(mutex_);
-        firing_.erase(std::find(firing_.begin(), firing_.end(), self));
+        Firing** place = &firings_;
+        while (*place != &firing) place = &(*place)->next;
+        *place = firing.next;
         fired_.notify_all();
     }
 
     [[nodiscard]] bool othersFire() const NEARCAST_REQUIRES(mutex_) {
-        return std::any_of(firing_.begin(), firing_.end(),
-                           [](std::thread::id thread) { return thread != std::this_thread::get_id(); });
+        for (const Firing* firing = firings_; firing != nullptr; firing = firing->next) {
+            if (firing->thread != std::this_thread::get_id()) return true;
+        }
+        return false;
     }
 
     Console& console_;
@@ -122,7 +133,7 @@ private:
     std::atomic<bool> ending_{false};
     Mutex mutex_;
     std::condition_variable fired_;
-    std::vector<std::thread::id> firing_ NEARCAST_GUARDED_BY(mutex_);  ///< the threads on which handlers run
+    Firing* firings_ NEARCAST_GUARDED_BY(mutex_) = nullptr;  ///< all that are under way
 };
 
 TimerService::TimerService(Console& console, Loop loop, Executor executor)

@@ -107,13 +107,13 @@ void QueuedLogOutput::flush() {
     while (written_ < taken) progress_.wait(lock.native());
 }
 
-void QueuedLogOutput::take(const LogRecord& record) noexcept {
+void QueuedLogOutput::admit(const LogRecord* record) noexcept {
     bool call = false;
     {
         const MutexLock lock(mutex_);
         if (!open_) return;
         ++taken_;
-        if (waiting_.size() == capacity_ || !waiting_.add(record)) {
+        if (record == nullptr || waiting_.size() == capacity_ || !waiting_.add(*record)) {
             ++untold_;
             countDropped();
         }
@@ -183,13 +183,26 @@ void DirectLogOutput::take(const LogRecord& record) noexcept {
     writeDropped(sink_, std::exchange(untold_, 0));
 }
 
+void DirectLogOutput::lose() noexcept {
+    if (insideSink()) return drop();
+    const MutexLock lock(mutex_);
+    if (!sink_) return;
+    drop();
+    writeDropped(sink_, std::exchange(untold_, 0));
+}
+
+/// Runs below a `take` of the same thread, which holds the mutex, or holds it itself.
+void DirectLogOutput::drop() noexcept NEARCAST_NO_THREAD_SAFETY_ANALYSIS {
+    ++untold_;
+    countDropped();
+}
+
 /// Runs below a `take` of the same thread, which holds the mutex.
 void DirectLogOutput::keep(const LogRecord& record) noexcept NEARCAST_NO_THREAD_SAFETY_ANALYSIS {
     if (room_ != 0 && caused_.add(record)) {
         --room_;
     } else {
-        ++untold_;
-        countDropped();
+        drop();
     }
 }
 

@@ -45,6 +45,8 @@ public:
     /// Returns when all is written that was taken before the call. Not for a sink.
     virtual void flush() = 0;
     virtual void take(const LogRecord& record) noexcept = 0;
+    /// Counts and tells a record that could not even be made as one that is dropped.
+    virtual void lose() noexcept = 0;
 
     /// Whether the calling thread is inside a sink's call.
     [[nodiscard]] static bool insideSink() noexcept;
@@ -73,9 +75,12 @@ public:
     void start(LogWriter::Sink sink, std::size_t capacity) override;
     void stop() override;
     void flush() override;
-    void take(const LogRecord& record) noexcept override;
+    void take(const LogRecord& record) noexcept override { admit(&record); }
+    void lose() noexcept override { admit(nullptr); }
 
 private:
+    /// @param record null: it is dropped already
+    void admit(const LogRecord* record) noexcept;
     void run() noexcept;
     void rest(MutexLock& lock) NEARCAST_REQUIRES(mutex_);
 
@@ -106,9 +111,11 @@ public:
     /// Nothing: a record is written when the call that handed it over returns.
     void flush() override {}
     void take(const LogRecord& record) noexcept override;
+    void lose() noexcept override;
 
 private:
     void keep(const LogRecord& record) noexcept;
+    void drop() noexcept;
 
     Mutex mutex_;  ///< held while the sink is called: one call at a time
     LogWriter::Sink sink_ NEARCAST_GUARDED_BY(mutex_);

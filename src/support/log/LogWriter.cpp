@@ -96,4 +96,9 @@ void LogWriter::outputLogAsyncWithLogType(QXLogType logType, std::int32_t logLev
     output->take({logType, logLevel, objectAddress, fileName, lineNumber, methodName, anyString});
 }
 
+/// A record found no memory before it could be handed over.
+void LogWriter::lose() noexcept {
+    if (LogOutput* const output = state_->output.load(std::memory_order_acquire)) output->lose();
+}
+
 }  // namespace nearcast

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "allocation/Allocations.h"
 #include "core/Manager.h"
 #include "doubles/KeptLines.h"
 #include "platform/json/JSONSerialization.h"
@@ -7,49 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <string>
-#include <vector>
-
-namespace {
-
-std::atomic<std::uint64_t> allocations{0};
-std::atomic<std::uint64_t> bytes{0};
-
-void* counted(std::size_t size) {
-    ++allocations;
-    bytes += size;
-    if (void* const memory = std::malloc(size == 0 ? 1 : size)) return memory;
-    throw std::bad_alloc();
-}
-void* counted(std::size_t size, std::align_val_t alignment) {
-    ++allocations;
-    bytes += size;
-    const auto step = static_cast<std::size_t>(alignment);
-    if (void* const memory = std::aligned_alloc(step, (size + step - 1) / step * step)) return memory;
-    throw std::bad_alloc();
-}
-
-}  // namespace
-
-// NOLINTBEGIN(misc-definitions-in-headers)
-void* operator new(std::size_t size) { return counted(size); }
-void* operator new[](std::size_t size) { return counted(size); }
-void* operator new(std::size_t size, std::align_val_t alignment) { return counted(size, alignment); }
-void* operator new[](std::size_t size, std::align_val_t alignment) { return counted(size, alignment); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
-// NOLINTEND(misc-definitions-in-headers)
 
 namespace nearcast {
 namespace {
@@ -81,9 +42,9 @@ protected:
     }
     /// Allocations of the library while `times` advertisements come.
     std::uint64_t allocationsOf(int times) {
-        const std::uint64_t before = allocations;
+        const std::uint64_t before = allocation::count();
         hear(times);
-        return allocations - before;
+        return allocation::count() - before;
     }
 
     const std::string longName_ = std::string(SharedText::nearSize + 100, 'L');
@@ -104,17 +65,17 @@ TEST_F(Allocation, AnAdvertisementInTheSteadyStateTakesNoHeap) {
 }
 
 TEST_F(Allocation, TheCountingSeesAnAllocation) {
-    const std::uint64_t before = allocations;
+    const std::uint64_t before = allocation::count();
     manager_.addSettingForPrinterPortName("BT:Other", {}, false, "00:11:22:AA:BB:02", {}, {});
-    EXPECT_GE(allocations - before, 4U) << "a record has four entries";
+    EXPECT_GE(allocation::count() - before, 4U) << "a record has four entries";
 }
 
 TEST_F(Allocation, AWindowOf2To63TakesMemoryForTheReadingsItHolds) {
     manager_.startScan(std::uint64_t{1} << 63);
-    const std::uint64_t before = bytes;
+    const std::uint64_t before = allocation::bytes();
     constexpr int times = 1000 * dongles;
     hear(times);
-    EXPECT_LE(bytes - before, times * 2 * sizeof(std::int64_t) + 10'000U);
+    EXPECT_LE(allocation::bytes() - before, times * 2 * sizeof(std::int64_t) + 10'000U);
     EXPECT_EQ(reports_, 0U);
 }
 

@@ -100,6 +100,49 @@ TEST_F(ReplayRadioTest, RunsOnWhileNoScanRuns) {
     EXPECT_EQ(listener.deliveries.back().at, 3'000);
 }
 
+/// Items whose handlers each sleep, so that the next one happens inside.
+std::vector<RecordedItem> closeTogether(int count) {
+    std::vector<RecordedItem> items;
+    for (int i = 0; i < count; ++i) items.emplace_back(dongleReport(i, -1));
+    return items;
+}
+
+TEST_F(ReplayRadioTest, LetsFiveHundredReportsHappenInsideOneAnother) {
+    open(closeTogether(500));
+    listener.then = [&] { timeline->sleep(microseconds(1'000)); };
+    scan();
+    timeline->runToLastHappening();
+    EXPECT_EQ(heard().size(), 500U);
+    EXPECT_EQ(radio->failure(), "");
+}
+
+TEST_F(ReplayRadioTest, EndsWithAMessageAtOneMoreAndTheCallsInProgressStillEnd) {
+    open(closeTogether(100'000));
+    int ended = 0;
+    listener.then = [&] {
+        timeline->sleep(microseconds(200'000));
+        ++ended;
+    };
+    scan();
+    EXPECT_EQ(timeline->runUntil(microseconds(1'000'000)), End::exhausted);
+    EXPECT_EQ(heard().size(), 500U);
+    EXPECT_EQ(ended, 500);
+    EXPECT_EQ(radio->failure(), "file: 500 calls sleep inside one another already");
+    EXPECT_EQ(console.lines(), std::vector<std::string>{radio->failure()});
+}
+
+TEST_F(ReplayRadioTest, CountsOnlyWhatIsStillInProgress) {
+    open(closeTogether(1'200));
+    int calls = 0;
+    listener.then = [&] {
+        if (++calls % 400 != 0) timeline->sleep(microseconds(1));
+    };
+    scan();
+    timeline->runToLastHappening();
+    EXPECT_EQ(heard().size(), 1'200U);
+    EXPECT_EQ(radio->failure(), "");
+}
+
 TEST_F(ReplayRadioTest, FiltersByService) {
     RecordedReport foreign = dongleReport(1'000, -1);
     foreign.report.services = {CBUUID::UUIDWithShort(0x180F)};
