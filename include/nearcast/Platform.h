@@ -22,7 +22,9 @@ struct PlatformOptions {
     /// what docs/radios.md, docs/recordings.md and docs/simulator.md say of their options (`replay:FILE?speed=8`).
     std::string radio = "auto";
 
-    /// Where the console lines go. Without one, standard error. Called from any thread, one call at a time.
+    /// Where the console lines go. Without one, standard error. Called by the thread whose operation has something to
+    /// say, before that operation returns and with no lock held, one call at a time; docs/callbacks.md says what it may
+    /// call.
     std::function<void(std::string_view line)> console;
 
     /// Where timer handlers run. Without one they run on the timers' own thread. With one, each firing is handed over
@@ -64,6 +66,9 @@ public:
     /// string asks for), on the calling thread, until `seconds` of the platform's time have passed, the recording has
     /// ended, or `interrupt` was called.
     /// @return false when the recording has ended: nothing more will come of it
+    /// @throws std::system_error (`resource_deadlock_would_occur`) in the console's callback or a synchronous sink,
+    /// where
+    ///         it would wait for another thread that runs the radio's time
     static bool runFor(double seconds);
     /// Makes a `runFor` that is under way, or else the next one, return soon. From any thread; before a platform is
     /// chosen it does nothing.

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/Manager.h"
 
+#include "support/log/LogOutput.h"
+
 #include <chrono>
+#include <system_error>
 
 namespace nearcast {
 
@@ -41,6 +44,13 @@ void Manager::init() {
     trace.end("-> ", Pointer{face_});
 }
 
+// Threads that trace wait for a synchronous sink whatever they hold, and all of them would for as long.
+void Manager::checkSleep() const {
+    if (!LogOutput::insideDirectSink() && platform_.canSleep()) return;
+    throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur),
+                            "an operation that takes time, called where other threads wait for this one");
+}
+
 bool Manager::isLECapableHardware() {
     const Trace trace = this->trace("-[QXNearcastManager isLECapableHardware]", Trace::Audience::internal);
     trace.start("");
@@ -56,7 +66,9 @@ bool Manager::isLECapableHardware() {
             trace.end("-> ", capable);
             return capable;
         }
-        if (now == CBManagerStateUnknown) platform_.usleep(readinessPause);
+        if (now != CBManagerStateUnknown) continue;
+        checkSleep();
+        platform_.usleep(readinessPause);
     }
     trace.end("-> ", false);
     return false;

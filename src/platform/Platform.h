@@ -21,7 +21,11 @@ public:
     /// The present moment.
     [[nodiscard]] virtual NSDate date() const = 0;
     /// Blocks the calling thread for that long on the platform's clock.
+    /// @throws std::system_error (`resource_deadlock_would_occur`) where `canSleep` says no
     virtual void usleep(std::chrono::microseconds duration) = 0;
+    /// Whether the calling thread may sleep: not where another thread makes the time pass and may be waiting for what
+    /// this one holds.
+    [[nodiscard]] virtual bool canSleep() const { return true; }
     [[nodiscard]] virtual const NSJSONSerialization& JSON() const = 0;
 };
 

@@ -34,6 +34,7 @@ public:
     void NSLog(std::string_view line) noexcept override;
     [[nodiscard]] NSDate date() const override;
     void usleep(std::chrono::microseconds duration) override;
+    [[nodiscard]] bool canSleep() const override;
     [[nodiscard]] const NSJSONSerialization& JSON() const override;
 
     /// What drives everything: see `Timeline::runUntil`, `Timeline::driveFromThread`.
