@@ -33,7 +33,8 @@ struct PlatformOptions {
     std::function<void(std::function<void()> task)> timerExecutor;
 
     /// Called when the state of the radio, its reason or the number of its restarts has changed; on the radio's
-    /// thread, one call at a time. What it throws ends on the console.
+    /// thread, one call at a time. Where the radio could not be opened, on the thread that makes the manager. What it
+    /// throws ends on the console.
     std::function<void(const RadioHealth& health)> radioHealthChanged;
 
     /// No thread is made for the timers: the application waits for `Platform::descriptor` to become readable and
@@ -78,7 +79,8 @@ public:
     /// Why the radio's recording ended before its end ("...: damaged at byte 1234: ..."); empty when it did not.
     static std::string failure();
 
-    /// How the radio is at this moment; before the manager is made, that no radio has been opened. From any thread.
+    /// How the radio is at this moment; before the manager is made, that no radio has been opened, and where that failed,
+    /// why. From any thread.
     static RadioHealth radioHealth();
 
     /// Sets what hears every advertisement as the radio does, before it is smoothed and before any filter; an empty one

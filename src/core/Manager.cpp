@@ -4,6 +4,7 @@
 #include "support/log/LogOutput.h"
 
 #include <chrono>
+#include <exception>
 #include <system_error>
 
 namespace nearcast {
@@ -26,11 +27,19 @@ Manager::~Manager() = default;
 void Manager::openRadio() {
     try {
         ownedManager_ = platform_.centralManager(*this);
+    } catch (const std::exception& error) {
+        failToOpen(error.what());
+        throw;
     } catch (...) {
-        initialised_.store(false);
+        failToOpen("an exception of an unknown kind");
         throw;
     }
     manager.store(ownedManager_.get());
+}
+
+void Manager::failToOpen(std::string_view why) {
+    initialised_.store(false);
+    platform_.radioFailed(why);
 }
 
 void Manager::init() {
