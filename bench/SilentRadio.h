@@ -14,7 +14,7 @@ public:
     [[nodiscard]] CBManagerState state() const override { return CBManagerStatePoweredOn; }
     void scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& /*services*/,
                                         ScanOptions /*options*/) override {}
-    void stopScan() override {}
+    void stopScan(StopOptions /*options*/) override {}
 };
 
 }  // namespace nearcast::bench

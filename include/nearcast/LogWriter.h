@@ -61,7 +61,9 @@ public:
         std::int32_t maximumLevel = 0;  ///< records of this level and below are wanted
         /// Records that may wait for the worker, beside those that it has taken to write; rounded up to a power of two.
         std::size_t capacity = 8192;
-        bool synchronous = false;  ///< call the sink at once, on the caller's thread; no worker is made
+        /// Call the sink at once, on the caller's thread; no worker is made. What such a sink calls of the manager
+        /// throws `std::system_error` (`resource_deadlock_would_occur`) where it would have to wait: docs/callbacks.md.
+        bool synchronous = false;
     };
 
     /// The one writer of the process.

@@ -22,7 +22,9 @@ struct PlatformOptions {
     /// what docs/radios.md, docs/recordings.md and docs/simulator.md say of their options (`replay:FILE?speed=8`).
     std::string radio = "auto";
 
-    /// Where the console lines go. Without one, standard error. Called from any thread, one call at a time.
+    /// Where the console lines go. Without one, standard error. Called by the thread whose operation has something to
+    /// say, before that operation returns and with no lock held, one call at a time; docs/callbacks.md says what it may
+    /// call.
     std::function<void(std::string_view line)> console;
 
     /// Where timer handlers run. Without one they run on the timers' own thread. With one, each firing is handed over
@@ -31,7 +33,8 @@ struct PlatformOptions {
     std::function<void(std::function<void()> task)> timerExecutor;
 
     /// Called when the state of the radio, its reason or the number of its restarts has changed; on the radio's
-    /// thread, one call at a time. What it throws ends on the console.
+    /// thread, one call at a time. Where the radio could not be opened, on the thread that makes the manager. What it
+    /// throws ends on the console.
     std::function<void(const RadioHealth& health)> radioHealthChanged;
 
     /// No thread is made for the timers: the application waits for `Platform::descriptor` to become readable and
@@ -66,6 +69,8 @@ public:
     /// `runFor(end - now())` comes to its end; 0, less, and what is no number let none pass.
     /// @return false when the recording has ended: nothing more will come of it
     /// @throws std::system_error when the descriptors that the platform waits at were closed
+    /// @throws std::system_error (`resource_deadlock_would_occur`) in the console's callback or a synchronous sink,
+    ///         where it would wait for another thread that runs the radio's time
     static bool runFor(double seconds);
     /// Makes a `runFor` that is under way, or else the next one, return soon. From any thread; before a platform is
     /// chosen it does nothing.
@@ -75,7 +80,8 @@ public:
     /// Why the radio's recording ended before its end ("...: damaged at byte 1234: ..."); empty when it did not.
     static std::string failure();
 
-    /// How the radio is at this moment; before the manager is made, that no radio has been opened. From any thread.
+    /// How the radio is at this moment; before the manager is made, that no radio has been opened, and where that failed,
+    /// why. From any thread.
     static RadioHealth radioHealth();
 
     /// Sets what hears every advertisement as the radio does, before it is smoothed and before any filter; an empty one

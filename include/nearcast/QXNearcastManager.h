@@ -60,7 +60,17 @@ public:
     QXNearcastManager& operator=(const QXNearcastManager&) = delete;
 
     /// The manager, made on the first call with the platform chosen.
+    ///
+    /// Where the radio cannot be opened, that call throws, and the console and `Platform::radioHealth` say why. The
+    /// manager is there all the same, without a radio, and later calls give it: it answers every operation as one that
+    /// was never initialised, until `init` has succeeded.
+    ///
+    /// A synchronous trace sink may ask for the manager while its own thread makes it: it gets the object, which is not
+    /// initialised yet.
     /// @throws what the platform throws when its radio cannot be opened
+    /// @throws std::logic_error in such a sink, before there is an object
+    /// @throws std::system_error (`resource_deadlock_would_occur`) in a synchronous sink while another thread makes the
+    ///         manager
     static QXNearcastManager& sharedManager();
 
     /// @name Storage and references

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "core/Manager.h"
 
+#include "support/log/LogOutput.h"
+
 #include <chrono>
+#include <exception>
+#include <system_error>
 
 namespace nearcast {
 
@@ -23,11 +27,19 @@ Manager::~Manager() = default;
 void Manager::openRadio() {
     try {
         ownedManager_ = platform_.centralManager(*this);
+    } catch (const std::exception& error) {
+        failToOpen(error.what());
+        throw;
     } catch (...) {
-        initialised_.store(false);
+        failToOpen("an exception of an unknown kind");
         throw;
     }
     manager.store(ownedManager_.get());
+}
+
+void Manager::failToOpen(std::string_view why) {
+    initialised_.store(false);
+    platform_.radioFailed(why);
 }
 
 void Manager::init() {
@@ -39,6 +51,13 @@ void Manager::init() {
         _samplingNumber.store(samplingNumberAtStart);
     }
     trace.end("-> ", Pointer{face_});
+}
+
+// Threads that trace wait for a synchronous sink whatever they hold, and all of them would for as long.
+void Manager::checkSleep() const {
+    if (!LogOutput::insideDirectSink() && platform_.canSleep()) return;
+    throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur),
+                            "an operation that takes time, called where other threads wait for this one");
 }
 
 bool Manager::isLECapableHardware() {
@@ -56,7 +75,9 @@ bool Manager::isLECapableHardware() {
             trace.end("-> ", capable);
             return capable;
         }
-        if (now == CBManagerStateUnknown) platform_.usleep(readinessPause);
+        if (now != CBManagerStateUnknown) continue;
+        checkSleep();
+        platform_.usleep(readinessPause);
     }
     trace.end("-> ", false);
     return false;

@@ -128,6 +128,9 @@ private:
     void console(std::string_view line) { platform_.NSLog(line); }
 
     void openRadio();
+    void failToOpen(std::string_view why);
+    /// @throws std::system_error (`resource_deadlock_would_occur`) where the thread may not sleep
+    void checkSleep() const;
 
     void addSetting(const Trace& trace, const Registration& registration);
     void check(const Trace& trace, const Registration& registration);

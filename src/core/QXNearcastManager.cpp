@@ -2,8 +2,14 @@
 #include <nearcast/QXNearcastManager.h>
 
 #include "core/Manager.h"
+#include "support/Holding.h"
+#include "support/log/LogOutput.h"
 
+#include <atomic>
 #include <mutex>
+#include <stdexcept>
+#include <system_error>
+#include <thread>
 
 namespace nearcast {
 
@@ -11,12 +17,53 @@ namespace {
 
 QXNearcastManager* sharedInstance = nullptr;  // guarded by the monitor
 
-/// The class's monitor. Recursive, because making the manager allocates it while the monitor is held. Never destroyed:
-/// threads may still ask for the manager while the process ends.
-std::recursive_mutex& monitor() {
-    static auto* const mutex = new std::recursive_mutex;
-    return *mutex;
-}
+// Set with the monitor held.
+std::atomic<bool> making{false};      ///< the manager is being made, and by the same thread
+std::atomic<bool> allocating{false};  ///< its storage is
+
+/// The class's monitor, for a scope. Recursive, because making the manager allocates it while the monitor is held.
+class Monitor {
+public:
+    /// @throws std::system_error (`resource_deadlock_would_occur`) inside a synchronous sink while another thread makes
+    ///         the manager, which traces and so waits for that sink
+    Monitor() {
+        if (!LogOutput::insideDirectSink()) {
+            mutex().lock();
+            return;
+        }
+        while (!mutex().try_lock()) {
+            if (making || allocating) {
+                throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur),
+                                        "the manager is being made by a thread that waits for this one");
+            }
+            std::this_thread::yield();
+        }
+    }
+    ~Monitor() { mutex().unlock(); }
+    Monitor(const Monitor&) = delete;
+    Monitor& operator=(const Monitor&) = delete;
+
+private:
+    /// Never destroyed: threads may still ask for the manager while the process ends.
+    static std::recursive_mutex& mutex() {
+        static auto* const one = new std::recursive_mutex;
+        return *one;
+    }
+
+    const Holding holding_;
+};
+
+/// Sets a flag for a scope.
+class Set {
+public:
+    explicit Set(std::atomic<bool>& flag) : flag_(flag) { flag_ = true; }
+    ~Set() { flag_ = false; }
+    Set(const Set&) = delete;
+    Set& operator=(const Set&) = delete;
+
+private:
+    std::atomic<bool>& flag_;
+};
 
 /// What trace records of class operations name as their object.
 const void* classObject() { return &sharedInstance; }
@@ -36,10 +83,13 @@ QXNearcastManager& QXNearcastManager::sharedManager() {
     trace.start("");
     QXNearcastManager* instance = nullptr;
     {
-        const std::lock_guard lock(monitor());
+        const Monitor monitor;
         if (sharedInstance == nullptr) {
+            if (making || allocating) throw std::logic_error("the manager was asked for while it is being made");
+            const Set set(making);
             trace.process("sharedInstance == nil, ", Pointer{sharedInstance});
-            sharedInstance = allocWithZone(nullptr)->init();
+            allocWithZone(nullptr);  // none where the sink of that record was quicker
+            sharedInstance->init();
         }
         instance = sharedInstance;
     }
@@ -51,8 +101,9 @@ QXNearcastManager* QXNearcastManager::allocWithZone(void* zone) {
     const Trace trace(classObject(), "+[QXNearcastManager allocWithZone:]", internal);
     trace.start("", Pointer{zone});
     {
-        const std::lock_guard lock(monitor());
-        if (sharedInstance == nullptr) {
+        const Monitor monitor;
+        if (sharedInstance == nullptr && !allocating) {
+            const Set set(allocating);
             trace.process("sharedInstance == nil, ", Pointer{sharedInstance});
             sharedInstance = new QXNearcastManager;
             trace.end("", Pointer{zone}, ", -> ", Pointer{sharedInstance});

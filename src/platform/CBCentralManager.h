@@ -36,9 +36,22 @@ public:
                                                      const AdvertisementData& advertisementData, std::int32_t RSSI) = 0;
 };
 
-/// `CBCentralManagerScanOptionAllowDuplicatesKey`.
+class NSTimer;
+
+/// How to scan.
 struct ScanOptions {
-    bool allowDuplicates = false;
+    bool allowDuplicates = false;  ///< `CBCentralManagerScanOptionAllowDuplicatesKey`
+    /// The timer that asks, or null: once it has been cancelled, its request is dropped. Valid during the call.
+    const NSTimer* asker = nullptr;
+};
+
+/// How to stop a scan. Valid during the call.
+struct StopOptions {
+    /// The timer that asks, or null: once it has been cancelled, its request is dropped.
+    const NSTimer* asker = nullptr;
+    /// A timer to cancel together with the scan, or null. That is one step: of what this timer asks for on other
+    /// threads, all comes before the stop or nothing.
+    NSTimer* cancelled = nullptr;
 };
 
 /// A radio in the central role: what the manager asks of one.
@@ -55,7 +68,7 @@ public:
     /// @param services a report is delivered when it carries one of these; nothing: every report is
     virtual void scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& services,
                                                 ScanOptions options) = 0;
-    virtual void stopScan() = 0;
+    virtual void stopScan(StopOptions options = {}) = 0;
 };
 
 }  // namespace nearcast

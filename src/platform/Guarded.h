@@ -18,6 +18,15 @@ inline void reportException(Console& console, std::string_view what, std::string
     }
 }
 
+/// Puts on the console why there is no radio.
+inline void reportRadioFailed(Console& console, std::string_view why) noexcept {
+    try {
+        console.NSLog(std::string("The radio cannot be opened: ").append(why));
+    } catch (...) {
+        console.NSLog("The radio cannot be opened.");
+    }
+}
+
 /// Runs a callback at the edge of a thread: what it throws goes to the console and no further.
 /// @param what  whose handler it is, in words
 template <class Callback>

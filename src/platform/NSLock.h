@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "support/Holding.h"
 #include "support/ThreadAnnotations.h"
 
 #include <atomic>
@@ -18,7 +19,8 @@ public:
 };
 
 /// A plain mutual-exclusion lock with a name. A thread that takes it twice gets `std::system_error`
-/// (`resource_deadlock_would_occur`) where another lock would hang.
+/// (`resource_deadlock_would_occur`) where another lock would hang; so does one that would have to wait for it inside a
+/// synchronous sink, whose turn the holder may be waiting for.
 ///
 /// Free, held, held and awaited: taking it when it is free and giving it back when nobody waits are one instruction
 /// each, in the operation itself. An advertisement takes four of them, which is most of what it costs.
@@ -34,12 +36,14 @@ public:
         std::uint32_t state = isFree;
         if (!state_.compare_exchange_strong(state, isHeld, std::memory_order_acquire)) wait(self);
         owner_.store(self, std::memory_order_relaxed);
+        Holding::begin();
         if (auto* observer = observer_.load(std::memory_order_acquire)) observer->lockChanged(name_, true);
     }
     void unlock() NEARCAST_RELEASE() {
         if (auto* observer = observer_.load(std::memory_order_acquire)) observer->lockChanged(name_, false);
         owner_.store({}, std::memory_order_relaxed);
         if (state_.exchange(isFree) == isAwaited) state_.notify_one();
+        Holding::end();
     }
     [[nodiscard]] std::string_view name() const noexcept { return name_; }
 

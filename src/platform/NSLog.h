@@ -5,7 +5,8 @@
 
 namespace nearcast {
 
-/// Where lines for people go. From any thread; it never throws.
+/// Where lines for people go. From any thread, also under the manager's locks: one that calls the application waits
+/// until its thread has released them. It never throws.
 class Console {
 public:
     virtual ~Console() = default;

@@ -20,6 +20,8 @@ public:
     /// Ends the timer: no firing begins after the call. It never blocks, so one that is under way on another thread
     /// may still be running; it may be called from inside the handler.
     virtual void invalidate() = 0;
+    /// Whether it has not been invalidated; never blocks.
+    [[nodiscard]] virtual bool isValid() const = 0;
 };
 
 /// Makes timers, and runs their handlers.

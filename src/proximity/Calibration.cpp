@@ -40,6 +40,7 @@ std::int32_t ActionAreaSamples::secondStrongest() const noexcept {
 std::int32_t Manager::calibrateActionArea(Text MACAddr) {
     const Trace trace = this->trace("-[QXNearcastManager calibrateActionArea:]", Trace::Audience::publicAPI);
     trace.start("", MACAddr);
+    checkSleep();
     const auto samples = std::make_shared<ActionAreaSamples>();
     if (!isValidateMACAddr(MACAddr)) {
         trace.error("[self isValidateMACAddr:MACAddr] == NO, ", Pointer{face_}, ", ", MACAddr);

@@ -58,13 +58,14 @@ bool Manager::startScan(std::uint64_t samplingNumber) {
     return started;
 }
 
+// It keeps no lock and asks no flag, so a stop may come at any of its steps. The radio then drops the rest of it.
 void Manager::restartScan(NSTimer& tm) {
     const Trace trace = this->trace("-[QXNearcastManager restartScan:]", Trace::Audience::internal);
     trace.start("", Pointer{&tm});
     if (auto* central = manager.load()) {
-        central->stopScan();
+        central->stopScan({.asker = &tm});
         central->scanForPeripheralsWithServices(std::vector{CBUUID::UUIDWithString(dongle::serviceUUID)},
-                                                ScanOptions{.allowDuplicates = true});
+                                                ScanOptions{.allowDuplicates = true, .asker = &tm});
     }
     trace.end("", Pointer{&tm});
 }
@@ -76,7 +77,7 @@ void Manager::stopScan() {
         const NSLockGuard guard(_lockStartScanFlag);
         if (auto* central = manager.load()) {
             trace.process("manager != nil, ", Pointer{central});
-            central->stopScan();
+            central->stopScan({.cancelled = p_restartScanTimer.get()});
         }
         if (p_restartScanTimer) p_restartScanTimer->invalidate();
         p_restartScanTimer.reset();

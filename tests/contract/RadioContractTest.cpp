@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "contract/RadioBench.h"
+#include "platform/timers/TimerQueue.h"
 
 #include <gtest/gtest.h>
 
@@ -23,11 +24,20 @@ protected:
         radio().scanForPeripheralsWithServices(services, ScanOptions{.allowDuplicates = true});
     }
     void scanForDongles() { scan(std::vector{dongleService}); }
+    void scanFor(const NSTimer& asker) {
+        radio().scanForPeripheralsWithServices(std::vector{dongleService},
+                                               ScanOptions{.allowDuplicates = true, .asker = &asker});
+    }
+    std::shared_ptr<NSTimer> someTimer() {
+        return timers_->add(
+            120s, [](NSTimer&) {}, 0s);
+    }
     CBCentralManager& radio() { return bench_->radio(); }
     KeptCalls& calls() { return bench_->calls; }
     void pass(std::chrono::seconds duration) { bench_->pass(duration); }
 
     const std::unique_ptr<RadioBench> bench_ = GetParam().make();
+    const std::shared_ptr<TimerQueue> timers_ = std::make_shared<TimerQueue>();
 };
 
 TEST_P(Radio, IsPoweredOnFromTheStart) { EXPECT_EQ(radio().state(), CBManagerStatePoweredOn); }
@@ -135,6 +145,41 @@ TEST_P(Radio, StoppingWithoutAScanIsHarmless) {
     scanForDongles();
     pass(1s);
     EXPECT_GE(calls().reports, 5);
+}
+
+TEST_P(Radio, CancelsATimerTogetherWithTheScan) {
+    const auto timer = someTimer();
+    scanFor(*timer);
+    pass(1s);
+    radio().stopScan({.cancelled = timer.get()});
+    EXPECT_FALSE(timer->isValid());
+    const int before = calls().reports;
+    scanFor(*timer);
+    pass(1s);
+    EXPECT_EQ(calls().reports, before);
+}
+
+TEST_P(Radio, DropsTheStopThatACancelledTimerAsksFor) {
+    const auto timer = someTimer();
+    timer->invalidate();
+    scanForDongles();
+    pass(1s);
+    radio().stopScan({.asker = timer.get()});
+    const int before = calls().reports;
+    pass(1s);
+    EXPECT_GE(calls().reports, before + 5);
+}
+
+TEST_P(Radio, DoesWhatAValidTimerAsksFor) {
+    const auto timer = someTimer();
+    scanFor(*timer);
+    pass(1s);
+    EXPECT_GE(calls().reports, 5);
+    radio().stopScan({.asker = timer.get()});
+    const int before = calls().reports;
+    pass(1s);
+    EXPECT_EQ(calls().reports, before);
+    EXPECT_TRUE(timer->isValid());
 }
 
 TEST_P(Radio, PutsWhatAReportsHandlerThrowsOnTheConsoleAndGoesOn) {

@@ -23,9 +23,9 @@ public:
         platform_.enter(Call::scan);
         inner_->scanForPeripheralsWithServices(services, options);
     }
-    void stopScan() override {
+    void stopScan(StopOptions options) override {
         platform_.enter(Call::stop);
-        inner_->stopScan();
+        inner_->stopScan(options);
     }
 
 private:
@@ -46,6 +46,7 @@ public:
         platform_.enter(Call::invalidate);
         inner_->invalidate();
     }
+    [[nodiscard]] bool isValid() const override { return inner_->isValid(); }
 
 private:
     FaultyPlatform& platform_;

@@ -1,14 +1,54 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/Platform.h"
 #include "platform/factory/PlatformFactory.h"
+#include "platform/json/JSONSerialization.h"
+#include "platform/system/Consoles.h"
+#include "platform/system/SystemClock.h"
+#include "platform/timeline/TimelinePlatform.h"
 #include "support/Mutex.h"
 
+#include <chrono>
+#include <exception>
+#include <memory>
 #include <stdexcept>
 #include <utility>
 
 namespace nearcast {
 
 namespace {
+
+const JSONSerialization serialization;
+
+/// Stands where no platform could be made, so that there can be a manager that answers: nothing happens on it by
+/// itself, and opening its radio fails for the same reason.
+class FailedPlatform : public TimelinePlatform {
+public:
+    FailedPlatform(Console& console, std::exception_ptr why)
+        : TimelinePlatform(console, serialization, nullptr), why_(std::move(why)) {}
+
+    std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& /*delegate*/) override {
+        std::rethrow_exception(why_);
+    }
+    [[nodiscard]] NSDate date() const override { return NSDate(SystemClock::now()); }
+    void usleep(std::chrono::microseconds duration) override { SystemClock::sleepUntil(SystemClock::now() + duration); }
+
+private:
+    const std::exception_ptr why_;
+};
+
+OpenedPlatform openDefault() {
+    try {
+        return openPlatform(PlatformOptions());
+    } catch (const std::exception&) {
+        OpenedPlatform opened;
+        opened.console = std::make_unique<StandardErrorConsole>();
+        auto platform = std::make_unique<FailedPlatform>(*opened.console, std::current_exception());
+        opened.drive = std::make_unique<TimelineDrive>(*platform);
+        opened.monitor = &platform->monitor();
+        opened.services = std::move(platform);
+        return opened;
+    }
+}
 
 /// The one choice of the process. Never destroyed: the manager that stands on it lives to the end of the process.
 struct Choice {
@@ -27,7 +67,7 @@ Choice& choice() {
 PlatformServices& currentPlatform() {
     Choice& chosen = choice();
     const MutexLock lock(chosen.mutex);
-    if (!chosen.platform) chosen.platform = std::make_shared<const OpenedPlatform>(openPlatform(PlatformOptions()));
+    if (!chosen.platform) chosen.platform = std::make_shared<const OpenedPlatform>(openDefault());
     chosen.fixed = true;
     return *chosen.platform->services;
 }

@@ -2,10 +2,17 @@
 #include "platform/radio/Radio.h"
 
 #include "platform/Guarded.h"
+#include "platform/NSTimer.h"
 
 #include <algorithm>
 
 namespace nearcast {
+
+namespace {
+
+bool isCancelled(const NSTimer* asker) { return asker != nullptr && !asker->isValid(); }
+
+}  // namespace
 
 Radio::Radio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, CBManagerState state,
              std::string why)
@@ -14,18 +21,22 @@ Radio::Radio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor&
 }
 
 void Radio::scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& services, ScanOptions options) {
-    const Scan scan{services, options};
+    const Scan scan{services, options.allowDuplicates};
     {
         const MutexLock lock(mutex_);
+        if (isCancelled(options.asker)) return;
         scan_ = scan;
     }
     scanChanged(scan);
 }
 
-void Radio::stopScan() {
+void Radio::stopScan(StopOptions options) {
     {
         const MutexLock lock(mutex_);
+        if (isCancelled(options.asker)) return;
         scan_.reset();
+        // While requests wait for this mutex: none of this timer's may pass between the stop and its end.
+        if (options.cancelled != nullptr) options.cancelled->invalidate();
     }
     scanChanged(std::nullopt);
 }

@@ -47,12 +47,12 @@ public:
     [[nodiscard]] CBManagerState state() const override { return state_.load(std::memory_order_acquire); }
     void scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& services,
                                         ScanOptions options) override;
-    void stopScan() override;
+    void stopScan(StopOptions options = {}) override;
 
 protected:
     struct Scan {
         std::optional<std::vector<CBUUID>> services;
-        ScanOptions options;
+        bool allowDuplicates = false;
     };
 
     /// The application wants another scan, or (nothing) none. Called on the application's thread after that has been

@@ -2,6 +2,7 @@
 #include "platform/radio/RadioMonitor.h"
 
 #include "platform/Guarded.h"
+#include "support/Holding.h"
 
 #include <algorithm>
 #include <numeric>
@@ -59,6 +60,18 @@ void RadioMonitor::noteState(CBManagerState state, std::string why) {
         health_.why = std::move(why);
     }
     tell();
+}
+
+void RadioMonitor::noteFailure(std::string_view why) noexcept {
+    reportRadioFailed(console_, why);
+    guarded(console_, "a radio that cannot be opened", [&] {
+        {
+            const MutexLock lock(mutex_);
+            health_.why = std::string("the radio cannot be opened: ").append(why);
+            health_.since = secondsOf(clock_().sinceStart());
+        }
+        Holding::afterwards([this] { tell(); });
+    });
 }
 
 void RadioMonitor::noteRestart() {

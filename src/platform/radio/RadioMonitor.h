@@ -15,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace nearcast {
 
@@ -47,6 +48,8 @@ public:
     /// A radio is opened; nobody is called.
     void open(CBManagerState state, std::string why);
     void noteState(CBManagerState state, std::string why);
+    /// No radio could be opened: said on the console, and told as a change of health once this thread holds nothing.
+    void noteFailure(std::string_view why) noexcept;
     /// The scan was begun again without the application asking.
     void noteRestart();
     void heard(const AdvertisingReport& report, bool wanted);

@@ -65,7 +65,7 @@ void SimulatorRadio::scanChanged(const std::optional<Scan>& scan) {
     {
         const MutexLock lock(mutex_);
         ++scans_;
-        allowDuplicates_ = scan->options.allowDuplicates;
+        allowDuplicates_ = scan->allowDuplicates;
     }
     const auto timeline = timeline_.lock();
     Time expected = notYet;

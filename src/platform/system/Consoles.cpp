@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/system/Consoles.h"
 
+#include "support/Holding.h"
+#include "support/Mutex.h"
 #include "support/Printable.h"
 
 #include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <exception>
+#include <string>
+#include <thread>
+#include <utility>
 
 namespace nearcast {
 
@@ -48,27 +54,50 @@ void StandardErrorConsole::writeLine(std::string_view line) noexcept {
     }
 }
 
-void CallbackConsole::NSLog(std::string_view line) noexcept {
-    const auto self = std::this_thread::get_id();
-    if (caller_.load(std::memory_order_relaxed) == self) {
-        StandardErrorConsole().NSLog(line);
-        return;
-    }
-    const MutexLock lock(mutex_);
-    caller_.store(self, std::memory_order_relaxed);
-    call(line);
-    caller_.store({}, std::memory_order_relaxed);
-}
+/// The application's function, which one thread at a time is inside of.
+class CallbackConsole::Function {
+public:
+    explicit Function(Callback callback) : callback_(std::move(callback)) {}
 
-void CallbackConsole::call(std::string_view line) noexcept {
-    StandardErrorConsole instead;
+    [[nodiscard]] bool isInside() const noexcept {
+        return caller_.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    }
+
+    void call(std::string_view line) noexcept {
+        const Holding turn;
+        const MutexLock lock(mutex_);
+        caller_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+        callGuarded(line);
+        caller_.store({}, std::memory_order_relaxed);
+    }
+
+private:
+    void callGuarded(std::string_view line) noexcept {
+        StandardErrorConsole instead;
+        try {
+            callback_(line);
+        } catch (const std::exception& error) {
+            instead.NSLog(line);
+            instead.NSLog(error.what());
+        } catch (...) {
+            instead.NSLog(line);
+        }
+    }
+
+    const Callback callback_;
+    Mutex mutex_;
+    std::atomic<std::thread::id> caller_{};
+};
+
+CallbackConsole::CallbackConsole(Callback callback) : function_(std::make_shared<Function>(std::move(callback))) {}
+
+void CallbackConsole::NSLog(std::string_view line) noexcept {
+    if (function_->isInside()) return StandardErrorConsole().NSLog(line);
+    if (!Holding::any()) return function_->call(line);
     try {
-        callback_(line);
-    } catch (const std::exception& error) {
-        instead.NSLog(line);
-        instead.NSLog(error.what());
-    } catch (...) {
-        instead.NSLog(line);
+        Holding::afterwards([function = function_, text = std::string(line)] { function->call(text); });
+    } catch (const std::exception&) {  // no memory for a line that waits
+        StandardErrorConsole().NSLog(line);
     }
 }
 

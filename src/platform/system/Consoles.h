@@ -2,13 +2,10 @@
 #pragma once
 
 #include "platform/NSLog.h"
-#include "support/Mutex.h"
 
-#include <atomic>
 #include <functional>
+#include <memory>
 #include <string_view>
-#include <thread>
-#include <utility>
 
 namespace nearcast {
 
@@ -24,19 +21,20 @@ private:
 
 /// Hands each line to a function of the application's, one call at a time. Lines that the function causes itself, and
 /// those it throws at, go to standard error.
+///
+/// The function may call the manager, so a thread that holds a lock of the manager's does not call it, nor wait for
+/// another one's call: its lines are handed over when it has released the last, on the same thread and in their order.
 class CallbackConsole : public Console {
 public:
     using Callback = std::function<void(std::string_view line)>;
 
-    explicit CallbackConsole(Callback callback) : callback_(std::move(callback)) {}
+    explicit CallbackConsole(Callback callback);
     void NSLog(std::string_view line) noexcept override;
 
 private:
-    void call(std::string_view line) noexcept;
+    class Function;
 
-    const Callback callback_;
-    Mutex mutex_;
-    std::atomic<std::thread::id> caller_{};  ///< the thread that is inside the callback
+    const std::shared_ptr<Function> function_;  ///< shared with lines that wait
 };
 
 }  // namespace nearcast

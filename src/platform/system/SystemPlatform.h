@@ -27,6 +27,7 @@ public:
                    TimerService::Executor executor);
 
     std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) override;
+    void radioFailed(std::string_view why) noexcept override { monitor_.noteFailure(why); }
     [[nodiscard]] NSDate date() const override;
     void usleep(std::chrono::microseconds duration) override;
     [[nodiscard]] const NSJSONSerialization& JSON() const override { return JSON_; }

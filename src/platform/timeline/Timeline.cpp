@@ -2,9 +2,11 @@
 #include "platform/timeline/Timeline.h"
 
 #include "platform/Guarded.h"
+#include "support/Holding.h"
 
 #include <algorithm>
 #include <exception>
+#include <system_error>
 #include <utility>
 
 namespace nearcast {
@@ -15,19 +17,12 @@ class Timeline::Wheel {
 public:
     Wheel(Timeline& timeline, Time target, bool interruptible) : timeline_(timeline) {
         const auto alarm = alarmAt(target);
-        {
-            MutexLock lock(timeline.mutex_);
-            while (timeline.othersDrive() && timeline.present() < target && !timeline.ending_ &&
-                   !(interruptible && timeline.interrupted_)) {
-                timeline.moved_.wait(lock.native());
-            }
-            taken_ = !timeline.othersDrive() && !timeline.ending_;
-            if (taken_) {
-                timeline.driver_ = std::this_thread::get_id();
-                ++timeline.depth_;
-            }
-        }
+        const bool come = await(target, interruptible);
         if (alarm) alarm->invalidate();
+        if (!come) {
+            throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur),
+                                    "a wait for a clock that another thread drives, which may wait for this one");
+        }
     }
 
     ~Wheel() {
@@ -46,6 +41,21 @@ public:
     [[nodiscard]] bool taken() const { return taken_; }
 
 private:
+    /// @return false when it would wait for a driver that may be waiting for what this thread holds
+    bool await(Time target, bool interruptible) {
+        MutexLock lock(timeline_.mutex_);
+        while (timeline_.othersDrive() && timeline_.present() < target && !timeline_.ending_ &&
+               !(interruptible && timeline_.interrupted_)) {
+            if (Holding::any()) return false;
+            timeline_.moved_.wait(lock.native());
+        }
+        taken_ = !timeline_.othersDrive() && !timeline_.ending_;
+        if (!taken_) return true;
+        timeline_.driver_ = std::this_thread::get_id();
+        ++timeline_.depth_;
+        return true;
+    }
+
     /// The driver stops only where something is due, so something has to be due where the wait ends.
     std::shared_ptr<NSTimer> alarmAt(Time target) {
         std::shared_ptr<NSTimer> alarm;
@@ -226,6 +236,12 @@ void Timeline::sleep(Time duration) {
     if (!wheel.taken()) return;
     while (!ending() && !step(target)) {
     }
+}
+
+bool Timeline::canSleep() const {
+    if (!Holding::any()) return true;
+    const MutexLock lock(mutex_);
+    return !othersDrive();
 }
 
 bool Timeline::ending() const {

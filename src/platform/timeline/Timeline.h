@@ -51,8 +51,9 @@ public:
 /// meanwhile gets that time.
 ///
 /// All operations but `setSource` and `driveFromThread` may be called from any thread. One thread drives at a time: a
-/// second one waits until the first has ended, or until the clock has reached the time that the second asked for. The
-/// timeline is destroyed outside of its handlers; that invalidates its timers.
+/// second one waits until the first has ended, or until the clock has reached the time that the second asked for. One
+/// that holds what the driver may be waiting for (`Holding`) gets std::system_error (`resource_deadlock_would_occur`)
+/// where it would wait. The timeline is destroyed outside of its handlers; that invalidates its timers.
 class Timeline : public NSTimerService, public std::enable_shared_from_this<Timeline> {
 public:
     using Time = std::chrono::microseconds;
@@ -84,6 +85,8 @@ public:
     void runToLastHappening();
     /// Passes `duration` of time: by moving the clock, or, while another thread drives, by waiting until it has passed.
     void sleep(Time duration);
+    /// Whether `sleep` would not throw now.
+    [[nodiscard]] bool canSleep() const;
     /// Ends a run that is under way, or else the next one.
     void interrupt();
 

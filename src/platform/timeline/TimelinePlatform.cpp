@@ -39,6 +39,8 @@ NSDate TimelinePlatform::date() const { return NSDate(timeline_->now()); }
 
 void TimelinePlatform::usleep(std::chrono::microseconds duration) { timeline_->sleep(duration); }
 
+bool TimelinePlatform::canSleep() const { return timeline_->canSleep(); }
+
 const NSJSONSerialization& TimelinePlatform::JSON() const { return JSON_; }
 
 bool TimelineDrive::runFor(std::chrono::microseconds duration) {

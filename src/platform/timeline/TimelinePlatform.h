@@ -32,8 +32,10 @@ public:
 
     std::shared_ptr<NSTimer> scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) override;
     void NSLog(std::string_view line) noexcept override;
+    void radioFailed(std::string_view why) noexcept override { monitor_.noteFailure(why); }
     [[nodiscard]] NSDate date() const override;
     void usleep(std::chrono::microseconds duration) override;
+    [[nodiscard]] bool canSleep() const override;
     [[nodiscard]] const NSJSONSerialization& JSON() const override;
 
     /// What drives everything: see `Timeline::runUntil`, `Timeline::driveFromThread`.

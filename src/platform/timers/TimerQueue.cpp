@@ -43,6 +43,11 @@ void TimerQueue::Timer::invalidate() {
     if (const auto queue = queue_.lock()) queue->remove(*this);
 }
 
+bool TimerQueue::Timer::isValid() const {
+    const MutexLock lock(mutex_);
+    return handler_ != nullptr;
+}
+
 bool TimerQueue::Timer::disarm() {
     std::shared_ptr<const Handler> last;  // what it holds is destroyed after the lock is released
     const MutexLock lock(mutex_);

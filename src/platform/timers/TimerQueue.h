@@ -67,6 +67,7 @@ public:
 
     void fire() override;
     void invalidate() override;
+    [[nodiscard]] bool isValid() const override;
 
     /// Marks that a firing has been handed over to somebody who runs it later.
     /// @return false when one was already
@@ -83,7 +84,7 @@ private:
     const Time interval_;
     Key key_;  ///< the queue's, under its mutex
     std::atomic<bool> handedOver_{false};
-    Mutex mutex_;
+    mutable Mutex mutex_;
     std::shared_ptr<const Handler> handler_ NEARCAST_GUARDED_BY(mutex_);
 };
 

@@ -13,9 +13,9 @@ void VirtualRadio::scanForPeripheralsWithServices(const std::optional<std::vecto
     Radio::scanForPeripheralsWithServices(services, options);
 }
 
-void VirtualRadio::stopScan() {
+void VirtualRadio::stopScan(StopOptions options) {
     if (observer_ != nullptr) observer_->stopAsked();
-    Radio::stopScan();
+    Radio::stopScan(options);
 }
 
 VirtualPlatform::VirtualPlatform(Console& console, const NSJSONSerialization& JSON, VirtualRadioObserver* observer)

@@ -29,7 +29,7 @@ public:
 
     void scanForPeripheralsWithServices(const std::optional<std::vector<CBUUID>>& services,
                                         ScanOptions options) override;
-    void stopScan() override;
+    void stopScan(StopOptions options = {}) override;
 
     void advertise(const AdvertisingReport& report) { deliver(report); }
     /// Any integer: radios of the future may have states that we do not know.

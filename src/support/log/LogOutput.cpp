@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/log/LogOutput.h"
 
+#include "support/Holding.h"
+
 #include <chrono>
 #include <cstdio>
 #include <exception>
@@ -19,6 +21,7 @@ constexpr int napsInASecond = 1000;
 constexpr std::size_t smallQueue = 4096;
 
 thread_local bool callsSink = false;
+thread_local bool hasDirectTurn = false;
 
 void reportFailure(const char* what) noexcept {
     std::fprintf(stderr, "nearcast: a trace record could not be written: %s\n", what);
@@ -57,6 +60,8 @@ void RecordBatch::clear() noexcept {
 }
 
 bool LogOutput::insideSink() noexcept { return callsSink; }
+
+bool LogOutput::insideDirectSink() noexcept { return hasDirectTurn; }
 
 void LogOutput::write(const LogWriter::Sink& sink, const LogRecord& record) noexcept {
     callsSink = true;
@@ -171,8 +176,10 @@ void DirectLogOutput::stop() {
 
 void DirectLogOutput::take(const LogRecord& record) noexcept {
     if (insideSink()) return keep(record);
+    const Holding turn;  // ends after the mutex is released
     const MutexLock lock(mutex_);
     if (!sink_) return;
+    hasDirectTurn = true;
     room_ = capacity_;
     write(sink_, record);
     while (caused_.size() != 0) {
@@ -181,6 +188,7 @@ void DirectLogOutput::take(const LogRecord& record) noexcept {
         for (const LogRecord& next : batch.records()) write(sink_, next);
     }
     writeDropped(sink_, std::exchange(untold_, 0));
+    hasDirectTurn = false;
 }
 
 void DirectLogOutput::lose() noexcept {

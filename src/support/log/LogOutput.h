@@ -50,6 +50,8 @@ public:
 
     /// Whether the calling thread is inside a sink's call.
     [[nodiscard]] static bool insideSink() noexcept;
+    /// Whether it is inside a synchronous sink's: threads that trace may be waiting for it, whatever they hold.
+    [[nodiscard]] static bool insideDirectSink() noexcept;
 
 protected:
     /// @param dropped counts the records that are not written; lives longer

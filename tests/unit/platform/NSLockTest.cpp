@@ -54,6 +54,16 @@ TEST(NSLock, TakenTwiceByOneThreadThrowsWithItsNameInsteadOfHanging) {
     EXPECT_FALSE(isRefused(lock));
 }
 
+TEST(NSLock, IsHeldByItsThreadUntilItIsReleased) {
+    NSLock lock("_lockA");
+    {
+        const NSLockGuard guard(lock);
+        EXPECT_TRUE(isRefused(lock));
+        EXPECT_TRUE(Holding::any()) << "the refusal changed nothing";
+    }
+    EXPECT_FALSE(Holding::any());
+}
+
 TEST(NSLock, TellsItsObserverWhenItIsTakenAndReleasedAndNotOfARefusal) {
     NSLock lock("_lockA");
     const Watch watch;

@@ -131,7 +131,7 @@ TEST_F(PlatformFaults, AStopThatFailsAtTheRadioLeavesTheScanRunningAsItWas) {
 }
 
 TEST_F(PlatformFaults, AStopThatFailsAtEitherTimerCanBeAskedAgain) {
-    for (const int n : {1, 2}) {
+    for (const int n : {1, 2, 3}) {  // the radio cancels the first timer as well
         manager_.startScan();
         faulty_.failAt(Call::invalidate, n);
         EXPECT_THROW(manager_.stopScan(), Fault);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/system/Consoles.h"
+#include "support/Holding.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -115,6 +116,38 @@ TEST(CallbackConsole, WritesALineThatTheFunctionThrowsAtToStandardError) {
     console.NSLog("bad");
     console.NSLog("worse");
     EXPECT_EQ(GetCapturedStderr(), "bad\ncannot show it\nworse\n");
+}
+
+TEST(CallbackConsole, HandsALineOverOnceItsThreadHoldsNothing) {
+    std::vector<std::string> lines;
+    CallbackConsole console([&](std::string_view line) { lines.emplace_back(line); });
+    {
+        const Holding holding;
+        console.NSLog("first");
+        console.NSLog(std::string("second"));
+        EXPECT_EQ(lines, std::vector<std::string>{});
+    }
+    EXPECT_EQ(lines, (std::vector<std::string>{"first", "second"}));
+}
+
+TEST(CallbackConsole, HandsOverALineThatOutlivesIt) {
+    std::vector<std::string> lines;
+    const Holding outer;
+    {
+        CallbackConsole console([&](std::string_view line) { lines.emplace_back(line); });
+        console.NSLog("late");
+    }
+    Holding::end();
+    EXPECT_EQ(lines, std::vector<std::string>{"late"});
+    Holding::begin();
+}
+
+TEST(CallbackConsole, IsHeldByTheThreadThatIsInsideTheFunction) {
+    bool held = false;
+    CallbackConsole console([&](std::string_view) { held = Holding::any(); });
+    console.NSLog("line");
+    EXPECT_TRUE(held);
+    EXPECT_FALSE(Holding::any());
 }
 
 TEST(CallbackConsole, CallsTheFunctionOnceAtATime) {

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doubles/ManualPace.h"
+#include "support/Holding.h"
 #include "unit/platform/timeline/TimelineFixture.h"
 
 #include <atomic>
 #include <future>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 namespace nearcast {
@@ -69,6 +71,26 @@ TEST_F(PacedTimelineTest, NoticesATimerThatIsMadeWhileItWaits) {
     pace->awaitWaiting(100us);
     timeline->scheduledTimer(5us, [](NSTimer&) {});
     pace->awaitWaiting(5us);
+}
+
+TEST_F(PacedTimelineTest, RefusesASleepOnAnotherThreadThatHoldsWhatTheDriverMayWaitFor) {
+    timeline->scheduledTimer(100us, [](NSTimer&) {});
+    const Driven driven(*this);
+    pace->awaitWaiting(100us);
+    EXPECT_TRUE(timeline->canSleep());
+    const Holding holding;
+    EXPECT_FALSE(timeline->canSleep());
+    EXPECT_THROW(timeline->sleep(5us), std::system_error);
+    EXPECT_THROW(timeline->runUntil(5us), std::system_error);
+    EXPECT_NO_THROW(timeline->sleep(0us)) << "there is nothing to wait for";
+}
+
+TEST_F(PacedTimelineTest, LetsAThreadThatHoldsSomethingSleepWhereItDrivesItself) {
+    const Holding holding;
+    EXPECT_TRUE(timeline->canSleep());
+    pace->set(5us);
+    EXPECT_NO_THROW(timeline->sleep(5us));
+    EXPECT_EQ(timeline->now(), 5us);
 }
 
 TEST_F(PacedTimelineTest, GoesOnWithTheClockWhileItWaits) {

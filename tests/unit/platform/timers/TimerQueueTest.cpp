@@ -93,6 +93,15 @@ TEST_F(TimerQueueTest, FiresNothingThatIsInvalidated) {
     EXPECT_EQ(run(10ns), Names{"second"});
 }
 
+TEST_F(TimerQueueTest, HasATimerValidUntilItIsInvalidated) {
+    const auto timer = add("a", 10ns);
+    EXPECT_TRUE(timer->isValid());
+    run(10ns);
+    EXPECT_TRUE(timer->isValid());
+    timer->invalidate();
+    EXPECT_FALSE(timer->isValid());
+}
+
 TEST_F(TimerQueueTest, FiresNothingThatIsInvalidatedAfterItWasTaken) {
     const auto timer = add("a", 10ns);
     const auto taken = queue->takeDue(10ns, 10ns);
