@@ -80,8 +80,8 @@ public:
     /// Why the radio's recording ended before its end ("...: damaged at byte 1234: ..."); empty when it did not.
     static std::string failure();
 
-    /// How the radio is at this moment; before the manager is made, that no radio has been opened, and where that failed,
-    /// why. From any thread.
+    /// How the radio is at this moment; before the manager is made, that no radio has been opened, and where that
+    /// failed, why. From any thread.
     static RadioHealth radioHealth();
 
     /// Sets what hears every advertisement as the radio does, before it is smoothed and before any filter; an empty one

@@ -125,6 +125,12 @@ class Hearing(BluezTest):
         self.assertEqual(daemon.ask(f"release {client} {monitor}"), "released")
         self.assertEqual(set(registered()), {client})
 
+    def test_bluetoothd_is_found_where_no_radio_is_named(self):
+        self.daemon(*TWO_DONGLES)
+        result = self.run_watch("--for", 1, "--json")
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn("02:00:00:00:00:01", result.stdout)
+
     def test_the_adapter_can_be_named(self):
         self.daemon(*TWO_DONGLES)
         self.assertTrue(self.watch("bluez:hci0").report())

@@ -17,7 +17,9 @@ BluezRadio::BluezRadio(CBCentralManagerDelegate& delegate, Console& console, Rad
       wake_(std::move(wake)),
       session_(bus, rfkill, *this, std::move(adapter)) {}
 
-void BluezRadio::pass(Time now) {
+void BluezRadio::pass(Time now, bool due) {
+    session_.setTime(now);
+    if (!due) return;
     session_.pass(now);
     session_.want(scanning());
 }
@@ -51,11 +53,7 @@ void ThreadedBluezRadio::run() noexcept {
 bool ThreadedBluezRadio::turn(bool needed) {
     const Time now = SystemClock::now();
     crowding_.turn(now);
-    if (needed) {
-        pass(now);
-    } else {
-        setTime(now);
-    }
+    pass(now, needed);
     const SdBus::Taken taken = bus.process(crowding_.crowded() || needed);
     crowding_.taken(taken.messages, taken.more);
     return taken.more;

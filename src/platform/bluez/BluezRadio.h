@@ -31,10 +31,9 @@ public:
 
     /// @name For the one thread that runs it
     /// @{
-    /// Sets the time of what happens next and does nothing that is due; the time never goes back.
-    void setTime(Time now) noexcept { session_.setTime(now); }
-    /// Does everything that is due; the time never goes back.
-    void pass(Time now);
+    /// Sets the time of what happens next, and does what is due; the time never goes back.
+    /// @param due whether anything is, or another scan may be wanted; else the time is all that passes
+    void pass(Time now, bool due = true);
     /// When `pass` is needed, unless `wake` is called sooner.
     [[nodiscard]] std::optional<Time> due() const { return session_.due(); }
     /// @}

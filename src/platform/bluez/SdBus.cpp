@@ -55,7 +55,7 @@ std::optional<Failure> SdBus::connect(SystemBusListener& listener) {
     disconnect();
     listener_ = &listener;
     const int result = open();
-    if (result >= 0) return std::nullopt;
+    if (!failed(result)) return std::nullopt;
     disconnect();
     return failureOf(result);
 }
@@ -63,12 +63,12 @@ std::optional<Failure> SdBus::connect(SystemBusListener& listener) {
 int SdBus::open() {
     sd_bus* bus = nullptr;
     int result = sd_bus_open_system(&bus);
-    if (result < 0) return result;
+    if (failed(result)) return result;
     bus_.reset(bus);
-    if ((result = watch(ownerRule, onOwnerChanged)) < 0) return result;
-    if ((result = watch(propertiesRule, onProperties)) < 0) return result;
-    if ((result = watch(objectsRule, onObjects)) < 0) return result;
-    if ((result = monitor_.exportOn(bus, slots_)) < 0) return result;
+    if (failed(result = watch(ownerRule, onOwnerChanged))) return result;
+    if (failed(result = watch(propertiesRule, onProperties))) return result;
+    if (failed(result = watch(objectsRule, onObjects))) return result;
+    if (failed(result = monitor_.exportOn(bus, slots_))) return result;
     return askForDaemon();
 }
 
@@ -85,7 +85,7 @@ void SdBus::disconnect() {
 int SdBus::watch(const char* rule, sd_bus_message_handler_t handler) {
     sd_bus_slot* slot = nullptr;
     const int result = sd_bus_add_match_async(bus_.get(), &slot, rule, handler, onWatched, this);
-    if (result >= 0) slots_.emplace_back(slot);
+    if (!failed(result)) slots_.emplace_back(slot);
     return result;
 }
 
@@ -93,7 +93,7 @@ int SdBus::askForDaemon() {
     sd_bus_slot* slot = nullptr;
     const int result = sd_bus_call_method_async(bus_.get(), &slot, driver, driverPath, driver, "GetNameOwner", onOwner,
                                                 this, "s", service);
-    if (result >= 0) slots_.emplace_back(slot);
+    if (!failed(result)) slots_.emplace_back(slot);
     return result;
 }
 
@@ -118,7 +118,7 @@ SdBus::Taken SdBus::process(bool all) {
         if (result <= 0 || lost_) break;
         ++taken.messages;
     }
-    if (result < 0 && !lost_) lost_ = failureOf(result);
+    if (failed(result) && !lost_) lost_ = failureOf(result);
     if (!lost_ && sd_bus_is_open(bus_.get()) <= 0) lost_ = Failure{"System.Error", "the connection was closed"};
     taken.more = !lost_ && all && result > 0;
     if (!lost_) return taken;
@@ -132,13 +132,13 @@ int SdBus::descriptor() const { return bus_ ? sd_bus_get_fd(bus_.get()) : -1; }
 
 short SdBus::events() const {
     const int events = bus_ ? sd_bus_get_events(bus_.get()) : 0;
-    return static_cast<short>(events < 0 ? POLLIN : events);
+    return static_cast<short>(failed(events) ? POLLIN : events);
 }
 
 std::optional<Time> SdBus::left() const {
     if (!failed_.empty()) return Time(0);
     std::uint64_t due = UINT64_MAX;
-    if (!bus_ || sd_bus_get_timeout(bus_.get(), &due) < 0 || due == UINT64_MAX) return std::nullopt;
+    if (!bus_ || failed(sd_bus_get_timeout(bus_.get(), &due)) || due == UINT64_MAX) return std::nullopt;
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
     const Time present = std::chrono::seconds(now.tv_sec) + Time(now.tv_nsec);
@@ -156,9 +156,9 @@ void SdBus::call(const char* path, const char* interface, const char* member, Do
     sd_bus_message* raw = nullptr;
     int result = bus_ ? sd_bus_message_new_method_call(bus_.get(), &raw, service, path, interface, member) : -ENOTCONN;
     const MessagePointer message(raw);
-    if (result >= 0 && fill) result = fill(raw);
-    if (result >= 0) result = send(raw, call);
-    if (result >= 0) return;
+    if (!failed(result) && fill) result = fill(raw);
+    if (!failed(result)) result = send(raw, call);
+    if (!failed(result)) return;
     failed_.emplace_back(std::move(call.done), failureOf(result));
     calls_.pop_back();
 }
@@ -167,7 +167,7 @@ int SdBus::send(sd_bus_message* message, Call& call) {
     sd_bus_message_set_auto_start(message, 0);  // starting bluetoothd is the administrator's decision
     sd_bus_slot* slot = nullptr;
     const int result = sd_bus_call_async(bus_.get(), &slot, message, onAnswer, &call, answerLimit);
-    if (result >= 0) call.slot.reset(slot);
+    if (!failed(result)) call.slot.reset(slot);
     return result;
 }
 
@@ -212,7 +212,7 @@ int SdBus::takeObjects(sd_bus_message* reply, const std::string& /*path*/) {
 
 int SdBus::takeDevice(sd_bus_message* reply, const std::string& path) {
     const int result = readDevice(reply, news_);
-    if (result >= 0) listener_->deviceListed(path, news_);
+    if (!failed(result)) listener_->deviceListed(path, news_);
     return result;
 }
 
@@ -228,7 +228,7 @@ int SdBus::onOwner(sd_bus_message* reply, void* self, sd_bus_error* /*error*/) n
         const auto failure = failureIn(sd_bus_message_get_error(reply));
         if (failure && failure->name != noOwner) {
             bus.lost_ = failure;
-        } else if (failure || sd_bus_message_read_basic(reply, 's', &name) >= 0) {
+        } else if (failure || !failed(sd_bus_message_read_basic(reply, 's', &name))) {
             bus.setDaemon(name);
         }
     });
@@ -239,24 +239,24 @@ int SdBus::onOwnerChanged(sd_bus_message* signal, void* self, sd_bus_error* /*er
         const char* name = nullptr;
         const char* before = nullptr;
         const char* after = nullptr;
-        if (sd_bus_message_read(signal, "sss", &name, &before, &after) >= 0) bus.setDaemon(after);
+        if (!failed(sd_bus_message_read(signal, "sss", &name, &before, &after))) bus.setDaemon(after);
     });
 }
 
 int SdBus::onProperties(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) noexcept {
     return inside(self, [&](SdBus& bus) {
         const char* changed = nullptr;
-        if (sd_bus_message_read_basic(signal, 's', &changed) < 0) return;
+        if (failed(sd_bus_message_read_basic(signal, 's', &changed))) return;
         const std::string_view name(changed);
         const char* const path = sd_bus_message_get_path(signal);
         if (name == interface::device) {
-            if (readDevice(signal, bus.news_) < 0) return;
+            if (failed(readDevice(signal, bus.news_))) return;
             // A reading that has just come is not invalid, so for a report the second half need not be read.
-            if (!bus.news_.RSSI && readInvalidated(signal, bus.news_) < 0) return;
+            if (!bus.news_.RSSI && failed(readInvalidated(signal, bus.news_))) return;
             bus.listener_->deviceChanged(path, bus.news_);
         } else if (name == interface::adapter) {
             AdapterNews news;
-            if (readAdapter(signal, news) >= 0) bus.listener_->adapterChanged(path, news);
+            if (!failed(readAdapter(signal, news))) bus.listener_->adapterChanged(path, news);
         }
     });
 }
@@ -267,7 +267,7 @@ int SdBus::onObjects(sd_bus_message* signal, void* self, sd_bus_error* /*error*/
         if (sd_bus_message_is_signal(signal, nullptr, "InterfacesRemoved") > 0) {
             readRemoved(signal, *bus.listener_);
         } else if (sd_bus_message_is_signal(signal, nullptr, "InterfacesAdded") > 0 &&
-                   sd_bus_message_read_basic(signal, 'o', &path) >= 0) {
+                   !failed(sd_bus_message_read_basic(signal, 'o', &path))) {
             readInterfaces(signal, path, false, bus.news_, *bus.listener_);
         }
     });
@@ -279,7 +279,7 @@ int SdBus::onAnswer(sd_bus_message* reply, void* call, sd_bus_error* /*error*/) 
         auto failure = failureIn(sd_bus_message_get_error(reply));
         if (!failure && answered.read != nullptr) {
             const int result = (bus.*answered.read)(reply, answered.path);
-            if (result < 0) failure = failureOf(result);
+            if (failed(result)) failure = failureOf(result);
         }
         bus.finish(answered, failure);
     });
@@ -294,7 +294,7 @@ MessagePointer ask(sd_bus* bus, const char* method, bool aboutService) {
     const int result = aboutService
                            ? sd_bus_call_method(bus, driver, driverPath, driver, method, nullptr, &answer, "s", service)
                            : sd_bus_call_method(bus, driver, driverPath, driver, method, nullptr, &answer, nullptr);
-    return MessagePointer(result < 0 ? nullptr : answer);
+    return MessagePointer(failed(result) ? nullptr : answer);
 }
 
 bool runs(sd_bus* bus) {
@@ -305,7 +305,7 @@ bool runs(sd_bus* bus) {
 
 bool canBeStarted(sd_bus* bus) {
     const MessagePointer answer = ask(bus, "ListActivatableNames", false);
-    if (!answer || sd_bus_message_enter_container(answer.get(), 'a', "s") < 0) return false;
+    if (!answer || failed(sd_bus_message_enter_container(answer.get(), 'a', "s"))) return false;
     const char* name = nullptr;
     while (sd_bus_message_read(answer.get(), "s", &name) > 0) {
         if (std::string_view(name) == service) return true;
@@ -317,7 +317,7 @@ bool canBeStarted(sd_bus* bus) {
 
 bool isBluetoothdAvailable() noexcept {
     sd_bus* opened = nullptr;
-    if (sd_bus_open_system(&opened) < 0) return false;
+    if (failed(sd_bus_open_system(&opened))) return false;
     const BusPointer bus(opened);
     sd_bus_set_method_call_timeout(bus.get(), availabilityLimit);
     return runs(bus.get()) || canBeStarted(bus.get());

@@ -13,17 +13,19 @@ namespace {
 
 /// Leaves a container, unless what was read in it has failed.
 /// @param result of what was read
-int leave(sd_bus_message* message, int result) { return result < 0 ? result : sd_bus_message_exit_container(message); }
+int leave(sd_bus_message* message, int result) {
+    return failed(result) ? result : sd_bus_message_exit_container(message);
+}
 
 /// Calls `read` for each element of an array of dictionary entries; it reads the entry.
 /// @param array, entry the types, as "{sv}" and "sv"
 template <class Read>
 int readEntries(sd_bus_message* message, const char* array, const char* entry, Read&& read) {
     int result = sd_bus_message_enter_container(message, 'a', array);
-    if (result < 0) return result;
+    if (failed(result)) return result;
     while ((result = sd_bus_message_enter_container(message, 'e', entry)) > 0) {
         result = leave(message, read());
-        if (result < 0) return result;
+        if (failed(result)) return result;
     }
     return leave(message, result);
 }
@@ -33,14 +35,14 @@ template <class Read>
 int readVariant(sd_bus_message* message, const char* contents, Read&& read) {
     const int result = sd_bus_message_enter_container(message, 'v', contents);
     if (result == -ENXIO) return sd_bus_message_skip(message, "v");
-    return result < 0 ? result : leave(message, read());
+    return failed(result) ? result : leave(message, read());
 }
 
 int readBoolean(sd_bus_message* message, std::optional<bool>& value) {
     return readVariant(message, "b", [&] {
         int number = 0;
         const int result = sd_bus_message_read_basic(message, 'b', &number);
-        if (result >= 0) value = number != 0;
+        if (!failed(result)) value = number != 0;
         return result;
     });
 }
@@ -50,7 +52,7 @@ int readText(sd_bus_message* message, Take&& take) {
     return readVariant(message, "s", [&] {
         const char* text = nullptr;
         const int result = sd_bus_message_read_basic(message, 's', &text);
-        if (result >= 0) take(std::string_view(text));
+        if (!failed(result)) take(std::string_view(text));
         return result;
     });
 }
@@ -59,7 +61,7 @@ int readRSSI(sd_bus_message* message, DeviceNews& news) {
     return readVariant(message, "n", [&] {
         std::int16_t value = 0;
         const int result = sd_bus_message_read_basic(message, 'n', &value);
-        if (result >= 0) news.RSSI = value;
+        if (!failed(result)) news.RSSI = value;
         return result;
     });
 }
@@ -67,12 +69,12 @@ int readRSSI(sd_bus_message* message, DeviceNews& news) {
 int readManufacturer(sd_bus_message* message, DeviceNews& news) {
     std::uint16_t company = 0;
     const int result = sd_bus_message_read_basic(message, 'q', &company);
-    if (result < 0) return result;
+    if (failed(result)) return result;
     return readVariant(message, "ay", [&] {
         const void* octets = nullptr;
         std::size_t size = 0;
         const int read = sd_bus_message_read_array(message, 'y', &octets, &size);
-        if (read >= 0 && (!news.manufacturer || company == dongle::company)) {
+        if (!failed(read) && (!news.manufacturer || company == dongle::company)) {
             news.manufacturer = DeviceNews::Manufacturer{company, {static_cast<const std::uint8_t*>(octets), size}};
         }
         return read;
@@ -90,7 +92,8 @@ template <class Take>
 int readTexts(sd_bus_message* message, Take&& take) {
     int result = sd_bus_message_enter_container(message, 'a', "s");
     const char* text = nullptr;
-    while (result >= 0 && (result = sd_bus_message_read_basic(message, 's', &text)) > 0) take(std::string_view(text));
+    while (!failed(result) && (result = sd_bus_message_read_basic(message, 's', &text)) > 0)
+        take(std::string_view(text));
     return leave(message, result);
 }
 
@@ -121,7 +124,7 @@ int readProperties(sd_bus_message* message, Read&& read) {
     return readEntries(message, "{sv}", "sv", [&] {
         const char* name = nullptr;
         const int result = sd_bus_message_read_basic(message, 's', &name);
-        return result < 0 ? result : read(std::string_view(name));
+        return failed(result) ? result : read(std::string_view(name));
     });
 }
 
@@ -182,7 +185,7 @@ int readInterfaces(sd_bus_message* message, std::string_view path, bool listed, 
     const int result = readEntries(message, "{sa{sv}}", "sa{sv}", [&] {
         const char* text = nullptr;
         const int read = sd_bus_message_read_basic(message, 's', &text);
-        if (read < 0) return read;
+        if (failed(read)) return read;
         const std::string_view name(text);
         offersMonitors = offersMonitors || name == interface::monitorManager;
         if (name == interface::adapter) {
@@ -193,7 +196,7 @@ int readInterfaces(sd_bus_message* message, std::string_view path, bool listed, 
         isDevice = true;
         return readDevice(message, news);
     });
-    if (result < 0) return result;
+    if (failed(result)) return result;
     if (isAdapter) listener.adapterAdded(path, adapter);
     if (offersMonitors) listener.monitorsOffered(path);
     if (isDevice && listed) listener.deviceListed(path, news);
@@ -205,14 +208,14 @@ int readObjects(sd_bus_message* message, DeviceNews& news, ObjectListener& liste
     return readEntries(message, "{oa{sa{sv}}}", "oa{sa{sv}}", [&] {
         const char* path = nullptr;
         const int result = sd_bus_message_read_basic(message, 'o', &path);
-        return result < 0 ? result : readInterfaces(message, path, true, news, listener);
+        return failed(result) ? result : readInterfaces(message, path, true, news, listener);
     });
 }
 
 int readRemoved(sd_bus_message* message, SystemBusListener& listener) {
     const char* path = nullptr;
     const int result = sd_bus_message_read_basic(message, 'o', &path);
-    if (result < 0) return result;
+    if (failed(result)) return result;
     return readTexts(message, [&](std::string_view name) {
         if (name == interface::device) listener.deviceRemoved(path);
         if (name == interface::adapter) listener.adapterRemoved(path);

@@ -31,6 +31,8 @@ inline constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager
 inline constexpr const char* properties = "org.freedesktop.DBus.Properties";
 }  // namespace interface
 
+/// Whether that is a failure of sd-bus: a negative errno. 0 and more are what a call that went well says.
+constexpr bool failed(int result) noexcept { return result < 0; }
 /// What a negative errno of sd-bus says.
 Failure failureOf(int result);
 /// The error that a reply holds; nothing where the call succeeded.

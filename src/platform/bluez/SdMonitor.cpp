@@ -30,10 +30,10 @@ const sd_bus_vtable SdMonitor::methods[] = {
 int SdMonitor::exportOn(sd_bus* bus, std::vector<SlotPointer>& slots) {
     sd_bus_slot* slot = nullptr;
     int result = sd_bus_add_object_manager(bus, &slot, root);
-    if (result < 0) return result;
+    if (failed(result)) return result;
     slots.emplace_back(slot);
     result = sd_bus_add_object_vtable(bus, &slot, monitorPath, monitorInterface, methods, this);
-    if (result >= 0) slots.emplace_back(slot);
+    if (!failed(result)) slots.emplace_back(slot);
     return result;
 }
 

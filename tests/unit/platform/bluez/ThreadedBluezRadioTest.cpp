@@ -59,6 +59,14 @@ TEST_F(ThreadedBluezRadioTest, IsUnknownAndSaysWhyWithoutASystemBus) {
     EXPECT_TRUE(console.lines().empty());
 }
 
+TEST_F(ThreadedBluezRadioTest, IsNotOfferedWithoutASystemBus) { EXPECT_FALSE(isBluetoothdAvailable()); }
+
+TEST_F(ThreadedBluezRadioTest, HasNothingToWaitForWithoutASystemBus) {
+    const SdBus bus(console);
+    EXPECT_EQ(bus.descriptor(), -1);
+    EXPECT_EQ(bus.left(), std::nullopt);
+}
+
 TEST_F(ThreadedBluezRadioTest, EndsAtOnceHoweverYoungItIs) {
     for (int i = 0; i < 20; ++i) ThreadedBluezRadio(delegate, console, monitor, "");
     EXPECT_TRUE(console.lines().empty());
