@@ -134,7 +134,7 @@ class Memory(ProgramTest):
             result = subprocess.run(
                 [PROGRAM, "run", path], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
                 text=True, timeout=DEADLINE, check=False,
-                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))  # pylint: disable=W1509,W0640
+                preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
             if result.returncode == 127:
                 continue  # not even its libraries could be loaded
             with self.subTest(megabytes=megabytes):

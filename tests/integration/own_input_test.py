@@ -81,8 +81,8 @@ class OwnInput(ProgramTest):
         seen = 0
         for command, role, _ in self.cases(lambda options: [None]):
             with self.subTest(command=command.name, role=role), open(self.paths[role], "ab") as end:
-                result = subprocess.run([PROGRAM, *self.words(command, role, None)], stdin=subprocess.DEVNULL, stdout=end,
-                                        stderr=subprocess.PIPE, text=True, timeout=DEADLINE, check=False)
+                result = subprocess.run([PROGRAM, *self.words(command, role, None)], stdin=subprocess.DEVNULL,
+                                        stdout=end, stderr=subprocess.PIPE, text=True, timeout=DEADLINE, check=False)
                 self.assert_left_alone(role, result)
                 seen += 1
         self.assertGreater(seen, 8)
@@ -98,8 +98,8 @@ class OwnInput(ProgramTest):
         path = self.write("scene.json", nearcast("scene").stdout)
         before = path.read_text(encoding="utf-8")
         with open(path, "ab") as end:
-            result = subprocess.run([PROGRAM, "scene", "--settings", path], stdout=end, stderr=subprocess.PIPE, text=True,
-                                    timeout=DEADLINE, check=False)
+            result = subprocess.run([PROGRAM, "scene", "--settings", path], stdout=end, stderr=subprocess.PIPE,
+                                    text=True, timeout=DEADLINE, check=False)
         self.assertEqual((result.returncode, path.read_text(encoding="utf-8")), (2, before))
 
     def test_proposed_thresholds_may_be_written_into_their_settings(self):

@@ -97,8 +97,7 @@ def calls(command):
     for option in command.options:
         rest = [word for word in ordinary(command, *option.needs) if not word.startswith(option.name + "=")]
         for value in VALUES.get(option.type, [NASTY]):
-            for file in first + (["scenario.jsonl"] if first else []) or [None]:
-                yield ([file] if file else []) + given(option, value) + rest
+            yield first + given(option, value) + rest
 
 
 def steers(character):
@@ -158,7 +157,8 @@ class OnATerminal(ProgramTest):
         registered = self.write("settings.json", settings())
         leader, follower = pty.openpty()
         arguments = ["watch", "--radio", f"replay:{path}?speed=max", "--settings", str(registered), "--for", "3.5"]
-        with subprocess.Popen([PROGRAM, *arguments], stdout=follower, stderr=follower, stdin=subprocess.DEVNULL) as process:
+        with subprocess.Popen([PROGRAM, *arguments], stdout=follower, stderr=follower,
+                              stdin=subprocess.DEVNULL) as process:
             os.close(follower)
             output = b""
             while select.select([leader], [], [], DEADLINE)[0]:
