@@ -17,7 +17,8 @@ import sys
 from pathlib import Path
 
 KEPT = Path(__file__).with_name("instructions.json")
-WORK = ["handler-100", "handler-10000", "smoothing-7", "smoothing-4096", "sweep-1000"]
+WORK = ["handler-100", "handler-10000", "names-1000", "names-1000-crowded", "smoothing-7", "smoothing-4096",
+        "sweep-1000"]
 TIMES = 20_000
 GROWTH = 1.05
 DOES_NOT_APPLY = 77

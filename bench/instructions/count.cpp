@@ -11,10 +11,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_set>
+#include <vector>
 
 namespace nearcast {
 namespace {
@@ -76,6 +79,47 @@ private:
     Manager manager_{this, platform_};
 };
 
+/// As many names as one likes that an ordinary hash tells apart, or that it sends to one place of an ordinary table.
+std::vector<std::string> someNames(std::size_t count, bool crowded) {
+    std::unordered_set<std::string> table;
+    for (std::size_t number = 0; number < count; ++number) table.insert(std::to_string(number));
+    const std::size_t places = table.bucket_count();
+    std::vector<std::string> names;
+    for (std::uint64_t number = 100'000'000; names.size() < count; ++number) {
+        const std::string name = "shelf" + std::to_string(number * 7919 % 100'000'000);
+        if (!crowded || std::hash<std::string_view>{}(name) % places == 0) names.push_back(name);
+    }
+    return names;
+}
+
+/// Senders whose addresses are their names, all heard often enough.
+class Names {
+public:
+    Names(std::size_t count, bool crowded) : names_(someNames(count, crowded)) {
+        constexpr std::uint64_t enough = 14;
+        manager_.init();
+        auto delegate = std::make_shared<QXNearcastManagerDelegate>();
+        delegate->didDiscoverPort = [](std::string_view, QXDeviceType, std::string_view, std::int32_t) {};
+        manager_.setDelegate(std::move(delegate));
+        hear(count * enough);
+    }
+
+    void hear(std::uint64_t times) {
+        constexpr std::array<std::uint8_t, 2> foreign{0x4C, 0x00};
+        for (std::uint64_t time = 0; time < times; ++time) {
+            manager_.centralManagerDidDiscoverPeripheral(radio_, CBPeripheral{names_[time * 7919 % names_.size()]},
+                                                         AdvertisementData{foreign},
+                                                         -90 + static_cast<std::int32_t>(time * 31 % 50));
+        }
+    }
+
+private:
+    std::vector<std::string> names_;
+    bench::SilentRadio radio_;
+    StillPlatform platform_;
+    Manager manager_{this, platform_};
+};
+
 void smooth(std::uint64_t window, std::uint64_t times) {
     Smoothing smoothing(window, -60);
     for (std::uint64_t time = 0; time < times; ++time) {
@@ -88,6 +132,10 @@ void run(std::string_view what, std::uint64_t times) {
         Dongles(100).hear(times);
     } else if (what == "handler-10000") {
         Dongles(10'000).hear(times);
+    } else if (what == "names-1000") {
+        Names(1000, false).hear(times);
+    } else if (what == "names-1000-crowded") {
+        Names(1000, true).hear(times);
     } else if (what == "smoothing-7") {
         smooth(7, times);
     } else if (what == "smoothing-4096") {
@@ -96,8 +144,8 @@ void run(std::string_view what, std::uint64_t times) {
         Dongles(1000).sweep(times / 1000);
     } else {
         throw std::invalid_argument(
-            "usage: instruction_count handler-100|handler-10000|smoothing-7|smoothing-4096|"
-            "sweep-1000 TIMES");
+            "usage: instruction_count handler-100|handler-10000|names-1000|names-1000-crowded|smoothing-7|"
+            "smoothing-4096|sweep-1000 TIMES");
     }
 }
 

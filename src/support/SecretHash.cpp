@@ -13,11 +13,12 @@ namespace {
 /// SipHash-1-3 (Aumasson and Bernstein): without its key nobody finds texts that collide.
 class SipHash {
 public:
-    explicit SipHash(std::uint64_t key) noexcept {
+    /// @param length of what is added; two that differ in it are hashed by two keys
+    SipHash(std::uint64_t key, std::uint64_t length) noexcept {
         constexpr std::uint64_t golden = 0x9E3779B97F4A7C15;
         const std::uint64_t second = std::rotl(key, 32) * golden;
         v0_ ^= key;
-        v1_ ^= second;
+        v1_ ^= second ^ length;
         v2_ ^= key;
         v3_ ^= second;
     }
@@ -57,22 +58,25 @@ private:
 }  // namespace
 
 std::size_t SecretHash::operator()(std::string_view text) const {
-    SipHash hash(hashFactor());
-    const char* place = text.data();
-    std::size_t left = text.size();
-    for (; left >= sizeof(std::uint64_t); left -= sizeof(std::uint64_t), place += sizeof(std::uint64_t)) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, place, sizeof word);
+    constexpr std::size_t wordSize = sizeof(std::uint64_t);
+    SipHash hash(hashFactor(), text.size());
+    std::uint64_t word = 0;
+    std::size_t place = 0;
+    for (; place + wordSize < text.size(); place += wordSize) {
+        std::memcpy(&word, text.data() + place, wordSize);
         hash.add(word);
     }
-    std::uint64_t last = 0;
-    if (left != 0) std::memcpy(&last, place, left);
-    hash.add(last ^ std::uint64_t{text.size()} << 56);
+    if (text.size() >= wordSize) {
+        std::memcpy(&word, text.data() + text.size() - wordSize, wordSize);  // a part of it again: the length is known
+    } else {
+        for (const char octet : text) word = word << 8 | static_cast<unsigned char>(octet);
+    }
+    hash.add(word);
     return hash.end();
 }
 
 std::size_t SecretHash::operator()(std::uint64_t number) const {
-    SipHash hash(hashFactor());
+    SipHash hash(hashFactor(), sizeof number);
     hash.add(number);
     return hash.end();
 }

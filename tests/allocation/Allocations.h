@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 
 /// The program's own `operator new`: it counts, and fails when a test says so. A file of tests whose name ends in
 /// AllocationTest.cpp has it; the sanitizers have their own, and leave such tests out.
