@@ -12,16 +12,17 @@ namespace {
 
 constexpr std::int32_t noReading = 127;
 
+/// Null where the record has no such text.
+const std::string* textIn(const SettingRecord& record, std::string_view key) {
+    const auto found = record.find(key);
+    return found == record.end() ? nullptr : found->second.as<std::string>();
+}
+
 PlaybackDongle dongleOf(const std::string& portName, const SettingRecord& record) {
     PlaybackDongle dongle;
     dongle.portName = portName;
-    const auto text = [&](std::string_view key) {
-        const auto found = record.find(key);
-        const auto* value = found == record.end() ? nullptr : found->second.as<std::string>();
-        return value == nullptr ? std::string() : *value;
-    };
-    dongle.MACAddr = text(kQXDongleMACAddr);
-    dongle.nickName = text(kQXNickName);
+    if (const auto* address = textIn(record, kQXDongleMACAddr)) dongle.MACAddr = *address;
+    if (const auto* nickName = textIn(record, kQXNickName)) dongle.nickName = *nickName;
     if (dongle.nickName == "(null)") dongle.nickName.clear();
     if (const auto threshold = record.find(kQXThreshouldRSSI); threshold != record.end()) {
         dongle.threshold = threshold->second.intValue();
@@ -45,7 +46,9 @@ Playback PlaybackRecorder::take() {
     std::vector<PlaybackDongle> dongles;
     std::vector<std::uint32_t> places(playback_.dongles.size(), PlaybackEvent::noDongle);
     for (const auto& [portName, record] : registry_) {
-        const auto known = indices_.find(dongleOf(portName, *record).MACAddr);
+        // A record without an address is nobody's, not that of a sender whose address is an empty text.
+        const std::string* const address = textIn(*record, kQXDongleMACAddr);
+        const auto known = address == nullptr ? indices_.end() : indices_.find(*address);
         // Of several records with one address the manager finds the first.
         if (known != indices_.end() && places[known->second] != PlaybackEvent::noDongle) continue;
         if (known != indices_.end()) places[known->second] = static_cast<std::uint32_t>(dongles.size());

@@ -16,10 +16,10 @@ bool isReading(std::int32_t RSSI) {
     return RSSI >= weakest && RSSI <= strongest;
 }
 
-std::string textIn(const SettingRecord& record, std::string_view key) {
-    const auto value = record.find(key);
-    const auto* text = value == record.end() ? nullptr : value->second.as<std::string>();
-    return text == nullptr ? std::string() : *text;
+/// The address of a device's dongle; null where its record names none. An empty text is an address, as any other text.
+const std::string* addressIn(const SettingRecord& record) {
+    const auto value = record.find(kQXDongleMACAddr);
+    return value == record.end() ? nullptr : value->second.as<std::string>();
 }
 
 /// Takes over what was learned by hearing the device.
@@ -43,34 +43,51 @@ Device* Decision::find(std::string_view MACAddr) {
 Device Decision::fromRecord(const std::string& portName, const SettingRecord& record) const {
     Device device;
     device.portName = portName;
-    device.MACAddr = textIn(record, kQXDongleMACAddr);
+    const std::string* const address = addressIn(record);
+    device.hasDongle = address != nullptr;
+    if (device.hasDongle) device.MACAddr = *address;
     const auto threshold = record.find(kQXThreshouldRSSI);
     device.threshold = threshold == record.end() ? settings_.defaultThreshold : threshold->second.intValue();
     return device;
 }
 
+/// A registry's devices, made apart: where there is not memory enough for them, the decision goes on with those it has.
+struct Decision::Roll {
+    std::vector<Device> devices;
+    ByAddress byAddress;
+    std::vector<Index> audible;
+};
+
 void Decision::setRegistry(double at, const Settings& registry) {
     const double now = advance(at);
     const std::optional<Device> last = present_ == none ? std::nullopt : std::optional(devices_[present_]);
     const std::optional<Device> missed = missed_ ? std::optional(devices_[missed_->device]) : std::nullopt;
-    const auto before = std::exchange(devices_, {});
-    const auto known = std::exchange(byAddress_, {});
-    devices_.reserve(registry.size());
-    audible_.clear();
+    Roll roll = rollOf(now, registry);
+    devices_.swap(roll.devices);
+    byAddress_.swap(roll.byAddress);
+    audible_.swap(roll.audible);
+    restoreMissed(missed);
+    restoreChoice(now, last);
+}
+
+Decision::Roll Decision::rollOf(double now, const Settings& registry) const {
+    Roll roll;
+    roll.devices.reserve(registry.size());
+    roll.audible.reserve(registry.size());  // enough for whatever is heard
     for (const auto& [portName, record] : registry) {
         if (record == nullptr) continue;
         Device device = fromRecord(portName, *record);
-        const auto same = known.find(device.MACAddr);
-        const bool first = byAddress_.try_emplace(device.MACAddr, devices_.size()).second;
-        if (first && same != known.end() && before[same->second].portName == portName) {
-            adopt(device, before[same->second]);
-            device.settle(now, settings_);
+        if (device.hasDongle && roll.byAddress.try_emplace(device.MACAddr, roll.devices.size()).second) {
+            const auto same = byAddress_.find(device.MACAddr);
+            if (same != byAddress_.end() && devices_[same->second].portName == portName) {
+                adopt(device, devices_[same->second]);
+                device.settle(now, settings_);
+            }
         }
-        if (device.level) audible_.push_back(devices_.size());
-        devices_.push_back(std::move(device));
+        if (device.level) roll.audible.push_back(roll.devices.size());
+        roll.devices.push_back(std::move(device));
     }
-    restoreMissed(missed);
-    restoreChoice(now, last);
+    return roll;
 }
 
 void Decision::restoreMissed(const std::optional<Device>& missed) {

@@ -78,7 +78,11 @@ private:
         std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>{}(text); }
     };
 
+    struct Roll;
+    using ByAddress = std::unordered_map<std::string, Index, TextHash, std::equal_to<>>;
+
     Device* find(std::string_view MACAddr);
+    [[nodiscard]] Roll rollOf(double now, const Settings& registry) const;
     Device fromRecord(const std::string& portName, const SettingRecord& record) const;
     void restoreMissed(const std::optional<Device>& missed);
     void restoreChoice(double at, const std::optional<Device>& last);
@@ -108,8 +112,8 @@ private:
 
     NearestSettings settings_;
     std::vector<Device> devices_;  ///< in the registry's order
-    std::unordered_map<std::string, Index, TextHash, std::equal_to<>> byAddress_;
-    std::vector<Index> audible_;  ///< the devices that are not silent, in any order
+    ByAddress byAddress_;          ///< the devices that have a dongle, the first of each address
+    std::vector<Index> audible_;   ///< the devices that are not silent, in any order; with room for all
 
     double now_ = -std::numeric_limits<double>::infinity();
     double compared_ = -std::numeric_limits<double>::infinity();  ///< when the devices were compared last

@@ -16,6 +16,7 @@ namespace nearcast::nearest {
 struct Device {
     std::string portName;
     std::string MACAddr;
+    bool hasDongle = false;  ///< its record says an address; without one it is never heard, whatever `MACAddr` holds
     double threshold = 0;
 
     std::optional<std::int32_t> raw;

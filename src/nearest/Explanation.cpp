@@ -104,6 +104,7 @@ std::string Decision::met(const Device& device, double at) const {
 std::string Decision::missing(const Device& device, double at) const {
     const Device* present = chosen();
     if (&device == present) return "";
+    if (!device.hasDongle) return "its record names no dongle";
     const auto owner = byAddress_.find(device.MACAddr);
     if (owner != byAddress_.end() && &devices_[owner->second] != &device) {
         return "its address is that of " + devices_[owner->second].portName;

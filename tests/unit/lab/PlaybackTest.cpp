@@ -123,6 +123,17 @@ TEST(Playback, GivenSettingsNameTheDevicesAndOthersAreNotRegistered) {
     EXPECT_EQ(eventsOf(playback, Kind::heard), (Events{{1, Kind::heard, 1, -60}, {2, Kind::heard, 0, -70}}));
 }
 
+TEST(Playback, ADeviceWhoseRecordNamesNoDongleIsNotASenderWithoutAName) {
+    const auto record = std::make_shared<const SettingRecord>(SettingRecord{{"Nick Name", "no dongle yet"}});
+    const auto registry = std::make_shared<const Settings>(Settings{{"BT:Odd", record}});
+    const Playback playback =
+        playLines({R"({"at":1,"do":"advertise","name":"","manufacturerData":"4C0002","RSSI":-40})"}, registry);
+    ASSERT_EQ(playback.dongles.size(), 2U);
+    EXPECT_EQ(playback.dongles[0].portName, "BT:Odd");
+    EXPECT_EQ(playback.dongles[1].portName, "");
+    EXPECT_EQ(eventsOf(playback, Kind::heard), (Events{{1, Kind::heard, 1, -40}}));
+}
+
 const std::string both =
     R"({"do":"setDelegate","implements":["didDiscoverPort:deviceType:MACAddr:RSSI:","didUpdateState:MACAddr:"]})";
 

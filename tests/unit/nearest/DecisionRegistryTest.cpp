@@ -82,6 +82,44 @@ TEST(DecisionRegistryTest, ReadsARecordWithoutAddressOrWithAnAbsentRecord) {
     EXPECT_EQ(bench.at(1), "");
 }
 
+SettingRecordPointer recordWithAddress(SettingValue address) {
+    return std::make_shared<const SettingRecord>(
+        SettingRecord{{std::string(kQXDongleMACAddr), std::move(address)}, {std::string(kQXThreshouldRSSI), -90}});
+}
+
+TEST(DecisionRegistryTest, NeverChoosesADeviceWhoseRecordNamesNoDongle) {
+    const SettingRecord withoutAddress{{std::string(kQXNickName), "no dongle yet"}};
+    for (const auto& record : {std::make_shared<const SettingRecord>(withoutAddress), recordWithAddress(nullptr),
+                               recordWithAddress(0), recordWithAddress(SettingValue::Array{})}) {
+        DecisionBench bench;
+        bench.decision.setRegistry(0, {{"Bar", recordOf(barMAC, -60)}, {"Odd", record}});
+        for (double at = 0; at <= 3; at += DecisionBench::quarter) {
+            bench.bar(at, -55);
+            bench.decision.heard(at, "", -30);
+            EXPECT_TRUE(bench.decision.reported(at, "", "", -30));
+        }
+        EXPECT_EQ(bench.at(3), "Bar");
+        const auto odd = bench.decision.explain(3).at(1);
+        EXPECT_EQ(odd.missing, "its record names no dongle");
+        EXPECT_FALSE(odd.level);
+    }
+}
+
+TEST(DecisionRegistryTest, FindsADeviceByAnEmptyAddressWhereItsRecordNamesOneAsTheManagerDoes) {
+    DecisionBench bench;
+    bench.decision.setRegistry(0, {{"Dongleless", std::make_shared<const SettingRecord>()}, {"Empty", recordOf("")}});
+    EXPECT_TRUE(bench.decision.reported(0, "Empty", "", -30));
+    EXPECT_EQ(bench.at(1), "Empty");
+}
+
+TEST(DecisionRegistryTest, ForgetsADongleThatARecordNamesNoLonger) {
+    DecisionBench bench = withTheBarChosen();
+    bench.decision.setRegistry(1, {{"Bar", std::make_shared<const SettingRecord>()}, {"Till", recordOf(tillMAC, -60)}});
+    EXPECT_EQ(bench.at(1), "Till");
+    bench.bar(1.25, -40);
+    EXPECT_FALSE(bench.decision.explain(1.25).at(0).level);
+}
+
 }  // namespace
 
 }  // namespace nearcast::nearest

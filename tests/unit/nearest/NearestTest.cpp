@@ -174,6 +174,17 @@ TEST_F(NearestTest, LeavesAsideWhatTheScanDoesNotWantAndWhatHasNoReading) {
     EXPECT_EQ(nearest.explain().at(0).raw, -55);
 }
 
+TEST_F(NearestTest, DoesNotTakeASenderWithoutANameForADeviceWithoutADongle) {
+    registry = {{"Bar", recordOf(barMAC, -60)}, {"BT:NoDongle", std::make_shared<const SettingRecord>()}};
+    nearest.refresh();
+    constexpr std::array<std::uint8_t, 3> foreign = {0x4C, 0x00, 0x02};
+    for (double at = 0; at < 6; at += 0.5) {
+        hear(at, -55);
+        nearest.tap()({"", foreign, -40, true, at});
+    }
+    EXPECT_EQ(told(), std::vector<std::string>{"Bar"});
+}
+
 TEST_F(NearestTest, GivesATapThatMayOutliveIt) {
     std::function<void(const HeardAdvertisement&)> tap;
     {
