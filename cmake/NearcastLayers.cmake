@@ -49,6 +49,10 @@ function(nearcast_layer folder)
     target_link_libraries(${target} PRIVATE nearcast_options ${layer_LINKS})
     set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
+    if(NEARCAST_FUZZ)
+        # What a fuzzer looks into: not the tests, which share the build.
+        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+    endif()
     nearcast_precompile(${target} library)
     set(nearcast_layers ${nearcast_layers} ${target} PARENT_SCOPE)
 endfunction()

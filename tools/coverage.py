@@ -121,7 +121,7 @@ def tool(name):
 def programs_in(build):
     """The programs of the tests, and the library with all of its objects, whether a test links them or not."""
     found = [path.resolve() for path in build.glob("src/libnearcast.so")]
-    for folder in ("tests", "apps"):
+    for folder in ("tests", "fuzz", "apps"):
         for path in sorted((build / folder).rglob("*")):
             if path.is_file() and os.access(path, os.X_OK) and path.read_bytes()[:4] == b"\x7fELF":
                 found.append(path)

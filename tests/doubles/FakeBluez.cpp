@@ -123,7 +123,9 @@ void FakeBluez::loseDiscovery(const std::string& name) {
 void FakeBluez::blink(const std::string& name, Time duration) {
     for (const bool on : {false, true}) {
         at(on ? now_ + duration : now_, [this, path = pathOf(name), on] {
-            adapters_.at(path).discovering = on;
+            Adapter* const adapter = find(path);
+            if (adapter == nullptr) return;  // unplugged meanwhile
+            adapter->discovering = on;
             tell([path, on](auto& listener) {
                 listener.adapterChanged(path, {.powered = {}, .discovering = on, .powerState = {}});
             });
@@ -209,6 +211,7 @@ void FakeBluez::call(const std::string& method, Done done, Work work) {
 }
 
 void FakeBluez::releaseOldestAnswer() {
+    if (heldAnswers_.empty()) return;
     at(now_, std::move(heldAnswers_.front()));
     heldAnswers_.pop_front();
 }

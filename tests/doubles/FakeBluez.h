@@ -67,7 +67,7 @@ public:
     /// an answer of a bluetoothd that died meanwhile is the bus's, that it left without replying; after a `disconnect`
     /// none comes.
     void holdAnswers(const std::string& method) { held_.insert(method); }
-    /// The answer that was held for longest comes now.
+    /// The answer that was held for longest comes now, where one is held.
     void releaseOldestAnswer();
     /// The answers that were held come now, in their order; later ones are held no more.
     void releaseAnswers();

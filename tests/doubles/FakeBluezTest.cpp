@@ -204,6 +204,22 @@ TEST_F(FakeBluezTest, ReleasesOneAnswerAtATime) {
     EXPECT_EQ(answers, Words{"org.bluez.Error.Failed"});
 }
 
+TEST_F(FakeBluezTest, ReleasesNothingWhereItHoldsNoAnswer) {
+    connect();
+    bluez.releaseOldestAnswer();
+    pass(1s);
+    EXPECT_TRUE(answers.empty());
+}
+
+TEST_F(FakeBluezTest, SaysNoMoreOfAnAdapterThatIsUnpluggedWhileItBlinks) {
+    connect();
+    bluez.blink("hci0", 2s);
+    pass(1s);
+    bluez.unplug("hci0");
+    pass(2s);
+    EXPECT_EQ(told, (Words{"daemon", "does not discover", "no adapter"}));
+}
+
 TEST_F(FakeBluezTest, AnswersForABluetoothdThatHasDiedAfterTheNewsOfItsDeath) {
     connect();
     bluez.holdAnswers("StartDiscovery");

@@ -1,20 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <random>
-#include <vector>
+#include <span>
 
 namespace nearcast::scenario {
 
-/// The same numbers from the same seed on every machine.
+/// Numbers by chance, the same from the same seed on every machine; or first those that octets spell.
 class Random {
 public:
     explicit Random(std::uint64_t seed) : engine_(seed) {}
+    /// @param octets live longer
+    explicit Random(std::span<const std::uint8_t> octets) : octets_(octets) {}
 
     /// 0 to `count` - 1.
-    std::uint64_t below(std::uint64_t count) { return engine_() % count; }
+    std::uint64_t below(std::uint64_t count) { return (octets_.empty() ? engine_() : spelt(count - 1)) % count; }
     std::int64_t between(std::int64_t first, std::int64_t last) {
         return first + static_cast<std::int64_t>(below(static_cast<std::uint64_t>(last - first + 1)));
     }
@@ -26,7 +27,18 @@ public:
     }
 
 private:
+    /// The next octets, as many as the largest number needs.
+    std::uint64_t spelt(std::uint64_t largest) {
+        std::uint64_t number = 0;
+        for (; largest > 0 && !octets_.empty(); largest >>= 8) {
+            number = number << 8 | octets_.front();
+            octets_ = octets_.subspan(1);
+        }
+        return number;
+    }
+
     std::mt19937_64 engine_;
+    std::span<const std::uint8_t> octets_;
 };
 
 }  // namespace nearcast::scenario

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "scenario/ScenarioGenerator.h"
 
+#include <array>
 #include <limits>
+#include <utility>
 
 namespace nearcast::scenario {
 
@@ -86,8 +88,8 @@ constexpr ScenarioGenerator::Subject subjects[] = {
 
 }  // namespace
 
-ScenarioGenerator::ScenarioGenerator(std::uint64_t seed)
-    : random_(seed), blobs_(random_), subject_(random_.pick(subjects)) {}
+ScenarioGenerator::ScenarioGenerator(Random random)
+    : random_(std::move(random)), blobs_(random_), subject_(random_.pick(subjects)) {}
 
 void ScenarioGenerator::passTime() {
     at_ += random_.below(10) < subject_.longSteps ? random_.pick(longSteps) : random_.pick(shortSteps);

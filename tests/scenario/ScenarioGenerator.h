@@ -15,7 +15,8 @@ namespace nearcast::scenario {
 /// walked: scanning, calibrating, the registry, the radio's states, or everything.
 class ScenarioGenerator {
 public:
-    explicit ScenarioGenerator(std::uint64_t seed);
+    explicit ScenarioGenerator(std::uint64_t seed) : ScenarioGenerator(Random(seed)) {}
+    explicit ScenarioGenerator(Random random);
 
     /// The lines, without mistakes.
     std::vector<std::string> lines();

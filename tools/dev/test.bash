@@ -57,20 +57,26 @@ run_check() {
     run_stage "tests with sanitizers" run_ctest build
 }
 
+# The fuzzers are part of the build with the address sanitizer, where their tests run them for a moment.
+build_fuzzers() {
+    configure_in build/asan asan
+    cmake --build build/asan --target fuzzers -- -k 0
+}
+
 run_fuzzers() {
     local seconds=$1 fuzzer name
-    for fuzzer in build/fuzz/fuzz/fuzz_*; do
+    for fuzzer in build/asan/fuzz/fuzz_*; do
         [[ -x $fuzzer && -f $fuzzer ]] || continue
         name=${fuzzer##*/fuzz_}
         printf '\n--- %s, %d s\n' "$name" "$seconds"
-        mkdir -p "build/fuzz/corpus/$name" build/fuzz/found
-        "$fuzzer" -max_total_time="$seconds" -print_final_stats=1 -artifact_prefix="build/fuzz/found/$name-" \
-            "build/fuzz/corpus/$name" "fuzz/seeds/$name"
+        "$fuzzer" -max_total_time="$seconds" -timeout=20 -print_final_stats=1 \
+            -artifact_prefix="build/asan/fuzz/found/$name-" "build/asan/fuzz/corpus/$name" "fuzz/seeds/$name"
     done
 }
 
 run_fuzz() {
     need_to_check
-    run_stage "build the fuzzers" build fuzz
+    want_plot
+    run_stage "build the fuzzers" build_fuzzers
     run_stage "fuzz" run_fuzzers "${1:-60}"
 }
