@@ -92,8 +92,9 @@ template <class Take>
 int readTexts(sd_bus_message* message, Take&& take) {
     int result = sd_bus_message_enter_container(message, 'a', "s");
     const char* text = nullptr;
-    while (!failed(result) && (result = sd_bus_message_read_basic(message, 's', &text)) > 0)
+    while (!failed(result) && (result = sd_bus_message_read_basic(message, 's', &text)) > 0) {
         take(std::string_view(text));
+    }
     return leave(message, result);
 }
 
