@@ -153,7 +153,7 @@ protected:
     void open(Clock clock) { bench_ = new CallbackBench(clock); }
     std::string outcome() {
         const Operation operation = operations().at(GetParam().operation);
-        return bench_->outcome(GetParam().callback, [this, operation] { operation(*bench_); });
+        return bench_->outcome(GetParam().callback, [operation] { operation(*bench_); });
     }
 
     static inline CallbackBench* bench_ = nullptr;  // the manager's for the rest of the process
