@@ -32,6 +32,8 @@ JUMPS = ("return", "break", "continue")
 NOT_CALLED = frozenset("""alignof catch constexpr co_return decltype for if noexcept operator return sizeof
     static_assert switch throw typeid while""".split())
 OPERATORS = ("negate", "drop", "shift", "swap")
+# Of these the order of the arguments says nothing, so to swap them changes nothing.
+SYMMETRIC = ("max", "min")
 
 
 @dataclasses.dataclass(frozen=True)
@@ -369,6 +371,8 @@ class Source:
     def swap(self):
         for place in self.open_places():
             if self.word(place) != "(" or not self.is_call(place):
+                continue
+            if self.word(place - 1) in SYMMETRIC:
                 continue
             arguments = self.arguments(place)
             for (begin, middle), (other, end) in zip(arguments, arguments[1:]):

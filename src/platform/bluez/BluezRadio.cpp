@@ -59,8 +59,8 @@ bool ThreadedBluezRadio::turn(bool needed) {
     return taken.more;
 }
 
-/// Waits for the bus, or for a short while where it is busy, and for the alarm and `wake`. Of these two only the one
-/// that has happened is read: each is a system call, and there are a thousand reports a second.
+/// Waits for the bus, or for a short while where it is busy, and for the alarm and `wake`. What needs no system call
+/// has none, for there are a thousand reports a second: an alarm that has expired is not read, but set anew.
 /// @return whether the alarm or `wake` ended it
 bool ThreadedBluezRadio::wait() noexcept {
     std::optional<Time> next = due();
@@ -73,10 +73,6 @@ bool ThreadedBluezRadio::wait() noexcept {
     const WakeUp::Found found =
         crowding_.pausing() ? wakeUp.pause(Crowding::interval) : wakeUp.wait(bus.descriptor(), bus.events());
     if (found.wake) wakeUp.takeWake();
-    if (found.alarm) {
-        wakeUp.takeAlarm();
-        alarm_.reset();
-    }
     return found.wake || found.alarm;
 }
 

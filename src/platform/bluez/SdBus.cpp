@@ -34,8 +34,8 @@ constexpr const char* objectsRule =
     "type='signal',sender='org.bluez',path='/',interface='org.freedesktop.DBus.ObjectManager'";
 
 int appendFilter(sd_bus_message* message) {
-    return sd_bus_message_append(message, "a{sv}", 3, "Transport", "s", "le", "DuplicateData", "b", 1, "RSSI", "n",
-                                 -127);
+    return sd_bus_message_append(message, "a{sv}", 3, "Transport", "s", "le", "DuplicateData", "b", int{true}, "RSSI",
+                                 "n", -127);
 }
 
 int appendMonitors(sd_bus_message* message) { return sd_bus_message_append(message, "o", SdMonitor::root); }

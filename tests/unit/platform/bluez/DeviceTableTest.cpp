@@ -179,6 +179,7 @@ TEST(DeviceTable, KnowsNothingOfADeviceFromBeforeItWasCleared) {
     DeviceTable table;
     add(table, path, advertisement(-70, payload));
     table.clear();
+    EXPECT_EQ(table.size(), 0U);
     const auto heard = table.changed(path, reading(-71));
     EXPECT_TRUE(heard.stranger);
     ASSERT_NE(heard.report, nullptr);
