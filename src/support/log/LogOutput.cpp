@@ -2,6 +2,7 @@
 #include "support/log/LogOutput.h"
 
 #include "support/Holding.h"
+#include "support/Printable.h"
 
 #include <chrono>
 #include <cstdio>
@@ -23,8 +24,13 @@ constexpr std::size_t smallQueue = 4096;
 thread_local bool callsSink = false;
 thread_local bool hasDirectTurn = false;
 
-void reportFailure(const char* what) noexcept {
-    std::fprintf(stderr, "nearcast: a trace record could not be written: %s\n", what);
+void reportFailure(std::string_view what) noexcept {
+    try {
+        std::fprintf(stderr, "nearcast: a trace record could not be written: %s\n", printable(what).c_str());
+    } catch (const std::exception&) {
+        std::fputs("nearcast: a trace record could not be written, and there is not enough memory to say why\n",
+                   stderr);
+    }
 }
 
 }  // namespace

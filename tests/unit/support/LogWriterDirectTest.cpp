@@ -101,6 +101,14 @@ TEST_F(LogWriterDirect, ReportsWhatTheSinkThrowsAndTellsTheCallerNothing) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "nearcast: a trace record could not be written: no\n");
 }
 
+TEST_F(LogWriterDirect, LetsNoEscapeThroughInWhatTheSinkThrows) {
+    start([](const LogRecord&) { throw std::runtime_error("\x1B[2Jno"); });
+    testing::internal::CaptureStderr();
+    say("x");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "nearcast: a trace record could not be written: \xEF\xBF\xBD[2Jno\n");
+}
+
 TEST_F(LogWriterDirect, RefusesToBeStoppedByItsSink) {
     bool refused = false;
     start([&](const LogRecord&) {
