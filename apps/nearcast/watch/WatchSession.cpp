@@ -61,10 +61,9 @@ void WatchSession::report(std::string_view portName, QXDeviceType deviceType, st
 
 void WatchSession::remember(std::string_view MACAddr, bool registered, double at) {
     if (registered || heard_.size() < mostStrangers) heard_.emplace(MACAddr, at);
-    const std::string address(MACAddr);
     if (registered || known_.size() < mostStrangers) {
-        known_.insert(address);
-    } else if (known_.count(address) == 0) {
+        known_.emplace(MACAddr);
+    } else if (known_.count(MACAddr) == 0) {
         summary_.moreDongles = true;
     }
     summary_.dongles = known_.size();

@@ -9,9 +9,9 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 
 namespace nearcast::cli {
 
@@ -60,7 +60,7 @@ private:
     std::unique_ptr<WatchView> view_ NEARCAST_GUARDED_BY(mutex_);
     WatchSummary summary_ NEARCAST_GUARDED_BY(mutex_);
     std::map<std::string, double, std::less<>> heard_ NEARCAST_GUARDED_BY(mutex_);
-    std::unordered_set<std::string> known_ NEARCAST_GUARDED_BY(mutex_);
+    std::set<std::string, std::less<>> known_ NEARCAST_GUARDED_BY(mutex_);
     std::string broken_ NEARCAST_GUARDED_BY(mutex_);
     bool eventful_ NEARCAST_GUARDED_BY(mutex_) = false;  ///< something has happened since the last pause was asked for
     bool quiet_ NEARCAST_GUARDED_BY(mutex_) = false;     ///< the pause is a long one, to be ended by what happens
