@@ -51,21 +51,24 @@ std::optional<Failure> SdBus::connect(SystemBusListener& listener) {
     disconnect();
     listener_ = &listener;
     const int result = open();
-    if (!failed(result)) return std::nullopt;
-    disconnect();
-    return failureOf(result);
+    if (failed(result)) return failureOf(result);
+    return std::nullopt;
 }
 
+// Without slots of ours all that is registered lives as long as the connection.
 int SdBus::open() {
-    sd_bus* bus = nullptr;
-    int result = sd_bus_open_system(&bus);
+    sd_bus* opened = nullptr;
+    int result = sd_bus_open_system(&opened);
+    BusPointer bus(opened);
     if (failed(result)) return result;
-    bus_.reset(bus);
-    if (failed(result = watch(ownerRule, onOwnerChanged))) return result;
-    if (failed(result = watch(propertiesRule, onProperties))) return result;
-    if (failed(result = watch(objectsRule, onObjects))) return result;
-    if (failed(result = monitor_.exportOn(bus))) return result;
-    return askForDaemon();
+    if (failed(result = watch(opened, ownerRule, onOwnerChanged))) return result;
+    if (failed(result = watch(opened, propertiesRule, onProperties))) return result;
+    if (failed(result = watch(opened, objectsRule, onObjects))) return result;
+    if (failed(result = monitor_.exportOn(opened))) return result;
+    result = sd_bus_call_method_async(opened, nullptr, driver::name, driver::path, driver::name, "GetNameOwner",
+                                      onOwner, this, "s", service);
+    if (!failed(result)) bus_ = std::move(bus);
+    return result;
 }
 
 void SdBus::disconnect() {
@@ -77,14 +80,8 @@ void SdBus::disconnect() {
     daemonKnown_ = false;
 }
 
-// Without a slot of ours what is registered lives as long as the connection.
-int SdBus::watch(const char* rule, sd_bus_message_handler_t handler) {
-    return sd_bus_add_match_async(bus_.get(), nullptr, rule, handler, onWatched, this);
-}
-
-int SdBus::askForDaemon() {
-    return sd_bus_call_method_async(bus_.get(), nullptr, driver::name, driver::path, driver::name, "GetNameOwner",
-                                    onOwner, this, "s", service);
+int SdBus::watch(sd_bus* bus, const char* rule, sd_bus_message_handler_t handler) {
+    return sd_bus_add_match_async(bus, nullptr, rule, handler, onWatched, this);
 }
 
 /// @param name bluetoothd's unique name; empty: it does not run
@@ -100,10 +97,11 @@ void SdBus::setDaemon(std::string_view name) {
 SdBus::Taken SdBus::process(bool all) {
     tellFailed();
     if (!bus_) return {};
-    const int most = all ? mostMessages : 1;
     Taken taken;
     int result = sd_bus_process(bus_.get(), nullptr);
-    while (result > 0 && !lost_ && ++taken.messages < most) result = sd_bus_process(bus_.get(), nullptr);
+    while (result > 0 && !lost_ && ++taken.messages < mostMessages && all) {
+        result = sd_bus_process(bus_.get(), nullptr);
+    }
     if (failed(result) && !lost_) lost_ = failureOf(result);
     if (!lost_ && sd_bus_is_open(bus_.get()) <= 0) lost_ = Failure{"System.Error", "the connection was closed"};
     taken.more = !lost_ && all && result > 0;

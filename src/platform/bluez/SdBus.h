@@ -64,8 +64,7 @@ private:
     };
 
     int open();
-    int watch(const char* rule, sd_bus_message_handler_t handler);
-    int askForDaemon();
+    int watch(sd_bus* bus, const char* rule, sd_bus_message_handler_t handler);
     void setDaemon(std::string_view name);
     void call(const char* path, const char* interface, const char* member, Done done, Read read = nullptr,
               const std::function<int(sd_bus_message*)>& fill = nullptr);

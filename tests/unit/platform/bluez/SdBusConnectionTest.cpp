@@ -202,14 +202,19 @@ TEST_F(SdBusTest, SaysWhyThereIsNoConnection) {
 }
 
 TEST_F(SdBusTest, BeginsAnewOnceTheBusIsBack) {
-    connectToBluetoothd();
-    system.hangUp();
-    settle();
-    EXPECT_EQ(told(), Lines{"lost: System.Error: Connection reset by peer"});
-    connect();
-    EXPECT_EQ(told(), Lines{"bluetoothd is there"}) << "which is told although it is the same one";
-    settle();
-    EXPECT_EQ(told(), Lines{});
+    for (const bool runs : {true, false}) {
+        const Lines all{runs ? "bluetoothd is there" : "bluetoothd is not there"};
+        system.setOwner(runs ? FakeSystemBus::bluetoothd : "");
+        connect();
+        EXPECT_EQ(told(), all);
+        system.hangUp();
+        settle();
+        EXPECT_EQ(told(), Lines{"lost: System.Error: Connection reset by peer"});
+        connect();
+        EXPECT_EQ(told(), all) << "although nothing has changed";
+        settle();
+        EXPECT_EQ(told(), Lines{});
+    }
 }
 
 TEST_F(SdBusTest, LeavesItsConnectionForAnotherOne) {
