@@ -157,11 +157,10 @@ int readAdapterProperty(sd_bus_message* message, std::string_view name, AdapterN
 
 /// Opens something of that number, where nothing has it.
 void fillNumber(int descriptor) noexcept {
-    if (descriptor < 0 || fcntl(descriptor, F_GETFD) != -1) return;
     const int filling = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    if (filling == descriptor || filling < 0) return;
+    if (filling == descriptor) return;
     const int copy = fcntl(filling, F_DUPFD_CLOEXEC, descriptor);
-    if (copy != descriptor) close(copy);  // another thread was quicker
+    if (copy != descriptor) close(copy);  // something has it
     close(filling);
 }
 

@@ -182,12 +182,33 @@ TEST_F(SdBusTest, LosesABusWhoseDescriptorWasClosed) {
     EXPECT_EQ(told(), Lines{"bluetoothd is there"});
 }
 
-TEST_F(SdBusTest, LeavesABusWhoseDescriptorWasClosed) {
+TEST_F(SdBusTest, LeavesNoDescriptorBehind) {
+    const auto next = [] {
+        const int descriptor = dup(STDERR_FILENO);
+        close(descriptor);
+        return descriptor;
+    };
+    const int before = next();
     connectToBluetoothd();
-    const int closed = bus.descriptor();
-    close(closed);
+    EXPECT_NE(next(), before);
     bus.disconnect();
-    EXPECT_EQ(fcntl(closed, F_GETFD), -1) << "nothing is left behind in its place";
+    settle();
+    EXPECT_EQ(next(), before);
+}
+
+TEST_F(SdBusTest, LeavesABusWhoseDescriptorWasClosed) {
+    for (const bool lowerIsFree : {true, false}) {
+        const int lower = dup(STDERR_FILENO);
+        ASSERT_FALSE(bus.connect(listener));
+        const int closed = bus.descriptor();
+        ASSERT_GT(closed, lower);
+        close(closed);
+        if (lowerIsFree) close(lower);
+        bus.disconnect();
+        EXPECT_EQ(fcntl(closed, F_GETFD), -1) << "nothing is left behind in its place";
+        if (!lowerIsFree) close(lower);
+        EXPECT_EQ(fcntl(lower, F_GETFD), -1) << "nor elsewhere";
+    }
 }
 
 TEST_F(SdBusTest, SaysWhyThereIsNoConnection) {
