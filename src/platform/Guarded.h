@@ -27,6 +27,16 @@ inline void reportRadioFailed(Console& console, std::string_view why) noexcept {
     }
 }
 
+/// Puts on the console that a thread cannot go on.
+/// @param what who has a thread of its own, in words
+inline void reportEnded(Console& console, std::string_view what, std::string_view why) noexcept {
+    try {
+        console.NSLog(std::string("The thread of the ").append(what).append(" has ended: ").append(why));
+    } catch (...) {
+        console.NSLog("A thread has ended.");
+    }
+}
+
 /// Runs a callback at the edge of a thread: what it throws goes to the console and no further.
 /// @param what  whose handler it is, in words
 template <class Callback>

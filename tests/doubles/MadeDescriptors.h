@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -25,6 +26,8 @@ private:
         for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
             descriptors.insert(std::stoi(entry.path().filename()));
         }
+        // The folder's own is gone by now, and the next that is made gets its number.
+        std::erase_if(descriptors, [](int descriptor) { return fcntl(descriptor, F_GETFD) == -1; });
         return descriptors;
     }
 

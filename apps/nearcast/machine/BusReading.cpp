@@ -2,10 +2,11 @@
 #include "machine/BusReading.h"
 
 #include "platform/bluez/Adapters.h"
-#include "platform/bluez/SdBus.h"
+#include "platform/bluez/Availability.h"
 #include "platform/bluez/SdMessage.h"
 
 #include <algorithm>
+#include <chrono>
 #include <string_view>
 
 namespace nearcast::cli {
@@ -80,8 +81,9 @@ std::optional<std::uint32_t> processOf(sd_bus_creds* credentials) {
 BusReading readBus() {
     BusReading reading;
     sd_bus* opened = nullptr;
-    const int result = sd_bus_open_system(&opened);
+    int result = sd_bus_open_system(&opened);
     const bluez::BusPointer bus(opened);
+    if (result >= 0) result = bluez::awaitGreeting(opened, std::chrono::microseconds(answerLimit));
     if (result < 0) {
         reading.unreachable = problemOf(result);
         return reading;

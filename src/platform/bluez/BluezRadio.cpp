@@ -44,7 +44,11 @@ void ThreadedBluezRadio::run() noexcept {
     while (!ending_.load()) {
         bool more = false;
         guarded(console(), "the system bus", [&] { more = turn(needed); });
-        needed = more || wait();
+        needed = true;
+        if (more) continue;
+        const WakeUp::Found found = wait();
+        if (!take(found)) return end(WakeUp::closed);
+        needed = found.wake || found.alarm;
     }
 }
 
@@ -59,10 +63,8 @@ bool ThreadedBluezRadio::turn(bool needed) {
     return taken.more;
 }
 
-/// Waits for the bus, or for a short while where it is busy, and for the alarm and `wake`. What needs no system call
-/// has none, for there are a thousand reports a second: an alarm that has expired is not read, but set anew.
-/// @return whether the alarm or `wake` ended it
-bool ThreadedBluezRadio::wait() noexcept {
+/// Waits for the bus, or for a short while where it is busy, and for the alarm and `wake`.
+WakeUp::Found ThreadedBluezRadio::wait() noexcept {
     std::optional<Time> next = due();
     if (const auto left = bus.left()) {
         const Time busDue = SystemClock::now() + *left;
@@ -70,10 +72,15 @@ bool ThreadedBluezRadio::wait() noexcept {
     }
     if (next != alarm_) wakeUp.setAlarm(next);
     alarm_ = next;
-    const WakeUp::Found found =
-        crowding_.pausing() ? wakeUp.pause(Crowding::interval) : wakeUp.wait(bus.descriptor(), bus.events());
-    if (found.wake) wakeUp.takeWake();
-    return found.wake || found.alarm;
+    return crowding_.pausing() ? wakeUp.pause(Crowding::interval) : wakeUp.wait(bus.descriptor(), bus.events());
+}
+
+/// Forgets what was found. What needs no system call has none, for there are a thousand reports a second: an alarm that
+/// has expired is not read, but set anew.
+/// @return whether it is still ours: an alarm that rings before its time is not
+bool ThreadedBluezRadio::take(const WakeUp::Found& found) noexcept {
+    if (found.alarm && (!alarm_ || SystemClock::now() < *alarm_)) return false;
+    return wakeUp.take({.wake = found.wake, .broken = found.broken});
 }
 
 }  // namespace nearcast::bluez

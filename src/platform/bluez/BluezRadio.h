@@ -72,7 +72,8 @@ public:
 private:
     void run() noexcept;
     bool turn(bool needed);
-    bool wait() noexcept;
+    WakeUp::Found wait() noexcept;
+    bool take(const WakeUp::Found& found) noexcept;
 
     std::atomic<bool> ending_{false};
     // The thread's own.

@@ -10,18 +10,14 @@
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
-#include <iterator>
 
 namespace nearcast::bluez {
 
 namespace {
 
-constexpr const char* driver = "org.freedesktop.DBus";
-constexpr const char* driverPath = "/org/freedesktop/DBus";
 constexpr const char* noOwner = "org.freedesktop.DBus.Error.NameHasNoOwner";
-constexpr std::uint64_t answerLimit = 10'000'000;       // microseconds
-constexpr std::uint64_t availabilityLimit = 2'000'000;  // microseconds
-constexpr int mostMessages = 64;                        // at once, so that other work gets its turn
+constexpr std::uint64_t answerLimit = 10'000'000;  // microseconds
+constexpr int mostMessages = 64;                   // at once, so that other work gets its turn
 
 constexpr const char* ownerRule =
     "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',interface='org.freedesktop.DBus',"
@@ -55,46 +51,37 @@ std::optional<Failure> SdBus::connect(SystemBusListener& listener) {
     disconnect();
     listener_ = &listener;
     const int result = open();
-    if (!failed(result)) return std::nullopt;
-    disconnect();
-    return failureOf(result);
+    if (failed(result)) return failureOf(result);
+    return std::nullopt;
 }
 
+// Without slots of ours all that is registered lives as long as the connection.
 int SdBus::open() {
-    sd_bus* bus = nullptr;
-    int result = sd_bus_open_system(&bus);
+    sd_bus* opened = nullptr;
+    int result = sd_bus_open_system(&opened);
+    BusPointer bus(opened);
     if (failed(result)) return result;
-    bus_.reset(bus);
-    if (failed(result = watch(ownerRule, onOwnerChanged))) return result;
-    if (failed(result = watch(propertiesRule, onProperties))) return result;
-    if (failed(result = watch(objectsRule, onObjects))) return result;
-    if (failed(result = monitor_.exportOn(bus, slots_))) return result;
-    return askForDaemon();
+    if (failed(result = watch(opened, ownerRule, onOwnerChanged))) return result;
+    if (failed(result = watch(opened, propertiesRule, onProperties))) return result;
+    if (failed(result = watch(opened, objectsRule, onObjects))) return result;
+    if (failed(result = monitor_.exportOn(opened))) return result;
+    result = sd_bus_call_method_async(opened, nullptr, driver::name, driver::path, driver::name, "GetNameOwner",
+                                      onOwner, this, "s", service);
+    if (!failed(result)) bus_ = std::move(bus);
+    return result;
 }
 
 void SdBus::disconnect() {
     calls_.clear();
     failed_.clear();
-    slots_.clear();
     bus_.reset();
     lost_.reset();
     daemon_.clear();
     daemonKnown_ = false;
 }
 
-int SdBus::watch(const char* rule, sd_bus_message_handler_t handler) {
-    sd_bus_slot* slot = nullptr;
-    const int result = sd_bus_add_match_async(bus_.get(), &slot, rule, handler, onWatched, this);
-    if (!failed(result)) slots_.emplace_back(slot);
-    return result;
-}
-
-int SdBus::askForDaemon() {
-    sd_bus_slot* slot = nullptr;
-    const int result = sd_bus_call_method_async(bus_.get(), &slot, driver, driverPath, driver, "GetNameOwner", onOwner,
-                                                this, "s", service);
-    if (!failed(result)) slots_.emplace_back(slot);
-    return result;
+int SdBus::watch(sd_bus* bus, const char* rule, sd_bus_message_handler_t handler) {
+    return sd_bus_add_match_async(bus, nullptr, rule, handler, onWatched, this);
 }
 
 /// @param name bluetoothd's unique name; empty: it does not run
@@ -110,13 +97,10 @@ void SdBus::setDaemon(std::string_view name) {
 SdBus::Taken SdBus::process(bool all) {
     tellFailed();
     if (!bus_) return {};
-    const int most = all ? mostMessages : 1;
-    int result = 0;
     Taken taken;
-    while (taken.messages < most) {
+    int result = sd_bus_process(bus_.get(), nullptr);
+    while (result > 0 && !lost_ && ++taken.messages < mostMessages && all) {
         result = sd_bus_process(bus_.get(), nullptr);
-        if (result <= 0 || lost_) break;
-        ++taken.messages;
     }
     if (failed(result) && !lost_) lost_ = failureOf(result);
     if (!lost_ && sd_bus_is_open(bus_.get()) <= 0) lost_ = Failure{"System.Error", "the connection was closed"};
@@ -151,16 +135,19 @@ void SdBus::tellFailed() {
 
 void SdBus::call(const char* path, const char* interface, const char* member, Done done, Read read,
                  const std::function<int(sd_bus_message*)>& fill) {
-    Call& call = calls_.emplace_back(Call{this, std::move(done), read, path, nullptr, {}});
-    call.place = std::prev(calls_.end());
+    std::list<Call> made;
+    Call& call = made.emplace_back(Call{this, std::move(done), read, path, nullptr, {}});
+    call.place = made.begin();
     sd_bus_message* raw = nullptr;
     int result = bus_ ? sd_bus_message_new_method_call(bus_.get(), &raw, service, path, interface, member) : -ENOTCONN;
     const MessagePointer message(raw);
     if (!failed(result) && fill) result = fill(raw);
     if (!failed(result)) result = send(raw, call);
-    if (!failed(result)) return;
-    failed_.emplace_back(std::move(call.done), failureOf(result));
-    calls_.pop_back();
+    if (failed(result)) {
+        failed_.emplace_back(std::move(call.done), failureOf(result));
+    } else {
+        calls_.splice(calls_.end(), made);
+    }
 }
 
 int SdBus::send(sd_bus_message* message, Call& call) {
@@ -172,9 +159,9 @@ int SdBus::send(sd_bus_message* message, Call& call) {
 }
 
 void SdBus::finish(Call& call, const std::optional<Failure>& failure) {
-    const Done done = std::move(call.done);
-    calls_.erase(call.place);
-    done(failure);
+    std::list<Call> ended;
+    ended.splice(ended.end(), calls_, call.place);
+    ended.front().done(failure);
 }
 
 void SdBus::listObjects(Done done) {
@@ -283,44 +270,6 @@ int SdBus::onAnswer(sd_bus_message* reply, void* call, sd_bus_error* /*error*/) 
         }
         bus.finish(answered, failure);
     });
-}
-
-namespace {
-
-/// Calls a method of the bus itself, with bluetoothd's name as its argument or without one.
-/// @return null where it failed
-MessagePointer ask(sd_bus* bus, const char* method, bool aboutService) {
-    sd_bus_message* answer = nullptr;
-    const int result = aboutService
-                           ? sd_bus_call_method(bus, driver, driverPath, driver, method, nullptr, &answer, "s", service)
-                           : sd_bus_call_method(bus, driver, driverPath, driver, method, nullptr, &answer, nullptr);
-    return MessagePointer(failed(result) ? nullptr : answer);
-}
-
-bool runs(sd_bus* bus) {
-    const MessagePointer answer = ask(bus, "NameHasOwner", true);
-    int owned = 0;
-    return answer && sd_bus_message_read(answer.get(), "b", &owned) > 0 && owned != 0;
-}
-
-bool canBeStarted(sd_bus* bus) {
-    const MessagePointer answer = ask(bus, "ListActivatableNames", false);
-    if (!answer || failed(sd_bus_message_enter_container(answer.get(), 'a', "s"))) return false;
-    const char* name = nullptr;
-    while (sd_bus_message_read(answer.get(), "s", &name) > 0) {
-        if (std::string_view(name) == service) return true;
-    }
-    return false;
-}
-
-}  // namespace
-
-bool isBluetoothdAvailable() noexcept {
-    sd_bus* opened = nullptr;
-    if (failed(sd_bus_open_system(&opened))) return false;
-    const BusPointer bus(opened);
-    sd_bus_set_method_call_timeout(bus.get(), availabilityLimit);
-    return runs(bus.get()) || canBeStarted(bus.get());
 }
 
 }  // namespace nearcast::bluez

@@ -60,12 +60,11 @@ private:
         Read read = nullptr;  ///< reads what the answer holds; null: it holds nothing
         std::string path;
         SlotPointer slot;
-        std::list<Call>::iterator place;  ///< its own, in `calls_`
+        std::list<Call>::iterator place;  ///< its own, wherever its list is
     };
 
     int open();
-    int watch(const char* rule, sd_bus_message_handler_t handler);
-    int askForDaemon();
+    int watch(sd_bus* bus, const char* rule, sd_bus_message_handler_t handler);
     void setDaemon(std::string_view name);
     void call(const char* path, const char* interface, const char* member, Done done, Read read = nullptr,
               const std::function<int(sd_bus_message*)>& fill = nullptr);
@@ -88,7 +87,6 @@ private:
     Console& console_;
     SystemBusListener* listener_ = nullptr;
     BusPointer bus_;
-    std::vector<SlotPointer> slots_;
     std::list<Call> calls_;
     std::vector<std::pair<Done, Failure>> failed_;  ///< calls that could not be sent; `process` tells
     std::optional<Failure> lost_;                   ///< why the connection is to be closed
@@ -97,9 +95,5 @@ private:
     SdMonitor monitor_{daemon_, [this] { listener_->monitorReleased(); }};
     DeviceNews news_;  ///< memory that is used again
 };
-
-/// Whether bluetoothd runs, or the bus can start it. Asks the system bus and waits for its answers, two seconds each at
-/// most. From any thread.
-[[nodiscard]] bool isBluetoothdAvailable() noexcept;
 
 }  // namespace nearcast::bluez

@@ -3,6 +3,9 @@
 
 #include "support/Dongle.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -152,7 +155,21 @@ int readAdapterProperty(sd_bus_message* message, std::string_view name, AdapterN
     return sd_bus_message_skip(message, "v");
 }
 
+/// Opens something of that number, where nothing has it.
+void fillNumber(int descriptor) noexcept {
+    const int filling = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (filling == descriptor) return;
+    const int copy = fcntl(filling, F_DUPFD_CLOEXEC, descriptor);
+    if (copy != descriptor) close(copy);  // something has it
+    close(filling);
+}
+
 }  // namespace
+
+void SdBusDeleter::operator()(sd_bus* bus) const noexcept {
+    fillNumber(sd_bus_get_fd(bus));  // sd-bus ends the process where it cannot close its descriptor
+    sd_bus_close_unref(bus);
+}
 
 Failure failureOf(int result) {
     const bool denied = result == -EACCES || result == -EPERM;

@@ -12,8 +12,9 @@
 namespace nearcast::bluez {
 
 struct SdBusDeleter {
-    /// Drops what has not been sent yet, because waiting for that could take forever.
-    void operator()(sd_bus* bus) const noexcept { sd_bus_close_unref(bus); }
+    /// Drops what has not been sent yet, because waiting for that could take forever. Its descriptor may have been
+    /// closed by somebody.
+    void operator()(sd_bus* bus) const noexcept;
     void operator()(sd_bus_slot* slot) const noexcept { sd_bus_slot_unref(slot); }
     void operator()(sd_bus_message* message) const noexcept { sd_bus_message_unref(message); }
 };
@@ -22,6 +23,12 @@ using SlotPointer = std::unique_ptr<sd_bus_slot, SdBusDeleter>;
 using MessagePointer = std::unique_ptr<sd_bus_message, SdBusDeleter>;
 
 inline constexpr const char* service = "org.bluez";
+
+/// The bus itself, as one that answers calls.
+namespace driver {
+inline constexpr const char* name = "org.freedesktop.DBus";
+inline constexpr const char* path = "/org/freedesktop/DBus";
+}  // namespace driver
 
 namespace interface {
 inline constexpr const char* adapter = "org.bluez.Adapter1";

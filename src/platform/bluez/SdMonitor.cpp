@@ -27,14 +27,10 @@ const sd_bus_vtable SdMonitor::methods[] = {
     SD_BUS_VTABLE_END,
 };
 
-int SdMonitor::exportOn(sd_bus* bus, std::vector<SlotPointer>& slots) {
-    sd_bus_slot* slot = nullptr;
-    int result = sd_bus_add_object_manager(bus, &slot, root);
-    if (failed(result)) return result;
-    slots.emplace_back(slot);
-    result = sd_bus_add_object_vtable(bus, &slot, monitorPath, monitorInterface, methods, this);
-    if (!failed(result)) slots.emplace_back(slot);
-    return result;
+int SdMonitor::exportOn(sd_bus* bus) {
+    const int result = sd_bus_add_object_manager(bus, nullptr, root);
+    return failed(result) ? result
+                          : sd_bus_add_object_vtable(bus, nullptr, monitorPath, monitorInterface, methods, this);
 }
 
 int SdMonitor::release(sd_bus_message* call, void* self, sd_bus_error* /*error*/) noexcept {

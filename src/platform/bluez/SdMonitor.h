@@ -5,7 +5,7 @@
 
 #include <functional>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace nearcast::bluez {
 
@@ -24,10 +24,9 @@ public:
     SdMonitor(const SdMonitor&) = delete;
     SdMonitor& operator=(const SdMonitor&) = delete;
 
-    /// Puts the objects on the bus.
-    /// @param slots keep them there; they go before the monitor
+    /// Puts the objects on the bus, for as long as it lives; it goes before the monitor.
     /// @return a negative errno where that fails
-    int exportOn(sd_bus* bus, std::vector<SlotPointer>& slots);
+    int exportOn(sd_bus* bus);
 
 private:
     static int release(sd_bus_message* call, void* self, sd_bus_error* error) noexcept;

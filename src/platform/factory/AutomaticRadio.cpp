@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/factory/AutomaticRadio.h"
 
-#include "platform/bluez/SdBus.h"
+#include "platform/bluez/Availability.h"
 
 #include <algorithm>
 

@@ -43,9 +43,7 @@ void ThreadedHciRadio::run() noexcept {
     while (!ending_) {
         guarded(console(), "the radio", [this] { pass(SystemClock::now()); });
         wakeUp.setAlarm(due());
-        wakeUp.wait(descriptor());
-        wakeUp.takeAlarm();
-        wakeUp.takeWake();
+        if (!wakeUp.take(wakeUp.wait(descriptor()))) return end(WakeUp::closed);
     }
 }
 

@@ -75,6 +75,13 @@ void Radio::changeState(CBManagerState state, std::string why) {
     guarded(console_, "a change of the radio's state", [&] { delegate_.centralManagerDidUpdateState(*this); });
 }
 
+void Radio::end(std::string_view why) noexcept {
+    reportEnded(console_, "radio", why);
+    guarded(console_, "the end of the radio", [&] {
+        conditionChanged({CBManagerStateUnknown, std::string("the radio's thread has ended: ").append(why)});
+    });
+}
+
 void Radio::conditionChanged(const RadioCondition& condition) {
     if (condition.state == state()) {
         monitor_.noteState(condition.state, condition.why);

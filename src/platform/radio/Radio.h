@@ -10,6 +10,7 @@
 #include <atomic>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -63,6 +64,8 @@ protected:
     void deliver(const AdvertisingReport& report) final;
     /// Notes the state and tells the delegate, also when it is the same again.
     void changeState(CBManagerState state, std::string why = {});
+    /// The radio's thread cannot go on: that is said on the console, and the state is unknown for good.
+    void end(std::string_view why) noexcept;
     /// Where the reason alone has changed, the delegate is not told.
     void conditionChanged(const RadioCondition& condition) final;
     void scanRestarted() final { monitor_.noteRestart(); }

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cmath>
 #include <stdexcept>
+#include <string>
 #include <system_error>
 
 namespace nearcast {
@@ -35,15 +36,8 @@ SystemClock::Time RealPace::start() {
 /// @return whether somebody has
 bool RealPace::awaitEither() {
     const WakeUp::Found found = wakeUp_.wait();
-    const bool rang = wakeUp_.takeAlarm();
-    const bool woken = wakeUp_.takeWake();
-    // What was found and cannot be taken is not ours any more: the number of a descriptor that was closed is given to
-    // the next file that is opened.
-    const bool foreign = (found.alarm && !rang) || (found.wake && !woken);
-    if (found.broken || foreign) {
-        throw std::system_error(EBADF, std::generic_category(), "the clock stands: its descriptors were closed");
-    }
-    return woken;
+    if (wakeUp_.take(found)) return found.wake;
+    throw std::system_error(EBADF, std::generic_category(), std::string("the clock stands: ") + WakeUp::closed);
 }
 
 bool RealPace::waitUntil(std::chrono::microseconds time) {

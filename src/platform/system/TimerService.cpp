@@ -55,24 +55,18 @@ public:
     [[nodiscard]] int descriptor() const noexcept { return wakeUp_->alarmDescriptor(); }
 
     void run() {
-        while (!ending_) {
-            wakeUp_->wait();
-            if (!ending_) dispatch();
+        while (true) {
+            const WakeUp::Found found = wakeUp_->wait();
+            if (ending_) return;
+            // Nothing but the end wakes.
+            if (found.wake || !wakeUp_->take(found)) return reportEnded(console_, "timers", WakeUp::closed);
+            fireDue();
         }
     }
 
     void dispatch() {
         wakeUp_->takeAlarm();
-        const auto due = SystemClock::now();
-        // One firing makes up for all that a timer missed while the handlers before it ran.
-        while (const auto timer = queue_->takeDue(due, SystemClock::now())) {
-            if (executor_) {
-                handOver(timer);
-            } else {
-                fire(timer);
-            }
-        }
-        queue_->tellFront();  // the alarm that was taken may have been one for a timer that is not due yet
+        fireDue();
     }
 
     void end() {
@@ -88,6 +82,19 @@ public:
     }
 
 private:
+    void fireDue() {
+        const auto due = SystemClock::now();
+        // One firing makes up for all that a timer missed while the handlers before it ran.
+        while (const auto timer = queue_->takeDue(due, SystemClock::now())) {
+            if (executor_) {
+                handOver(timer);
+            } else {
+                fire(timer);
+            }
+        }
+        queue_->tellFront();  // the alarm that was taken may have been one for a timer that is not due yet
+    }
+
     void handOver(const TimerPointer& timer) {
         if (!timer->beginHandOver()) return;
         HandOver begun(timer);  // where there is no memory for a task, this one ends it

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <system_error>
 
@@ -15,8 +16,14 @@ namespace nearcast {
 
 namespace {
 
+template <std::size_t count>
+bool anyClosed(const pollfd (&waiting)[count]) noexcept {
+    return std::any_of(waiting, waiting + count, [](const pollfd& one) { return (one.revents & POLLNVAL) != 0; });
+}
+
 bool taken(int descriptor) noexcept {
     std::uint64_t count = 0;
+    errno = 0;  // a read that gives less than a count is no failure for the system
     return read(descriptor, &count, sizeof count) == static_cast<ssize_t>(sizeof count);
 }
 
@@ -52,14 +59,20 @@ WakeUp::Found WakeUp::wait(int other, short events) noexcept {
     while (poll(waiting, 3, -1) < 0) {
         if (errno != EINTR) return {.broken = true};
     }
-    const bool broken = ((waiting[0].revents | waiting[1].revents | waiting[2].revents) & POLLNVAL) != 0;
-    return {waiting[0].revents != 0, waiting[1].revents != 0, waiting[2].revents != 0, broken};
+    return {waiting[0].revents != 0, waiting[1].revents != 0, waiting[2].revents != 0, anyClosed(waiting)};
 }
 
 WakeUp::Found WakeUp::pause(std::chrono::milliseconds longest) noexcept {
     pollfd waiting[] = {{alarm_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}};
     if (poll(waiting, 2, static_cast<int>(longest.count())) <= 0) return {};
-    return {waiting[0].revents != 0, waiting[1].revents != 0, false, false};
+    return {waiting[0].revents != 0, waiting[1].revents != 0, false, anyClosed(waiting)};
+}
+
+// Nothing to be taken is no sign: another thread may have set the alarm anew.
+bool WakeUp::take(const Found& found) noexcept {
+    if (found.broken) return false;
+    if (found.alarm && !takeAlarm() && errno != EAGAIN) return false;
+    return !found.wake || takeWake() || errno == EAGAIN;
 }
 
 bool WakeUp::takeAlarm() noexcept { return taken(alarm_.get()); }

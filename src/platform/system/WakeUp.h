@@ -42,12 +42,18 @@ public:
         bool other = false;
         bool broken = false;  ///< it cannot wait: somebody closed a descriptor, or the system failed
     };
+    /// What is said where a thread ends because a wait found what is broken, or not its own.
+    static constexpr const char* closed = "its descriptors were closed";
 
     /// Waits for either, and for `other` where it is not negative. One thread at a time.
     /// @param events what of `other` is waited for: `POLLIN`, where nothing is said
     Found wait(int other = -1, short events = readable) noexcept;
     /// Waits for either, so long at most; a signal may end it early. One thread at a time.
     Found pause(std::chrono::milliseconds longest) noexcept;
+    /// Forgets what a wait has found.
+    /// @return false where that is not ours any more: somebody closed a descriptor, and where its number is another
+    ///         file's by now, that one is what was found
+    [[nodiscard]] bool take(const Found& found) noexcept;
     /// Forgets the alarm that has expired. @return whether one had
     bool takeAlarm() noexcept;
     /// Forgets the calls of `wake`. @return whether there was one

@@ -2,12 +2,16 @@
 #include "platform/bluez/BluezRadio.h"
 
 #include "doubles/KeptLines.h"
+#include "doubles/MadeDescriptors.h"
 #include "doubles/TemporaryFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <condition_variable>
 #include <cstdlib>
+#include <functional>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -29,6 +33,7 @@ protected:
     ThreadedBluezRadioTest() {
         setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + folder_.file("bus")).c_str(), 1);
         monitor.setHealthChanged([this](const RadioHealth& health) {
+            if (onHealth) onHealth();
             const MutexLock lock(mutex_);
             why_ = health.why;
             changed_.notify_all();
@@ -40,10 +45,16 @@ protected:
         while (why_.empty()) changed_.wait(lock.native());
         return why_;
     }
+    void awaitReason(const std::string& why) {
+        MutexLock lock(mutex_);
+        while (why_ != why) changed_.wait(lock.native());
+    }
 
     KeptLines console;
     NoDelegate delegate;
     RadioMonitor monitor{console, [] { return NSDate(SystemClock::now()); }};
+    std::function<void()> onHealth;  ///< on the radio's thread; set before it
+    std::once_flag closed;
 
 private:
     const TemporaryFolder folder_;
@@ -59,8 +70,6 @@ TEST_F(ThreadedBluezRadioTest, IsUnknownAndSaysWhyWithoutASystemBus) {
     EXPECT_TRUE(console.lines().empty());
 }
 
-TEST_F(ThreadedBluezRadioTest, IsNotOfferedWithoutASystemBus) { EXPECT_FALSE(isBluetoothdAvailable()); }
-
 TEST_F(ThreadedBluezRadioTest, HasNothingToWaitForWithoutASystemBus) {
     const SdBus bus(console);
     EXPECT_EQ(bus.descriptor(), -1);
@@ -70,6 +79,33 @@ TEST_F(ThreadedBluezRadioTest, HasNothingToWaitForWithoutASystemBus) {
 TEST_F(ThreadedBluezRadioTest, EndsAtOnceHoweverYoungItIs) {
     for (int i = 0; i < 20; ++i) ThreadedBluezRadio(delegate, console, monitor, "");
     EXPECT_TRUE(console.lines().empty());
+}
+
+TEST_F(ThreadedBluezRadioTest, EndsWithALineWhereItsDescriptorsWereClosed) {
+    const MadeDescriptors made;
+    onHealth = [&] { std::call_once(closed, [&] { made.closeAll(); }); };
+    ThreadedBluezRadio radio(delegate, console, monitor, "");
+    console.await(1);
+    EXPECT_EQ(console.lines(),
+              std::vector<std::string>{"The thread of the radio has ended: its descriptors were closed"});
+    awaitReason("the radio's thread has ended: its descriptors were closed");
+    EXPECT_EQ(radio.state(), CBManagerStateUnknown);
+}
+
+/// The next file that is opened gets the number of one that was closed. This one is always readable.
+TEST_F(ThreadedBluezRadioTest, EndsWithALineWhereItsDescriptorsAreAnothersFiles) {
+    const MadeDescriptors made;
+    onHealth = [&] {
+        std::call_once(closed, [&] {
+            made.closeAll();
+            open("/dev/null", O_RDONLY | O_CLOEXEC);
+            open("/dev/null", O_RDONLY | O_CLOEXEC);
+        });
+    };
+    ThreadedBluezRadio radio(delegate, console, monitor, "");
+    console.await(1);
+    EXPECT_EQ(console.lines(),
+              std::vector<std::string>{"The thread of the radio has ended: its descriptors were closed"});
 }
 
 TEST_F(ThreadedBluezRadioTest, IsStartedAndStoppedFromManyThreads) {

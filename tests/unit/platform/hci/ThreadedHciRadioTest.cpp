@@ -2,17 +2,21 @@
 #include "platform/hci/HciRadio.h"
 
 #include "doubles/KeptLines.h"
+#include "doubles/MadeDescriptors.h"
 #include "doubles/hci/FakeHci.h"
 #include "platform/hci/HciPacket.h"
 #include "platform/system/SystemClock.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <stdexcept>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace nearcast::hci {
 
@@ -147,6 +151,34 @@ TEST_F(ThreadedHciRadioTest, GoesOnAfterAHandlerThatThrows) {
     listener.awaitReports(1);
     ASSERT_EQ(console.lines().size(), 1U);
     EXPECT_NE(console.lines()[0].find("the application failed"), std::string::npos);
+}
+
+TEST_F(ThreadedHciRadioTest, EndsWithALineWhereItsDescriptorsWereClosed) {
+    const MadeDescriptors made;
+    listener.onReport = [&](CBCentralManager&) { made.closeAll(); };
+    open();
+    scan();
+    machine.advertise({});
+    console.await(1);
+    listener.await([this](int) { return radio->state() == CBManagerStateUnknown; });
+    EXPECT_EQ(console.lines(),
+              std::vector<std::string>{"The thread of the radio has ended: its descriptors were closed"});
+    EXPECT_EQ(monitor.health().why, "the radio's thread has ended: its descriptors were closed");
+}
+
+/// The next file that is opened gets the number of one that was closed. This one is always readable.
+TEST_F(ThreadedHciRadioTest, EndsWithALineWhereItsDescriptorsAreAnothersFiles) {
+    const MadeDescriptors made;
+    listener.onReport = [&](CBCentralManager&) {
+        made.closeAll();
+        for (int i = 0; i < 3; ++i) ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    };
+    open();
+    scan();
+    machine.advertise({});
+    console.await(1);
+    EXPECT_EQ(console.lines(),
+              std::vector<std::string>{"The thread of the radio has ended: its descriptors were closed"});
 }
 
 TEST_F(ThreadedHciRadioTest, GivesTheControllerBackAtItsEnd) {

@@ -2,8 +2,10 @@
 #include "platform/system/TimerService.h"
 
 #include "doubles/KeptLines.h"
+#include "doubles/MadeDescriptors.h"
 #include "platform/system/SystemClock.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pthread.h>
@@ -13,6 +15,7 @@
 #include <future>
 #include <optional>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -21,6 +24,8 @@ namespace nearcast {
 namespace {
 
 using namespace std::chrono_literals;
+
+using Lines = std::vector<std::string>;
 
 constexpr auto quick = 2ms;
 constexpr auto deadline = 20s;  // of tests that fail; a good one never waits for it
@@ -97,6 +102,34 @@ TEST(TimerService, MayBeDestroyedByAHandlerOnItsOwnThread) {
     });
     done.wait(false);
     EXPECT_TRUE(console.lines().empty());
+}
+
+TEST(TimerService, EndsItsThreadWithALineWhereItsDescriptorsWereClosed) {
+    KeptLines console;
+    const MadeDescriptors made;
+    TimerService service(console);
+    service.scheduledTimer(quick, [&](NSTimer& timer) {
+        timer.invalidate();
+        made.closeAll();
+    });
+    console.await(1);
+    EXPECT_EQ(console.lines(), Lines{"The thread of the timers has ended: its descriptors were closed"});
+}
+
+/// The next file that is opened gets the number of one that was closed. This one is always readable.
+TEST(TimerService, EndsItsThreadWithALineWhereItsDescriptorsAreAnothersFiles) {
+    for (int files = 1; files <= 2; ++files) {
+        KeptLines console;
+        const MadeDescriptors made;
+        TimerService service(console);
+        service.scheduledTimer(quick, [&](NSTimer& timer) {
+            timer.invalidate();
+            made.closeAll();
+            for (int i = 0; i < files; ++i) open("/dev/null", O_RDONLY | O_CLOEXEC);
+        });
+        console.await(1);
+        EXPECT_EQ(console.lines(), Lines{"The thread of the timers has ended: its descriptors were closed"});
+    }
 }
 
 class OwnLoop : public testing::Test {

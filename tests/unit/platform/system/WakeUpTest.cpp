@@ -3,6 +3,7 @@
 
 #include "doubles/MadeDescriptors.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <unistd.h>
@@ -104,6 +105,54 @@ TEST(WakeUp, SaysThatItsDescriptorsWereClosed) {
     WakeUp wakeUp;
     made.closeAll();
     EXPECT_TRUE(wakeUp.wait().broken);
+}
+
+TEST(WakeUp, EndsAPauseOnceItsDescriptorsWereClosed) {
+    const MadeDescriptors made;
+    WakeUp wakeUp;
+    made.closeAll();
+    EXPECT_TRUE(wakeUp.pause(1h).broken);
+}
+
+TEST(WakeUp, TakesWhatItHasFound) {
+    WakeUp wakeUp;
+    EXPECT_TRUE(wakeUp.take({}));
+    wakeUp.setAlarm(SystemClock::Time(1));
+    wakeUp.wake();
+    wakeUp.wait();
+    EXPECT_TRUE(wakeUp.take({.alarm = true, .wake = true}));
+    EXPECT_FALSE(wakeUp.takeAlarm());
+    EXPECT_FALSE(wakeUp.takeWake());
+}
+
+TEST(WakeUp, FindsNoFaultWithAnAlarmThatWasSetAnewMeanwhile) {
+    WakeUp wakeUp;
+    wakeUp.setAlarm(SystemClock::Time(1));
+    const WakeUp::Found found = wakeUp.wait();
+    wakeUp.setAlarm(SystemClock::now() + 1h);
+    EXPECT_TRUE(found.alarm);
+    EXPECT_TRUE(wakeUp.take(found));
+}
+
+TEST(WakeUp, CannotTakeWhatIsClosed) {
+    const MadeDescriptors made;
+    WakeUp wakeUp;
+    made.closeAll();
+    EXPECT_FALSE(wakeUp.take({.broken = true}));
+    EXPECT_FALSE(wakeUp.take({.alarm = true}));
+    EXPECT_FALSE(wakeUp.take({.wake = true}));
+}
+
+TEST(WakeUp, CannotTakeWhatIsAnothersFile) {
+    const MadeDescriptors made;
+    WakeUp wakeUp;
+    made.closeAll();
+    const Descriptor first(open("/dev/null", O_RDONLY | O_CLOEXEC), "no file");
+    const Descriptor second(open("/dev/null", O_RDONLY | O_CLOEXEC), "no file");
+    const WakeUp::Found found = wakeUp.wait();
+    EXPECT_FALSE(found.broken);
+    EXPECT_FALSE(wakeUp.take({.alarm = found.alarm}));
+    EXPECT_FALSE(wakeUp.take({.wake = found.wake}));
 }
 
 TEST(WakeUp, SaysThatTheOtherDescriptorWasClosed) {
