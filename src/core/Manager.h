@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <nearcast/LogWriter.h>
 #include <nearcast/QXNearcastManager.h>
 
 #include "platform/CBCentralManager.h"
@@ -156,6 +157,8 @@ private:
     void report(const Trace& trace, const AddressKey& address, std::int32_t output);
     bool isStale(const Signal& signal) const;
     bool tellSilence(const AddressKey& address) NEARCAST_REQUIRES(_lockRssiDataFlag);
+    [[nodiscard]] bool sweepIsIdle() const;
+    [[nodiscard]] static bool restartIsIdle() { return !LogWriter::isLogging(); }
 
     const void* face_;
     PlatformServices& platform_;
@@ -179,6 +182,8 @@ private:
     AtomicShared<ActionAreaSamples> rssiDataForActionArea;
 
     AddressTable<Signal> rssiData NEARCAST_GUARDED_BY(_lockRssiDataFlag);
+    /// Whether `rssiData` is empty, to be read without its lock; written with it.
+    std::atomic<bool> nobodyInRange_{true};
     Registry mutableSettings NEARCAST_GUARDED_BY(_lockMutableSettingsFlag);
 
     std::atomic<bool> initialised_{false};

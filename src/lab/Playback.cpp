@@ -56,10 +56,31 @@ Settings donglesOf(const PlaybackInput& input) {
     return registry;
 }
 
-void requireShort(const PlaybackInput& input) {
-    const auto tooLate = [](const lines::Line& line) { return line.at > longestPlayback; };
-    if (std::none_of(input.lines.begin(), input.lines.end(), tooLate)) return;
-    throw lines::InputError(input.name + ": is longer than seven days");
+/// How much of it is played second by second: of a time that the clock may leap over, as much as it never does.
+lines::Time playedTime(const std::vector<lines::Line>& lines) {
+    lines::Time played{0};
+    lines::Time before{0};
+    for (const lines::Line& line : lines) {
+        const lines::Time at = std::max(line.at, before);  // a time that has passed means now
+        played += std::min(at - before, Timeline::longestQuiet);
+        before = at;
+    }
+    return played;
+}
+
+bool isEarlier(const lines::Line& left, const lines::Line& right) { return left.at < right.at; }
+
+/// @param begin the clock's time that is 0 in the lines
+void requireShort(const PlaybackInput& input, lines::Time begin) {
+    if (input.lines.empty()) return;
+    if (playedTime(input.lines) > longestPlayback) {
+        throw lines::InputError(input.name + ": has more than seven days to be played second by second");
+    }
+    // After the last line, silences still come.
+    const auto last = std::max_element(input.lines.begin(), input.lines.end(), isEarlier);
+    if (last->at > Timeline::forever - begin - std::chrono::minutes(1)) {
+        throw lines::InputError(input.name + ": is together with the recordings before it longer than 291 years");
+    }
 }
 
 /// The lines of an input, which are in memory.
@@ -146,8 +167,8 @@ void Stage::tidy() {
 }
 
 Playback Stage::play(const PlaybackInput& input) {
-    requireShort(input);
     const lines::Time begin = now();
+    requireShort(input, begin);
     recorder_.begin([this, begin] { return duration<double>(now() - begin).count(); });
     prepare(input);
     HeldLines held(input);

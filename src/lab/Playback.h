@@ -77,13 +77,16 @@ bool isScenario(const std::vector<lines::Line>& lines);
 ///
 /// There is one manager in a process, which all playbacks share. After each the clock moves on until the manager has
 /// reported every dongle as silent; then the scan is stopped and the registry emptied. Not for several threads.
-/// @throws lines::InputError naming the input, when it is longer than `longestPlayback`, when a recording has more
-/// dongles
-///         than `mostDongles` and no registry is given, or when calls of a scenario sleep too deep inside one another
+/// @throws lines::InputError naming the input, when more of it than `longestPlayback` has to be played second by
+/// second,
+///         when it ends beyond the clock (`Timeline::forever`), which runs on from recording to recording, when a
+///         recording has more dongles than `mostDongles` and no registry is given, or when calls of a scenario sleep
+///         too deep inside one another
 /// @throws std::logic_error when the manager exists already and was not made here
 Playback play(const PlaybackInput& input);
 
-/// What a playback may be at most: all that happens in it is held in memory.
+/// What a playback may be at most, beside what the clock leaps over: all that happens in it is held in memory. Of more
+/// than an hour without a line, an hour counts.
 inline constexpr lines::Time longestPlayback = std::chrono::hours(24 * 7);
 inline constexpr std::size_t mostDongles = 10'000;
 

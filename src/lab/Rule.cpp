@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
 
 namespace nearcast::lab {
 
@@ -26,6 +25,21 @@ void tell(const PlaybackEvent& event, const Playback& playback, Rule& rule) {
         case Kind::silent: return rule.silent(event.at, dongle.MACAddr);
         default: return;
     }
+}
+
+/// Seconds after which a rule that hears of nothing does not change any more. No rule remembers for longer than the
+/// settings of `Nearest` may make it, one time after another.
+double longestAftermath() {
+    double longest = 0;
+    for (const NearestSetting& setting : nearestSettings()) longest += setting.unit == "s" ? setting.most : 0;
+    static_assert(TrimmedMeanLevel::window <= 60 && StrongestLevel::presence <= 60);
+    return longest;
+}
+
+/// How many samples are before the event, or, where there is none, in the playback.
+std::uint64_t samplesUntil(std::vector<PlaybackEvent>::const_iterator event, const Playback& playback) {
+    const auto all = static_cast<std::uint64_t>(playback.end / sampleInterval) + 1;
+    return event == playback.events.end() ? all : std::min(all, firstSampleFrom(event->at));
 }
 
 using Source = StrongestLevel::Source;
@@ -63,19 +77,30 @@ constexpr std::array list{
 
 }  // namespace
 
-void tell(const Playback& playback, Rule& rule, const std::function<void(double at)>& sample) {
+void tell(const Playback& playback, Rule& rule, const std::function<void(const Samples& samples)>& sample) {
+    static const double rest = longestAftermath();
     auto event = playback.events.begin();
-    for (std::size_t count = 0;; ++count) {
-        const double at = static_cast<double>(count) * sampleInterval;
-        if (at > playback.end) return;
-        for (; event != playback.events.end() && event->at <= at; ++event) tell(*event, playback, rule);
-        sample(at);
+    double last = 0;  // of the events
+    for (Samples next; next.from() <= playback.end; next = {next.first + next.count, 1}) {
+        for (; event != playback.events.end() && event->at <= next.from(); ++event) {
+            tell(*event, playback, rule);
+            last = event->at;
+        }
+        if (next.from() > last + rest) next.count = samplesUntil(event, playback) - next.first;
+        sample(next);
     }
 }
 
 Answers answersOf(const Playback& playback, Rule& rule) {
     Answers answers;
-    tell(playback, rule, [&](double at) { answers.emplace_back(rule.nearest(at)); });
+    tell(playback, rule, [&](const Samples& samples) {
+        const std::string_view answer = rule.nearest(samples.to());
+        if (!answers.empty() && answers.back().answer == answer) {
+            answers.back().count += samples.count;
+        } else {
+            answers.push_back({std::string(answer), samples.count});
+        }
+    });
     return answers;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "lab/Playback.h"
+#include "lab/Samples.h"
 
 #include <nearcast/NearestSettings.h>
 #include <nearcast/SettingRecord.h>
@@ -37,18 +38,27 @@ public:
     virtual std::string_view nearest(double at) = 0;
 };
 
-/// How often a rule is asked, in seconds: at 0, 0.5, 1 and so on of the recording's clock.
-inline constexpr double sampleInterval = 0.5;
+/// What a rule answered at samples in a row.
+struct SameAnswer {
+    std::string answer;  ///< the address of a dongle, or "" for none
+    std::uint64_t count = 1;
 
-/// What a rule answered each time it was asked: the address of a dongle, or "" for none.
-using Answers = std::vector<std::string>;
+    friend bool operator==(const SameAnswer&, const SameAnswer&) = default;
+};
+
+/// What a rule answered each time it was asked, from the first sample on; of neighbours no two are the same.
+using Answers = std::vector<SameAnswer>;
 
 /// Passes the events of a playback to a rule, of the registered dongles only, and asks for the nearest one at each
 /// sample up to the recording's end, that moment included. Events at the time of a sample come before it.
+///
+/// Where nothing happens for hours, all that a rule still does by itself is soon over. What is left of the time until
+/// the next event is asked for once, at its last sample: the answer is that of each of its samples.
 Answers answersOf(const Playback& playback, Rule& rule);
 
-/// The same, with a function called at each sample instead of the question.
-void tell(const Playback& playback, Rule& rule, const std::function<void(double at)>& sample);
+/// The same, with a function called at each sample, or for such a time, instead of the question. The rule is to be
+/// asked for its last sample.
+void tell(const Playback& playback, Rule& rule, const std::function<void(const Samples& samples)>& sample);
 
 /// A rule by its name.
 struct NamedRule {

@@ -3,38 +3,25 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 
 namespace nearcast::lab {
 
 namespace {
-
-double timeOf(std::size_t sample) { return static_cast<double>(sample) * sampleInterval; }
 
 /// Walks along answers and truth together.
 class Scorer {
 public:
     explicit Scorer(const lines::Truth& truth) : changes_(lines::changesOf(truth)) {}
 
-    void take(double at, const std::string& answer) {
-        if (!moveTo(at)) {
+    /// Samples with one answer.
+    void take(Samples samples, const std::string& answer) {
+        while (samples.count != 0) {
+            const bool known = moveTo(samples.from());
+            const Samples same{samples.first, samplesWithOneTruth(samples)};
+            if (known) judge(same, answer);
             previous_ = answer;
-            return;
+            samples.drop(same.count);
         }
-        const std::string& truth = changes_[next_ - 1].MACAddr;
-        const bool right = answer == truth;
-        ++score_.samples;
-        score_.right += right ? 1U : 0U;
-        if (!answer.empty()) {
-            ++score_.answered;
-            score_.rightAnswered += right ? 1U : 0U;
-            if (!right && answer != previous_) ++score_.wrongSwitches;
-        }
-        if (right && waiting_) {
-            score_.followed.push_back(at - changes_[next_ - 1].at);
-            waiting_ = false;
-        }
-        previous_ = answer;
     }
 
     Score finish() {
@@ -43,6 +30,25 @@ public:
     }
 
 private:
+    /// How many of them come before the truth changes again.
+    [[nodiscard]] std::uint64_t samplesWithOneTruth(const Samples& samples) const {
+        return next_ == changes_.size() ? samples.count : samples.countBefore(changes_[next_].at);
+    }
+    /// Samples with one answer and one truth.
+    void judge(const Samples& samples, const std::string& answer) {
+        const bool right = answer == changes_[next_ - 1].MACAddr;
+        score_.samples += samples.count;
+        score_.right += right ? samples.count : 0;
+        if (!answer.empty()) {
+            score_.answered += samples.count;
+            score_.rightAnswered += right ? samples.count : 0;
+            if (!right && answer != previous_) ++score_.wrongSwitches;
+        }
+        if (right && waiting_) {
+            score_.followed.push_back(samples.from() - changes_[next_ - 1].at);
+            waiting_ = false;
+        }
+    }
     /// @return false while the truth is not known yet
     bool moveTo(double at) {
         while (next_ < changes_.size() && changes_[next_].at <= at) {
@@ -74,7 +80,11 @@ std::optional<double> share(std::uint64_t part, std::uint64_t whole) {
 
 Score scoreOf(const Answers& answers, const lines::Truth& truth) {
     Scorer scorer(truth);
-    for (std::size_t sample = 0; sample < answers.size(); ++sample) scorer.take(timeOf(sample), answers[sample]);
+    std::uint64_t first = 0;
+    for (const SameAnswer& same : answers) {
+        scorer.take({first, same.count}, same.answer);
+        first += same.count;
+    }
     return scorer.finish();
 }
 

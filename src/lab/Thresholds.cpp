@@ -35,10 +35,16 @@ void Standing::begin(const Stay& stay) {
     stay_ = stay;
 }
 
-void Standing::take(double at, const std::map<std::string, double, std::less<>>& levels) {
+void Standing::take(const Samples& samples, const std::map<std::string, double, std::less<>>& levels) {
+    const std::uint64_t earlier = samples.countBefore((stay_.from + stay_.to) / 2);
+    if (earlier != 0) add(earlier, false, levels);
+    if (earlier != samples.count) add(samples.count - earlier, true, levels);
+}
+
+void Standing::add(std::uint64_t count, bool laterHalf, const std::map<std::string, double, std::less<>>& levels) {
     for (const auto& [MACAddr, level] : levels) heard_[placeOf(MACAddr)].push_back({samples_.size(), level});
     const std::size_t place = stay_.MACAddr.empty() ? nowhere : placeOf(stay_.MACAddr);
-    samples_.push_back({stays_ - 1, at >= (stay_.from + stay_.to) / 2, place});
+    samples_.push_back({stays_ - 1, laterHalf, place, count});
 }
 
 std::vector<double> Standing::levelsOf(std::size_t device) const {
@@ -60,12 +66,12 @@ constexpr std::size_t steps = strongest - weakest + 1;
 /// How often levels were how high, on the two sides that a threshold is to separate.
 class Sides {
 public:
-    void add(bool atDevice, double level) {
+    void add(bool atDevice, double level, std::uint64_t count) {
         auto& side = atDevice ? at_ : elsewhere_;
-        ++side.total;
+        side.total += count;
         if (level == Standing::unheard) return;
         const double whole = std::clamp(std::floor(level), 0.0 + weakest, 0.0 + strongest);
-        ++side.counts[static_cast<std::size_t>(whole - weakest)];
+        side.counts[static_cast<std::size_t>(whole - weakest)] += count;
     }
 
     /// These without some of them.
@@ -97,8 +103,8 @@ private:
         [[nodiscard]] std::int32_t length() const { return last - first + 1; }
     };
     struct Side {
-        std::array<std::size_t, steps> counts{};  ///< of levels, from the weakest on
-        std::size_t total = 0;                    ///< with those that were unheard
+        std::array<std::uint64_t, steps> counts{};  ///< of levels, from the weakest on
+        std::uint64_t total = 0;                    ///< with those that were unheard
     };
     // How far below the weakest level that was seen a threshold may be, in dB.
     static constexpr std::int32_t beyond = 10;
@@ -113,10 +119,10 @@ private:
     /// The middle of the longest run with the smallest error; of several the lowest.
     [[nodiscard]] double best(std::int32_t from, std::int32_t to) const {
         const auto inside = [](const Side& side) {
-            return std::accumulate(side.counts.begin(), side.counts.end(), std::size_t{0});
+            return std::accumulate(side.counts.begin(), side.counts.end(), std::uint64_t{0});
         };
-        std::size_t atInside = inside(at_);
-        std::size_t elsewhereInside = inside(elsewhere_);
+        std::uint64_t atInside = inside(at_);
+        std::uint64_t elsewhereInside = inside(elsewhere_);
         Run best;
         Run run;
         for (std::int32_t threshold = from; threshold <= to; ++threshold) {
@@ -132,7 +138,7 @@ private:
         return middle;
     }
 
-    static double share(std::size_t part, std::size_t whole) {
+    static double share(std::uint64_t part, std::uint64_t whole) {
         return static_cast<double>(part) / static_cast<double>(whole);
     }
 
@@ -142,12 +148,12 @@ private:
 
 /// Counts time on one side of a device, and that on the wrong side of its threshold.
 struct Tally {
-    std::size_t total = 0;
-    std::size_t wrong = 0;
+    std::uint64_t total = 0;
+    std::uint64_t wrong = 0;
 
-    void add(bool isWrong) {
-        ++total;
-        wrong += isWrong ? 1 : 0;
+    void add(bool isWrong, std::uint64_t count) {
+        total += count;
+        wrong += isWrong ? count : 0;
     }
     [[nodiscard]] double share() const {
         return total == 0 ? 0 : static_cast<double>(wrong) / static_cast<double>(total);
@@ -185,7 +191,7 @@ private:
 
     [[nodiscard]] Sides sidesOf(const Indices& indices) const {
         Sides sides;
-        for (const std::size_t index : indices) sides.add(isAt(index), levels_[index]);
+        for (const std::size_t index : indices) sides.add(isAt(index), levels_[index], sample(index).count);
         return sides;
     }
     [[nodiscard]] const Sample& sample(std::size_t index) const { return standing_.samples()[index]; }
@@ -210,11 +216,12 @@ private:
             if (!threshold) continue;
             for (const std::size_t index : part) {
                 const bool inside = levels_[index] >= *threshold;
-                if (isAt(index)) {
-                    at.add(!inside);
+                const auto [stay, laterHalf, place, count] = sample(index);
+                if (place == device_) {
+                    at.add(!inside, count);
                 } else {
-                    elsewhere.add(inside);
-                    if (sample(index).place != Standing::nowhere) places[sample(index).place].add(inside);
+                    elsewhere.add(inside, count);
+                    if (place != Standing::nowhere) places[place].add(inside, count);
                 }
             }
         }

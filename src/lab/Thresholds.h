@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "lab/Samples.h"
 #include "lines/Truth.h"
 
 #include <cstddef>
@@ -38,16 +39,18 @@ public:
     static constexpr double unheard = -std::numeric_limits<double>::infinity();
     static constexpr std::size_t nowhere = std::numeric_limits<std::size_t>::max();
 
+    /// A sample, or several in a row that are the same.
     struct Sample {
-        std::size_t stay;   ///< number of the stay that it belongs to
-        bool laterHalf;     ///< of its stay
-        std::size_t place;  ///< of the device that the user stood at; `nowhere`: at none
+        std::size_t stay;     ///< number of the stay that it belongs to
+        bool laterHalf;       ///< of its stay
+        std::size_t place;    ///< of the device that the user stood at; `nowhere`: at none
+        std::uint64_t count;  ///< how many they are
     };
 
     /// A stay begins, to which the next samples belong.
     void begin(const Stay& stay);
     /// @param levels in dBm, by address; devices that are not in it are unheard
-    void take(double at, const std::map<std::string, double, std::less<>>& levels);
+    void take(const Samples& samples, const std::map<std::string, double, std::less<>>& levels);
 
     [[nodiscard]] const std::vector<std::string>& devices() const noexcept { return devices_; }
     [[nodiscard]] const std::vector<Sample>& samples() const noexcept { return samples_; }
@@ -62,6 +65,7 @@ private:
     };
 
     std::size_t placeOf(std::string_view MACAddr);
+    void add(std::uint64_t count, bool laterHalf, const std::map<std::string, double, std::less<>>& levels);
 
     std::vector<std::string> devices_;
     std::map<std::string, std::size_t, std::less<>> places_;

@@ -25,6 +25,9 @@ public:
     virtual int descriptor() = 0;
     virtual void dispatch() = 0;
     virtual bool runFor(std::chrono::microseconds duration) = 0;
+    /// For how long nothing will happen, where that is long and a `runFor` passes it at once; else 0. Who looks at the
+    /// time at intervals only to show it need not do so meanwhile. From any thread.
+    virtual std::chrono::microseconds quiet() { return std::chrono::microseconds(0); }
     virtual void interrupt() = 0;
     [[nodiscard]] virtual std::string failure() const = 0;
 };

@@ -47,6 +47,7 @@ public:
     }
     [[nodiscard]] std::string_view name() const noexcept { return name_; }
 
+    [[nodiscard]] static bool isObserved() noexcept { return observer_.load(std::memory_order_acquire) != nullptr; }
     /// One observer for all locks of the process, or none. Only while no lock is held.
     static void setObserver(LockObserver* observer) noexcept { observer_.store(observer, std::memory_order_release); }
 

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace nearcast {
 
@@ -31,9 +32,21 @@ public:
 /// is caught and put on the console.
 class NSTimerService {
 public:
+    /// Whether a firing now would show nothing to anybody, and neither would any later one until something else
+    /// happens. Asked with no lock held, on the thread that fires; it throws nothing, lasts a moment and calls no code
+    /// of the application.
+    using Idle = std::function<bool()>;
+
     virtual ~NSTimerService() = default;
     /// @param interval more than zero
     virtual std::shared_ptr<NSTimer> scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) = 0;
+    /// The same for a timer that at times has nothing to do. A service whose time is not everybody's may leave out the
+    /// firings of such a time, all together, and the timer stays due at multiples of its interval; one on the machine's
+    /// clock does not ask and fires each.
+    virtual std::shared_ptr<NSTimer> scheduledIdlingTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler,
+                                                          Idle /*idle*/) {
+        return scheduledTimer(interval, std::move(handler));
+    }
 };
 
 }  // namespace nearcast

@@ -87,6 +87,7 @@ std::optional<std::int32_t> Manager::smooth(const Trace& trace, const AddressKey
         if (known == nullptr) {
             trace.process("lastRssiDic == nil, ", Pointer{nullptr});
             rssiData.add(address, Signal{platform_.date(), Smoothing(samplingNumber, RSSI)});
+            nobodyInRange_.store(false, std::memory_order_release);
             return std::nullopt;
         }
         result = known->smoothing.add(RSSI, samplingNumber);

@@ -27,8 +27,18 @@ void Manager::eventRepeatTimer() {
             if (!tellSilence(rssiData.addressAt(place, space))) return;
             rssiData.eraseAt(place);
         }
+        nobodyInRange_.store(rssiData.empty(), std::memory_order_release);
     }
     trace.end("");
+}
+
+/// Without a dongle to fall silent, or anybody to hear of it, a sweep does nothing that shows but its trace and its
+/// lock.
+bool Manager::sweepIsIdle() const {
+    if (LogWriter::isLogging() || NSLock::isObserved()) return false;
+    if (nobodyInRange_.load(std::memory_order_acquire)) return true;
+    const AtomicShared<QXNearcastManagerDelegate>::Borrowed listener(_delegate);
+    return listener.get() == nullptr || !listener.get()->didUpdateState;
 }
 
 bool Manager::isStale(const Signal& signal) const {

@@ -37,9 +37,11 @@ bool Manager::startScanning(const Trace& trace) {
         console("A duplicate execution reuest with 'startScan' or 'calibrateActionArea' was found.");
         return false;
     }
-    p_restartScanTimer = platform_.scheduledTimer(restartInterval, [this](NSTimer& tm) { restartScan(tm); });
+    p_restartScanTimer = platform_.scheduledIdlingTimer(
+        restartInterval, [this](NSTimer& tm) { restartScan(tm); }, [] { return restartIsIdle(); });
     p_restartScanTimer->fire();
-    repeatTimer = platform_.scheduledTimer(sweepInterval, [this](NSTimer&) { eventRepeatTimer(); });
+    repeatTimer = platform_.scheduledIdlingTimer(
+        sweepInterval, [this](NSTimer&) { eventRepeatTimer(); }, [this] { return sweepIsIdle(); });
     scanStart = true;
     return true;
 }

@@ -100,6 +100,20 @@ TEST(Runner, TimersThatAreDueWithALineFireBeforeIt) {
               (Shown{"startScan 0.0", "didUpdateState 5.0", "getRSSI 5.0"}));
 }
 
+TEST(Runner, EverySweepAndRestartOfADayIsDoneThoughNothingHappens) {
+    const std::vector<std::string> day{delegate, R"({"do":"startScan"})", R"({"at":86400,"do":"end"})"};
+    constexpr int restarts = 86400 / 120;
+    constexpr int sweeps = 86400 / 5;
+    const auto plain = readEvents(runInChild(day, {}).output);
+    EXPECT_EQ(std::count_if(plain.begin(), plain.end(), [](const Event& event) { return event["event"] == "central"; }),
+              2 * (1 + restarts));
+    const auto withLocks = readEvents(runInChild(day, {.trace = false, .locks = true}).output);
+    EXPECT_EQ(std::count_if(
+                  withLocks.begin(), withLocks.end(),
+                  [](const Event& event) { return event["event"] == "lock" && event["name"] == "_lockRssiDataFlag"; }),
+              2 * sweeps);
+}
+
 TEST(Runner, ABrokenLineEndsTheRunAndLeavesWhatHappenedBefore) {
     const Outcome outcome = runInChild({R"({"do":"getRSSI"})", R"({"do":"dance"})", R"({"do":"getRSSI"})"}, {});
     EXPECT_EQ(readEvents(outcome.output).size(), 1U);

@@ -7,13 +7,17 @@ import { columnsFor } from './decimate.js';
 import { signalScale } from './model.js';
 import { paintBlind, paintChosen, paintThresholds } from './paint.js';
 import { colourOf, dashOf, faded } from './palette.js';
-import { timeText } from './texts.js';
+import { axisText, DAY } from './texts.js';
 
 /** Pixels to the left and to the right of the curves; the bands keep to both. */
 export const GUTTER = 64;
 export const MARGIN = 12;
 
-const STEPS = [0.1, 0.2, 0.5, 1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 14400, 43200, 86400];
+/** Seconds from one mark of the axis to the next. A recording whose clock jumped may be hundreds of years long. */
+const STEPS = [
+    0.1, 0.2, 0.5, 1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600, 7200, 14400, 43200, DAY,
+    ...[1, 10, 100, 1000, 10000].flatMap((days) => [2 * days * DAY, 5 * days * DAY, 10 * days * DAY]),
+];
 const FONT = '12px system-ui, "DejaVu Sans", sans-serif';
 /** Room for the name of the axis. */
 const LABEL = 16;
@@ -51,11 +55,10 @@ function axes(store) {
         ticks: { stroke: colour('line'), width: 1 },
         font: FONT,
     };
-    const decimals = (step) => (step < 1 ? 1 : 0);
     return [
         {
             ...shared, size: 34, space: 80, incrs: STEPS,
-            values: (plot, moments, axis, space, step) => moments.map((moment) => timeText(moment, decimals(step))),
+            values: (plot, moments, axis, space, step) => moments.map((moment) => axisText(moment, step)),
         },
         {
             ...shared, size: GUTTER - LABEL, label: 'dBm', labelSize: LABEL, labelFont: FONT,

@@ -24,6 +24,15 @@ export function timeText(seconds, decimals = 1) {
     return hours > 0 ? `${hours}:${String(minutes).padStart(2, '0')}:${rest}` : `${minutes}:${rest}`;
 }
 
+/** Seconds in a day. */
+export const DAY = 86400;
+
+/** A moment on an axis whose marks are so many seconds apart: where those are days, in days. */
+export function axisText(seconds, step) {
+    if (step > DAY) return `${Math.round(seconds / DAY)} d`;
+    return timeText(seconds, step < 1 ? 1 : 0);
+}
+
 export function signalText(value, decimals = 0) {
     return value === null || value === undefined ? '\u2013' : `${figure(value, decimals)} dBm`;
 }

@@ -7,8 +7,11 @@
 #include "lab/NearestAsRule.h"
 #include "lab/Rule.h"
 
+#include <functional>
 #include <map>
+#include <optional>
 #include <utility>
+#include <vector>
 
 namespace nearcast::cli {
 
@@ -16,25 +19,49 @@ namespace {
 
 using Levels = std::map<std::string, double, std::less<>>;
 
+/// Finds the samples of each stay.
+class StaySorter {
+public:
+    StaySorter(lab::Standing& standing, std::vector<lab::Stay> stays) : standing_(standing), stays_(std::move(stays)) {}
+
+    /// @param levels asked for the levels at these samples where a stay has any of them
+    void take(lab::Samples samples, const std::function<Levels()>& levels) {
+        std::optional<Levels> heard;
+        while (samples.count != 0 && next_ != stays_.size()) {
+            const lab::Stay& stay = stays_[next_];
+            samples.drop(samples.countBefore(stay.from));
+            if (const std::uint64_t count = samples.countBefore(stay.to); count != 0) {
+                if (!std::exchange(begun_, true)) standing_.begin(stay);
+                if (!heard) heard = levels();
+                standing_.take({samples.first, count}, *heard);
+                samples.drop(count);
+            }
+            if (samples.count == 0) return;
+            ++next_;
+            begun_ = false;
+        }
+    }
+
+private:
+    lab::Standing& standing_;
+    const std::vector<lab::Stay> stays_;
+    std::size_t next_ = 0;
+    bool begun_ = false;
+};
+
 /// Adds the stays of a recording, with the levels that `nearest` compares.
 void addStays(lab::Standing& standing, const JudgedRecording& recording, const NearestSettings& settings) {
-    const auto stays = lab::staysOf(recording.truth, recording.playback.end);
-    auto stay = stays.begin();
-    bool begun = false;
+    StaySorter sorter(standing, lab::staysOf(recording.truth, recording.playback.end));
     lab::NearestAsRule rule(*recording.playback.registry, settings);
-    lab::tell(recording.playback, rule, [&](double at) {
-        rule.nearest(at);
-        while (stay != stays.end() && at >= stay->to) {
-            ++stay;
-            begun = false;
-        }
-        if (stay == stays.end() || at < stay->from) return;
-        if (!std::exchange(begun, true)) standing.begin(*stay);
-        Levels levels;
-        for (const NearestExplanation& device : rule.explain(at)) {
-            if (device.level) levels.emplace(device.MACAddr, *device.level);
-        }
-        standing.take(at, levels);
+    lab::tell(recording.playback, rule, [&](const lab::Samples& samples) {
+        rule.nearest(samples.to());
+        sorter.take(samples, [&] {
+            Levels levels;
+            for (const NearestExplanation& device : rule.explain(samples.to())) {
+                if (device.level) levels.emplace(device.MACAddr, *device.level);
+            }
+            return levels;
+        });
     });
 }
 

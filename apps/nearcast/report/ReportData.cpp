@@ -189,7 +189,7 @@ void addTruth(const lines::Truth& truth, ReportData& data) {
 
 void decide(const Playback& playback, ReportData& data) {
     DecisionLog log(*playback.registry, data.settings, data.dongles);
-    lab::tell(playback, log, [&](double at) { log.sample(at); });
+    lab::tell(playback, log, [&](const lab::Samples& samples) { log.sample(samples.to()); });
     data.decisions = log.take();
 }
 

@@ -4,6 +4,7 @@
 #include "common/Interruption.h"
 #include "common/OwnInput.h"
 #include "common/SettingsFile.h"
+#include "platform/factory/PlatformFactory.h"
 #include "watch/WatchSession.h"
 
 #include <nearcast/Platform.h>
@@ -12,6 +13,7 @@
 #include <unistd.h>
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -33,10 +35,18 @@ std::unique_ptr<WatchView> viewFor(const WatchArguments& arguments) {
     return isatty(STDOUT_FILENO) != 0 ? makeTableView() : makeLinesView();
 }
 
+/// How long to let time pass until the next tick: while nothing happens, at once to where something does, if the
+/// radio's time goes there at once.
+double pauseOf(WatchSession& session) {
+    const double pause = session.pause();
+    if (pause <= WatchSession::busyTick) return pause;
+    return std::max(pause, std::chrono::duration<double>(chosenPlatform()->drive->quiet()).count());
+}
+
 /// Lets time pass until the watch is over: the time is up, the recording has ended, or Ctrl-C.
 void passTime(WatchSession& session, const Interruption& interruption, std::optional<double> forSeconds) {
     while (!interruption.happened() && !session.broken()) {
-        const double pause = session.pause();
+        const double pause = pauseOf(session);
         const double left = forSeconds ? *forSeconds - session.seconds() : pause;
         if (left <= 0) return;
         const bool more = Platform::runFor(std::min(left, pause));

@@ -77,7 +77,9 @@ ReplayPlatform::ReplayPlatform(Console& console, const NSJSONSerialization& JSON
                                ReplayOptions options)
     : TimelinePlatform(console, JSON, std::move(pace)),
       options_(std::move(options)),
-      reader_(openRecording(options_.path)) {}
+      reader_(openRecording(options_.path)) {
+    timeline().allowLeaps();
+}
 
 std::unique_ptr<CBCentralManager> ReplayPlatform::centralManager(CBCentralManagerDelegate& delegate) {
     auto reader = reader_ ? std::move(reader_) : openRecording(options_.path);

@@ -103,12 +103,17 @@ Timeline::Time Timeline::present() const {
 bool Timeline::othersDrive() const { return driver_ != std::thread::id() && driver_ != std::this_thread::get_id(); }
 
 std::shared_ptr<NSTimer> Timeline::scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) {
+    return scheduledIdlingTimer(interval, std::move(handler), nullptr);
+}
+
+std::shared_ptr<NSTimer> Timeline::scheduledIdlingTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler,
+                                                        Idle idle) {
     constexpr std::chrono::nanoseconds longest = forever + Time{1};
     const Time period = std::max(std::chrono::ceil<Time>(std::min(interval, longest)), Time{1});
     std::shared_ptr<NSTimer> timer;
     {
         const MutexLock lock(mutex_);
-        timer = timers_->add(period, std::move(handler), present());
+        timer = timers_->add(period, std::move(handler), present(), std::move(idle));
     }
     if (pace_) pace_->wake();  // the new timer may be the next one due
     return timer;
@@ -139,11 +144,14 @@ Timeline::Next Timeline::next(Time target) {
     const auto timer = timers_->nextDue();
     const Time due = timer ? std::chrono::floor<Time>(*timer) : forever + Time(1);
     const Time happens = happening ? std::max(*happening, now_) : forever;
-    Next next{Next::Kind::nothing, std::max(target, now_)};
-    if (due <= std::min(target, happens)) {
-        next = {Next::Kind::timer, std::max(due, now_)};
+    const Time eventful = std::min(target, happens);
+    Next next{Next::Kind::nothing, std::max(target, now_), now_, eventful};
+    if (due <= eventful) {
+        next.kind = Next::Kind::timer;
+        next.at = std::max(due, now_);
     } else if (happening && happens <= target) {
-        next = {Next::Kind::happening, happens};
+        next.kind = Next::Kind::happening;
+        next.at = happens;
     }
     if (pace_) waitsFor_ = next.at;
     return next;
@@ -177,8 +185,40 @@ std::string Timeline::failure() const {
     return failure_;
 }
 
+/// What of the time ahead may be leapt over.
+std::optional<TimerQueue::Lull> Timeline::lull(const Next& ahead) const {
+    if (!leaps_ || ahead.eventful - ahead.from <= longestQuiet) return std::nullopt;
+    const auto lull = timers_->lullBefore(ahead.eventful);
+    if (lull.end - ahead.from <= longestQuiet) return std::nullopt;
+    return lull;
+}
+
+/// @return whether what lies ahead may have changed: the clock has moved, or a timer was made while the others were
+/// asked
+bool Timeline::leap(const Next& ahead) {
+    const auto lull = this->lull(ahead);
+    if (!lull) return false;
+    {
+        const MutexLock lock(mutex_);  // a timer that another thread makes now is either in the lull or made after it
+        if (!timers_->passOver(*lull)) return true;
+        now_ = std::chrono::floor<Time>(lull->end);
+    }
+    moved_.notify_all();
+    return true;
+}
+
+Timeline::Time Timeline::quiet() {
+    if (!leaps_) return Time{0};
+    const Wheel wheel(*this, now(), false);
+    if (!wheel.taken()) return Time{0};
+    const Next ahead = next(forever);
+    const auto lull = this->lull(ahead);
+    return lull ? std::chrono::floor<Time>(lull->end) - ahead.from : Time{0};
+}
+
 bool Timeline::step(Time target) {
-    const Next stop = next(target);
+    Next stop = next(target);
+    if (leap(stop)) stop = next(target);
     if (!pass(stop)) return false;
     switch (stop.kind) {
         case Next::Kind::timer: fireNextTimer(); break;

@@ -6,6 +6,7 @@
 #include "platform/timers/TimerQueue.h"
 #include "support/Mutex.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -47,6 +48,10 @@ public:
 /// due time. At the same moment timers come before events, the older timer first. A handler may call `sleep` and so
 /// move the clock; the run that called the handler is then late, and goes on from the new time.
 ///
+/// Where it is allowed to, a timeline without a pace leaps: of more than `longestQuiet` in which no event is due and
+/// all timers are idle, nothing is played. Timers keep their times. A timer that is not idle ends a leap where it is
+/// due.
+///
 /// While the driver waits for its pace, the clock follows the pace up to the next deadline: what another thread does
 /// meanwhile gets that time.
 ///
@@ -59,6 +64,8 @@ public:
     using Time = std::chrono::microseconds;
     /// A time that no clock reaches: about 291 years, which `NSDate` can still hold.
     static constexpr Time forever = std::chrono::seconds(9'200'000'000);
+    /// What is not longer is never leapt over.
+    static constexpr Time longestQuiet = std::chrono::hours(1);
 
     enum class End {
         reached,      ///< the time was reached
@@ -73,6 +80,15 @@ public:
 
     [[nodiscard]] Time now() const;
     std::shared_ptr<NSTimer> scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) override;
+    std::shared_ptr<NSTimer> scheduledIdlingTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler,
+                                                  Idle idle) override;
+
+    /// Lets it leap, for good, where it has no pace. Only for a platform whose radio hears no less when its scan is not
+    /// restarted: the manager counts on that where it says that a restart is idle. From any thread.
+    void allowLeaps() { leaps_ = !pace_; }
+    /// For how long nothing happens from now on, where that would be leapt over; else 0, also while another thread
+    /// drives. From any thread.
+    Time quiet();
 
     /// The events beside the timers; null: none. Not while a run is under way. The source lives until another one, or
     /// none, is set.
@@ -100,10 +116,14 @@ private:
     struct Next {
         enum class Kind { nothing, timer, happening } kind = Kind::nothing;
         Time at{0};
+        Time from{0};      ///< where the clock is
+        Time eventful{0};  ///< when the next event comes, or the run ends
     };
     class Wheel;
 
     bool step(Time target);
+    [[nodiscard]] std::optional<TimerQueue::Lull> lull(const Next& ahead) const;
+    bool leap(const Next& ahead);
     Next next(Time target);
     bool pass(const Next& what);
     bool awaitPace(Time time);
@@ -118,6 +138,7 @@ private:
     Console& console_;
     const std::unique_ptr<Pace> pace_;
     const std::shared_ptr<TimerQueue> timers_ = std::make_shared<TimerQueue>();
+    std::atomic<bool> leaps_{false};
 
     mutable Mutex mutex_;
     std::condition_variable moved_;  ///< the clock, or the driver's seat

@@ -33,6 +33,11 @@ std::shared_ptr<NSTimer> TimelinePlatform::scheduledTimer(std::chrono::nanosecon
     return timeline_->scheduledTimer(interval, std::move(handler));
 }
 
+std::shared_ptr<NSTimer> TimelinePlatform::scheduledIdlingTimer(std::chrono::nanoseconds interval,
+                                                                NSTimer::Handler handler, Idle idle) {
+    return timeline_->scheduledIdlingTimer(interval, std::move(handler), std::move(idle));
+}
+
 void TimelinePlatform::NSLog(std::string_view line) noexcept { console_.NSLog(line); }
 
 NSDate TimelinePlatform::date() const { return NSDate(timeline_->now()); }

@@ -31,6 +31,8 @@ public:
     TimelinePlatform(Console& console, const NSJSONSerialization& JSON, std::unique_ptr<Pace> pace);
 
     std::shared_ptr<NSTimer> scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) override;
+    std::shared_ptr<NSTimer> scheduledIdlingTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler,
+                                                  Idle idle) override;
     void NSLog(std::string_view line) noexcept override;
     void radioFailed(std::string_view why) noexcept override { monitor_.noteFailure(why); }
     [[nodiscard]] NSDate date() const override;
@@ -61,6 +63,7 @@ public:
     int descriptor() override { return -1; }
     void dispatch() override {}
     bool runFor(std::chrono::microseconds duration) override;
+    std::chrono::microseconds quiet() override { return platform_.timeline().quiet(); }
     void interrupt() override { platform_.timeline().interrupt(); }
     [[nodiscard]] std::string failure() const override { return platform_.failure(); }
 

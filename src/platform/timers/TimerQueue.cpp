@@ -21,20 +21,26 @@ Time firstAfter(Time now, Time due, Time interval) {
 
 }  // namespace
 
-TimerQueue::Timer::Timer(std::weak_ptr<TimerQueue> queue, Time interval, Handler handler, Key key)
+TimerQueue::Timer::Timer(std::weak_ptr<TimerQueue> queue, Time interval, Handler handler, NSTimerService::Idle idle,
+                         Key key)
     : queue_(std::move(queue)),
       interval_(interval),
       key_(key),
-      handler_(std::make_shared<const Handler>(std::move(handler))) {}
+      task_(std::make_shared<const Task>(Task{std::move(handler), std::move(idle)})) {}
+
+std::shared_ptr<const TimerQueue::Timer::Task> TimerQueue::Timer::task() const {
+    const MutexLock lock(mutex_);
+    return task_;
+}
 
 void TimerQueue::Timer::fire() {
     const auto self = shared_from_this();  // the handler may drop the last other reference
-    std::shared_ptr<const Handler> handler;
-    {
-        const MutexLock lock(mutex_);
-        handler = handler_;
-    }
-    if (handler) (*handler)(*this);
+    if (const auto task = this->task()) task->handler(*this);
+}
+
+bool TimerQueue::Timer::isIdle() const {
+    const auto task = this->task();
+    return !task || (task->idle && task->idle());
 }
 
 void TimerQueue::Timer::invalidate() {
@@ -45,24 +51,25 @@ void TimerQueue::Timer::invalidate() {
 
 bool TimerQueue::Timer::isValid() const {
     const MutexLock lock(mutex_);
-    return handler_ != nullptr;
+    return task_ != nullptr;
 }
 
 bool TimerQueue::Timer::disarm() {
-    std::shared_ptr<const Handler> last;  // what it holds is destroyed after the lock is released
+    std::shared_ptr<const Task> last;  // what it holds is destroyed after the lock is released
     const MutexLock lock(mutex_);
-    last.swap(handler_);
+    last.swap(task_);
     return last != nullptr;
 }
 
 TimerQueue::TimerQueue(FrontChanged frontChanged) : frontChanged_(std::move(frontChanged)) {}
 
-std::shared_ptr<NSTimer> TimerQueue::add(Time interval, NSTimer::Handler handler, Time now) {
+std::shared_ptr<NSTimer> TimerQueue::add(Time interval, NSTimer::Handler handler, Time now, NSTimerService::Idle idle) {
     const Time period = std::max(interval, Time{1});
     std::shared_ptr<Timer> timer;
     {
         const MutexLock lock(mutex_);
-        timer = std::make_shared<Timer>(weak_from_this(), period, std::move(handler), Key{later(now, period), made_++});
+        timer = std::make_shared<Timer>(weak_from_this(), period, std::move(handler), std::move(idle),
+                                        Key{later(now, period), made_++});
         if (!cleared_) {
             timers_.emplace(timer->key_, timer);
             tellFrontIfChanged();
@@ -81,13 +88,49 @@ std::optional<Time> TimerQueue::nextDue() const {
 std::shared_ptr<TimerQueue::Timer> TimerQueue::takeDue(Time limit, Time now) {
     const MutexLock lock(mutex_);
     if (timers_.empty() || timers_.begin()->first.first > limit) return nullptr;
+    auto timer = postponeFront(now);
+    tellFrontIfChanged();
+    return timer;
+}
+
+/// The timer that is due first is due again at the first of its times after `now`.
+std::shared_ptr<TimerQueue::Timer> TimerQueue::postponeFront(Time now) {
     auto node = timers_.extract(timers_.begin());
     auto timer = node.mapped();
     timer->key_.first = firstAfter(now, timer->key_.first, timer->interval_);
     node.key() = timer->key_;
     timers_.insert(std::move(node));
-    tellFrontIfChanged();
     return timer;
+}
+
+std::pair<TimerQueue::Key, std::shared_ptr<TimerQueue::Timer>> TimerQueue::firstBehind(const Key& key) const {
+    const MutexLock lock(mutex_);
+    const auto found = timers_.upper_bound(key);
+    if (found == timers_.end()) return {};
+    return {found->first, found->second};
+}
+
+TimerQueue::Lull TimerQueue::lullBefore(Time limit) const {
+    Lull lull{limit, 0};
+    {
+        const MutexLock lock(mutex_);
+        lull.made = made_;
+    }
+    Key last{Time::min(), 0};
+    for (;;) {
+        const auto [key, timer] = firstBehind(last);
+        if (!timer || key.first >= limit) return lull;
+        if (!timer->isIdle()) return {key.first, lull.made};
+        last = key;
+    }
+}
+
+bool TimerQueue::passOver(const Lull& lull) {
+    const MutexLock lock(mutex_);
+    if (made_ != lull.made) return false;
+    while (!timers_.empty() && timers_.begin()->first.first < lull.end) postponeFront(lull.end - Time{1});
+    tellFrontIfChanged();
+    return true;
 }
 
 void TimerQueue::tellFront() {

@@ -28,18 +28,31 @@ public:
 
     class Timer;
 
+    /// A time in which no timer has anything to do.
+    struct Lull {
+        Time end;            ///< when the first timer is due that is not idle, or the limit where that is earlier
+        std::uint64_t made;  ///< how many timers had been made before it was looked for
+    };
+
     explicit TimerQueue(FrontChanged frontChanged = nullptr);
 
     /// Makes a timer that is due at `now` + `interval`, at `now` + 2 `interval`, and so on. One that was made earlier
     /// is older.
     /// @param interval at least one nanosecond is taken
-    std::shared_ptr<NSTimer> add(Time interval, NSTimer::Handler handler, Time now);
+    /// @param idle     as for `NSTimerService::scheduledIdlingTimer`; empty: the timer is never idle
+    std::shared_ptr<NSTimer> add(Time interval, NSTimer::Handler handler, Time now,
+                                 NSTimerService::Idle idle = nullptr);
     /// When the first timer is due.
     [[nodiscard]] std::optional<Time> nextDue() const;
     /// Takes the timer that is due first, of several the oldest, if it is due until `limit`. It is then due again at
     /// the first of its times after `now`: those in between were missed.
     /// @param now `limit` or later
     std::shared_ptr<Timer> takeDue(Time limit, Time now);
+    /// How long all timers that are due are idle, up to `limit`. They are asked with the queue unlocked.
+    [[nodiscard]] Lull lullBefore(Time limit) const;
+    /// Leaves out all that is due before the lull's end: a timer is then due at the first of its times from there on.
+    /// @return false when a timer has been made meanwhile, which may be due earlier; nothing was done then
+    bool passOver(const Lull& lull);
     /// Tells again what is due first.
     void tellFront();
     /// Invalidates all timers, and every one that is made afterwards.
@@ -48,6 +61,8 @@ public:
 private:
     using Key = std::pair<Time, std::uint64_t>;  ///< due time, age
 
+    std::shared_ptr<Timer> postponeFront(Time now) NEARCAST_REQUIRES(mutex_);
+    [[nodiscard]] std::pair<Key, std::shared_ptr<Timer>> firstBehind(const Key& key) const;
     void remove(const Timer& timer);
     void tellFrontIfChanged() NEARCAST_REQUIRES(mutex_);
     [[nodiscard]] std::optional<Time> front() const NEARCAST_REQUIRES(mutex_);
@@ -63,11 +78,13 @@ private:
 /// A timer of the queue. Invalidating it lets go of the handler and what that holds, once no firing is under way.
 class TimerQueue::Timer : public NSTimer, public std::enable_shared_from_this<Timer> {
 public:
-    Timer(std::weak_ptr<TimerQueue> queue, Time interval, Handler handler, Key key);
+    Timer(std::weak_ptr<TimerQueue> queue, Time interval, Handler handler, NSTimerService::Idle idle, Key key);
 
     void fire() override;
     void invalidate() override;
     [[nodiscard]] bool isValid() const override;
+    /// Whether it has nothing to do; one that was invalidated has not.
+    [[nodiscard]] bool isIdle() const;
 
     /// Marks that a firing has been handed over to somebody who runs it later.
     /// @return false when one was already
@@ -77,7 +94,13 @@ public:
 private:
     friend class TimerQueue;
 
-    /// Releases the handler. @return whether there was one
+    struct Task {
+        Handler handler;
+        NSTimerService::Idle idle;
+    };
+
+    [[nodiscard]] std::shared_ptr<const Task> task() const;
+    /// Releases the task. @return whether there was one
     bool disarm();
 
     const std::weak_ptr<TimerQueue> queue_;
@@ -85,7 +108,7 @@ private:
     Key key_;  ///< the queue's, under its mutex
     std::atomic<bool> handedOver_{false};
     mutable Mutex mutex_;
-    std::shared_ptr<const Handler> handler_ NEARCAST_GUARDED_BY(mutex_);
+    std::shared_ptr<const Task> task_ NEARCAST_GUARDED_BY(mutex_);
 };
 
 }  // namespace nearcast

@@ -177,10 +177,54 @@ TEST(Playback, AScenarioLeavesNothingBehind) {
 
 std::string endAt(double seconds) { return R"({"do":"end","at":)" + std::to_string(seconds) + "}"; }
 
-TEST(Playback, LastsSevenDaysAtMost) {
-    constexpr double week = 7 * 24 * 3600;
-    EXPECT_EQ(playLines({endAt(week)}).end, week);
-    EXPECT_THROW(playLines({endAt(week + 0.001)}), lines::InputError);
+constexpr double hour = 3600;
+constexpr double week = 7 * 24 * hour;
+
+/// Lines that are an hour apart, until a time.
+std::vector<std::string> hoursUntil(double end) {
+    std::vector<std::string> texts;
+    for (double at = hour; at < end; at += hour) texts.push_back(heardAt(at, first, -60));
+    texts.push_back(endAt(end));
+    return texts;
+}
+
+TEST(Playback, IsPlayedSecondBySecondForSevenDaysAtMost) {
+    EXPECT_EQ(playLines(hoursUntil(week)).end, week);
+    EXPECT_THROW(playLines(hoursUntil(week + 0.001)), lines::InputError);
+}
+
+TEST(Playback, OfASilenceOfMoreThanAnHourAnHourCounts) {
+    auto texts = hoursUntil(week - hour);
+    texts.push_back(endAt(1e9));
+    EXPECT_EQ(playLines(texts).end, 1e9);
+    texts.push_back(endAt(1e9 + 0.001));
+    EXPECT_THROW(playLines(texts), lines::InputError);
+}
+
+TEST(Playback, LinesWhoseTimeHasPassedAddNothingToItsLength) {
+    auto texts = hoursUntil(week);
+    texts.insert(texts.begin() + 1, {heardAt(2 * hour, first, -60), heardAt(1, first, -60)});
+    EXPECT_EQ(playLines(texts).end, week);
+}
+
+TEST(Playback, ALeapHoldsNothingAndEachSilenceKeepsItsSecond) {
+    const Playback playback = playLines({heardAt(3.5, first, -60), heardAt(1e9, first, -61), endAt(1e9 + 100)});
+    EXPECT_EQ(eventsOf(playback, Kind::silent), (Events{{10, Kind::silent, 0, 0}, {1e9 + 5, Kind::silent, 0, 0}}));
+    EXPECT_EQ(eventsOf(playback, Kind::scanRestarted), (Events{{1e9 + 80, Kind::scanRestarted, none, 0}}));
+}
+
+TEST(Playback, AScenarioInWhichNobodyAsksForSilenceLeapsToo) {
+    const Playback playback =
+        playLines({R"({"do":"setDelegate","implements":["didDiscoverPort:deviceType:MACAddr:RSSI:"]})",
+                   R"({"do":"startScan"})", heardAt(1, first, -60), endAt(1e9)});
+    EXPECT_EQ(playback.end, 1e9);
+    EXPECT_EQ(eventsOf(playback, Kind::scanRestarted), Events{});
+}
+
+TEST(Playback, RecordingsThatEndBeyondTheClockAreRefusedAndTheNextOneIsPlayed) {
+    EXPECT_EQ(playLines({endAt(9e9)}).end, 9e9);
+    EXPECT_THROW(playLines({endAt(9e9)}), lines::InputError);
+    EXPECT_EQ(playLines({endAt(1)}).end, 1);
 }
 
 std::vector<std::string> differentDongles(std::size_t count) {

@@ -53,12 +53,12 @@ TEST(Deciding, ARuleIsToldWhatHappenedUpToEachSampleThatMomentIncluded) {
                                    diary);
     EXPECT_EQ(diary.lines, (Lines{"asked 0 0", "heard 400 A-60", "report 400 A-61", "silent 500 A0", "asked 500 0",
                                   "heard 501 A-70", "asked 1000 0"}));
-    EXPECT_EQ(answers, (lab::Answers{"", "A", "A"}));
+    EXPECT_EQ(answers, (lab::Answers{{"", 1}, {"A", 2}}));
 }
 
 TEST(Deciding, DonglesThatAreNotRegisteredArePassedOver) {
     Diary diary;
-    EXPECT_EQ(answersOf(playbackOf({{0, Kind::heard, 1, -60}}, 0), diary), lab::Answers{""});
+    EXPECT_EQ(answersOf(playbackOf({{0, Kind::heard, 1, -60}}, 0), diary), (lab::Answers{{"", 1}}));
 }
 
 TEST(Deciding, TheRadioHearsOnlyWhileItIsPoweredOn) {
@@ -70,9 +70,9 @@ TEST(Deciding, TheRadioHearsOnlyWhileItIsPoweredOn) {
 
 TEST(Deciding, TheLastSampleIsNotAfterTheEnd) {
     Diary diary;
-    EXPECT_EQ(answersOf(playbackOf({}, 0.999), diary).size(), 2U);
-    EXPECT_EQ(answersOf(playbackOf({}, 1), diary).size(), 3U);
-    EXPECT_EQ(answersOf(playbackOf({}, 0), diary).size(), 1U);
+    EXPECT_EQ(answersOf(playbackOf({}, 0.999), diary), (lab::Answers{{"", 2}}));
+    EXPECT_EQ(answersOf(playbackOf({}, 1), diary), (lab::Answers{{"", 3}}));
+    EXPECT_EQ(answersOf(playbackOf({}, 0), diary), (lab::Answers{{"", 1}}));
 }
 
 }  // namespace

@@ -11,7 +11,7 @@ namespace {
 /// Answers of one letter each, one a sample; a blank is none.
 Answers answersOf(const std::string& letters) {
     Answers answers;
-    for (const char letter : letters) answers.push_back(letter == ' ' ? std::string() : std::string(1, letter));
+    for (const char letter : letters) answers.push_back({letter == ' ' ? std::string() : std::string(1, letter)});
     return answers;
 }
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -11,10 +12,10 @@ namespace {
 
 using Levels = std::map<std::string, double, std::less<>>;
 
-/// Ten seconds at a place, a sample each second; in its later half the levels may be others.
+/// Ten seconds at a place; in its later half the levels may be others.
 void stayAt(Standing& standing, const std::string& place, const Levels& levels, const Levels& later) {
     standing.begin({0, 10, place});
-    for (int at = 0; at < 10; ++at) standing.take(at, at < 5 ? levels : later);
+    for (std::uint64_t sample = 0; sample < 20; ++sample) standing.take({sample, 1}, sample < 10 ? levels : later);
 }
 void stayAt(Standing& standing, const std::string& place, const Levels& levels) {
     stayAt(standing, place, levels, levels);

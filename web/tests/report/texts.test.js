@@ -4,7 +4,7 @@ import test from 'node:test';
 
 import { readModel } from '../../report/model.js';
 import {
-    decisionFacts, decisionSentence, fullName, markText, ruleText, signalText, summary, timeText,
+    axisText, decisionFacts, decisionSentence, fullName, markText, ruleText, signalText, summary, timeText,
 } from '../../report/texts.js';
 import { decision, pageData } from './fixture.js';
 
@@ -18,6 +18,14 @@ test('times change their form at a minute and at an hour', () => {
 test('times without decimals are whole', () => {
     assert.equal(timeText(5, 0), '5 s');
     assert.equal(timeText(65, 0), '1:05');
+});
+
+test('an axis has tenths where its marks are close, and days where they are more than one apart', () => {
+    assert.equal(axisText(65.5, 0.5), '1:05.5');
+    assert.equal(axisText(65, 1), '1:05');
+    assert.equal(axisText(172800, 86400), '48:00:00');
+    assert.equal(axisText(172800, 172800), '2 d');
+    assert.equal(axisText(86400 * 11000, 86400 * 1000), '11000 d');
 });
 
 test('no signal is a dash', () => {

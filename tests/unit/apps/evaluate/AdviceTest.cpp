@@ -5,6 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <vector>
+
 namespace nearcast::cli {
 namespace {
 
@@ -77,6 +80,51 @@ TEST(Advice, ThresholdsArePutIntoTheRecordsAndNothingElseChanges) {
     EXPECT_EQ(changed.at("BT:A")->at("Threshold RSSI"), SettingValue(-60));
     EXPECT_EQ(changed.at("BT:A")->at("Nick Name"), SettingValue("x"));
     EXPECT_EQ(changed.at("BT:C"), registry.at("BT:C"));
+}
+
+/// The same with an event each half hour that no rule hears of, so that no time is a leap.
+JudgedRecording sampledWhole(JudgedRecording recording) {
+    auto& events = recording.playback.events;
+    const auto end = recording.playback.end;
+    for (double at = 0; at <= end; at += 1800) events.push_back({at, Kind::scanRestarted});
+    std::stable_sort(events.begin(), events.end(),
+                     [](const auto& left, const auto& right) { return left.at < right.at; });
+    return recording;
+}
+
+/// A walk after which the radio is off, so that levels stay, for hours; then another one.
+JudgedRecording walksWithALeap(bool radioOff, const lines::Truth& truth) {
+    JudgedRecording recording = walk();
+    constexpr double later = 40'000.25;
+    auto& events = recording.playback.events;
+    const auto first = events;
+    if (radioOff) events.push_back({40, Kind::radio, lab::PlaybackEvent::noDongle, 4});
+    if (radioOff) events.push_back({later, Kind::radio, lab::PlaybackEvent::noDongle, 5});
+    for (auto event : first) {
+        event.at += later;
+        events.push_back(event);
+    }
+    recording.playback.end = later + 40;
+    recording.truth.insert(recording.truth.end(), truth.begin(), truth.end());
+    return recording;
+}
+
+TEST(Advice, OfALeapIsThatOfEverySampleOfIt) {
+    const std::vector<lines::Truth> truths{
+        {},
+        {{20'000.3, "A"}},                                    // a stay that begins within it
+        {{15'000, "A"}, {15'009.9, "B"}, {25'000.5, ""}},     // one that is too short, and ones that end within it
+        {{12'000, "A"}, {12'011.5, "B"}, {12'030, "A"}},      // short ones
+        {{30'000, ""}, {40'000.25, "A"}, {40'020.25, "B"}}};  // and with the walk after it
+    for (const bool radioOff : {false, true}) {
+        for (const lines::Truth& truth : truths) {
+            const JudgedRecording recording = walksWithALeap(radioOff, truth);
+            const auto advice = advise({recording}, quick());
+            const auto plain = advise({sampledWhole(recording)}, quick());
+            EXPECT_EQ(textOf(advice), textOf(plain));
+            EXPECT_EQ(JSONOf(advice, quick()), JSONOf(plain, quick()));
+        }
+    }
 }
 
 DeviceAdvice mistaken() {

@@ -116,6 +116,20 @@ TEST_F(ReportDataTest, WhatFollowsFromTheRecordingsEndIsLeftOut) {
     EXPECT_TRUE(data.dongles[0].silent.empty());
 }
 
+TEST_F(ReportDataTest, ALeapIsDecidedInItsFirstHoursAndAtItsEnd) {
+    hear(bar, 0, 10, -50);
+    playback.events.push_back({10, Kind::radio, lab::PlaybackEvent::noDongle, 4});
+    settings.staleFor = 3600;
+    playback.end = 1e9;
+    const ReportData data = report();
+    ASSERT_FALSE(data.decisions.empty());
+    EXPECT_EQ(data.decisions.back().rule, NearestRule::blind);
+    EXPECT_EQ(data.decisions.back().at, 3610 * 1000);
+    const ReportCurve& level = data.dongles[0].level;
+    EXPECT_LT(level.at.size(), 20'000U);
+    EXPECT_EQ(level.at.back(), 1'000'000'000'000);
+}
+
 TEST_F(ReportDataTest, WithoutATruthThereIsNone) { EXPECT_FALSE(report().truth); }
 
 TEST_F(ReportDataTest, TheTruthNamesDonglesByTheirPlaces) {

@@ -23,6 +23,10 @@ protected:
         return queue->add(
             interval, [this, name](NSTimer&) { fired.push_back(name); }, now);
     }
+    void addIdler(const std::string& name, Time interval) {
+        queue->add(
+            interval, [this, name](NSTimer&) { fired.push_back(name); }, 0ns, [this] { return idle; });
+    }
     /// Fires all that is due until `now`, each timer once.
     std::vector<std::string> run(Time now) {
         fired.clear();
@@ -32,6 +36,7 @@ protected:
 
     std::shared_ptr<TimerQueue> queue = std::make_shared<TimerQueue>();
     std::vector<std::string> fired;
+    bool idle = true;
 };
 
 using Names = std::vector<std::string>;
@@ -234,6 +239,49 @@ TEST(TimerQueue, TakesTimersFromSeveralThreads) {
     for (std::thread& thread : crowd) thread.join();
     EXPECT_GE(fired, 600);
     EXPECT_EQ(queue->nextDue(), std::nullopt);
+}
+
+TEST_F(TimerQueueTest, ALullLastsUntilTheFirstTimerIsDueThatIsNotIdle) {
+    EXPECT_EQ(queue->lullBefore(100ns).end, 100ns);
+    addIdler("idler", 10ns);
+    EXPECT_EQ(queue->lullBefore(100ns).end, 100ns);
+    add("worker", 35ns);
+    EXPECT_EQ(queue->lullBefore(100ns).end, 35ns);
+    EXPECT_EQ(queue->lullBefore(35ns).end, 35ns);
+    EXPECT_EQ(queue->lullBefore(34ns).end, 34ns);
+}
+
+TEST_F(TimerQueueTest, ALullEndsWhereAnIdlerHasSomethingToDo) {
+    addIdler("idler", 10ns);
+    idle = false;
+    EXPECT_EQ(queue->lullBefore(100ns).end, 10ns);
+}
+
+TEST_F(TimerQueueTest, WhatIsPassedOverIsDueAgainAtItsFirstTimeFromTheEndOn) {
+    addIdler("a", 10ns);
+    addIdler("b", 7ns);
+    ASSERT_TRUE(queue->passOver(queue->lullBefore(40ns)));
+    EXPECT_EQ(run(39ns), Names{});
+    EXPECT_EQ(run(40ns), Names{"a"});
+    EXPECT_EQ(run(42ns), Names{"b"});
+    EXPECT_EQ(run(49ns), (Names{"b"}));
+    EXPECT_EQ(run(50ns), (Names{"a"}));
+}
+
+TEST_F(TimerQueueTest, ALullInWhichATimerWasMadeIsNotPassedOver) {
+    addIdler("a", 10ns);
+    const auto lull = queue->lullBefore(40ns);
+    add("b", 5ns);
+    EXPECT_FALSE(queue->passOver(lull));
+    EXPECT_EQ(run(10ns), (Names{"b", "a"}));
+}
+
+TEST_F(TimerQueueTest, WhoWaitsForTheFrontIsToldOnceWhatWasPassedOver) {
+    std::vector<std::optional<Time>> told;
+    queue = std::make_shared<TimerQueue>([&](std::optional<Time> due) { told.push_back(due); });
+    addIdler("a", 10ns);
+    ASSERT_TRUE(queue->passOver(queue->lullBefore(45ns)));
+    EXPECT_EQ(told, (std::vector<std::optional<Time>>{10ns, 50ns}));
 }
 
 }  // namespace
