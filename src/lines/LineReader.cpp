@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lines/LineReader.h"
 
+#include <system_error>
 #include <utility>
 
 namespace nearcast::lines {
@@ -11,7 +12,7 @@ void LineReader::parse(std::string_view text) {
         previous_ = line_->at;
     } catch (const LineError& problem) {
         previous_ = problem.at.value_or(previous_);
-        error_.emplace(place() + ": " + problem.what());
+        error_ = std::make_exception_ptr(InputError(place() + ": " + problem.what()));
     }
 }
 
@@ -23,9 +24,9 @@ void LineReader::advance() {
         if (!text) return;
         parse(*text);
     } catch (const LineTooLong&) {
-        error_.emplace(place() + ": the line is longer than 16 MiB");
-    } catch (const InputError& problem) {
-        error_ = problem;
+        error_ = std::make_exception_ptr(InputError(place() + ": the line is longer than 16 MiB"));
+    } catch (const std::system_error&) {
+        error_ = std::current_exception();
     }
     ahead_ = true;
 }
@@ -39,7 +40,7 @@ std::optional<Time> LineReader::peekTime() {
 std::optional<Line> LineReader::next() {
     advance();
     if (!std::exchange(ahead_, false)) return std::nullopt;
-    if (error_) throw InputError(*error_);
+    if (error_) std::rethrow_exception(error_);
     return std::exchange(line_, std::nullopt);
 }
 
