@@ -36,13 +36,18 @@ Words asOptions(const Words& words) {
     return ofProgram ? Words{"--help"} : Words{words[1], "--help"};
 }
 
-/// "--option=" in two words. The parser would take the next word for the value instead of the empty one.
-Words withEmptyValues(const Words& words) {
+/// Splits "--option=" and "-o=VALUE" in two. Of the first the parser would take the next word for the value instead of
+/// the empty one; of the second it would take "=VALUE".
+Words withSplitValues(const Words& words) {
     Words result;
+    bool options = true;
     for (const std::string& word : words) {
-        const bool empty = word.starts_with("--") && word.size() > 3 && word.find('=') == word.size() - 1;
-        result.push_back(empty ? word.substr(0, word.size() - 1) : word);
-        if (empty) result.emplace_back();
+        options = options && word != "--";  // what follows is no option
+        const auto equals = word.find('=');
+        const bool empty = options && word.starts_with("--") && equals > 2 && equals == word.size() - 1;
+        const bool letter = options && word.size() > 2 && word[0] == '-' && word[1] != '-' && equals == 2;
+        result.push_back(empty || letter ? word.substr(0, equals) : word);
+        if (empty || letter) result.push_back(word.substr(equals + 1));
     }
     return result;
 }
@@ -86,7 +91,7 @@ public:
     }
 
     int run(const Words& given) {
-        Words words = withEmptyValues(asOptions(given));
+        Words words = withSplitValues(asOptions(given));
         if (words.empty()) throw UsageError(missingCommand(program_));
         begunWithCommand_ = isCommand(words[0]);
         if (!begunWithCommand_ && !words[0].starts_with("-")) throw UsageError(unknownCommand(program_, words[0]));

@@ -81,6 +81,16 @@ TEST_F(CommandLine, AValueThatIsEmptyIsWrongUse) {
     EXPECT_EQ(run({"scene", "--for=", "--truth"}).status, exitUsage) << "the next word is not its value";
 }
 
+TEST_F(CommandLine, AnOptionOfOneLetterMayHaveItsValueBehindAnEqualsSign) {
+    const std::string recording = folder_.write("walk.jsonl", R"({"do": "end"})");
+    EXPECT_EQ(run({"import", recording, "-o=" + folder_.file("out")}).status, exitGood);
+    EXPECT_NE(folder_.read("out"), "");
+    EXPECT_EQ(run({"import", recording, "-o="}).status, exitUsage);
+    EXPECT_EQ(run({"scene", "--", "--none="}).error,
+              "nearcast scene: --none=: cannot be opened: No such file or directory\n")
+        << "behind -- stand no options";
+}
+
 TEST_F(CommandLine, AnOptionThatIsNoneGetsTheOneThatWasMeant) {
     const std::string pointer = "\nTry 'nearcast scene --help'.\n";
     expectRefusal(run({"scene", "--truht"}), exitUsage,
@@ -128,6 +138,38 @@ TEST_F(CommandLine, WhatCannotBeDoneIsAFailureThatTheCommandNames) {
     const std::string output = folder_.file("no folder/out");
     const Ran ran = run({"import", folder_.write("file", ""), "-o", output});
     expectRefusal(ran, exitFailed, "nearcast import: " + output + ": cannot be made: No such file or directory\n");
+}
+
+TEST_F(CommandLine, AFileThatCannotBeReadIsAFailureWhoeverReadsIt) {
+    const std::string folder = folder_.file("");
+    expectRefusal(run({"run", folder}), exitFailed, "nearcast run: " + folder + ": cannot be read: Is a directory\n");
+    EXPECT_EQ(run({"scene", folder}).status, exitFailed);
+    EXPECT_EQ(run({"report", folder}).status, exitFailed);
+    EXPECT_EQ(run({"watch", "--radio", "simulator:" + folder}).status, exitFailed);
+}
+
+TEST_F(CommandLine, ASceneThatIsWrongIsSoForEveryCommand) {
+    const std::string path = folder_.write("scene.json", "{}");
+    for (const char* command : {"watch", "record", "doctor"}) {
+        const Ran ran = run({command, "--radio", "simulator:" + path});
+        EXPECT_EQ(ran.status, exitUsage) << command;
+        EXPECT_NE(ran.error.find("nearcast " + std::string(command) + ": " + path + ": $.floor: it is missing\n"),
+                  std::string::npos)
+            << ran.error;
+    }
+}
+
+TEST_F(CommandLine, AScenarioThatShowsNothingIsToldOf) {
+    const Ran silent = run({"run", folder_.write("file", "")});
+    EXPECT_EQ(silent.status, exitGood);
+    EXPECT_EQ(silent.error.rfind("nearcast run: nothing was shown: ", 0), 0U) << silent.error;
+}
+
+TEST_F(CommandLine, AScenarioThatShowsSomethingIsNot) {
+    const Ran shown = run({"run", folder_.write("file", R"({"do": "getRSSI"})")});
+    EXPECT_EQ(shown.status, exitGood);
+    EXPECT_EQ(shown.error, "");
+    EXPECT_NE(shown.out, "");
 }
 
 TEST_F(CommandLine, ThatPrintsSettingsMakesNoManager) {
