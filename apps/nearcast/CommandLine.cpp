@@ -31,9 +31,8 @@ Words asOptions(const Words& words) {
     }
     if (words[0] != "help") return words;
     if (words.size() > 2) throw UsageError("'" + words[2] + "' is not expected: help takes one command");
-    const bool ofProgram =
-        words.size() == 1 || words[1].starts_with("-") || words[1] == "help" || words[1] == "version";
-    return ofProgram ? Words{"--help"} : Words{words[1], "--help"};
+    if (words.size() == 1 || words[1] == "help" || words[1] == "version") return {"--help"};
+    return words[1].starts_with("-") ? Words{words[1]} : Words{words[1], "--help"};
 }
 
 /// Splits "--option=" and "-o=VALUE" in two. Of the first the parser would take the next word for the value instead of

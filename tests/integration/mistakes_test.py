@@ -2,6 +2,7 @@
 """The mistakes that a newcomer is most likely to make: each gets a sentence that says what to do instead."""
 
 import json
+import re
 
 from nearcast_program import ProgramTest, commands, main, nearcast
 
@@ -16,6 +17,8 @@ MISTAKES = (
     ("eval walk.jsonl", 2, "there is no command 'eval'; did you mean 'evaluate'?", "nearcast"),
     ("Watch", 2, "there is no command 'Watch'; did you mean 'watch'?", "nearcast"),
     ("scan", 2, "there is no command 'scan'; did you mean 'watch'?", "nearcast"),
+    ("hlep watch", 2, "there is no command 'hlep'; did you mean 'help'?", "nearcast"),
+    ("play walk.jsonl", 2, "there is no command 'play'; did you mean 'watch'?", "nearcast"),
     ("list", 2, "there is no command 'list'; did you mean 'radios'?", "nearcast"),
     ("frobnicate", 2, "there is no command 'frobnicate'; there are watch, record, run", "nearcast"),
     ("simulator", 2, "there is no command 'simulator'; did you mean 'nearcast watch --radio simulator'?", "nearcast"),
@@ -94,6 +97,11 @@ MISTAKES = (
 )
 
 
+# What a newcomer calls the commands.
+OTHER_NAMES = ("scan listen monitor show start play replay simulate capture save sniff convert list adapters devices "
+               "check diagnose status score compare page plot").split()
+
+
 class Mistakes(ProgramTest):
     def setUp(self):
         super().setUp()
@@ -119,6 +127,15 @@ class Mistakes(ProgramTest):
                 self.assertTrue(said[0].startswith(place + ": "), result.stderr)
                 self.assertIn(sentence, said[0])
                 self.assertEqual(said[1:], [f"Try '{pointed} --help'."] if pointed else [], result.stderr)
+
+    def test_what_commands_are_called_elsewhere_leads_to_one_that_there_is(self):
+        names = [command.name for command in commands()]
+        for other in OTHER_NAMES:
+            with self.subTest(name=other):
+                self.assertNotIn(other, names, "it is a command of its own by now")
+                said = nearcast(other).stderr.splitlines()[0]
+                meant = re.fullmatch(rf"nearcast: there is no command '{other}'; did you mean '(\w+)'\?", said)
+                self.assertIn(meant and meant.group(1), names, said)
 
     def test_a_word_that_runs_over_the_screen_is_not_searched_for(self):
         result = nearcast("w" * 100_000)

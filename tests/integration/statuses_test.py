@@ -141,7 +141,7 @@ class Statuses(ProgramTest):
         self.for_each_command(lambda command: self.end(self.words(command), GOOD))
 
     def test_what_is_done_and_found_wanting(self):
-        self.end(["doctor", "--radio", "none", "--for", "0"], WANTING)
+        self.end(["doctor", "--radio", "simulator?speed=max", "--for", "10"], WANTING)
 
     def test_a_file_that_is_not_there(self):
         path = self.folder / "none"

@@ -21,11 +21,11 @@ struct OtherName {
     std::string_view command;
 };
 constexpr OtherName otherNames[] = {
-    {"scan", "watch"},      {"listen", "watch"},   {"monitor", "watch"},  {"show", "watch"},       {"start", "watch"},
-    {"capture", "record"},  {"save", "record"},    {"sniff", "record"},   {"convert", "import"},   {"list", "radios"},
-    {"adapters", "radios"}, {"devices", "radios"}, {"check", "doctor"},   {"diagnose", "doctor"},  {"status", "doctor"},
-    {"play", "run"},        {"simulate", "run"},   {"score", "evaluate"}, {"compare", "evaluate"}, {"page", "report"},
-    {"plot", "report"},
+    {"scan", "watch"},   {"listen", "watch"},    {"monitor", "watch"},  {"show", "watch"},      {"start", "watch"},
+    {"play", "watch"},   {"replay", "watch"},    {"simulate", "watch"}, {"capture", "record"},  {"save", "record"},
+    {"sniff", "record"}, {"convert", "import"},  {"list", "radios"},    {"adapters", "radios"}, {"devices", "radios"},
+    {"check", "doctor"}, {"diagnose", "doctor"}, {"status", "doctor"},  {"score", "evaluate"},  {"compare", "evaluate"},
+    {"page", "report"},  {"plot", "report"},
 };
 
 std::string inQuotes(const std::string& text) { return "'" + text + "'"; }
@@ -180,7 +180,9 @@ std::string unknownCommand(const CLI::App& program, const std::string& word) {
     const auto* const other = std::find_if(std::begin(otherNames), std::end(otherNames),
                                            [&](const OtherName& one) { return one.name == word; });
     const Words commands = commandsOf(program);
-    std::string meant = other != std::end(otherNames) ? std::string(other->command) : closestWord(word, commands);
+    Words known = commands;
+    known.insert(known.end(), {"help", "version"});
+    std::string meant = other != std::end(otherNames) ? std::string(other->command) : closestWord(word, known);
     if (meant.empty()) {
         const std::string radio = radioMeantBy(word);
         if (!radio.empty()) meant = "nearcast watch --radio " + radio;
