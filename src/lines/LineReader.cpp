@@ -12,21 +12,23 @@ void LineReader::parse(std::string_view text) {
         previous_ = line_->at;
     } catch (const LineError& problem) {
         previous_ = problem.at.value_or(previous_);
-        error_ = std::make_exception_ptr(InputError(place() + ": " + problem.what()));
+        error_.emplace(place() + ": " + problem.what());
     }
 }
 
 void LineReader::advance() {
-    if (ahead_ || error_) return;
+    if (ahead_ || error_ || unreadable_) return;
     line_.reset();
     try {
         const auto text = text_.next();
         if (!text) return;
         parse(*text);
     } catch (const LineTooLong&) {
-        error_ = std::make_exception_ptr(InputError(place() + ": the line is longer than 16 MiB"));
+        error_.emplace(place() + ": the line is longer than 16 MiB");
+    } catch (const InputError& problem) {
+        error_ = problem;
     } catch (const std::system_error&) {
-        error_ = std::current_exception();
+        unreadable_ = std::current_exception();
     }
     ahead_ = true;
 }
@@ -40,7 +42,8 @@ std::optional<Time> LineReader::peekTime() {
 std::optional<Line> LineReader::next() {
     advance();
     if (!std::exchange(ahead_, false)) return std::nullopt;
-    if (error_) std::rethrow_exception(error_);
+    if (error_) throw InputError(*error_);
+    if (unreadable_) std::rethrow_exception(unreadable_);
     return std::exchange(line_, std::nullopt);
 }
 

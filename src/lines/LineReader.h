@@ -24,13 +24,13 @@ public:
     [[nodiscard]] virtual std::string place() const = 0;
 };
 
-/// Reads the lines of several files as one scenario; only one line is held in memory.
+/// Reads the lines of several files as one scenario; only one line is held in memory. A file that cannot be opened or
+/// read is an `std::system_error`.
 class LineReader : public LineSource {
 public:
     static constexpr std::size_t longestLine = std::size_t{16} << 20;  ///< bytes
 
     /// @param paths files; "-" is standard input
-    /// @throws std::system_error naming the one that cannot be opened
     explicit LineReader(const std::vector<std::string>& paths) : text_(TextReader::openFiles(paths), longestLine) {}
 
     /// Blank lines are skipped.
@@ -49,7 +49,8 @@ private:
 
     bool ahead_ = false;  ///< whether the next line has been read already, or its error is known
     std::optional<Line> line_;
-    std::exception_ptr error_;
+    std::exception_ptr unreadable_;  ///< why the file cannot be read on
+    std::optional<InputError> error_;
 };
 
 }  // namespace nearcast::lines
