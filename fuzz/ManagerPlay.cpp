@@ -35,7 +35,7 @@ std::string ManagerPlay::play(const std::vector<std::string>& lines) {
         const lab::Observation::Watch watch(observation_, true, true);
         script.run(platform_.timeline());
     }
-    if (script.failure()) throw lines::InputError(*script.failure());
+    script.requireWhole();
     observation_.writer().requireWritten();
     observation_.writer().flush();
     return std::exchange(shown_, {});

@@ -50,7 +50,9 @@ public:
     /// Chooses the platform. The radio is opened by the first `QXNearcastManager::sharedManager`, which also fixes the
     /// choice; nothing else does. Until then another call replaces the platform: a `runFor` that is under way on the
     /// replaced one ends, and calls that other threads make on it finish safely. From any thread.
-    /// @throws std::invalid_argument when the radio string is not understood
+    /// @throws std::invalid_argument when the radio string is not understood, or the scene that it names is wrong
+    /// @throws std::system_error naming the file of the radio string that cannot be opened or read
+    /// @throws std::runtime_error when the file is no recording
     /// @throws std::logic_error once the manager exists
     static void choose(const PlatformOptions& options);
 

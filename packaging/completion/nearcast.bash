@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Completion of nearcast for bash.
 
+_nearcast_commands='watch record run import scene evaluate report radios doctor'
 _nearcast_rules='strongest-report maximum-7 trimmed-mean-20s exponential-0.1 kalman-quick kalman-calm median-7
     strongest-raw nearest'
 _nearcast_nearest_settings='defaultThreshold hysteresis dwell margin patience closeSignal closeTime contrast anticipation
@@ -63,7 +64,9 @@ _nearcast() {
         report) options='--output --settings --set --truth --title --help' ;;
         radios) options='--json --help' ;;
         doctor) options='--radio --for --json --help' ;;
-        *) options='watch record run import scene evaluate report radios doctor --version --help' ;;
+        help) mapfile -t COMPREPLY < <(compgen -W "$_nearcast_commands" -- "$current") && return ;;
+        version) return ;;
+        *) options="$_nearcast_commands help version --version --help" ;;
     esac
     if [[ $current == -* || -z $command ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")

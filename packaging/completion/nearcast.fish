@@ -15,18 +15,24 @@ function __nearcast_radios
 end
 set -l radios '(__nearcast_radios)'
 
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -f
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -l version -d 'Print the version'
+set -l first "not __fish_seen_subcommand_from $commands help version"
+
+complete -c nearcast -n $first -f
+complete -c nearcast -n $first -s V -l version -d 'Print the version'
 complete -c nearcast -s h -l help -d 'Print help'
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a watch -d 'Show which devices are near'
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a record -d 'Write down what a radio hears'
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a run -d 'Run a scenario'
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a import -d 'Turn a capture into a recording'
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a scene -d 'Print or check a scene'
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a evaluate -d 'Measure who is nearest'
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a report -d 'Make a page of a recording'
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a radios -d 'List the radios'
-complete -c nearcast -n "not __fish_seen_subcommand_from $commands" -a doctor -d 'Find out why a scan does not work'
+complete -c nearcast -n $first -a watch -d 'Show which devices are near'
+complete -c nearcast -n $first -a record -d 'Write down what a radio hears'
+complete -c nearcast -n $first -a run -d 'Run a scenario'
+complete -c nearcast -n $first -a import -d 'Turn a capture into a recording'
+complete -c nearcast -n $first -a scene -d 'Print or check a scene'
+complete -c nearcast -n $first -a evaluate -d 'Measure who is nearest'
+complete -c nearcast -n $first -a report -d 'Make a page of a recording'
+complete -c nearcast -n $first -a radios -d 'List the radios'
+complete -c nearcast -n $first -a doctor -d 'Find out why a scan does not work'
+complete -c nearcast -n $first -a help -d 'Print help'
+complete -c nearcast -n $first -a version -d 'Print the version'
+complete -c nearcast -n '__fish_seen_subcommand_from help' -f -a "$commands"
+complete -c nearcast -n '__fish_seen_subcommand_from version' -f
 
 complete -c nearcast -n '__fish_seen_subcommand_from watch' -l radio -x -a "$radios" -d 'The radio'
 complete -c nearcast -n '__fish_seen_subcommand_from watch' -l settings -r -F -d 'The registered devices'

@@ -23,13 +23,14 @@ _nearcast_command() {
         'radios:list the radios that can be opened here'
         'doctor:find out what stands between you and a working scan'
     )
+    [[ $1 == all ]] && commands+=('help:print help' 'version:print the version')
     _describe command commands
 }
 
 _nearcast() {
     local curcontext=$curcontext state line
-    _arguments -C '(- *)'{-h,--help}'[print help]' '(- *)--version[print the version]' \
-        '1: :_nearcast_command' '*:: :->arguments'
+    _arguments -C '(- *)'{-h,--help}'[print help]' '(- *)'{-V,--version}'[print the version]' \
+        '1: :_nearcast_command all' '*:: :->arguments'
     [[ $state == arguments ]] || return
     local -a settings=(defaultThreshold hysteresis dwell margin patience closeSignal closeTime contrast anticipation attack decay
         silence staleFor)
@@ -87,6 +88,9 @@ _nearcast() {
             _arguments '--radio[the radio to listen with]:radio:_nearcast_radio' \
                 '--for[listen for so many seconds]:seconds:' \
                 '--json[print one JSON object]' '(- *)'{-h,--help}'[print help]'
+            ;;
+        help)
+            _arguments '1: :_nearcast_command'
             ;;
     esac
 }

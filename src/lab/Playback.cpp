@@ -182,7 +182,7 @@ Playback Stage::play(const PlaybackInput& input) {
     manager_->stopScan();
     manager_->setDelegate(nullptr);
     manager_->setSettings(std::nullopt);
-    if (script.failure()) throw lines::InputError(*script.failure());
+    script.requireWhole();
     playback.name = input.name;
     playback.end = end;
     return playback;

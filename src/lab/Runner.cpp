@@ -50,7 +50,7 @@ void run(const std::vector<std::string>& paths, const RunOptions& options, Event
     manager.setDelegate(nullptr);
     writer.requireWritten();
     writer.flush();
-    if (script.failure()) throw lines::InputError(*script.failure());
+    script.requireWhole();
 }
 
 }  // namespace nearcast::lab

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/Script.h"
 
+#include <system_error>
+
 namespace nearcast::lab {
 
 std::optional<lines::Time> Script::due() {
@@ -10,17 +12,30 @@ std::optional<lines::Time> Script::due() {
     return begin_ + *time;
 }
 
-void Script::happen() {
+void Script::fail() {
+    failure_ = std::current_exception();
+    if (failed_) failed_();
+}
+
+/// The next line that can be performed. What is wrong with it ends the script instead.
+std::optional<lines::Line> Script::next() {
     try {
-        const auto line = source_.next();
-        if (!line) return;
-        if (nesting_.full()) throw lines::InputError((source_.place() + ": ").append(Nesting::complaint));
-        const Nesting::Inside inside(nesting_);
-        perform_(line->action);
-    } catch (const lines::InputError& error) {
-        failure_ = error;
-        if (failed_) failed_();
+        auto line = source_.next();
+        if (line && nesting_.full()) throw lines::InputError((source_.place() + ": ").append(Nesting::complaint));
+        return line;
+    } catch (const lines::InputError&) {
+        fail();
+    } catch (const std::system_error&) {
+        fail();
     }
+    return std::nullopt;
+}
+
+void Script::happen() {
+    const auto line = next();
+    if (!line) return;
+    const Nesting::Inside inside(nesting_);
+    perform_(line->action);
 }
 
 void Script::run(Timeline& timeline) {

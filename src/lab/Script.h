@@ -5,6 +5,7 @@
 #include "platform/timeline/Nesting.h"
 #include "platform/timeline/Timeline.h"
 
+#include <exception>
 #include <functional>
 #include <optional>
 
@@ -29,16 +30,22 @@ public:
 
     /// Runs the script on a timeline from its next line to its end.
     void run(Timeline& timeline);
-    /// Why it ended early; nothing: it has not.
-    [[nodiscard]] const std::optional<lines::InputError>& failure() const noexcept { return failure_; }
+    /// Throws why it ended early, where it has.
+    /// @throws lines::InputError, std::system_error as `LineSource::next`
+    void requireWhole() const {
+        if (failure_) std::rethrow_exception(failure_);
+    }
 
 private:
+    std::optional<lines::Line> next();
+    void fail();
+
     lines::LineSource& source_;
     const lines::Time begin_;
     const Perform perform_;
     const std::function<void()> failed_;
     Nesting nesting_;  ///< of the lines in progress
-    std::optional<lines::InputError> failure_;
+    std::exception_ptr failure_;
 };
 
 }  // namespace nearcast::lab

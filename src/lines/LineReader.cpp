@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lines/LineReader.h"
 
+#include <system_error>
 #include <utility>
 
 namespace nearcast::lines {
@@ -16,7 +17,7 @@ void LineReader::parse(std::string_view text) {
 }
 
 void LineReader::advance() {
-    if (ahead_ || error_) return;
+    if (ahead_ || error_ || unreadable_) return;
     line_.reset();
     try {
         const auto text = text_.next();
@@ -26,6 +27,8 @@ void LineReader::advance() {
         error_.emplace(place() + ": the line is longer than 16 MiB");
     } catch (const InputError& problem) {
         error_ = problem;
+    } catch (const std::system_error&) {
+        unreadable_ = std::current_exception();
     }
     ahead_ = true;
 }
@@ -40,6 +43,7 @@ std::optional<Line> LineReader::next() {
     advance();
     if (!std::exchange(ahead_, false)) return std::nullopt;
     if (error_) throw InputError(*error_);
+    if (unreadable_) std::rethrow_exception(unreadable_);
     return std::exchange(line_, std::nullopt);
 }
 

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <iterator>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 namespace nearcast::lines {
@@ -20,14 +20,14 @@ bool isBlank(std::string_view text) { return text.find_first_not_of(" \t\r") == 
 TextReader::Input openFile(const std::string& path) {
     std::string name = path == "-" ? "standard input" : path;
     std::FILE* opened = path == "-" ? stdin : std::fopen(path.c_str(), "rb");
-    if (opened == nullptr) throw InputError(name + ": cannot be opened: " + std::strerror(errno));
+    if (opened == nullptr) throw std::system_error(errno, std::generic_category(), name + ": cannot be opened");
     const std::shared_ptr<std::FILE> file(opened, [](std::FILE* closing) {
         if (closing != stdin) std::fclose(closing);
     });
     auto source = [file, name](std::span<std::uint8_t> room) {
         const std::size_t count = std::fread(room.data(), 1, room.size(), file.get());
         if (count == 0 && std::ferror(file.get()) != 0) {
-            throw InputError(name + ": cannot be read: " + std::strerror(errno));
+            throw std::system_error(errno, std::generic_category(), name + ": cannot be read");
         }
         return count;
     };

@@ -13,8 +13,8 @@
 
 namespace nearcast::lines {
 
-/// Input that cannot be used: a file or a line in it. The message names the file, the line number where there is one,
-/// and what is wrong.
+/// A file that says something wrong. The message names it, the line number where there is one, and what is wrong. What
+/// cannot be opened or read at all is a `std::system_error` instead.
 class InputError : public std::invalid_argument {
 public:
     using std::invalid_argument::invalid_argument;
@@ -38,7 +38,8 @@ public:
     };
 
     /// Opens files, all of them before any is read. "-" is standard input.
-    /// @throws InputError when one cannot be opened; its source throws it when the file cannot be read
+    /// @throws std::system_error naming the file that cannot be opened; its source throws it when the file cannot be
+    /// read
     static std::vector<Input> openFiles(const std::vector<std::string>& paths);
 
     /// @param longest bytes that a line may have, without its line feed

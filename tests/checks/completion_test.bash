@@ -26,8 +26,11 @@ cd "$(mktemp -d)"
 trap 'rm -r "$PWD"' EXIT
 touch shop.pcapng scene.json
 
-offers 'nearcast ' watch record run import scene evaluate report radios doctor --version --help
+offers 'nearcast ' watch record run import scene evaluate report radios doctor help version --version --help
 offers 'nearcast w' watch
+offers 'nearcast help ' watch record run import scene evaluate report radios doctor
+offers 'nearcast help re' record report
+offers 'nearcast version '
 offers 'nearcast --v' --version
 offers 'nearcast watch -' --radio --settings --for --json --help
 offers 'nearcast watch --radio ' auto bluez hci none simulator simulator: replay:

@@ -19,7 +19,9 @@ set -l folder (mktemp -d)
 cd $folder
 touch shop.pcapng scene.json
 
-offers 'nearcast ' watch record run import scene evaluate report radios doctor
+offers 'nearcast ' watch record run import scene evaluate report radios doctor help version
+offers 'nearcast help ' watch record run import scene evaluate report radios doctor
+offers 'nearcast version '
 offers 'nearcast w' watch
 offers 'nearcast watch --radio ' auto bluez hci none simulator simulator: replay:
 offers 'nearcast watch --radio replay:sh' replay:shop.pcapng

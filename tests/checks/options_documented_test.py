@@ -4,7 +4,7 @@
 
 import unittest
 
-from options_documented import BASH, FISH, MAN, ZSH, commands_of, missing, options_of
+from options_documented import BASH, FISH, MAN, ZSH, commands_of, invented, missing, options_of
 
 PAGES = {
     MAN: ".SH COMMANDS\n.SS watch\n.BI \\-\\-for \" SECONDS\"\n.SS run\n.B \\-\\-trace\n.SH OPTIONS\n.B \\-\\-version\n",
@@ -19,12 +19,15 @@ HELP = """Usage: nearcast [OPTIONS] SUBCOMMAND
 
 Options:
   -h,--help                   Print this help message and exit
-  -o,--output TEXT            Write there
+  -o,--output TEXT            Write there, or with --else somewhere else
   --for FLOAT                 End after so many seconds
 
-Subcommands:
+Commands:
   watch                       Show which devices are near
   run                         Run a scenario
+
+Examples:
+  nearcast run --trace
 """
 
 
@@ -37,6 +40,11 @@ class OptionsDocumented(unittest.TestCase):
             with self.subTest(option=option):
                 self.assertEqual(list(missing(PAGES, {"watch": [option]})),
                                  [f"{page} does not have {option} of watch" for page in PAGES])
+
+    def test_finds_an_option_that_a_page_has_and_the_program_has_not(self):
+        self.assertEqual(list(invented(PAGES, {"watch": ["--for"], "run": ["--trace"]})), [])
+        self.assertEqual(list(invented(PAGES, {"watch": [], "run": ["--trace"]})),
+                         [f"{page} has --for of watch, which the program has not" for page in PAGES])
 
     def test_finds_a_command_that_a_page_leaves_out(self):
         self.assertEqual(list(missing(PAGES, {"scene": []})),

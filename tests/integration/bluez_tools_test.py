@@ -33,7 +33,7 @@ class ByBluez(ProgramTest):
     def test_the_doctor_says_that_the_adapter_is_off(self):
         self.bluezd("--off")
         result = nearcast("doctor", "--radio", "bluez", "--for", 0.5, env=self.bus.environment)
-        self.assertEqual(result.returncode, 2)
+        self.assertEqual(result.returncode, 3)
         self.assertRegex(result.stdout, r"power +FAULT +hci0 .* is powered off\n +-> bluetoothctl power on")
 
     def test_a_recording_keeps_the_senders_and_the_changes_of_state(self):

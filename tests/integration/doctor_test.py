@@ -68,21 +68,21 @@ class Doctor(ProgramTest):
         self.assertRegex(result.stdout, r"(?m)^02:00:00:00:00:01 +\d+ +10\.\d +100% +100% +0% +-60 dBm +0\.1 s$")
         self.assertTrue(result.stdout.endswith("\nThe scan works.\n"))
 
-    def test_a_scan_with_remarks_ends_with_1(self):
+    def test_a_scan_with_remarks_ends_with_3(self):
         result = nearcast("doctor", "--radio", SHOP)
-        self.assertEqual(result.returncode, 1, result.stderr)
+        self.assertEqual(result.returncode, 3, result.stderr)
         self.assertRegex(result.stdout, r"scan +remark +02:4E:43:00:00:06 was not heard for")
 
-    def test_without_a_radio_it_ends_with_2_and_says_what_is_missing(self):
+    def test_without_a_radio_it_ends_with_3_and_says_what_is_missing(self):
         result = nearcast("doctor", "--radio", "none", "--for", 0.1)
-        self.assertEqual(result.returncode, 2)
+        self.assertEqual(result.returncode, 3)
         self.assertRegex(result.stdout, r"scan +FAULT +the radio is unsupported \(there is no radio\)")
         self.assertTrue(result.stdout.endswith("\nThere is no working scan.\n"))
 
     def test_json_is_one_object_with_the_exit_status(self):
         result = nearcast("doctor", "--radio", SHOP, "--json", "--for", 3)
         said = json.loads(result.stdout)
-        self.assertEqual(said["status"], result.returncode)
+        self.assertEqual((said["status"], said["verdict"]), (result.returncode, "well"))
         self.assertEqual(said["radio"], SHOP)
         self.assertEqual(said["scan"]["seconds"], 3)
         self.assertGreaterEqual(len(said["scan"]["dongles"]), 5)
@@ -92,10 +92,18 @@ class Doctor(ProgramTest):
         self.assertEqual(result.returncode, 2)
         self.assertIn("there is no radio 'carrier-pigeon'", result.stderr)
 
-    def test_a_recording_that_is_missing_is_a_fault(self):
+    def test_a_recording_that_is_missing_is_no_finding(self):
         result = nearcast("doctor", "--radio", f"replay:{self.folder}/none.jsonl")
-        self.assertEqual(result.returncode, 2)
-        self.assertIn("the radio cannot be opened", result.stdout)
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(result.stderr, f"nearcast doctor: {self.folder}/none.jsonl: No such file or directory\n")
+
+    def test_a_recording_that_is_damaged_is_told_once_and_fails(self):
+        shop = self.shop(20)
+        shop.write_text(shop.read_text(encoding="utf-8") + "{", encoding="utf-8")
+        result = nearcast("doctor", "--radio", f"replay:{shop}?speed=max", "--for", 60)
+        self.assertEqual(result.returncode, 1)
+        self.assertEqual(result.stderr.count("damaged at byte"), 1, result.stderr)
+        self.assertIn("The scan works.", result.stdout)
 
     def shop(self, seconds):
         """A recording of a dongle that says its address ten times a second."""

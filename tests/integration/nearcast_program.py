@@ -65,6 +65,7 @@ class Option:
         self.name = names.split(",")[-1]
         word = rest.split()[0] if rest else ""
         self.type = None if word in ("", "Excludes:", "Needs:") else re.sub("=.*", "", word)  # without its default
+        self.several = "..." in rest.split()
         self.needs = re.findall(r"--[\w-]+", re.split("Excludes:", rest.partition("Needs:")[2])[0])
 
 
@@ -84,7 +85,7 @@ class Command:
 
 def commands():
     """All commands: a new one is found by itself."""
-    listed = nearcast("--help").stdout.partition("Subcommands:\n")[2].partition("\n\n")[0]
+    listed = nearcast("--help").stdout.partition("Commands:\n")[2].partition("\n\n")[0]
     return [Command(name) for name in re.findall(r"^  (\w+)", listed, re.MULTILINE)]
 
 

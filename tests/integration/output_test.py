@@ -55,7 +55,9 @@ class FullDevice(ProgramTest):
                     self.assert_fails(self.words(command) + flags)
 
     def test_help_and_the_version_too(self):
-        for words in [["--help"], ["--version"]] + [[command.name, "--help"] for command in commands()]:
+        ways = [["--help"], ["-h"], ["help"], ["--version"], ["-V"], ["version"]]
+        for words in ways + [words for command in commands() for words in ([command.name, "--help"],
+                                                                           ["help", command.name])]:
             with self.subTest(words=words):
                 self.assert_fails(words)
 

@@ -44,7 +44,7 @@ class Watch(ProgramTest):
 
     def test_settings_that_are_missing_are_named(self):
         result = nearcast("watch", "--radio", "none", "--settings", self.folder / "none.json")
-        self.assertEqual(result.returncode, 2)
+        self.assertEqual(result.returncode, 1)
         self.assertIn(f"{self.folder}/none.json: cannot be opened", result.stderr)
 
     def test_settings_that_are_broken_are_named_and_left_alone(self):

@@ -4,8 +4,10 @@
 #include "common/UsageError.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <utility>
@@ -13,6 +15,8 @@
 namespace nearcast::cli {
 
 namespace {
+
+constexpr double longestTime = 1e9;  // seconds, more than a working life
 
 const NearestSetting& settingNamed(std::string_view name) {
     const auto settings = nearestSettings();
@@ -45,17 +49,41 @@ std::pair<std::string_view, std::string_view> split(std::string_view argument, c
 void requireValid(const NearestSetting& setting, double value) {
     NearestSettings settings;
     settings.*setting.value = value;
-    settings.validate();
+    try {
+        settings.validate();
+    } catch (const std::invalid_argument& error) {
+        throw UsageError(error.what());
+    }
+}
+
+/// "5m": the same time without its unit, as an example to follow.
+std::string withoutUnit(double number, std::string_view unit) {
+    constexpr std::pair<std::string_view, double> units[] = {
+        {"s", 1},        {"sec", 1},  {"seconds", 1},  {"m", 60},     {"min", 60},
+        {"minutes", 60}, {"h", 3600}, {"hours", 3600}, {"ms", 0.001},
+    };
+    const auto* const found =
+        std::find_if(std::begin(units), std::end(units), [&](const auto& one) { return one.first == unit; });
+    if (found == std::end(units)) return "";
+    const double seconds = number * found->second;
+    if (!(seconds >= 0 && seconds <= longestTime)) return "";
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.10g", seconds);
+    return std::string("; a time has no unit: ") + text.data();
 }
 
 }  // namespace
 
+std::string problemWithEmpty(const std::string& text) { return text.empty() ? "is empty" : ""; }
+
 std::string problemWithSeconds(const std::string& text) {
-    constexpr double longest = 1e9;  // more than a working life
+    if (text.empty()) return problemWithEmpty(text);
     char* end = nullptr;
     const double seconds = std::strtod(text.c_str(), &end);
-    const bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= longest;
-    return good ? "" : "'" + text + "' is no number of seconds from 0 to 1000000000";
+    const bool good = end != text.c_str() && *end == '\0' && seconds >= 0 && seconds <= longestTime;
+    if (good) return "";
+    const std::string hint = end != text.c_str() ? withoutUnit(seconds, end) : "";
+    return "'" + text + "' is no number of seconds from 0 to 1000000000" + hint;
 }
 
 void applySetting(NearestSettings& settings, std::string_view argument) {

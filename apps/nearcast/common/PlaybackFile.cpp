@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/PlaybackFile.h"
 
+#include "common/FileKind.h"
 #include "common/UsageError.h"
 #include "lines/LineReader.h"
 #include "platform/replay/RecordingReader.h"
@@ -8,7 +9,8 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
+#include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace nearcast::cli {
@@ -22,7 +24,7 @@ using Lines = std::vector<lines::Line>;
 
 void append(Lines& lines, lines::Line line, const std::string& path) {
     if (lines.size() == mostLines) {
-        throw UsageError(path + ": has more than " + std::to_string(mostLines) + " lines or reports");
+        throw std::runtime_error(path + ": has more than " + std::to_string(mostLines) + " lines or reports");
     }
     lines.push_back(std::move(line));
 }
@@ -30,10 +32,11 @@ void append(Lines& lines, lines::Line line, const std::string& path) {
 /// Whether it begins like JSON Lines. A pcapng begins with line ends too, and then with a length that is no brace.
 bool isJSONLines(const std::string& path) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"), std::fclose);
-    if (file == nullptr) throw UsageError(path + ": cannot be opened: " + std::strerror(errno));
+    if (file == nullptr) throw std::system_error(errno, std::generic_category(), path + ": cannot be opened");
     int octet = ' ';
     while (octet == ' ' || octet == '\t' || octet == '\r' || octet == '\n') octet = std::fgetc(file.get());
-    if (std::ferror(file.get()) != 0) throw UsageError(path + ": cannot be read: " + std::strerror(errno));
+    if (std::ferror(file.get()) != 0)
+        throw std::system_error(errno, std::generic_category(), path + ": cannot be read");
     return octet == '{' || octet == EOF;
 }
 
@@ -60,22 +63,33 @@ void readCapture(PlaybackFile& file, const replay::RecordingOptions& options) {
 
 }  // namespace
 
-PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const Settings> registry) {
-    PlaybackFile file;
+RadioString recordingNamed(const std::string& argument, const std::map<std::string, std::string>& more) {
     try {
-        const RadioString radio = RadioString::parse("replay:" + argument);
+        RadioString radio = RadioString::parse("replay:" + argument);
         if (radio.options.count("speed") != 0) throw UsageError(argument + ": speed has no meaning here");
-        const auto options = replay::RecordingOptions::parse(radio);
-        file.path = radio.argument;
-        file.input.name = argument;
-        file.input.registry = std::move(registry);
+        for (const auto& [name, value] : more) radio.options[name] = value;
+        replay::RecordingOptions::parse(radio);
+        return radio;
+    } catch (const std::invalid_argument& error) {
+        throw UsageError(error.what());
+    }
+}
+
+PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const Settings> registry) {
+    const RadioString radio = recordingNamed(argument);
+    const auto options = replay::RecordingOptions::parse(radio);
+    PlaybackFile file;
+    file.path = radio.argument;
+    file.input.name = argument;
+    file.input.registry = std::move(registry);
+    try {
         if (isJSONLines(file.path)) {
             readScenario(file, options);
         } else {
             readCapture(file, options);
         }
-    } catch (const std::exception& error) {
-        throw UsageError(error.what());
+    } catch (const lines::InputError& error) {
+        throw lines::InputError(error.what() + whatItIs(file.path));
     }
     return file;
 }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "lab/Playback.h"
+#include "platform/radio/RadioString.h"
 
+#include <map>
 #include <memory>
 #include <string>
 
@@ -15,10 +17,18 @@ struct PlaybackFile {
     std::string damage;  ///< why the file could be read only in part; empty when it was read whole
 };
 
-/// Reads a recording of any kind, or a scenario, whole.
+/// The radio string of a recording that is named without its kind, as an argument of the command line.
 /// @param argument a path, which options may follow as in `replay:`: "shop.pcapng?as=dongles"; see `RecordingOptions`
+/// @param more     options that go before those
+/// @throws UsageError for options that are wrong
+RadioString recordingNamed(const std::string& argument, const std::map<std::string, std::string>& more = {});
+
+/// Reads a recording of any kind, or a scenario, whole.
+/// @param argument as that of `recordingNamed`
 /// @param registry as `PlaybackInput::registry`
-/// @throws UsageError naming the file and what is wrong where
+/// @throws UsageError for options that are wrong
+/// @throws lines::InputError naming the file, when a line of JSON Lines is wrong
+/// @throws std::system_error, replay::NoRecording naming the file that cannot be read, or is no recording
 PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const Settings> registry = nullptr);
 
 }  // namespace nearcast::cli

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/SettingsFile.h"
 
-#include "common/UsageError.h"
+#include "lines/TextReader.h"
 #include "platform/json/JSONSerialization.h"
 #include "settings/SavedSettings.h"
 #include "support/Printable.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
+#include <system_error>
 #include <utility>
 
 namespace nearcast::cli {
@@ -19,14 +19,15 @@ constexpr std::size_t largestFile = std::size_t{256} << 20;
 
 std::string contentOf(const std::string& path) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (file == nullptr) throw UsageError(path + ": cannot be opened: " + std::strerror(errno));
+    if (file == nullptr) throw std::system_error(errno, std::generic_category(), path + ": cannot be opened");
     std::string content;
     std::string chunk(std::size_t{1} << 16, '\0');
     while (const std::size_t got = std::fread(chunk.data(), 1, chunk.size(), file.get())) {
         content.append(chunk, 0, got);
-        if (content.size() > largestFile) throw UsageError(path + ": is larger than 256 MiB");
+        if (content.size() > largestFile) throw lines::InputError(path + ": is larger than 256 MiB");
     }
-    if (std::ferror(file.get()) != 0) throw UsageError(path + ": cannot be read: " + std::strerror(errno));
+    if (std::ferror(file.get()) != 0)
+        throw std::system_error(errno, std::generic_category(), path + ": cannot be read");
     return content;
 }
 
@@ -51,12 +52,12 @@ std::shared_ptr<const Settings> registryOfFile(const std::string& path) {
             return std::make_shared<const Settings>(*std::move(settings));
         }
     } catch (const std::invalid_argument& error) {
-        throw UsageError(path + ": " + error.what());
+        throw lines::InputError(path + ": " + error.what());
     }
     const auto parsed = JSONSerialization::parse(content);
     const auto* problem = std::get_if<JSONProblem>(&parsed);
-    throw UsageError(path + ": is not JSON, " +
-                     (problem != nullptr ? placeOf(content, problem->offset) + ": " + problem->text : ""));
+    throw lines::InputError(path + ": is not JSON, " +
+                            (problem != nullptr ? placeOf(content, problem->offset) + ": " + problem->text : ""));
 }
 
 std::string settingsFileOf(const Settings& registry) {

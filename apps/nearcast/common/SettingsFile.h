@@ -9,7 +9,8 @@
 namespace nearcast::cli {
 
 /// The registry that a file holds. The file is only read.
-/// @throws UsageError when it is missing or broken, naming the file and what is wrong where
+/// @throws lines::InputError when it is broken, naming the file and what is wrong where
+/// @throws std::system_error naming the file when it cannot be opened or read
 std::shared_ptr<const Settings> registryOfFile(const std::string& path);
 
 /// A registry as the content of such a file.

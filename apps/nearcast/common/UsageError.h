@@ -5,17 +5,21 @@
 
 namespace nearcast::cli {
 
-/// How a command ends. `doctor` has statuses of its own: see `Verdict`.
+/// How a command ends: the same for all of them.
 enum ExitStatus : int {
     exitGood = 0,
-    exitFailed = 1,  ///< what was asked for could not be done, or only in part
-    exitUsage = 2,   ///< the command line, or a file given to it, is wrong
+    exitFailed = 1,   ///< it could not be done, or only in part: a radio, a file of the system's, a damaged recording
+    exitUsage = 2,    ///< wrong use, or a scenario, scene, truth or settings file that says something wrong
+    exitWanting = 3,  ///< it was done, and what it looked at was found wanting
 };
 
-/// The command line is wrong, or a file that it names; the message says which and how. It ends the command with
-/// `exitUsage`, as every `std::invalid_argument` does: the library throws those for what its user gave it, such as a
-/// radio string or a setting. Any other exception says that something could not be done and ends with `exitFailed`.
-/// A command lets both through to `runCommandLine`, which says the message.
+/// The command line is wrong; the message says what of it and how. It ends the command with `exitUsage` and a word on
+/// where its help is.
+///
+/// Any other `std::invalid_argument` says that a file holds something wrong (`lines::InputError`,
+/// `simulator::SceneError`) and ends with `exitUsage` too. All that is no `std::invalid_argument` says that something
+/// could not be done and ends with `exitFailed`; so does a file that cannot be opened or read (`std::system_error`).
+/// A command lets them all through to `runCommandLine`, which says the message.
 class UsageError : public std::invalid_argument {
 public:
     using std::invalid_argument::invalid_argument;

@@ -62,6 +62,15 @@ std::string_view levelName(Level level) {
     return "fault";
 }
 
+std::string_view verdictName(Verdict verdict) {
+    switch (verdict) {
+        case Verdict::well: return "well";
+        case Verdict::remarks: return "remarks";
+        case Verdict::noScan: break;
+    }
+    return "noScan";
+}
+
 double rounded(double value) { return std::round(value * 1000) / 1000; }
 
 JSON asJSON(const CheckedFinding& finding) {
@@ -97,10 +106,10 @@ JSON asJSON(const Hearing& hearing, const RadioHealth& health) {
 }  // namespace
 
 Verdict Diagnosis::verdict() const {
-    if (!hearing || !scanWorks(*hearing, health)) return verdictNoScan;
+    if (!hearing || !scanWorks(*hearing, health)) return Verdict::noScan;
     const bool remarks = std::any_of(findings.begin(), findings.end(),
                                      [](const CheckedFinding& one) { return one.finding.level >= Level::remark; });
-    return remarks ? verdictRemarks : verdictWell;
+    return remarks ? Verdict::remarks : Verdict::well;
 }
 
 std::string findingInColumns(const CheckedFinding& finding) {
@@ -119,15 +128,17 @@ std::string hearingInColumns(const Hearing& hearing) {
 
 std::string verdictInWords(Verdict verdict) {
     switch (verdict) {
-        case verdictWell: return "The scan works.";
-        case verdictRemarks: return "The scan works; see the remarks.";
-        case verdictNoScan: break;
+        case Verdict::well: return "The scan works.";
+        case Verdict::remarks: return "The scan works; see the remarks.";
+        case Verdict::noScan: break;
     }
     return "There is no working scan.";
 }
 
 std::string diagnosisAsJSON(const Diagnosis& diagnosis) {
-    JSON result = {{"radio", diagnosis.radio}, {"status", static_cast<int>(diagnosis.verdict())}};
+    const Verdict verdict = diagnosis.verdict();
+    JSON result = {
+        {"radio", diagnosis.radio}, {"status", static_cast<int>(statusOf(verdict))}, {"verdict", verdictName(verdict)}};
     result["findings"] = JSON::array();
     for (const CheckedFinding& finding : diagnosis.findings) result["findings"].push_back(asJSON(finding));
     result["scan"] = diagnosis.hearing ? asJSON(*diagnosis.hearing, diagnosis.health) : JSON();

@@ -3,21 +3,26 @@
 
 #include <nearcast/RadioHealth.h>
 
+#include "common/UsageError.h"
 #include "doctor/Checks.h"
 #include "doctor/Hearing.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace nearcast::cli {
 
-/// The result of `doctor`, which is its exit status.
-enum Verdict : int {
-    verdictWell = 0,
-    verdictRemarks = 1,  ///< it works, but something could be better
-    verdictNoScan = 2,   ///< there is no working scan
+/// The result of `doctor`.
+enum class Verdict : std::uint8_t {
+    well,
+    remarks,  ///< it works, but something could be better
+    noScan,   ///< there is no working scan
 };
+
+/// Both remarks and the want of a scan are something for the user to do.
+inline ExitStatus statusOf(Verdict verdict) { return verdict == Verdict::well ? exitGood : exitWanting; }
 
 /// Everything that `doctor` has found.
 struct Diagnosis {

@@ -4,11 +4,13 @@
 #include "common/Interruption.h"
 #include "common/Listening.h"
 #include "common/OwnInput.h"
+#include "common/RadioOption.h"
 #include "common/Words.h"
 #include "doctor/Checks.h"
 #include "doctor/Diagnosis.h"
 #include "doctor/Hearing.h"
 #include "doctor/ScanFindings.h"
+#include "help/HelpText.h"
 #include "machine/Facts.h"
 #include "machine/LinuxMachine.h"
 
@@ -54,7 +56,8 @@ public:
         } else {
             say("\n" + verdictInWords(diagnosis_.verdict()) + "\n");
         }
-        return diagnosis_.verdict();
+        const bool broken = diagnosis_.hearing && !listening.failure().empty();  // as the console has said
+        return broken ? exitFailed : statusOf(diagnosis_.verdict());
     }
 
 private:
@@ -66,9 +69,8 @@ private:
     void scan(Listening& listening) {
         try {
             listening.open(arguments_.radio, [](std::string_view line) { complain("doctor", line, exitGood); });
-        } catch (const std::invalid_argument&) {
-            throw;  // the command line is wrong, not the machine
         } catch (const std::exception& error) {
+            if (!fileOfRadio(arguments_.radio).empty()) throw;  // the file is wrong, not the machine
             return add({"scan", {Level::fault, std::string("the radio cannot be opened: ") + error.what(), ""}});
         }
         listen(listening);
@@ -101,14 +103,8 @@ private:
 int doctor(const DoctorArguments& arguments) {
     Listening listening;
     const Interruption interruption([&] { listening.interrupt(); });
-    try {
-        refuseOwnInput("", {fileOfRadio(arguments.radio)});
-        return Doctor(arguments).run(listening);
-    } catch (const OutputError&) {
-        throw;  // nobody will read what was found
-    } catch (const std::exception& error) {
-        return complain("doctor", error.what(), exitUsage);  // in any case: 1 would say that the scan works
-    }
+    refuseOwnInput("", {fileOfRadio(arguments.radio)});
+    return Doctor(arguments).run(listening);
 }
 
 }  // namespace
@@ -116,16 +112,16 @@ int doctor(const DoctorArguments& arguments) {
 void addDoctor(CLI::App& application, Action& chosen) {
     auto* command = application.add_subcommand("doctor", "Find out what stands between you and a working scan");
     auto arguments = std::make_shared<DoctorArguments>();
-    command->add_option("--radio", arguments->radio, "The radio to listen with")
-        ->type_name("RADIO")
-        ->capture_default_str();
+    addRadioOption(*command, arguments->radio);
     command->add_option("--for", arguments->forSeconds, "Listen for so many seconds")
         ->type_name("SECONDS")
         ->capture_default_str()
         ->check(problemWithSeconds);
     command->add_flag("--json", arguments->json, "Print one JSON object");
-    command->footer(
-        "Exit status: 0 the scan works; 1 it works, with remarks, or the findings cannot be written; 2 there is no "
+    setExamples(
+        *command,
+        {"nearcast doctor", "nearcast doctor --radio hci:0 --for 30", "nearcast doctor --radio 'simulator?speed=max'"},
+        "It ends with 0 where the scan works, and with 3 where something is worth mending or there is no "
         "working scan.");
     command->callback([arguments, &chosen] { chosen = [arguments] { return doctor(*arguments); }; });
 }

@@ -5,9 +5,11 @@
 #include "common/OwnInput.h"
 #include "common/PlaybackFile.h"
 #include "common/SettingsFile.h"
+#include "common/UsageError.h"
 #include "evaluate/Advice.h"
 #include "evaluate/Evaluation.h"
 #include "evaluate/EvaluationOutput.h"
+#include "help/HelpText.h"
 #include "lab/Rule.h"
 #include "web/Page.h"
 
@@ -56,13 +58,13 @@ std::vector<std::string> rulesOf(const EvaluateArguments& arguments) {
     }
     for (const std::string& name : arguments.rules) {
         if (lab::findRule(name) != nullptr) continue;
-        throw std::invalid_argument("there is no rule '" + name + "' (known: " + known + ")");
+        throw UsageError("there is no rule '" + name + "' (known: " + known + ")");
     }
     return arguments.rules.empty() ? all : arguments.rules;
 }
 
 std::vector<SettingSweep> sweepsOf(const EvaluateArguments& arguments) {
-    if (arguments.sweeps.size() > 2) throw std::invalid_argument("two settings at most are swept at a time");
+    if (arguments.sweeps.size() > 2) throw UsageError("two settings at most are swept at a time");
     std::vector<SettingSweep> sweeps;
     std::size_t points = 1;
     for (const std::string& argument : arguments.sweeps) {
@@ -70,10 +72,10 @@ std::vector<SettingSweep> sweepsOf(const EvaluateArguments& arguments) {
         points *= sweeps.back().values.size();
     }
     if (sweeps.size() == 2 && sweeps[0].setting == sweeps[1].setting) {
-        throw std::invalid_argument("'" + std::string(sweeps[0].setting->name) + "' is swept twice");
+        throw UsageError("'" + std::string(sweeps[0].setting->name) + "' is swept twice");
     }
     if (points > mostPoints) {
-        throw std::invalid_argument("the sweeps have more than " + std::to_string(mostPoints) + " values together");
+        throw UsageError("the sweeps have more than " + std::to_string(mostPoints) + " values together");
     }
     return sweeps;
 }
@@ -146,7 +148,7 @@ int adviseThresholds(const EvaluateArguments& arguments) {
 
 int evaluate(const EvaluateArguments& arguments) {
     if (arguments.listRules) return listRules();
-    if (arguments.recordings.empty()) throw UsageError("a RECORDING is needed");
+    if (arguments.recordings.empty()) throw UsageError("a RECORDING is needed, as in 'nearcast evaluate walk.jsonl'");
     return arguments.advise ? adviseThresholds(arguments) : evaluateRules(arguments);
 }
 
@@ -189,6 +191,9 @@ void addEvaluate(CLI::App& application, Action& chosen) {
         ->needs(settings);
     command->add_flag("--json", arguments->json, "Print one JSON object");
     command->add_flag("--list-rules", arguments->listRules, "Print the rules and what they do");
+    setExamples(*command, {"nearcast evaluate walk.jsonl --truth walk.truth.jsonl",
+                           "nearcast evaluate walk.jsonl --sweep patience=0..12:13 --html patience.html",
+                           "nearcast evaluate --advise stays.jsonl --settings devices.json --write devices.json"});
     command->callback([arguments, &chosen] { chosen = [arguments] { return evaluate(*arguments); }; });
 }
 

@@ -2,6 +2,7 @@
 #include "evaluate/Evaluation.h"
 
 #include "common/PlaybackFile.h"
+#include "common/UsageError.h"
 #include "lab/Rule.h"
 #include "lines/LineReader.h"
 #include "lines/Truth.h"
@@ -17,8 +18,8 @@ namespace {
 lines::Truth truthOf(JudgedRecording& recording, const std::string* named) {
     recording.truthPath = named != nullptr ? *named : truthPathFor(recording.path);
     if (named == nullptr && !std::filesystem::exists(recording.truthPath)) {
-        throw std::invalid_argument(recording.path + ": where its user stood is not known: there is no " +
-                                    recording.truthPath + "; name another file with --truth");
+        throw UsageError(recording.path + ": where its user stood is not known: there is no " + recording.truthPath +
+                         "; name another file with --truth");
     }
     return lines::readTruth(recording.truthPath);
 }
@@ -62,8 +63,8 @@ std::string truthPathFor(const std::string& recordingPath) {
 std::vector<JudgedRecording> playAll(const std::vector<std::string>& recordings, const std::vector<std::string>& truths,
                                      const std::shared_ptr<const Settings>& registry) {
     if (!truths.empty() && truths.size() != recordings.size()) {
-        throw std::invalid_argument(std::to_string(recordings.size()) + " recordings, but " +
-                                    std::to_string(truths.size()) + " truth files: one for each is needed");
+        throw UsageError(std::to_string(recordings.size()) + " recordings, but " + std::to_string(truths.size()) +
+                         " truth files: one for each is needed");
     }
     std::vector<JudgedRecording> played;
     for (std::size_t place = 0; place < recordings.size(); ++place) {

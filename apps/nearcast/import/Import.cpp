@@ -2,9 +2,12 @@
 #include "Command.h"
 #include "common/AtomicFile.h"
 #include "common/OwnInput.h"
+#include "common/PlaybackFile.h"
+#include "help/HelpText.h"
 #include "platform/replay/JsonLines.h"
 
 #include <CLI/CLI.hpp>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -23,11 +26,10 @@ struct ImportArguments {
 
 /// The capture with its options, also those given as options of the command line.
 RadioString captureOf(const ImportArguments& arguments) {
-    RadioString capture = RadioString::parse("replay:" + arguments.capture);
-    if (capture.options.count("speed") != 0) throw UsageError("speed has no meaning for an import");
-    if (!arguments.services.empty()) capture.options["services"] = arguments.services;
-    if (!arguments.as.empty()) capture.options["as"] = arguments.as;
-    return capture;
+    std::map<std::string, std::string> given;
+    if (!arguments.services.empty()) given["services"] = arguments.services;
+    if (!arguments.as.empty()) given["as"] = arguments.as;
+    return recordingNamed(arguments.capture, given);
 }
 
 replay::ImportResult importTo(const RadioString& capture, const std::string& output) {
@@ -83,6 +85,8 @@ void addImport(CLI::App& application, Action& chosen) {
             "-o,--output", arguments->output,
             "File to write once the capture is read, of a damaged one up to the damage; standard output if absent")
         ->type_name("FILE");
+    setExamples(*command, {"nearcast import shop.pcapng -o shop.jsonl",
+                           "nearcast import phone.btsnoop --as dongles --services any -o phone.jsonl"});
     command->callback([arguments, &chosen] { chosen = [arguments] { return import(*arguments); }; });
 }
 

@@ -2,6 +2,7 @@
 #include "Command.h"
 #include "common/JSONText.h"
 #include "common/Words.h"
+#include "help/HelpText.h"
 #include "machine/LinuxMachine.h"
 #include "radios/RadioList.h"
 
@@ -57,6 +58,7 @@ void addRadios(CLI::App& application, Action& chosen) {
         application.add_subcommand("radios", "List the radios that can be opened here, and why others cannot");
     auto arguments = std::make_shared<RadiosArguments>();
     command->add_flag("--json", arguments->json, "Print a JSON array");
+    setExamples(*command, {"nearcast radios", "nearcast radios --json"});
     command->callback([arguments, &chosen] { chosen = [arguments] { return radios(*arguments); }; });
 }
 

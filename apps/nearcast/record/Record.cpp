@@ -4,7 +4,9 @@
 #include "common/Interruption.h"
 #include "common/Listening.h"
 #include "common/OwnInput.h"
+#include "common/RadioOption.h"
 #include "common/Words.h"
+#include "help/HelpText.h"
 #include "record/RecordSession.h"
 
 #include <CLI/CLI.hpp>
@@ -57,7 +59,7 @@ int tell(const Listening& listening, RecordSession& session, const RecordArgumen
     if (session.reports() == 0 && listening.health().state != CBManagerStatePoweredOn) {
         throw std::runtime_error("nothing was heard: the radio is " + stateInWords(listening.health()));
     }
-    if (!listening.failure().empty()) throw std::runtime_error(listening.failure());
+    if (!listening.failure().empty()) return exitFailed;  // as the console has said
     if (isStandardOutput(arguments.output)) return exitGood;
     const std::string count = std::to_string(session.reports()) + " reports written to ";
     return complain("record", count + arguments.output, exitGood);
@@ -89,9 +91,7 @@ int record(const RecordArguments& arguments) {
 void addRecord(CLI::App& application, Action& chosen) {
     auto* command = application.add_subcommand("record", "Write down all that a radio hears, to be played again");
     auto arguments = std::make_shared<RecordArguments>();
-    command->add_option("--radio", arguments->radio, "The radio to listen with")
-        ->type_name("RADIO")
-        ->capture_default_str();
+    addRadioOption(*command, arguments->radio);
     command
         ->add_option(
             "-o,--output", arguments->output,
@@ -100,6 +100,8 @@ void addRecord(CLI::App& application, Action& chosen) {
     command->add_option("--for", arguments->forSeconds, "End after so many seconds of the radio's time")
         ->type_name("SECONDS")
         ->check(problemWithSeconds);
+    setExamples(*command, {"nearcast record --for 600 -o shop.jsonl",
+                           "nearcast record --radio 'simulator?speed=max' --for 600 -o walk.btsnoop"});
     command->callback([arguments, &chosen] { chosen = [arguments] { return record(*arguments); }; });
 }
 

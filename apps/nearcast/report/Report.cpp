@@ -6,6 +6,7 @@
 #include "common/OwnInput.h"
 #include "common/PlaybackFile.h"
 #include "common/SettingsFile.h"
+#include "help/HelpText.h"
 #include "lines/Truth.h"
 #include "report/ReportData.h"
 #include "web/Page.h"
@@ -91,6 +92,8 @@ void addReport(CLI::App& application, Action& chosen) {
         ->type_name("FILE");
     command->add_option("--title", arguments->title, "The page's title; the recording's name if absent")
         ->type_name("TEXT");
+    setExamples(*command, {"nearcast report shop.jsonl -o shop.html",
+                           "nearcast report 'phone.btsnoop?as=dongles' --set patience=3 -o phone.html"});
     command->callback([arguments, &chosen] { chosen = [arguments] { return report(*arguments); }; });
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
+#include "common/FileKind.h"
 #include "common/OwnInput.h"
+#include "help/HelpText.h"
 #include "lab/Runner.h"
 #include "lines/TextReader.h"
 
@@ -8,6 +10,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace nearcast::cli {
@@ -19,12 +22,26 @@ struct RunArguments {
     lab::RunOptions options;
 };
 
+constexpr const char* nothingShown =
+    "nothing was shown: a scenario sets a delegate and starts a scan; a recording alone is for 'nearcast watch --radio "
+    "replay:FILE'";
+
 int run(const RunArguments& arguments) {
     std::vector<std::string> inputs = arguments.files;
     std::replace(inputs.begin(), inputs.end(), std::string("-"), std::string("/dev/stdin"));
     refuseOwnInput("", inputs);
-    lab::run(arguments.files, arguments.options, writeOut);
+    // Shared with what the manager is watched by, which lives as long as the process.
+    const auto shown = std::make_shared<bool>(false);
+    try {
+        lab::run(arguments.files, arguments.options, [shown](std::string_view text) {
+            *shown = *shown || !text.empty();
+            writeOut(text);
+        });
+    } catch (const lines::InputError& error) {
+        throw lines::InputError(error.what() + (arguments.files.size() == 1 ? whatItIs(arguments.files[0]) : ""));
+    }
     finishOut();
+    if (!*shown) complain("run", nothingShown, exitGood);
     return exitGood;
 }
 
@@ -38,6 +55,7 @@ void addRun(CLI::App& application, Action& chosen) {
         ->required();
     command->add_flag("--trace", arguments->options.trace, "Print the trace records too");
     command->add_flag("--locks", arguments->options.locks, "Print the taking and releasing of the four locks too");
+    setExamples(*command, {"nearcast run scenario.jsonl", "nearcast run setup.jsonl shop.jsonl --trace"});
     command->callback([arguments, &chosen] { chosen = [arguments] { return run(*arguments); }; });
 }
 

@@ -4,6 +4,7 @@
 #include "common/OwnInput.h"
 #include "common/SettingsFile.h"
 #include "common/Words.h"
+#include "help/HelpText.h"
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorOptions.h"
 #include "platform/simulator/Walk.h"
@@ -60,11 +61,7 @@ void writeTruth(const simulator::Scene& scene, std::optional<double> seconds) {
 simulator::Scene sceneOf(const std::string& file) {
     simulator::SimulatorOptions options;
     options.sceneFile = file;
-    try {
-        return options.scene();
-    } catch (const simulator::SceneError& error) {
-        throw UsageError(error.what());
-    }
+    return options.scene();
 }
 
 int printScene(const SceneArguments& arguments) {
@@ -99,6 +96,8 @@ void addScene(CLI::App& application, Action& chosen) {
         ->type_name("SECONDS")
         ->check(problemWithSeconds)
         ->needs(truth);
+    setExamples(*command, {"nearcast scene --settings > devices.json",
+                           "nearcast scene kiosk.json --truth --for 600 > kiosk.truth.jsonl"});
     command->callback([arguments, &chosen] { chosen = [arguments] { return printScene(*arguments); }; });
 }
 

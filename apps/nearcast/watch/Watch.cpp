@@ -3,7 +3,9 @@
 #include "common/Arguments.h"
 #include "common/Interruption.h"
 #include "common/OwnInput.h"
+#include "common/RadioOption.h"
 #include "common/SettingsFile.h"
+#include "help/HelpText.h"
 #include "platform/factory/PlatformFactory.h"
 #include "watch/WatchSession.h"
 
@@ -87,9 +89,7 @@ int watch(const WatchArguments& arguments) {
 void addWatch(CLI::App& application, Action& chosen) {
     auto* command = application.add_subcommand("watch", "Show which devices are near, and which have fallen silent");
     auto arguments = std::make_shared<WatchArguments>();
-    command->add_option("--radio", arguments->radio, "The radio to listen with")
-        ->type_name("RADIO")
-        ->capture_default_str();
+    addRadioOption(*command, arguments->radio);
     command
         ->add_option("--settings", arguments->settings,
                      "Registered devices, as the manager saves them; without it every dongle shows by its address")
@@ -98,6 +98,8 @@ void addWatch(CLI::App& application, Action& chosen) {
         ->type_name("SECONDS")
         ->check(problemWithSeconds);
     command->add_flag("--json", arguments->json, "Print JSON Lines");
+    setExamples(*command, {"nearcast watch --radio simulator",
+                           "nearcast watch --radio replay:shop.jsonl --settings devices.json --json"});
     command->callback([arguments, &chosen] { chosen = [arguments] { return watch(*arguments); }; });
 }
 

@@ -31,7 +31,7 @@ bool isAdapter(std::string_view argument) {
     return !number.empty() && number.size() <= 5 && number.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-constexpr Kind kinds[] = {
+constexpr Kind allKinds[] = {
     {"auto", Argument::none, "", {}},
     {"bluez", Argument::optional, "an adapter, as in bluez:hci0", {}, isAdapter},
     {"none", Argument::none, "", {}},
@@ -46,10 +46,10 @@ constexpr Kind kinds[] = {
 
 const Kind& findKind(std::string_view text, std::string_view name) {
     const auto* const found =
-        std::find_if(std::begin(kinds), std::end(kinds), [&](const Kind& kind) { return kind.name == name; });
-    if (found != std::end(kinds)) return *found;
+        std::find_if(std::begin(allKinds), std::end(allKinds), [&](const Kind& kind) { return kind.name == name; });
+    if (found != std::end(allKinds)) return *found;
     std::string known;
-    for (const Kind& kind : kinds) known.append(known.empty() ? "" : ", ").append(kind.name);
+    for (const Kind& kind : allKinds) known.append(known.empty() ? "" : ", ").append(kind.name);
     refuse(text, "there is no radio '" + std::string(name) + "' (known: " + known + ")");
 }
 
@@ -85,6 +85,8 @@ RadioString RadioString::parse(std::string_view text) {
     if (colon != std::string_view::npos) result.argument = body.substr(colon + 1);
     const Kind& kind = findKind(text, result.kind);
     checkArgument(result, kind);
+    // Not the same as without the colon: what was to stand there, a variable of a shell perhaps, was empty.
+    if (colon != std::string_view::npos && result.argument.empty()) refuse(text, "nothing follows the colon");
     if (question == std::string_view::npos) return result;
     std::string_view rest = text.substr(question + 1);
     while (true) {
@@ -93,6 +95,12 @@ RadioString RadioString::parse(std::string_view text) {
         if (end == std::string_view::npos) return result;
         rest.remove_prefix(end + 1);
     }
+}
+
+std::vector<std::string> RadioString::kinds() {
+    std::vector<std::string> names;
+    for (const Kind& kind : allKinds) names.emplace_back(kind.name);
+    return names;
 }
 
 std::string_view RadioString::option(std::string_view name, std::string_view otherwise) const {

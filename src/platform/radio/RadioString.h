@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nearcast {
 
@@ -18,6 +19,9 @@ struct RadioString {
     /// @throws std::invalid_argument for an unknown kind, an unknown or repeated option, a missing or a needless
     /// argument
     static RadioString parse(std::string_view text);
+
+    /// The kinds that there are.
+    static std::vector<std::string> kinds();
 
     /// An option's value, or `otherwise` where it is absent.
     [[nodiscard]] std::string_view option(std::string_view name, std::string_view otherwise) const;

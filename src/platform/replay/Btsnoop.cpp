@@ -8,7 +8,6 @@
 #include <charconv>
 #include <cstdint>
 #include <span>
-#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -36,8 +35,8 @@ PacketKind kindOfDatalink(std::uint32_t datalink, const std::string& name) {
         case 1002: return PacketKind::hciUART;
         case 2001: return PacketKind::monitorByFlags;
         default:
-            throw std::invalid_argument(name + ": btsnoop datalink " + std::to_string(datalink) +
-                                        " is not known (known: 1001, 1002, 2001)");
+            throw NoRecording(name + ": btsnoop datalink " + std::to_string(datalink) +
+                              " is not known (known: 1001, 1002, 2001)");
     }
 }
 
@@ -46,7 +45,7 @@ PacketKind readHeader(RecordingInput& input, const std::string& name) {
     header.skip(btsnoopMagic.size());
     const std::uint32_t version = header.u32();
     if (version != 1) {
-        throw std::invalid_argument(name + ": btsnoop version " + std::to_string(version) + " is not known (known: 1)");
+        throw NoRecording(name + ": btsnoop version " + std::to_string(version) + " is not known (known: 1)");
     }
     return kindOfDatalink(header.u32(), name);
 }

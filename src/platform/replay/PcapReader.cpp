@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <stdexcept>
 
 namespace nearcast::replay {
 
@@ -28,14 +27,14 @@ PacketKind readHeader(RecordingInput& input, PcapForm form, const std::string& n
     header.skip(4);
     const std::uint16_t major = header.u16();
     if (major != 2) {
-        throw std::invalid_argument(name + ": pcap version " + std::to_string(major) + " is not known (known: 2)");
+        throw NoRecording(name + ": pcap version " + std::to_string(major) + " is not known (known: 2)");
     }
     header.skip(2 + 4 + 4 + 4);  // minor version, two unused fields, the length at which packets were cut
     const auto linkType = static_cast<std::uint16_t>(header.u32());  // the upper half speaks of Ethernet checksums
     const PacketKind kind = packetKindOfLinkType(linkType);
     if (kind != PacketKind::unknown) return kind;
-    throw std::invalid_argument(name + ": link type " + std::to_string(linkType) +
-                                " is not known (known: 187, 201, 254, 256, 272)");
+    throw NoRecording(name + ": link type " + std::to_string(linkType) +
+                      " is not known (known: 187, 201, 254, 256, 272)");
 }
 
 }  // namespace

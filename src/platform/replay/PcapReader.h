@@ -4,6 +4,7 @@
 #include "platform/hciformat/ByteReader.h"
 #include "platform/replay/PacketSource.h"
 #include "platform/replay/RecordingInput.h"
+#include "platform/replay/RecordingReader.h"
 
 #include <optional>
 #include <span>

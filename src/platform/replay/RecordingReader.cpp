@@ -101,7 +101,7 @@ std::unique_ptr<RecordingReader> OwningReader::openFormat(const std::string& nam
     } else if (const auto form = pcapForm(bytes)) {
         packets = std::make_unique<PcapReader>(*input_, *form, name);
     } else {
-        throw std::invalid_argument(name + ": no recording (neither JSON Lines nor btsnoop, pcap or pcapng)");
+        throw NoRecording(name + ": no recording (neither JSON Lines nor btsnoop, pcap or pcapng)");
     }
     return std::make_unique<CaptureReader>(std::move(packets));
 }

@@ -51,6 +51,12 @@ private:
     std::uint64_t offset_;
 };
 
+/// A file that is no recording, or one of a kind that is not known. `what()` names it.
+class NoRecording : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 /// Reads a recording item by item, in bounded memory. Not for several threads at once.
 class RecordingReader {
 public:
@@ -66,7 +72,7 @@ using ByteSource = std::function<std::size_t(std::span<std::uint8_t> room)>;
 
 /// Opens a recording: JSON Lines, btsnoop, pcap or pcapng, told apart by their content.
 /// @throws std::system_error naming the file when it cannot be read
-/// @throws std::invalid_argument naming the file when it is of another format, or of an unknown version or link type
+/// @throws NoRecording naming the file when it is of another format, or of an unknown version or link type
 std::unique_ptr<RecordingReader> openRecording(const std::string& path);
 /// The same from any bytes.
 /// @param name what to call them in messages

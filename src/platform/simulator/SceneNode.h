@@ -16,9 +16,9 @@
 namespace nearcast::simulator {
 
 /// What is wrong with a scene: the file, the member's path, and what was expected of it.
-class SceneError : public std::runtime_error {
+class SceneError : public std::invalid_argument {
 public:
-    using std::runtime_error::runtime_error;
+    using std::invalid_argument::invalid_argument;
 };
 
 /// The numbers that a member may have.

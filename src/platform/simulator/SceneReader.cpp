@@ -5,10 +5,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
-#include <fstream>
+#include <cstdio>
 #include <map>
+#include <memory>
 #include <string>
+#include <system_error>
 #include <utility>
 
 namespace nearcast::simulator {
@@ -245,12 +246,12 @@ Scene readScene(std::string_view text, std::string_view name) {
 }
 
 Scene readSceneFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) refuseFile(path, std::string("cannot be opened: ") + std::strerror(errno));
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"), std::fclose);
+    if (!file) throw std::system_error(errno, std::generic_category(), path + ": cannot be opened");
     std::string text(largestFile + 1, '\0');
-    file.read(text.data(), static_cast<std::streamsize>(text.size()));
-    if (file.bad()) refuseFile(path, "cannot be read");
-    text.resize(static_cast<std::size_t>(file.gcount()));
+    text.resize(std::fread(text.data(), 1, text.size(), file.get()));
+    if (std::ferror(file.get()) != 0)
+        throw std::system_error(errno, std::generic_category(), path + ": cannot be read");
     if (text.size() > largestFile) refuseFile(path, "larger than 16 MiB");
     return readScene(text, path);
 }

@@ -22,7 +22,8 @@ Scene readScene(std::string_view text, std::string_view name);
 Scene sceneFrom(const SettingValue& value, std::string_view name);
 
 /// Reads a scene file of at most 16 MiB.
-/// @throws SceneError as above, and when the file cannot be read
+/// @throws SceneError as above
+/// @throws std::system_error naming the file when it cannot be opened or read
 Scene readSceneFile(const std::string& path);
 
 }  // namespace nearcast::simulator

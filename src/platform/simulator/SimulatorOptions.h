@@ -24,7 +24,8 @@ struct SimulatorOptions {
     static SimulatorOptions from(const RadioString& radio);
 
     /// The scene asked for, with the seed asked for.
-    /// @throws SceneError when the file cannot be read or is no scene
+    /// @throws SceneError when the file is no scene
+    /// @throws std::system_error when it cannot be opened or read
     [[nodiscard]] Scene scene() const;
 };
 

@@ -102,7 +102,7 @@ TEST(TextReader, OpensAllFilesBeforeItReadsAny) {
     const std::string good = folder.write("good", "one\n");
     TextReader reader(TextReader::openFiles({good, good}), 10);
     EXPECT_EQ(allOf(reader).size(), 2U);
-    EXPECT_THROW(TextReader::openFiles({good, folder.file("missing")}), InputError);
+    EXPECT_THROW(TextReader::openFiles({good, folder.file("missing")}), std::system_error);
 }
 
 }  // namespace

@@ -64,7 +64,7 @@ TEST_F(TruthTest, ALineHasSixtyFourKibibytesAtMost) {
     EXPECT_EQ(problemOf(line + std::string(65537 - line.size(), ' ') + "\n"), ": a line is longer than 64 KiB");
 }
 
-TEST_F(TruthTest, AFileThatIsMissingIsNamed) { EXPECT_THROW(readTruth("/nowhere/x"), InputError); }
+TEST_F(TruthTest, AFileThatIsMissingIsNamed) { EXPECT_THROW(readTruth("/nowhere/x"), std::system_error); }
 
 }  // namespace
 }  // namespace nearcast::lines

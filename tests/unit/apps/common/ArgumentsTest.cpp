@@ -76,9 +76,30 @@ TEST(SecondsArgument, IsANumberUpToAThousandMillions) {
 }
 
 TEST(SecondsArgument, IsRefusedInWordsWhereItIsAnythingElse) {
-    for (const char* text : {"", "soon", "1s", "-1", "nan", "inf", "1000000001"}) {
+    for (const char* text : {"soon", "1 ", "-1", "-1s", "nan", "inf", "1000000001", "5x", "1000000001s", "1e308h"}) {
         EXPECT_EQ(problemWithSeconds(text), "'" + std::string(text) + "' is no number of seconds from 0 to 1000000000");
     }
+}
+
+TEST(SecondsArgument, WithAUnitIsShownWithoutIt) {
+    const struct {
+        const char* given;
+        const char* meant;
+    } cases[] = {{"5s", "5"},    {"1.5m", "90"},   {"2min", "120"},
+                 {"1h", "3600"}, {"500ms", "0.5"}, {"100000min", "6000000"}};
+    for (const auto& one : cases) {
+        EXPECT_EQ(problemWithSeconds(one.given), "'" + std::string(one.given) +
+                                                     "' is no number of seconds from 0 to 1000000000; a time has no "
+                                                     "unit: " +
+                                                     one.meant);
+    }
+}
+
+TEST(SecondsArgument, ThatIsEmptyIsSaidToBeSo) { EXPECT_EQ(problemWithSeconds(""), "is empty"); }
+
+TEST(EmptyArgument, IsAProblemAndAnyOtherIsNone) {
+    EXPECT_EQ(problemWithEmpty(""), "is empty");
+    EXPECT_EQ(problemWithEmpty(" "), "");
 }
 
 }  // namespace

@@ -2,8 +2,11 @@
 #include "common/PlaybackFile.h"
 #include "common/UsageError.h"
 #include "doubles/TemporaryFolder.h"
+#include "platform/replay/RecordingReader.h"
 
 #include <gtest/gtest.h>
+
+#include <system_error>
 
 namespace nearcast::cli {
 namespace {
@@ -15,10 +18,11 @@ struct PlaybackFileTest : testing::Test {
     TemporaryFolder folder;
 
     std::string write(const std::string& content) { return folder.write("file", content); }
+    template <class Problem>
     std::string problemOf(const std::string& argument) {
         try {
             readPlaybackFile(argument);
-        } catch (const UsageError& error) {
+        } catch (const Problem& error) {
             return error.what();
         }
         return "";
@@ -48,22 +52,23 @@ TEST_F(PlaybackFileTest, LetsReportsOfOtherServicesPassWhereAsked) {
 
 TEST_F(PlaybackFileTest, NamesTheLineThatIsWrong) {
     const std::string path = write(advertise + "\n{\"do\":\"dance\"}\n");
-    EXPECT_EQ(problemOf(path), path + R"(:2: unknown "do": "dance")");
+    EXPECT_EQ(problemOf<lines::InputError>(path), path + R"(:2: unknown "do": "dance")");
 }
 
 TEST_F(PlaybackFileTest, NamesAFileThatIsMissing) {
-    EXPECT_EQ(problemOf("/nowhere/x"), "/nowhere/x: cannot be opened: No such file or directory");
+    EXPECT_EQ(problemOf<std::system_error>("/nowhere/x"), "/nowhere/x: cannot be opened: No such file or directory");
 }
 
 TEST_F(PlaybackFileTest, NamesAFileThatIsNoRecording) {
     const std::string path = write("PNG");
-    EXPECT_EQ(problemOf(path), path + ": no recording (neither JSON Lines nor btsnoop, pcap or pcapng)");
+    EXPECT_EQ(problemOf<replay::NoRecording>(path),
+              path + ": no recording (neither JSON Lines nor btsnoop, pcap or pcapng)");
 }
 
 TEST_F(PlaybackFileTest, RefusesOptionsThatMeanNothingHere) {
     const std::string path = write(advertise);
-    EXPECT_EQ(problemOf(path + "?speed=8"), path + "?speed=8: speed has no meaning here");
-    EXPECT_NE(problemOf(path + "?as=cows").find("option 'as' can be 'dongles' only"), std::string::npos);
+    EXPECT_EQ(problemOf<UsageError>(path + "?speed=8"), path + "?speed=8: speed has no meaning here");
+    EXPECT_NE(problemOf<UsageError>(path + "?as=cows").find("option 'as' can be 'dongles' only"), std::string::npos);
 }
 
 TEST_F(PlaybackFileTest, ACaptureThatIsCutIsReadUpToThere) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/SettingsFile.h"
-#include "common/UsageError.h"
 #include "doubles/TemporaryFolder.h"
+#include "lines/TextReader.h"
 
 #include <nearcast/Platform.h>
 
@@ -9,17 +9,19 @@
 
 #include <limits>
 #include <stdexcept>
+#include <system_error>
 
 namespace nearcast::cli {
 namespace {
 
 class SettingsFile : public testing::Test {
 protected:
+    template <class Problem = lines::InputError>
     static std::string refusal(const std::string& path) {
         try {
             registryOfFile(path);
             return "loaded";
-        } catch (const UsageError& error) {
+        } catch (const Problem& error) {
             return error.what();
         }
     }
@@ -53,11 +55,13 @@ TEST_F(SettingsFile, WhatJSONCannotExpressIsNotWritten) {
 }
 
 TEST_F(SettingsFile, ThatIsMissingIsNamed) {
-    EXPECT_EQ(refusal(folder_.file("none.json")),
+    EXPECT_EQ(refusal<std::system_error>(folder_.file("none.json")),
               folder_.file("none.json") + ": cannot be opened: No such file or directory");
 }
 
-TEST_F(SettingsFile, ThatIsAFolderIsNamed) { EXPECT_EQ(refusal("/"), "/: cannot be read: Is a directory"); }
+TEST_F(SettingsFile, ThatIsAFolderIsNamed) {
+    EXPECT_EQ(refusal<std::system_error>("/"), "/: cannot be read: Is a directory");
+}
 
 TEST_F(SettingsFile, ThatIsNoJSONIsNamedWithThePlace) {
     const std::string path = folder_.write("s.json", "{\n  \"a\": oops\n}");

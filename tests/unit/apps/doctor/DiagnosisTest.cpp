@@ -51,47 +51,47 @@ protected:
 };
 
 TEST_F(DiagnosisTest, AScanThatHearsItsDonglesIsWell) {
-    EXPECT_EQ(diagnosis().verdict(), verdictWell);
+    EXPECT_EQ(diagnosis().verdict(), Verdict::well);
     EXPECT_TRUE(finds(Level::good, "100 reports, 10.0 a second: 98 of 1 dongle, 2 of others"));
 }
 
 TEST_F(DiagnosisTest, ARadioThatIsNotOnIsNoScan) {
     health_.state = CBManagerStateUnauthorized;
     health_.why = "the bus policy forbids it";
-    EXPECT_EQ(diagnosis().verdict(), verdictNoScan);
+    EXPECT_EQ(diagnosis().verdict(), Verdict::noScan);
     EXPECT_TRUE(finds(Level::fault, "unauthorized (the bus policy forbids it)"));
 }
 
 TEST_F(DiagnosisTest, ARadioThatHearsNothingIsNoScan) {
     hearing_ = Hearing();
     hearing_.seconds = 10;
-    EXPECT_EQ(diagnosis().verdict(), verdictNoScan);
+    EXPECT_EQ(diagnosis().verdict(), Verdict::noScan);
     EXPECT_TRUE(finds(Level::fault, "nothing at all was heard in 10.0 s"));
 }
 
 TEST_F(DiagnosisTest, ARadioThatCannotBeOpenedIsNoScan) {
     Diagnosis closed = diagnosis();
     closed.hearing.reset();
-    EXPECT_EQ(closed.verdict(), verdictNoScan);
+    EXPECT_EQ(closed.verdict(), Verdict::noScan);
 }
 
 TEST_F(DiagnosisTest, ARadioThatHearsNoDongleWorksWithARemark) {
     hearing_.dongles.clear();
-    EXPECT_EQ(diagnosis().verdict(), verdictRemarks);
+    EXPECT_EQ(diagnosis().verdict(), Verdict::remarks);
     EXPECT_TRUE(finds(Level::remark, "no dongle was heard"));
 }
 
 TEST_F(DiagnosisTest, ADongleIsRemarkedUponWhenItWasNotHeardForAsLongAsSilenceTakes) {
     dongle().longestGap = 4.999;
-    EXPECT_EQ(diagnosis().verdict(), verdictWell);
+    EXPECT_EQ(diagnosis().verdict(), Verdict::well);
     dongle().longestGap = 5;
-    EXPECT_EQ(diagnosis().verdict(), verdictRemarks);
+    EXPECT_EQ(diagnosis().verdict(), Verdict::remarks);
     EXPECT_TRUE(finds(Level::remark, "was not heard for 5.0 s"));
 }
 
 TEST_F(DiagnosisTest, ADongleThatNeverSaidItsAddressIsRemarkedUpon) {
     dongle().payloads = 0;
-    EXPECT_EQ(diagnosis().verdict(), verdictWell);  // its name says it
+    EXPECT_EQ(diagnosis().verdict(), Verdict::well);  // its name says it
     dongle().names = 0;
     EXPECT_TRUE(finds(Level::remark, "never said its address"));
 }
@@ -116,9 +116,19 @@ TEST_F(DiagnosisTest, RestartsAreRemarkedUpon) {
 TEST_F(DiagnosisTest, FaultsThatDoNotKeepTheScanFromWorkingAreRemarks) {
     Diagnosis one = diagnosis();
     one.findings.push_back({"rfkill", {Level::note, "", ""}});
-    EXPECT_EQ(one.verdict(), verdictWell);
+    EXPECT_EQ(one.verdict(), Verdict::well);
     one.findings.push_back({"rfkill", {Level::fault, "", ""}});
-    EXPECT_EQ(one.verdict(), verdictRemarks);
+    EXPECT_EQ(one.verdict(), Verdict::remarks);
+}
+
+TEST_F(DiagnosisTest, RemarksAndTheWantOfAScanAreFoundWanting) {
+    EXPECT_EQ(statusOf(Verdict::well), exitGood);
+    EXPECT_EQ(statusOf(Verdict::remarks), exitWanting);
+    EXPECT_EQ(statusOf(Verdict::noScan), exitWanting);
+    health_.restarts = 1;
+    const auto said = nlohmann::json::parse(diagnosisAsJSON(diagnosis()));
+    EXPECT_EQ(said["status"], 3);
+    EXPECT_EQ(said["verdict"], "remarks");
 }
 
 TEST_F(DiagnosisTest, FindingsStandInColumnsWithTheirAdviceBelow) {
@@ -140,6 +150,7 @@ TEST_F(DiagnosisTest, JSONSaysAll) {
     const auto said = nlohmann::json::parse(diagnosisAsJSON(diagnosis()));
     EXPECT_EQ(said["radio"], "bluez");
     EXPECT_EQ(said["status"], 0);
+    EXPECT_EQ(said["verdict"], "well");
     EXPECT_EQ(said["findings"][0]["level"], "good");
     EXPECT_EQ(said["scan"]["reports"], 100);
     EXPECT_EQ(said["scan"]["dongles"][0]["MACAddr"], "02:4E:43:00:00:01");
@@ -149,7 +160,8 @@ TEST_F(DiagnosisTest, JSONSaysAll) {
 
 TEST_F(DiagnosisTest, JSONOfARadioThatCannotBeOpenedHasNoScan) {
     const auto said = nlohmann::json::parse(diagnosisAsJSON({"hci:0", {}, std::nullopt, {}}));
-    EXPECT_EQ(said["status"], 2);
+    EXPECT_EQ(said["status"], 3);
+    EXPECT_EQ(said["verdict"], "noScan");
     EXPECT_TRUE(said["scan"].is_null());
 }
 

@@ -56,6 +56,13 @@ TEST(RadioString, AnUnknownKindIsRefusedWithTheKnownOnes) {
     }
 }
 
+TEST(RadioString, ThereAreNoKindsButThoseThatItNames) {
+    const auto kinds = RadioString::kinds();
+    EXPECT_EQ(kinds.size(), 6U);
+    for (const std::string& kind : kinds)
+        EXPECT_EQ(problemOf(kind).find("there is no radio"), std::string::npos) << kind;
+}
+
 TEST(RadioString, AMissingOrNeedlessArgumentIsRefused) {
     EXPECT_NE(problemOf("replay"), "");
     EXPECT_NE(problemOf("replay:"), "");
@@ -63,6 +70,9 @@ TEST(RadioString, AMissingOrNeedlessArgumentIsRefused) {
     EXPECT_NE(problemOf("none:x"), "");
     EXPECT_NE(problemOf("auto:x"), "");
     EXPECT_EQ(problemOf("simulator"), "");
+    for (const char* text : {"simulator:", "simulator:?seed=1", "bluez:", "hci:", "none:", "auto:"}) {
+        EXPECT_NE(problemOf(text).find("nothing follows the colon"), std::string::npos) << text;
+    }
 }
 
 TEST(RadioString, AnUnknownOrRepeatedOptionIsRefusedByName) {

@@ -51,7 +51,7 @@ TEST(PcapReader, RefusesOtherVersionsAndLinkTypesByName) {
         try {
             openRecording(sourceOf(one.file), "test");
             ADD_FAILURE() << one.message;
-        } catch (const std::invalid_argument& error) {
+        } catch (const NoRecording& error) {
             EXPECT_STREQ(error.what(), one.message);
         }
     }

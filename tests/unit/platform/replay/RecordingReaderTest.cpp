@@ -117,7 +117,7 @@ TEST(RecordingReader, RefusesOtherFormats) {
         try {
             openRecording(sourceOf(octetsOf(text)), "some.file");
             ADD_FAILURE() << text;
-        } catch (const std::invalid_argument& error) {
+        } catch (const NoRecording& error) {
             EXPECT_STREQ(error.what(), "some.file: no recording (neither JSON Lines nor btsnoop, pcap or pcapng)");
         }
     }

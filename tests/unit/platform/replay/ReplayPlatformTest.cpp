@@ -82,7 +82,7 @@ TEST_F(ReplayPlatformTest, TellsDamageOnTheConsoleAndAsItsFailure) {
 TEST_F(ReplayPlatformTest, OpensTheRecordingBeforeTheRadio) {
     EXPECT_THROW(ReplayPlatform(console, JSON, nullptr, parse("replay:/nowhere/to/be.found")), std::system_error);
     std::ofstream(path) << "no recording";
-    EXPECT_THROW(ReplayPlatform(console, JSON, nullptr, parse("replay:" + path)), std::invalid_argument);
+    EXPECT_THROW(ReplayPlatform(console, JSON, nullptr, parse("replay:" + path)), NoRecording);
 }
 
 TEST_F(ReplayPlatformTest, PlaysItAgainToARadioThatIsOpenedAgain) {

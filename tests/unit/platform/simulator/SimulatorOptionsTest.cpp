@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <system_error>
 
 namespace nearcast::simulator {
 
@@ -44,7 +45,7 @@ TEST(SimulatorOptions, ReadTheirOptions) {
 TEST(SimulatorOptions, OpenASceneFile) {
     const SimulatorOptions options = optionsOf("simulator:/nowhere/shop.json?speed=max");
     EXPECT_EQ(options.sceneFile, "/nowhere/shop.json");
-    EXPECT_THROW(static_cast<void>(options.scene()), SceneError);
+    EXPECT_THROW(static_cast<void>(options.scene()), std::system_error);
 }
 
 TEST(SimulatorOptions, SayWhatIsWrongWithASeed) {
