@@ -33,6 +33,8 @@ TextReader::Input openFile(const std::string& path) {
             throw InputError(name + ": cannot be read: " + error.code().message());
         } catch (const PackedDamage& damage) {
             throw InputError(name + ": " + damage.what());
+        } catch (const std::invalid_argument& problem) {  // which names it
+            throw InputError(problem.what());
         }
     };
     return {std::move(name), std::move(source)};
