@@ -44,7 +44,7 @@ TEST_F(CommandLine, WithoutACommandIsWrong) { EXPECT_EQ(run({}).status, exitUsag
 
 TEST_F(CommandLine, AFileThatIsWrongIsNamedByTheCommandThatReadsIt) {
     const std::string path = folder_.write("file", "{");
-    expectRefusal(run({"report", folder_.file("none")}), exitUsage,
+    expectRefusal(run({"report", folder_.file("none")}), exitFailed,
                   "nearcast report: " + folder_.file("none") + ": cannot be opened: No such file or directory\n");
     EXPECT_EQ(run({"report", path}).status, exitUsage);
     EXPECT_EQ(run({"scene", path}).status, exitUsage);
