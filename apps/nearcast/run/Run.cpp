@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
 #include "common/OwnInput.h"
+#include "common/PlaybackLines.h"
 #include "lab/Runner.h"
-#include "lines/TextReader.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -20,11 +20,12 @@ struct RunArguments {
 };
 
 int run(const RunArguments& arguments) {
-    std::vector<std::string> inputs = arguments.files;
-    std::replace(inputs.begin(), inputs.end(), std::string("-"), std::string("/dev/stdin"));
-    refuseOwnInput("", inputs);
-    lab::run(arguments.files, arguments.options, writeOut);
+    refuseOwnInput("", arguments.files);
+    refuseStandardInputTwice(arguments.files);
+    PlaybackLines lines(arguments.files);
+    lab::run(lines, arguments.options, writeOut);
     finishOut();
+    if (!lines.damage().empty()) throw std::runtime_error(lines.damage());
     return exitGood;
 }
 
@@ -34,7 +35,9 @@ void addRun(CLI::App& application, Action& chosen) {
     auto* command =
         application.add_subcommand("run", "Run a scenario on a virtual clock and print what the manager shows");
     auto arguments = std::make_shared<RunArguments>();
-    command->add_option("FILE", arguments->files, "Scenario files (JSON Lines), run as one; - is standard input")
+    command
+        ->add_option("FILE", arguments->files,
+                     "Scenarios (JSON Lines) and recordings of any kind, run as one; - is standard input")
         ->required();
     command->add_flag("--trace", arguments->options.trace, "Print the trace records too");
     command->add_flag("--locks", arguments->options.locks, "Print the taking and releasing of the four locks too");
