@@ -51,13 +51,17 @@ _nearcast() {
         --for) return ;;
         --services) COMPREPLY=(any) && return ;;
         --as) COMPREPLY=(dongles) && return ;;
+        --format)
+            mapfile -t COMPREPLY < <(compgen -W 'jsonl btsnoop pcapng jsonl.gz btsnoop.gz pcapng.gz' -- "$current")
+            return
+            ;;
         -o | --output) compopt -o default && return ;;
     esac
     case $command in
         watch) options='--radio --settings --for --json --help' ;;
-        record) options='--radio --for --output --help' ;;
+        record) options='--radio --for --output --format --help' ;;
         run) options='--trace --locks --help' ;;
-        import) options='--services --as --output --help' ;;
+        import) options='--services --as --output --format --help' ;;
         scene) options='--settings --truth --for --help' ;;
         evaluate) options='--truth --rule --settings --set --sweep --html --advise --write --json --list-rules --help' ;;
         report) options='--output --settings --set --truth --title --help' ;;
