@@ -12,7 +12,7 @@ _nearcast_radio() {
         simulator:* | replay:*)
             # bash splits words at colons, so only what follows the colon is completed.
             mapfile -t files < <(compgen -f -- "${word#*:}")
-            COMPREPLY=("${files[@]}")
+            COMPREPLY=("${files[@]//\?/\\?}")  # or it would begin the options
             compopt -o filenames
             ;;
         *)

@@ -212,12 +212,13 @@ void addEvaluate(CLI::App& application, Action& chosen) {
                               "Try values of a setting of the rule nearest; given twice: a grid");
     sweep->type_name("KEY=FROM..TO[:STEPS]");
     auto* html = command->add_option("--html", arguments->html, "Write charts and tables as a page too");
-    html->type_name("FILE");
+    html->type_name("FILE")->check(problemWithOutput);
     auto* advise = command->add_flag("--advise", arguments->advise,
                                      "Propose thresholds; the user stood at one device after another");
     advise->excludes(rule)->excludes(sweep)->excludes(html);
     command->add_option("--write", arguments->write, "Write the settings with the proposed thresholds in them")
         ->type_name("FILE")
+        ->check(problemWithOutput)
         ->needs(advise)
         ->needs(settings);
     command->add_flag("--json", arguments->json, "Print one JSON object");

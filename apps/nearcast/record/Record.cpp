@@ -12,10 +12,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace nearcast::cli {
 
@@ -41,10 +43,18 @@ RecordingOutput::Sink sinkFor(const RecordArguments& arguments) {
     return [file = std::make_shared<GrowingFile>(arguments.output)](std::string_view bytes) { file->write(bytes); };
 }
 
-std::unique_ptr<replay::RecordingWriter> writerInto(RecordingOutput& output) {
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return output.writer(std::chrono::duration_cast<std::chrono::microseconds>(now));
+std::chrono::microseconds today() {
+    return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch());
 }
+
+/// What is recorded, and where it goes. Shared with the radio's thread, which may use it until the radio is closed.
+struct Recorder {
+    Recorder(RecordingForm form, const RecordArguments& arguments, std::function<void()> broke)
+        : output(form, sinkFor(arguments), true), session(output.writer(today()), std::move(broke)) {}
+
+    RecordingOutput output;
+    RecordSession session;
+};
 
 std::string progressText(const Listening& listening, RecordSession& session, std::optional<double> forSeconds) {
     const std::string text = Tally{session.reports(), listening.now()}.text();
@@ -75,18 +85,16 @@ int tell(const Listening& listening, const Tally& tally, const RecordArguments& 
 
 int recordWith(Listening& listening, RecordingForm form, const RecordArguments& arguments) {
     listening.open(arguments.radio, [](std::string_view line) { complain("record", line, exitGood); });
-    RecordingOutput output(form, sinkFor(arguments), true);
-    // Shared with the radio's thread, which may use it until the radio is closed.
-    const auto session = std::make_shared<RecordSession>(writerInto(output), [&listening] { listening.interrupt(); });
-    session->begin(listening.health().state);
-    listening.begin({[session](const AdvertisingReport& report, auto at) { session->heard(report, at); },
-                     [session](const RadioHealth& health, auto at) { session->changed(health, at); }});
-    passTime(listening, *session, arguments);
+    const auto recorder = std::make_shared<Recorder>(form, arguments, [&listening] { listening.interrupt(); });
+    recorder->session.begin(listening.health().state);
+    listening.begin({[recorder](const AdvertisingReport& report, auto at) { recorder->session.heard(report, at); },
+                     [recorder](const RadioHealth& health, auto at) { recorder->session.changed(health, at); }});
+    passTime(listening, recorder->session, arguments);
     const auto at = listening.now();
     listening.end();
-    session->end(at);
-    output.finish();
-    return tell(listening, {session->reports(), at}, arguments);
+    recorder->session.end(at);
+    recorder->output.finish();
+    return tell(listening, {recorder->session.reports(), at}, arguments);
 }
 
 int record(const RecordArguments& arguments) {
