@@ -4,9 +4,11 @@
 import gzip
 import json
 import os
+import signal
 import struct
 import subprocess
 import threading
+import time
 
 from nearcast_program import DEADLINE, PROGRAM, ProgramTest, commands, main, nearcast
 
@@ -182,6 +184,38 @@ def packets_of(pcapng):
             assert interface == 0 and captured == original
             yield high << 32 | low, body[20:20 + captured]
         place += length
+
+
+class Interrupted(InputTest):
+    """A pipe that is read and stays silent."""
+
+    def test_a_command_that_waits_for_a_pipe_ends_at_the_first_signal(self):
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        for command in ("watch", "record"):
+            for content in (None, RECORDING, gzip.compress(RECORDING)[:-40]):
+                with self.subTest(command=command, content=content and content[:2]):
+                    words = [PROGRAM, command, "--radio", f"replay:{pipe}?speed=max"]
+                    with subprocess.Popen(words, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+                        writer = os.open(pipe, os.O_WRONLY) if content else None
+                        if content:
+                            os.write(writer, content)
+                            process.stdout.readline()  # of what has come so far
+                        else:
+                            self.await_signals(process)
+                        process.send_signal(signal.SIGINT)
+                        _, problems = process.communicate(timeout=DEADLINE)
+                        if writer is not None:
+                            os.close(writer)
+                    self.assertEqual(process.returncode, 0, problems)
+
+    def await_signals(self, process):
+        """Until it leaves the signal to who watches for it."""
+        mask, end = 0, time.monotonic() + DEADLINE
+        while not mask & 1 << (signal.SIGINT - 1):
+            self.assertLess(time.monotonic(), end)
+            with open(f"/proc/{process.pid}/status", encoding="ascii") as status:
+                mask = next(int(line.split()[1], 16) for line in status if line.startswith("SigBlk:"))
 
 
 class Output(InputTest):

@@ -22,6 +22,12 @@ std::string nameOfInput(const std::string& path);
 /// @throws std::system_error naming the file; so does the source
 ByteSource openInput(const std::string& path);
 
+/// Ends all pipes and devices that are read, also where somebody waits for them, as if their writers had ended: a
+/// program that is to end does not wait for what may never come. From any thread; for good.
+void endInputs() noexcept;
+/// Whether that was called.
+bool inputsEnded() noexcept;
+
 /// Packed bytes that break off, or that cannot be unpacked; says which, without the file's name.
 class PackedDamage : public std::runtime_error {
 public:

@@ -117,7 +117,8 @@ std::size_t Unpacker::unpackSome(std::span<std::uint8_t> room) {
     } else if (result != Z_OK && result != Z_BUF_ERROR) {
         damaged(std::string("the gzip data are damaged: ") + (stream_.msg != nullptr ? stream_.msg : "no gzip"));
     } else if (count == 0 && begin_ == held_.size() && !readMore()) {
-        damaged("the gzip data end before their end");
+        ended_ = true;
+        if (!inputsEnded()) damaged("the gzip data end before their end");
     }
     return count;
 }

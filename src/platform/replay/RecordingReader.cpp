@@ -48,6 +48,10 @@ public:
         } catch (const std::system_error& error) {
             ended_ = true;
             throw RecordingDamage(input_->offset(), error.code().message());
+        } catch (const RecordingDamage&) {
+            ended_ = true;
+            if (inputsEnded()) return std::nullopt;  // it was cut because nobody waits for the rest
+            throw;
         } catch (...) {
             ended_ = true;
             throw;

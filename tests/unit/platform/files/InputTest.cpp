@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <thread>
 
 namespace nearcast {
 namespace {
@@ -53,6 +54,24 @@ TEST(Input, IsStandardInputForAHyphen) {
     EXPECT_EQ(take(openInput("-")), "more") << "it is not closed";
     EXPECT_EQ(nameOfInput("-"), "standard input");
     EXPECT_EQ(nameOfInput("./-"), "./-");
+}
+
+/// In a process of its own, for it is for good.
+TEST(Input, ThatSomebodyWaitsForEndsWithAllInputs) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("pipe");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const std::string file = folder.write("file", "bytes");
+    EXPECT_EXIT(
+        {
+            const ByteSource nobodyWrites = openInput(path);
+            std::thread ending(endInputs);
+            const bool ended = take(nobodyWrites).empty() && inputsEnded();
+            ending.join();
+            _exit(ended && take(openInput(file)) == "bytes" ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+    EXPECT_FALSE(inputsEnded());
 }
 
 TEST(Input, ThatIsMissingOrCannotBeReadIsNamed) {
