@@ -62,11 +62,13 @@ inline std::unique_ptr<Lines> imported(std::span<const std::uint8_t> bytes, cons
     return lines;
 }
 
-/// Writes what a recording holds as btsnoop, and checks that it can be read again, item by item.
-inline void checkWriting(std::span<const std::uint8_t> bytes) {
+using MakeWriter = std::unique_ptr<RecordingWriter> (*)(RecordingWriter::Out out, std::chrono::microseconds begin);
+
+/// Writes what a recording holds as a capture, and checks that it can be read again, item by item.
+inline void checkWriting(std::span<const std::uint8_t> bytes, MakeWriter make) {
     const auto reader = openRecording(sourceOf(bytes), "input");
     std::string written;
-    const auto writer = makeBtsnoopWriter([&](std::string_view some) { written += some; }, {});
+    const auto writer = make([&](std::string_view some) { written += some; }, {});
     std::vector<std::size_t> kinds;
     while (const auto item = reader->next()) {
         kinds.push_back(item->index());
@@ -92,7 +94,8 @@ inline void checkRecording(std::span<const std::uint8_t> bytes) {
         expect(again && !again->result.damage, "what was imported is a recording");
         if (lines->farthest > exactTimes) continue;
         expect(again->text == lines->text, "importing what was imported changes nothing");
-        if (!asDongles && !lines->result.damage) checkWriting(bytes);
+        if (asDongles || lines->result.damage) continue;
+        for (const MakeWriter make : {makeBtsnoopWriter, makePcapngWriter}) checkWriting(bytes, make);
     }
 }
 

@@ -18,10 +18,20 @@ namespace nearcast::fuzz {
 
 namespace {
 
+/// An argument as it is written, so that no question mark in it begins the options.
+std::string escaped(std::string_view argument) {
+    std::string text;
+    for (const char character : argument) {
+        if (character == '?' || character == '\\') text.push_back('\\');
+        text.push_back(character);
+    }
+    return text;
+}
+
 /// The text that has these parts.
 std::string joined(const RadioString& radio) {
     std::string text = radio.kind;
-    if (!radio.argument.empty()) text += ":" + radio.argument;
+    if (!radio.argument.empty()) text += ":" + escaped(radio.argument);
     char before = '?';
     for (const auto& [name, value] : radio.options) {
         text.append(1, std::exchange(before, '&')).append(name);

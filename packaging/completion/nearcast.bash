@@ -13,7 +13,7 @@ _nearcast_radio() {
         simulator:* | replay:*)
             # bash splits words at colons, so only what follows the colon is completed.
             mapfile -t files < <(compgen -f -- "${word#*:}")
-            COMPREPLY=("${files[@]}")
+            COMPREPLY=("${files[@]//\?/\\?}")  # or it would begin the options
             compopt -o filenames
             ;;
         *)
@@ -52,13 +52,17 @@ _nearcast() {
         --for) return ;;
         --services) COMPREPLY=(any) && return ;;
         --as) COMPREPLY=(dongles) && return ;;
+        --format)
+            mapfile -t COMPREPLY < <(compgen -W 'jsonl btsnoop pcapng jsonl.gz btsnoop.gz pcapng.gz' -- "$current")
+            return
+            ;;
         -o | --output) compopt -o default && return ;;
     esac
     case $command in
         watch) options='--radio --settings --for --json --help' ;;
-        record) options='--radio --for --output --help' ;;
+        record) options='--radio --for --output --format --help' ;;
         run) options='--trace --locks --help' ;;
-        import) options='--services --as --output --help' ;;
+        import) options='--services --as --output --format --help' ;;
         scene) options='--settings --truth --for --help' ;;
         evaluate) options='--truth --rule --settings --set --sweep --html --advise --write --json --list-rules --help' ;;
         report) options='--output --settings --set --truth --title --help' ;;

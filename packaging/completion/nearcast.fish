@@ -4,6 +4,7 @@
 set -l commands watch record run import scene evaluate report radios doctor
 set -l rules 'strongest-report maximum-7 trimmed-mean-20s exponential-0.1 kalman-quick kalman-calm median-7 strongest-raw nearest'
 set -l settings 'defaultThreshold= hysteresis= dwell= margin= patience= closeSignal= closeTime= contrast= anticipation= attack= decay= silence= staleFor='
+set -l formats 'jsonl btsnoop pcapng jsonl.gz btsnoop.gz pcapng.gz'
 function __nearcast_radios
     set -l typed (commandline -ct)
     if set -l kind (string match -r '^(?:simulator|replay):' -- $typed)
@@ -42,6 +43,7 @@ complete -c nearcast -n '__fish_seen_subcommand_from watch' -l json -d 'Print JS
 complete -c nearcast -n '__fish_seen_subcommand_from record' -l radio -x -a "$radios" -d 'The radio'
 complete -c nearcast -n '__fish_seen_subcommand_from record' -l for -x -d "Seconds of the radio's time"
 complete -c nearcast -n '__fish_seen_subcommand_from record' -s o -l output -r -F -d 'The file to write'
+complete -c nearcast -n '__fish_seen_subcommand_from record' -l format -x -a "$formats" -d 'The format of standard output'
 
 complete -c nearcast -n '__fish_seen_subcommand_from run' -l trace -d 'Print the trace records too'
 complete -c nearcast -n '__fish_seen_subcommand_from run' -l locks -d 'Print the locks too'
@@ -49,6 +51,7 @@ complete -c nearcast -n '__fish_seen_subcommand_from run' -l locks -d 'Print the
 complete -c nearcast -n '__fish_seen_subcommand_from import' -l services -x -a any -d 'Let every report pass'
 complete -c nearcast -n '__fish_seen_subcommand_from import' -l as -x -a dongles -d 'Let every sender play a dongle'
 complete -c nearcast -n '__fish_seen_subcommand_from import' -s o -l output -r -F -d 'The file to write'
+complete -c nearcast -n '__fish_seen_subcommand_from import' -l format -x -a "$formats" -d 'The format of standard output'
 
 complete -c nearcast -n '__fish_seen_subcommand_from scene' -l settings -d "Print the scene's devices"
 complete -c nearcast -n '__fish_seen_subcommand_from scene' -l truth -d 'Print which dongle is nearest to the user'

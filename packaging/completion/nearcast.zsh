@@ -16,7 +16,7 @@ _nearcast_command() {
         'watch:show which devices are near, and which have fallen silent'
         'record:write down all that a radio hears'
         'run:run a scenario on a virtual clock and print what the manager shows'
-        'import:turn a recording of any kind into JSON Lines'
+        'import:turn a recording of any kind into one of another'
         "scene:print the simulator's built-in scene, or check one of your own"
         'evaluate:measure who is nearest on recordings whose truth is known'
         'report:make a page of a recording'
@@ -34,6 +34,7 @@ _nearcast() {
     [[ $state == arguments ]] || return
     local -a settings=(defaultThreshold hysteresis dwell margin patience closeSignal closeTime contrast anticipation attack decay
         silence staleFor)
+    local -a formats=(jsonl btsnoop pcapng jsonl.gz btsnoop.gz pcapng.gz)
     case $words[1] in
         watch)
             _arguments '--radio[the radio to listen with]:radio:_nearcast_radio' \
@@ -44,7 +45,8 @@ _nearcast() {
         record)
             _arguments '--radio[the radio to listen with]:radio:_nearcast_radio' \
                 "--for[end after so many seconds of the radio's time]:seconds:" \
-                '(-o --output)'{-o,--output}'[the file to write]:file:_files' '(- *)'{-h,--help}'[print help]'
+                '(-o --output)'{-o,--output}'[the file to write]:file:_files' \
+                "--format[the format of standard output]:format:($formats)" '(- *)'{-h,--help}'[print help]'
             ;;
         run)
             _arguments '--trace[print the trace records too]' \
@@ -55,6 +57,7 @@ _nearcast() {
             _arguments '--services[let every report pass the service filter]:services:(any)' \
                 '--as[let every sender play a dongle]:senders:(dongles)' \
                 '(-o --output)'{-o,--output}'[the file to write]:file:_files' \
+                "--format[the format of standard output]:format:($formats)" \
                 '(- *)'{-h,--help}'[print help]' '1:capture:_files'
             ;;
         scene)

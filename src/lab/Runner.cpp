@@ -19,8 +19,7 @@ const JSONSerialization JSON;
 
 }  // namespace
 
-void run(const std::vector<std::string>& paths, const RunOptions& options, EventWriter::Out out) {
-    lines::LineReader reader(paths);
+void run(lines::LineSource& source, const RunOptions& options, EventWriter::Out out) {
     // Never destroyed: the manager and its platform, which use it, live as long as the process.
     static std::unique_ptr<Observation> observation;
     auto watching = std::make_unique<Observation>(std::move(out));
@@ -41,7 +40,7 @@ void run(const std::vector<std::string>& paths, const RunOptions& options, Event
         writer.requireWritten();
         performer.perform(action);
     };
-    Script script(reader, lines::Time{0}, perform, mute);
+    Script script(source, lines::Time{0}, perform, mute);
     observation->follow(platform.timeline());
     {
         const Observation::Watch watch(*observation, options.trace, options.locks);
@@ -51,6 +50,11 @@ void run(const std::vector<std::string>& paths, const RunOptions& options, Event
     writer.requireWritten();
     writer.flush();
     script.requireWhole();
+}
+
+void run(const std::vector<std::string>& paths, const RunOptions& options, EventWriter::Out out) {
+    lines::LineReader reader(paths);
+    run(reader, options, std::move(out));
 }
 
 }  // namespace nearcast::lab

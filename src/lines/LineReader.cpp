@@ -12,7 +12,9 @@ void LineReader::parse(std::string_view text) {
         previous_ = line_->at;
     } catch (const LineError& problem) {
         previous_ = problem.at.value_or(previous_);
-        error_.emplace(place() + ": " + problem.what());
+        problem_ = problem.what();
+        cut_ = !problem.at && !text_.ended();
+        error_.emplace(place() + ": " + problem_);
     }
 }
 
@@ -24,7 +26,8 @@ void LineReader::advance() {
         if (!text) return;
         parse(*text);
     } catch (const LineTooLong&) {
-        error_.emplace(place() + ": the line is longer than 16 MiB");
+        problem_ = "the line is longer than 16 MiB";
+        error_.emplace(place() + ": " + problem_);
     } catch (const InputError& problem) {
         error_ = problem;
     } catch (const std::system_error&) {

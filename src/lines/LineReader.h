@@ -7,6 +7,7 @@
 #include <exception>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace nearcast::lines {
@@ -31,7 +32,10 @@ public:
     static constexpr std::size_t longestLine = std::size_t{16} << 20;  ///< bytes
 
     /// @param paths files; "-" is standard input
-    explicit LineReader(const std::vector<std::string>& paths) : text_(TextReader::openFiles(paths), longestLine) {}
+    explicit LineReader(const std::vector<std::string>& paths) : LineReader(TextReader::openFiles(paths), Time{0}) {}
+    /// @param previous the time of a first line that has none of its own
+    LineReader(std::vector<TextReader::Input> inputs, Time previous)
+        : text_(std::move(inputs), longestLine), previous_(previous) {}
 
     /// Blank lines are skipped.
     std::optional<Line> next() override;
@@ -39,18 +43,28 @@ public:
     std::optional<Time> peekTime() override;
     /// The file and the line number.
     [[nodiscard]] std::string place() const override { return text_.place(); }
+    /// The line that `next` returned last, or could not return.
+    [[nodiscard]] const TextReader& text() const noexcept { return text_; }
+    /// What is wrong with the line that `next` could not return, without its place; empty where none is wrong.
+    [[nodiscard]] const std::string& problem() const noexcept { return problem_; }
+    /// Whether that line is the last one of its input and no whole JSON: the input was cut inside it.
+    [[nodiscard]] bool cut() const noexcept { return cut_; }
+    /// The time of the last line.
+    [[nodiscard]] Time time() const noexcept { return previous_; }
 
 private:
     void advance();
     void parse(std::string_view text);
 
     TextReader text_;
-    Time previous_{0};
+    Time previous_;
 
     bool ahead_ = false;  ///< whether the next line has been read already, or its error is known
     std::optional<Line> line_;
     std::exception_ptr unreadable_;  ///< why the file cannot be read on
     std::optional<InputError> error_;
+    std::string problem_;
+    bool cut_ = false;
 };
 
 }  // namespace nearcast::lines

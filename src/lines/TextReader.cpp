@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lines/TextReader.h"
 
+#include "platform/files/ByteSource.h"
+
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <iterator>
-#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -17,19 +16,26 @@ constexpr std::size_t chunk = std::size_t{1} << 16;
 
 bool isBlank(std::string_view text) { return text.find_first_not_of(" \t\r") == std::string_view::npos; }
 
+ByteSource opened(const std::string& path, const std::string& name) {
+    try {
+        return unpacked(openInput(path), name);
+    } catch (const std::system_error& error) {
+        throw std::system_error(error.code(), name + ": cannot be opened");
+    }
+}
+
 TextReader::Input openFile(const std::string& path) {
-    std::string name = path == "-" ? "standard input" : path;
-    std::FILE* opened = path == "-" ? stdin : std::fopen(path.c_str(), "rb");
-    if (opened == nullptr) throw std::system_error(errno, std::generic_category(), name + ": cannot be opened");
-    const std::shared_ptr<std::FILE> file(opened, [](std::FILE* closing) {
-        if (closing != stdin) std::fclose(closing);
-    });
-    auto source = [file, name](std::span<std::uint8_t> room) {
-        const std::size_t count = std::fread(room.data(), 1, room.size(), file.get());
-        if (count == 0 && std::ferror(file.get()) != 0) {
-            throw std::system_error(errno, std::generic_category(), name + ": cannot be read");
+    std::string name = nameOfInput(path);
+    auto source = [bytes = opened(path, name), name](std::span<std::uint8_t> room) {
+        try {
+            return bytes(room);
+        } catch (const std::system_error& error) {
+            throw std::system_error(error.code(), name + ": cannot be read");
+        } catch (const PackedDamage& damage) {
+            throw InputError(name + ": " + damage.what());
+        } catch (const std::invalid_argument& problem) {  // which names it
+            throw InputError(problem.what());
         }
-        return count;
     };
     return {std::move(name), std::move(source)};
 }
@@ -67,7 +73,8 @@ std::optional<std::string_view> TextReader::nextInInput() {
     ++number_;
     if (length > longest_) throw LineTooLong("the line is too long");
     const std::string_view text(buffer_.data() + consumed_, length);
-    const std::size_t taken = end == std::string::npos ? length : length + 1;
+    ended_ = end != std::string::npos;
+    const std::size_t taken = ended_ ? length + 1 : length;
     consumed_ += taken;
     position_ += taken;
     return text;

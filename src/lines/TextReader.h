@@ -37,9 +37,9 @@ public:
         Source source;
     };
 
-    /// Opens files, all of them before any is read. "-" is standard input.
+    /// Opens files, all of them before any is read; what is packed by gzip is unpacked. "-" is standard input.
     /// @throws std::system_error naming the file that cannot be opened; its source throws it when the file cannot be
-    /// read
+    /// read, and InputError where what is packed is damaged
     static std::vector<Input> openFiles(const std::vector<std::string>& paths);
 
     /// @param longest bytes that a line may have, without its line feed
@@ -57,6 +57,8 @@ public:
     [[nodiscard]] std::uint64_t number() const noexcept { return number_; }
     /// Where it starts in its input, in bytes.
     [[nodiscard]] std::uint64_t offset() const noexcept { return offset_; }
+    /// Whether it has its line feed; the last line of an input that was cut has none.
+    [[nodiscard]] bool ended() const noexcept { return ended_; }
     /// "name:number", for messages.
     [[nodiscard]] std::string place() const { return inputs_[current_].name + ":" + std::to_string(number_); }
     /// @}
@@ -70,6 +72,7 @@ private:
     std::size_t current_ = 0;
     std::uint64_t number_ = 0;
     std::uint64_t offset_ = 0;
+    bool ended_ = true;
     std::string buffer_;
     std::size_t consumed_ = 0;    ///< bytes of the buffer
     std::uint64_t position_ = 0;  ///< of the first byte not consumed, in its input

@@ -37,8 +37,12 @@ offers 'nearcast watch --radio ' auto bluez hci none simulator simulator: replay
 offers 'nearcast watch --radio re' replay:
 offers 'nearcast watch --radio replay:sh' shop.pcapng
 offers 'nearcast watch --json --radio simulator:' scene.json shop.pcapng
+touch 'what?.jsonl'
+offers 'nearcast watch --radio replay:w' 'what\?.jsonl'
+rm 'what?.jsonl'
 offers 'nearcast watch --for '
-offers 'nearcast record -' --radio --for --output --help
+offers 'nearcast record -' --radio --for --output --format --help
+offers 'nearcast record --format p' pcapng pcapng.gz
 offers 'nearcast doctor --radio b' bluez
 offers 'nearcast doctor -' --radio --for --json --help
 offers 'nearcast radios -' --json --help
@@ -47,6 +51,7 @@ offers 'nearcast import --a' --as
 offers 'nearcast import --as ' dongles
 offers 'nearcast import --services ' any
 offers 'nearcast import --output '
+offers 'nearcast import --format jsonl.' jsonl.gz
 offers 'nearcast evaluate --l' --list-rules
 offers 'nearcast evaluate --rule ka' kalman-quick kalman-calm
 offers 'nearcast evaluate --set sta' staleFor=

@@ -104,6 +104,7 @@ class CannotReport(ProgramTest):
         broken = self.write("broken.jsonl", '{"at": 0, "do": "dance"}\n')
         self.assert_fails(1, "none.jsonl: cannot be opened", self.folder / "none.jsonl")
         self.assert_fails(2, "broken.jsonl:1: ", broken)
+        self.assert_fails(2, "broken.jsonl:2: ", self.write("broken.jsonl", '{"do": "startScan"}\n{"do": "dance"}\n'))
         self.assert_fails(2, "broken.jsonl:1: ", shop, "--truth", broken)
         self.assert_fails(2, "broken.jsonl: ", shop, "--settings", broken)
 

@@ -3,7 +3,8 @@
 # Debian packages that the commands need.
 
 need_to_build() {
-    need g++ cmake ninja-build ccache nlohmann-json3-dev libcli11-dev libsystemd-dev pkg-config "$@"
+    need g++ cmake ninja-build ccache nlohmann-json3-dev libcli11-dev libsystemd-dev zlib1g-dev pkg-config \
+        "$@"
 }
 
 need_to_test() {

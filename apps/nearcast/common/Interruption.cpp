@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Interruption.h"
 
+#include "platform/files/ByteSource.h"
+
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
@@ -47,6 +49,7 @@ struct Interruption::State {
         happened.store(true);
         const sigset_t again = endingSignals();
         pthread_sigmask(SIG_UNBLOCK, &again, nullptr);  // from now on the default: the process ends
+        endInputs();
         interrupted();
         pollfd last{ending, POLLIN, 0};
         while (poll(&last, 1, -1) < 0 && errno == EINTR) {

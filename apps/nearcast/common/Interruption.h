@@ -7,8 +7,8 @@
 
 namespace nearcast::cli {
 
-/// Turns Ctrl-C (SIGINT) and SIGTERM into a call. Make it before any other thread, so that all of them leave the
-/// signals to it. The second signal ends the process at once.
+/// Turns Ctrl-C (SIGINT) and SIGTERM into a call, and into the end of the pipes that are read. Make it before any other
+/// thread, so that all of them leave the signals to it. The second signal ends the process at once.
 class Interruption {
 public:
     /// @param interrupted called once, on a thread of its own

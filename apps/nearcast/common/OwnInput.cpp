@@ -3,10 +3,12 @@
 
 #include "common/Output.h"
 #include "common/UsageError.h"
+#include "platform/files/ByteSource.h"
 #include "platform/radio/RadioString.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
+#include <algorithm>
 
 namespace nearcast::cli {
 
@@ -23,12 +25,18 @@ void refuseOwnInput(const std::string& output, const std::vector<std::string>& i
     if (!isFile(standard ? fstat(STDOUT_FILENO, &written) : stat(output.c_str(), &written), written)) return;
     for (const std::string& input : inputs) {
         struct stat read {};
-        if (!isFile(stat(input.c_str(), &read), read)) continue;
+        if (!isFile(input == "-" ? fstat(STDIN_FILENO, &read) : stat(input.c_str(), &read), read)) continue;
         if (read.st_dev != written.st_dev || read.st_ino != written.st_ino) continue;
-        throw UsageError(input + ": would be written over while it is read, as " +
+        throw UsageError(nameOfInput(input) + ": would be written over while it is read, as " +
                          (standard ? "standard output" : output));
     }
 }
+
+void refuseStandardInputTwice(const std::vector<std::string>& inputs) {
+    if (std::count(inputs.begin(), inputs.end(), "-") > 1) throw UsageError("standard input can be read once only");
+}
+
+std::string fileOfRecording(const std::string& argument) { return fileOfRadio("replay:" + argument); }
 
 std::string fileOfRadio(const std::string& radio) {
     const RadioString parsed = RadioString::parse(radio);

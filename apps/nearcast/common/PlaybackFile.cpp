@@ -2,15 +2,13 @@
 #include "common/PlaybackFile.h"
 
 #include "common/FileKind.h"
+#include "common/PlaybackLines.h"
 #include "common/UsageError.h"
-#include "lines/LineReader.h"
-#include "platform/replay/RecordingReader.h"
-#include "platform/replay/RecordingWriter.h"
+#include "platform/files/ByteSource.h"
+#include "platform/radio/RadioString.h"
 
-#include <cerrno>
-#include <cstdio>
+#include <algorithm>
 #include <stdexcept>
-#include <system_error>
 #include <utility>
 
 namespace nearcast::cli {
@@ -20,44 +18,29 @@ namespace {
 // The whole file is held in memory.
 constexpr std::size_t mostLines = 5'000'000;
 
-using Lines = std::vector<lines::Line>;
-
-void append(Lines& lines, lines::Line line, const std::string& path) {
+void append(PlaybackFile& file, lines::Line line) {
+    auto& lines = file.input.lines;
     if (lines.size() == mostLines) {
-        throw std::runtime_error(path + ": has more than " + std::to_string(mostLines) + " lines or reports");
+        throw std::runtime_error(file.name + ": has more than " + std::to_string(mostLines) + " lines or reports");
     }
+    if (std::holds_alternative<lines::Advertise>(line.action)) ++file.tally.advertisements;
+    file.tally.length = std::max(file.tally.length, line.at);
     lines.push_back(std::move(line));
 }
 
-/// Whether it begins like JSON Lines. A pcapng begins with line ends too, and then with a length that is no brace.
-bool isJSONLines(const std::string& path) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"), std::fclose);
-    if (file == nullptr) throw std::system_error(errno, std::generic_category(), path + ": cannot be opened");
-    int octet = ' ';
-    while (octet == ' ' || octet == '\t' || octet == '\r' || octet == '\n') octet = std::fgetc(file.get());
-    if (std::ferror(file.get()) != 0)
-        throw std::system_error(errno, std::generic_category(), path + ": cannot be read");
-    return octet == '{' || octet == EOF;
-}
-
-void readScenario(PlaybackFile& file, const replay::RecordingOptions& options) {
-    lines::LineReader reader({file.path});
-    while (auto line = reader.next()) {
-        auto* const advertise = std::get_if<lines::Advertise>(&line->action);
-        if (advertise != nullptr && options.anyService) advertise->services.reset();
-        append(file.input.lines, *std::move(line), file.path);
-    }
-}
-
-void readCapture(PlaybackFile& file, const replay::RecordingOptions& options) {
-    const auto reader = replay::openRecording(file.path);
+/// A line that is wrong is damage of a recording, or of what was cut. It is the mistake of who wrote a scenario, or
+/// gave what is no recording at all: none of its lines can be read.
+std::optional<lines::Line> nextOf(PlaybackLines& lines, PlaybackFile& file) {
     try {
-        while (auto item = reader->next()) {
-            if (auto* report = std::get_if<replay::RecordedReport>(&*item)) options.apply(*report);
-            append(file.input.lines, lineOf(*std::move(item)), file.path);
-        }
-    } catch (const replay::RecordingDamage& damage) {
-        file.damage = file.path + ": " + damage.what();
+        auto line = lines.next();
+        if (!line) file.damage = lines.damage();
+        return line;
+    } catch (const lines::InputError&) {
+        file.damage = lines.errorAsDamage();
+        const auto& before = file.input.lines;
+        const bool usable = !before.empty() && (lines.cut() || !lab::isScenario(before));
+        if (file.damage.empty() || !usable) throw;
+        return std::nullopt;
     }
 }
 
@@ -75,18 +58,19 @@ RadioString recordingNamed(const std::string& argument, const std::map<std::stri
     }
 }
 
-PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const Settings> registry) {
+PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const Settings> registry,
+                              Progress* progress) {
     const RadioString radio = recordingNamed(argument);
-    const auto options = replay::RecordingOptions::parse(radio);
     PlaybackFile file;
     file.path = radio.argument;
-    file.input.name = argument;
+    file.name = nameOfInput(file.path);
+    file.input.name = file.path == "-" ? file.name : argument;
     file.input.registry = std::move(registry);
+    PlaybackLines lines({file.path}, replay::RecordingOptions::parse(radio));
     try {
-        if (isJSONLines(file.path)) {
-            readScenario(file, options);
-        } else {
-            readCapture(file, options);
+        while (auto line = nextOf(lines, file)) {
+            append(file, *std::move(line));
+            if (progress != nullptr) progress->show([&] { return "reading " + file.name + ": " + file.tally.text(); });
         }
     } catch (const lines::InputError& error) {
         throw lines::InputError(error.what() + whatItIs(file.path));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "common/Progress.h"
 #include "lab/Playback.h"
 #include "platform/radio/RadioString.h"
 
@@ -12,8 +13,10 @@ namespace nearcast::cli {
 
 /// The content of a file that is played.
 struct PlaybackFile {
-    std::string path;  ///< without the options
+    std::string path;  ///< without the options; "-": standard input
+    std::string name;  ///< the same for people
     lab::PlaybackInput input;
+    Tally tally;         ///< what `input` holds
     std::string damage;  ///< why the file could be read only in part; empty when it was read whole
 };
 
@@ -23,12 +26,15 @@ struct PlaybackFile {
 /// @throws UsageError for options that are wrong
 RadioString recordingNamed(const std::string& argument, const std::map<std::string, std::string>& more = {});
 
-/// Reads a recording of any kind, or a scenario, whole.
+/// Reads a recording of any kind, or a scenario, whole. A recording that is cut or damaged is read up to there, and so
+/// is a scenario that is cut.
 /// @param argument as that of `recordingNamed`
 /// @param registry as `PlaybackInput::registry`
+/// @param progress told how far it is
 /// @throws UsageError for options that are wrong
-/// @throws lines::InputError naming the file, when a line of JSON Lines is wrong
+/// @throws lines::InputError naming the file, when a line of a scenario is wrong
 /// @throws std::system_error, replay::NoRecording naming the file that cannot be read, or is no recording
-PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const Settings> registry = nullptr);
+PlaybackFile readPlaybackFile(const std::string& argument, std::shared_ptr<const Settings> registry = nullptr,
+                              Progress* progress = nullptr);
 
 }  // namespace nearcast::cli

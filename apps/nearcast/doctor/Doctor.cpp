@@ -4,6 +4,7 @@
 #include "common/Interruption.h"
 #include "common/Listening.h"
 #include "common/OwnInput.h"
+#include "common/Progress.h"
 #include "common/RadioOption.h"
 #include "common/Words.h"
 #include "doctor/Checks.h"
@@ -17,6 +18,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -41,6 +44,10 @@ void say(const std::string& text) {
     finishOut();
 }
 
+std::string tallyOf(std::uint64_t reports, double seconds) {
+    return Tally{reports, std::chrono::round<std::chrono::microseconds>(std::chrono::duration<double>(seconds))}.text();
+}
+
 /// Prints each finding as it is made, or all of them at the end as JSON.
 class Doctor {
 public:
@@ -56,6 +63,9 @@ public:
         } else {
             say("\n" + verdictInWords(diagnosis_.verdict()) + "\n");
         }
+        const Hearing heard = diagnosis_.hearing.value_or(Hearing());
+        sayWritten("doctor", "",
+                   counted(diagnosis_.findings.size(), "finding") + ", " + tallyOf(heard.reports, heard.seconds));
         const bool broken = diagnosis_.hearing && !listening.failure().empty();  // as the console has said
         return broken ? exitFailed : statusOf(diagnosis_.verdict());
     }
@@ -87,13 +97,22 @@ private:
         const auto counter = std::make_shared<HearingCounter>();
         listening.begin({[counter](const AdvertisingReport& report, auto at) { counter->heard(report, at); },
                          [](const RadioHealth& /*health*/, auto /*at*/) {}});
-        while (listening.seconds() < arguments_.forSeconds &&
-               listening.runFor(std::min(stepSeconds, arguments_.forSeconds - listening.seconds()))) {
-        }
+        listenWithProgress(listening, *counter);
         diagnosis_.health = listening.health();
         diagnosis_.hearing = counter->result(listening.now());
         listening.end();
         if (!arguments_.json) say("\n" + hearingInColumns(*diagnosis_.hearing));
+    }
+
+    void listenWithProgress(Listening& listening, const HearingCounter& counter) const {
+        Progress progress;
+        while (listening.seconds() < arguments_.forSeconds &&
+               listening.runFor(std::min(stepSeconds, arguments_.forSeconds - listening.seconds()))) {
+            progress.show([&] {
+                const Hearing heard = counter.result(listening.now());
+                return tallyOf(heard.reports, heard.seconds) + " of " + decimals(arguments_.forSeconds) + " s";
+            });
+        }
     }
 
     const DoctorArguments& arguments_;

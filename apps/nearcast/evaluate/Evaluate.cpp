@@ -4,8 +4,10 @@
 #include "common/Output.h"
 #include "common/OwnInput.h"
 #include "common/PlaybackFile.h"
+#include "common/Progress.h"
 #include "common/SettingsFile.h"
 #include "common/UsageError.h"
+#include "common/Words.h"
 #include "evaluate/Advice.h"
 #include "evaluate/Evaluation.h"
 #include "evaluate/EvaluationOutput.h"
@@ -88,6 +90,16 @@ int statusOf(const std::vector<JudgedRecording>& recordings) {
     return status;
 }
 
+/// "2 recordings, 1234 advertisements, 60.0 s".
+std::string summaryOf(const std::vector<JudgedRecording>& recordings) {
+    Tally all;
+    for (const JudgedRecording& recording : recordings) {
+        all.advertisements += recording.tally.advertisements;
+        all.length += recording.tally.length;
+    }
+    return counted(recordings.size(), "recording") + ", " + all.text();
+}
+
 /// The files that the recordings are made of, to which writing is refused.
 std::vector<std::string> filesOf(const std::vector<JudgedRecording>& recordings) {
     std::vector<std::string> files;
@@ -125,30 +137,50 @@ int evaluateRules(const EvaluateArguments& arguments) {
     const auto sweeps = sweepsOf(arguments);
     const auto rules = rulesOf(arguments);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
-    const auto recordings = playAll(arguments.recordings, arguments.truths, registry);
+    Progress progress;
+    const auto recordings = playAll(arguments.recordings, arguments.truths, registry, &progress);
     refuseOwnInputs(arguments, recordings);
-    const Evaluation evaluation = evaluate(recordings, rules, settings, sweeps);
+    const Evaluation evaluation = evaluate(recordings, rules, settings, sweeps, &progress);
+    progress.clear();
     writeOut(arguments.json ? JSONOf(evaluation) : textOf(evaluation));
     finishOut();
-    if (!arguments.html.empty()) writePage(arguments.html, evaluation);
+    sayWritten("evaluate", "", summaryOf(recordings));
+    if (!arguments.html.empty()) {
+        writePage(arguments.html, evaluation);
+        sayWritten("evaluate", arguments.html, summaryOf(recordings));
+    }
     return statusOf(recordings);
 }
 
 int adviseThresholds(const EvaluateArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
-    const auto recordings = playAll(arguments.recordings, arguments.truths, registry);
+    Progress progress;
+    const auto recordings = playAll(arguments.recordings, arguments.truths, registry, &progress);
+    progress.clear();
     refuseOwnInputs(arguments, recordings);
     const auto advice = advise(recordings, settings);
     writeOut(arguments.json ? JSONOf(advice, settings) : textOf(advice));
     finishOut();
-    if (!arguments.write.empty()) writeFile(arguments.write, settingsFileOf(withThresholds(*registry, advice)));
+    sayWritten("evaluate", "", summaryOf(recordings));
+    if (!arguments.write.empty()) {
+        writeFile(arguments.write, settingsFileOf(withThresholds(*registry, advice)));
+        sayWritten("evaluate", arguments.write, counted(registry->size(), "device"));
+    }
     return statusOf(recordings);
+}
+
+std::vector<std::string> inputsOf(const EvaluateArguments& arguments) {
+    std::vector<std::string> inputs = arguments.truths;
+    inputs.push_back(arguments.settings);
+    for (const std::string& recording : arguments.recordings) inputs.push_back(fileOfRecording(recording));
+    return inputs;
 }
 
 int evaluate(const EvaluateArguments& arguments) {
     if (arguments.listRules) return listRules();
     if (arguments.recordings.empty()) throw UsageError("a RECORDING is needed, as in 'nearcast evaluate walk.jsonl'");
+    refuseStandardInputTwice(inputsOf(arguments));
     return arguments.advise ? adviseThresholds(arguments) : evaluateRules(arguments);
 }
 
@@ -159,7 +191,8 @@ CLI::Option* addRepeated(CLI::App& command, const char* name, std::vector<std::s
 
 void addInputs(CLI::App& command, EvaluateArguments& arguments) {
     command.add_option("RECORDING", arguments.recordings,
-                       "Recordings of any kind, or scenarios; options may follow as in 'FILE?as=dongles'");
+                       "Recordings of any kind, or scenarios; - is standard input; options may follow as in "
+                       "'FILE?as=dongles'");
     addRepeated(command, "--truth", arguments.truths,
                 "Where the user stood, one for each RECORDING; without it the file beside it, NAME.truth.jsonl")
         ->type_name("FILE");
@@ -181,12 +214,13 @@ void addEvaluate(CLI::App& application, Action& chosen) {
                               "Try values of a setting of the rule nearest; given twice: a grid");
     sweep->type_name("KEY=FROM..TO[:STEPS]");
     auto* html = command->add_option("--html", arguments->html, "Write charts and tables as a page too");
-    html->type_name("FILE");
+    html->type_name("FILE")->check(problemWithOutput);
     auto* advise = command->add_flag("--advise", arguments->advise,
                                      "Propose thresholds; the user stood at one device after another");
     advise->excludes(rule)->excludes(sweep)->excludes(html);
     command->add_option("--write", arguments->write, "Write the settings with the proposed thresholds in them")
         ->type_name("FILE")
+        ->check(problemWithOutput)
         ->needs(advise)
         ->needs(settings);
     command->add_flag("--json", arguments->json, "Print one JSON object");

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "common/Arguments.h"
+#include "common/Progress.h"
 #include "lab/Playback.h"
 #include "lab/Score.h"
 
@@ -19,21 +20,24 @@ struct JudgedRecording {
     std::string truthPath;
     lab::Playback playback;
     lines::Truth truth;
+    Tally tally;         ///< what was played
     std::string damage;  ///< why the recording ends before its end; empty when it does not
 };
 
 /// The truth file of a recording where the command line names none: beside it, with ".truth.jsonl" in place of the
-/// extension.
+/// extension, and of the ".gz" behind that.
 std::string truthPathFor(const std::string& recordingPath);
 
 /// Reads and plays recordings with their truth files.
 /// @param recordings as `readPlaybackFile`
 /// @param truths     one for each recording, or empty: `truthPathFor` each
 /// @param registry   as `lab::PlaybackInput::registry`
+/// @param progress   told how far it is
 /// @throws std::invalid_argument when there are more truths than recordings, or fewer, or a truth file is missing
 /// @throws std::invalid_argument, of which UsageError and lines::InputError are, for a file with errors
+/// @throws std::system_error for a recording that cannot be opened or read
 std::vector<JudgedRecording> playAll(const std::vector<std::string>& recordings, const std::vector<std::string>& truths,
-                                     const std::shared_ptr<const Settings>& registry);
+                                     const std::shared_ptr<const Settings>& registry, Progress* progress = nullptr);
 
 /// The scores of one rule.
 struct RuleScores {
@@ -60,7 +64,9 @@ struct Evaluation {
 /// Scores rules on recordings.
 /// @param rules  names of rules, each known
 /// @param sweeps at most two
+/// @param progress told how far it is
 Evaluation evaluate(const std::vector<JudgedRecording>& recordings, const std::vector<std::string>& rules,
-                    const NearestSettings& settings, const std::vector<SettingSweep>& sweeps);
+                    const NearestSettings& settings, const std::vector<SettingSweep>& sweeps,
+                    Progress* progress = nullptr);
 
 }  // namespace nearcast::cli

@@ -16,9 +16,10 @@ constexpr const char* radios =
     "  bluez[:hciN]            the machine's Bluetooth service; an adapter of several\n"
     "  hci[:N]                 a controller of one's own; option beside: beside bluetoothd\n"
     "  simulator[:SCENE.json]  a simulated shop; options seed=N, speed=X or max\n"
-    "  replay:FILE             a recording; options speed=X or max, as=dongles, services=any\n"
+    "  replay:FILE             a recording, - is standard input; options speed=X or max, as=dongles, services=any\n"
     "  none                    no radio\n"
-    "Options follow a question mark: 'replay:shop.pcapng?speed=max&as=dongles'.\n"
+    "Options follow a question mark: 'replay:shop.pcapng?speed=max&as=dongles'. One that belongs to a file's name is\n"
+    "written \\?.\n"
     "\n";
 
 constexpr const char* statuses =

@@ -4,7 +4,9 @@
 #include "common/Interruption.h"
 #include "common/Listening.h"
 #include "common/OwnInput.h"
+#include "common/Progress.h"
 #include "common/RadioOption.h"
+#include "common/RecordingOutput.h"
 #include "common/Words.h"
 #include "help/HelpText.h"
 #include "record/RecordSession.h"
@@ -12,24 +14,28 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace nearcast::cli {
 
 namespace {
 
 constexpr double stepSeconds = 3600;
+constexpr double stepWithProgress = 0.25;
 
 struct RecordArguments {
     std::string radio = "auto";
     std::string output;
+    std::string format;
     std::optional<double> forSeconds;
 };
 
-replay::RecordingWriter::Out outTo(const RecordArguments& arguments) {
+RecordingOutput::Sink sinkFor(const RecordArguments& arguments) {
     if (isStandardOutput(arguments.output)) {
         return [](std::string_view bytes) {
             writeOut(bytes);
@@ -39,51 +45,65 @@ replay::RecordingWriter::Out outTo(const RecordArguments& arguments) {
     return [file = std::make_shared<GrowingFile>(arguments.output)](std::string_view bytes) { file->write(bytes); };
 }
 
-std::unique_ptr<replay::RecordingWriter> writerFor(const RecordArguments& arguments) {
-    if (!arguments.output.ends_with(".btsnoop")) return replay::makeJsonLinesWriter(outTo(arguments));
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    return replay::makeBtsnoopWriter(outTo(arguments), std::chrono::duration_cast<std::chrono::microseconds>(now));
+std::chrono::microseconds today() {
+    return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::system_clock::now().time_since_epoch());
+}
+
+/// What is recorded, and where it goes. Shared with the radio's thread, which may use it until the radio is closed.
+struct Recorder {
+    Recorder(RecordingForm form, const RecordArguments& arguments, std::function<void()> broke)
+        : output(form, sinkFor(arguments), true), session(output.writer(today()), std::move(broke)) {}
+
+    RecordingOutput output;
+    RecordSession session;
+};
+
+std::string progressText(const Listening& listening, RecordSession& session, std::optional<double> forSeconds) {
+    const std::string text = Tally{session.reports(), listening.now()}.text();
+    return forSeconds ? text + " of " + decimals(*forSeconds) + " s" : text;
 }
 
 /// Until the time is up, the recording that is played has ended, or something interrupts.
-void passTime(Listening& listening, std::optional<double> forSeconds) {
+void passTime(Listening& listening, RecordSession& session, const RecordArguments& arguments) {
+    Progress progress(!isTerminal(arguments.output));
+    const double step = progress.shown() ? stepWithProgress : stepSeconds;
     bool more = true;
     while (more) {
-        const double left = forSeconds ? *forSeconds - listening.seconds() : stepSeconds;
+        const double left = arguments.forSeconds ? *arguments.forSeconds - listening.seconds() : step;
         if (left <= 0) return;
-        more = listening.runFor(std::min(left, stepSeconds));
+        more = listening.runFor(std::min(left, step));
+        progress.show([&] { return progressText(listening, session, arguments.forSeconds); });
     }
 }
 
-int tell(const Listening& listening, RecordSession& session, const RecordArguments& arguments) {
-    if (session.reports() == 0 && listening.health().state != CBManagerStatePoweredOn) {
+int tell(const Listening& listening, const Tally& tally, const RecordArguments& arguments) {
+    if (tally.advertisements == 0 && listening.health().state != CBManagerStatePoweredOn) {
         throw std::runtime_error("nothing was heard: the radio is " + stateInWords(listening.health()));
     }
-    if (!listening.failure().empty()) return exitFailed;  // as the console has said
-    if (isStandardOutput(arguments.output)) return exitGood;
-    const std::string count = std::to_string(session.reports()) + " reports written to ";
-    return complain("record", count + arguments.output, exitGood);
+    sayWritten("record", arguments.output, tally.text());
+    return listening.failure().empty() ? exitGood : exitFailed;  // as the console has said
 }
 
-int recordWith(Listening& listening, const RecordArguments& arguments) {
+int recordWith(Listening& listening, RecordingForm form, const RecordArguments& arguments) {
     listening.open(arguments.radio, [](std::string_view line) { complain("record", line, exitGood); });
-    // Shared with the radio's thread, which may use it until the radio is closed.
-    const auto session = std::make_shared<RecordSession>(writerFor(arguments), [&listening] { listening.interrupt(); });
-    session->begin(listening.health().state);
-    listening.begin({[session](const AdvertisingReport& report, auto at) { session->heard(report, at); },
-                     [session](const RadioHealth& health, auto at) { session->changed(health, at); }});
-    passTime(listening, arguments.forSeconds);
+    const auto recorder = std::make_shared<Recorder>(form, arguments, [&listening] { listening.interrupt(); });
+    recorder->session.begin(listening.health().state);
+    listening.begin({[recorder](const AdvertisingReport& report, auto at) { recorder->session.heard(report, at); },
+                     [recorder](const RadioHealth& health, auto at) { recorder->session.changed(health, at); }});
+    passTime(listening, recorder->session, arguments);
     const auto at = listening.now();
     listening.end();
-    session->end(at);
-    return tell(listening, *session, arguments);
+    recorder->session.end(at);
+    recorder->output.finish();
+    return tell(listening, {recorder->session.reports(), at}, arguments);
 }
 
 int record(const RecordArguments& arguments) {
+    const RecordingForm form = recordingFormOf(arguments.output, arguments.format);
     Listening listening;
     const Interruption interruption([&] { listening.interrupt(); });
     refuseOwnInput(arguments.output, {fileOfRadio(arguments.radio)});
-    return recordWith(listening, arguments);
+    return recordWith(listening, form, arguments);
 }
 
 }  // namespace
@@ -95,8 +115,15 @@ void addRecord(CLI::App& application, Action& chosen) {
     command
         ->add_option(
             "-o,--output", arguments->output,
-            "File to write: btsnoop where its name ends in .btsnoop, else JSON Lines; standard output if absent")
-        ->type_name("FILE");
+            "File to write, its name ending in .jsonl, .btsnoop or .pcapng, or these with .gz; standard output "
+            "if absent or -")
+        ->type_name("FILE")
+        ->check(problemWithOutput);
+    command
+        ->add_option("--format", arguments->format,
+                     std::string("What standard output gets: ") + recordingFormats + "; jsonl if absent")
+        ->type_name("FORMAT")
+        ->check(problemWithFormat);
     command->add_option("--for", arguments->forSeconds, "End after so many seconds of the radio's time")
         ->type_name("SECONDS")
         ->check(problemWithSeconds);

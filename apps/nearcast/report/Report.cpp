@@ -5,6 +5,7 @@
 #include "common/Output.h"
 #include "common/OwnInput.h"
 #include "common/PlaybackFile.h"
+#include "common/Progress.h"
 #include "common/SettingsFile.h"
 #include "help/HelpText.h"
 #include "lines/Truth.h"
@@ -43,24 +44,39 @@ void writePage(const std::string& page, const std::string& output) {
     file.commit();
 }
 
+ReportData dataOf(const ReportArguments& arguments, const NearestSettings& settings, const PlaybackFile& file,
+                  const lines::Truth* truth, Progress& progress) {
+    progress.show([&] { return "playing " + file.name + ": " + file.tally.text(); });
+    ReportData data = reportOf(lab::play(file.input), settings, truth);
+    data.title = arguments.title.empty() ? std::filesystem::path(file.name).filename().string() : arguments.title;
+    return data;
+}
+
 /// Plays the recording and writes its page.
 /// @return why the recording ends before its end; empty when it does not
 std::string makeReport(const ReportArguments& arguments) {
     requirePlot(pageAssets());
+    const std::vector<std::string> inputs{fileOfRecording(arguments.recording), arguments.settings, arguments.truth};
+    refuseOwnInput(arguments.output, inputs);
+    refuseStandardInputTwice(inputs);
     const NearestSettings settings = settingsOf(arguments.set);
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
     std::optional<lines::Truth> truth;
     if (!arguments.truth.empty()) truth = lines::readTruth(arguments.truth);
-    const PlaybackFile file = readPlaybackFile(arguments.recording, registry);
-    refuseOwnInput(arguments.output, {file.path, arguments.settings, arguments.truth});
-    ReportData data = reportOf(lab::play(file.input), settings, truth ? &*truth : nullptr);
-    data.title = arguments.title.empty() ? std::filesystem::path(file.path).filename().string() : arguments.title;
+    Progress progress;
+    const PlaybackFile file = readPlaybackFile(arguments.recording, registry, &progress);
+    const ReportData data = dataOf(arguments, settings, file, truth ? &*truth : nullptr, progress);
     const std::string program = programName();
     writePage(writtenPage(pageAssets(), {"report", data.title, program, JSONOf(data, program)}), arguments.output);
+    progress.clear();
+    sayWritten("report", arguments.output, file.tally.text());
     return file.damage;
 }
 
 int report(const ReportArguments& arguments) {
+    if (arguments.output.empty() && isTerminal(arguments.output)) {
+        throw UsageError("a page is nothing for a terminal; name its file with --output");
+    }
     const std::string damage = makeReport(arguments);
     if (!damage.empty()) throw std::runtime_error(damage);
     return exitGood;
@@ -74,12 +90,15 @@ void addReport(CLI::App& application, Action& chosen) {
     auto arguments = std::make_shared<ReportArguments>();
     command
         ->add_option("RECORDING", arguments->recording,
-                     "A recording of any kind, or a scenario; options may follow as in 'FILE?as=dongles'")
+                     "A recording of any kind, or a scenario; - is standard input; options may follow as in "
+                     "'FILE?as=dongles'")
         ->required();
     command
         ->add_option("-o,--output", arguments->output,
-                     "Page to write (HTML), whole or not at all; standard output if absent")
-        ->type_name("FILE");
+                     "Page to write (HTML), whole or not at all; standard output if absent or -, not to a terminal if "
+                     "absent")
+        ->type_name("FILE")
+        ->check(problemWithOutput);
     command
         ->add_option("--settings", arguments->settings,
                      "Registered devices, as the manager saves them; without it every dongle is registered")

@@ -2,13 +2,13 @@
 #include "Command.h"
 #include "common/FileKind.h"
 #include "common/OwnInput.h"
+#include "common/PlaybackLines.h"
 #include "help/HelpText.h"
 #include "lab/Runner.h"
-#include "lines/TextReader.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,13 +27,13 @@ constexpr const char* nothingShown =
     "replay:FILE'";
 
 int run(const RunArguments& arguments) {
-    std::vector<std::string> inputs = arguments.files;
-    std::replace(inputs.begin(), inputs.end(), std::string("-"), std::string("/dev/stdin"));
-    refuseOwnInput("", inputs);
+    refuseOwnInput("", arguments.files);
+    refuseStandardInputTwice(arguments.files);
+    PlaybackLines lines(arguments.files);
     // Shared with what the manager is watched by, which lives as long as the process.
     const auto shown = std::make_shared<bool>(false);
     try {
-        lab::run(arguments.files, arguments.options, [shown](std::string_view text) {
+        lab::run(lines, arguments.options, [shown](std::string_view text) {
             *shown = *shown || !text.empty();
             writeOut(text);
         });
@@ -41,6 +41,7 @@ int run(const RunArguments& arguments) {
         throw lines::InputError(error.what() + (arguments.files.size() == 1 ? whatItIs(arguments.files[0]) : ""));
     }
     finishOut();
+    if (!lines.damage().empty()) throw std::runtime_error(lines.damage());
     if (!*shown) complain("run", nothingShown, exitGood);
     return exitGood;
 }
@@ -51,7 +52,9 @@ void addRun(CLI::App& application, Action& chosen) {
     auto* command =
         application.add_subcommand("run", "Run a scenario on a virtual clock and print what the manager shows");
     auto arguments = std::make_shared<RunArguments>();
-    command->add_option("FILE", arguments->files, "Scenario files (JSON Lines), run as one; - is standard input")
+    command
+        ->add_option("FILE", arguments->files,
+                     "Scenarios (JSON Lines) and recordings of any kind, run as one; - is standard input")
         ->required();
     command->add_flag("--trace", arguments->options.trace, "Print the trace records too");
     command->add_flag("--locks", arguments->options.locks, "Print the taking and releasing of the four locks too");

@@ -17,6 +17,7 @@ struct Kind {
     std::string_view argumentMeaning;
     std::span<const std::string_view> options;
     bool (*fits)(std::string_view argument) = nullptr;  ///< whether an argument can be one; null: every one can
+    bool file = false;                                  ///< the argument is a file's name
 };
 
 constexpr std::string_view hciOptions[] = {"beside"};
@@ -36,8 +37,8 @@ constexpr Kind allKinds[] = {
     {"bluez", Argument::optional, "an adapter, as in bluez:hci0", {}, isAdapter},
     {"none", Argument::none, "", {}},
     {"hci", Argument::optional, "a controller's number", hciOptions},
-    {"simulator", Argument::optional, "a scene file", simulatorOptions},
-    {"replay", Argument::needed, "a recording", replayOptions},
+    {"simulator", Argument::optional, "a scene file", simulatorOptions, nullptr, true},
+    {"replay", Argument::needed, "a recording", replayOptions, nullptr, true},
 };
 
 [[noreturn]] void refuse(std::string_view text, const std::string& why) {
@@ -57,7 +58,8 @@ void addOption(RadioString& result, const Kind& kind, std::string_view word) {
     const auto equals = word.find('=');
     const std::string name(word.substr(0, equals));
     if (std::find(kind.options.begin(), kind.options.end(), name) == kind.options.end()) {
-        refuse(result.text, "'" + result.kind + "' has no option '" + name + "'");
+        refuse(result.text, "'" + result.kind + "' has no option '" + name + "'" +
+                                (kind.file ? " (a question mark in a file's name is written \\?)" : ""));
     }
     const std::string value(equals == std::string_view::npos ? "" : word.substr(equals + 1));
     if (!result.options.emplace(name, value).second) refuse(result.text, "option '" + name + "' is given twice");
@@ -73,16 +75,39 @@ void checkArgument(const RadioString& result, const Kind& kind) {
     }
 }
 
+bool isEscape(std::string_view text) {
+    return text.size() > 1 && text[0] == '\\' && (text[1] == '?' || text[1] == '\\');
+}
+
+/// Where the last question mark stands that is not escaped.
+std::size_t beginOfOptions(std::string_view text) {
+    std::size_t found = std::string_view::npos;
+    for (std::size_t place = 0; place < text.size(); ++place) {
+        if (text[place] == '?') found = place;
+        if (isEscape(text.substr(place))) ++place;
+    }
+    return found;
+}
+
+std::string unescaped(std::string_view text) {
+    std::string result;
+    for (std::size_t place = 0; place < text.size(); ++place) {
+        if (isEscape(text.substr(place))) ++place;
+        result.push_back(text[place]);
+    }
+    return result;
+}
+
 }  // namespace
 
 RadioString RadioString::parse(std::string_view text) {
     RadioString result;
     result.text = text;
-    const auto question = text.rfind('?');
+    const auto question = beginOfOptions(text);
     const std::string_view body = text.substr(0, question);
     const auto colon = body.find(':');
     result.kind = body.substr(0, colon);
-    if (colon != std::string_view::npos) result.argument = body.substr(colon + 1);
+    if (colon != std::string_view::npos) result.argument = unescaped(body.substr(colon + 1));
     const Kind& kind = findKind(text, result.kind);
     checkArgument(result, kind);
     // Not the same as without the colon: what was to stand there, a variable of a shell perhaps, was empty.

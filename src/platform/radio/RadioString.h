@@ -9,7 +9,8 @@
 namespace nearcast {
 
 /// A radio string taken apart: `KIND`, `KIND:ARGUMENT`, `KIND?NAME=VALUE`, `KIND:ARGUMENT?NAME=VALUE&NAME=VALUE`. The
-/// options begin at the last "?"; a name without "=" has the value "".
+/// options begin at the last "?" with no backslash before it; a name without "=" has the value "". In an argument "\?"
+/// is a question mark that belongs to it, and "\\" a backslash; any other backslash is one.
 struct RadioString {
     std::string text;  ///< as it was given, for messages
     std::string kind;

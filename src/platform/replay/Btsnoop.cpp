@@ -20,8 +20,18 @@ constexpr std::string_view endNote = "nearcast: end";
 
 /// The text of a note up to its NUL; empty for another packet.
 std::string textOf(const Packet& packet) {
-    if (packet.kind != PacketKind::monitorByFlags || static_cast<std::uint16_t>(packet.flags) != monitorNote) return {};
-    std::string text(packet.bytes.begin(), packet.bytes.end());
+    std::span<const std::uint8_t> bytes = packet.bytes;
+    auto opcode = static_cast<std::uint16_t>(packet.flags);
+    if (packet.kind == PacketKind::monitor) {
+        ByteReader reader(packet.bytes, ByteReader::Order::big);
+        reader.skip(2);  // adapter
+        opcode = reader.u16();
+        bytes = reader.rest();
+    } else if (packet.kind != PacketKind::monitorByFlags) {
+        return {};
+    }
+    if (opcode != monitorNote) return {};
+    std::string text(bytes.begin(), bytes.end());
     if (const auto end = text.find('\0'); end != std::string::npos) text.resize(end);
     return text;
 }
@@ -57,9 +67,6 @@ std::int64_t nanosecondsOf(std::uint64_t microseconds) {
 }
 
 constexpr std::uint32_t monitorDatalink = 2001;
-constexpr std::uint16_t monitorEvent = 3;
-constexpr std::uint16_t firstAdapter = 0;
-constexpr std::uint16_t noAdapter = 0xFFFF;
 
 void appendBig(std::string& out, std::uint64_t value, int octets) {
     for (int octet = octets - 1; octet >= 0; --octet) out.push_back(static_cast<char>(value >> 8 * octet & 0xFF));

@@ -17,7 +17,11 @@ namespace nearcast::replay {
 // over (BlueZ, doc/btsnoop.txt: opcode 12, System Note). What a capture has no packet for is written as such notes:
 // "nearcast: radio 4" for a state of the radio, "nearcast: end" for a recording's end, "nearcast: begin" for its begin.
 
+inline constexpr std::uint16_t monitorEvent = 3;
 inline constexpr std::uint16_t monitorNote = 12;
+// Adapters, as a monitor numbers them: the one that our events are said to come from, and none, which notes have.
+inline constexpr std::uint16_t firstAdapter = 0;
+inline constexpr std::uint16_t noAdapter = 0xFFFF;
 
 inline constexpr const char* beginNote = "nearcast: begin";
 std::string noteOf(const RecordedState& state);

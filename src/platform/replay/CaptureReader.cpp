@@ -21,7 +21,6 @@ using Auxiliary = LinkLayerPacket::Auxiliary;
 using Order = ByteReader::Order;
 
 constexpr std::uint8_t eventIndicator = 4;  // H4 UART transport: Core Specification, Volume 4, Part A, 2
-constexpr std::uint16_t monitorEvent = 3;   // Linux monitor: HCI event packet
 constexpr std::uint32_t flagReceived = 1;   // btsnoop: from the controller ...
 constexpr std::uint32_t flagNotData = 2;    // ... and a command or an event
 constexpr std::uint8_t firstPrimaryIndex = 37;
@@ -158,6 +157,14 @@ std::optional<RecordedItem> CaptureReader::next() {
     RecordedItem item = std::move(ready_.front());
     ready_.pop_front();
     return item;
+}
+
+std::optional<std::chrono::microseconds> CaptureReader::begin() const {
+    constexpr std::chrono::microseconds latestBegin = std::chrono::seconds(5'000'000'000);  // in the year 2128
+    if (!first_) return std::nullopt;
+    const auto begin = std::chrono::floor<std::chrono::microseconds>(std::chrono::nanoseconds(*first_));
+    if (begin < std::chrono::microseconds(0) || begin > latestBegin) return std::nullopt;
+    return begin;
 }
 
 void CaptureReader::advance(const Packet& packet) {

@@ -36,6 +36,8 @@ class CaptureReader : public RecordingReader {
 public:
     explicit CaptureReader(std::unique_ptr<PacketSource> packets) : packets_(std::move(packets)) {}
     std::optional<RecordedItem> next() override;
+    /// Nothing where its clock shows a time that no recording was made at.
+    [[nodiscard]] std::optional<std::chrono::microseconds> begin() const override;
 
 private:
     void advance(const Packet& packet);

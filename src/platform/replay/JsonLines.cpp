@@ -93,21 +93,25 @@ std::optional<RecordedItem> nextOf(RecordingReader& reader, const std::string& n
 }  // namespace
 
 JsonLinesReader::JsonLinesReader(RecordingInput& input)
-    : begin_(input.offset()), text_({{"", sourceOf(input)}}, longestLine) {}
+    : input_(input), begin_(input.offset()), text_({{"", sourceOf(input)}}, longestLine) {}
+
+void JsonLinesReader::fail(const std::string& what) const { throw RecordingDamage(begin_ + text_.offset(), what); }
 
 std::optional<RecordedItem> JsonLinesReader::next() {
     try {
         const auto text = text_.next();
+        if (!text && input_.damage()) fail(*input_.damage());
         if (!text) return std::nullopt;
         lines::Line line = lines::parseLine(*text, previous_);
         previous_ = line.at;
         return itemOf(std::move(line));
     } catch (const lines::LineError& error) {
-        throw RecordingDamage(begin_ + text_.offset(), "line " + std::to_string(text_.number()) + ": " + error.what());
+        if (!text_.ended() && input_.damage()) fail(*input_.damage());
+        fail("line " + std::to_string(text_.number()) + ": " + error.what());
     } catch (const lines::LineTooLong&) {
-        throw RecordingDamage(begin_ + text_.offset(), "a line of more than " + std::to_string(longestLine) + " bytes");
+        fail("a line of more than " + std::to_string(longestLine) + " bytes");
     } catch (const std::system_error& error) {
-        throw RecordingDamage(begin_ + text_.offset(), error.code().message());
+        fail(error.code().message());
     }
 }
 
@@ -122,13 +126,8 @@ std::unique_ptr<RecordingWriter> makeJsonLinesWriter(RecordingWriter::Out out) {
     return std::make_unique<JsonLinesWriter>(std::move(out));
 }
 
-ImportResult importRecording(const std::string& path, const RecordingOptions& options,
-                             const std::function<void(std::string_view line)>& out) {
-    return importRecording(*openRecording(path), path, options, out);
-}
-
-ImportResult importRecording(RecordingReader& reader, const std::string& name, const RecordingOptions& options,
-                             const std::function<void(std::string_view line)>& out) {
+ImportResult copyRecording(RecordingReader& reader, const std::string& name, const RecordingOptions& options,
+                           const std::function<void(const RecordedItem& item)>& out) {
     ImportResult result;
     while (auto item = nextOf(reader, name, result)) {
         if (auto* report = std::get_if<RecordedReport>(&*item)) {
@@ -136,9 +135,20 @@ ImportResult importRecording(RecordingReader& reader, const std::string& name, c
             result.malformed += report->malformed ? 1 : 0;
             options.apply(*report);
         }
-        out(recordedLine(*std::move(item)));
+        result.end = std::max(result.end, timeOf(*item));
+        out(*item);
     }
     return result;
+}
+
+ImportResult importRecording(const std::string& path, const RecordingOptions& options,
+                             const std::function<void(std::string_view line)>& out) {
+    return importRecording(*openRecording(path), nameOfInput(path), options, out);
+}
+
+ImportResult importRecording(RecordingReader& reader, const std::string& name, const RecordingOptions& options,
+                             const std::function<void(std::string_view line)>& out) {
+    return copyRecording(reader, name, options, [&out](const RecordedItem& item) { out(recordedLine(item)); });
 }
 
 }  // namespace nearcast::replay

@@ -28,6 +28,9 @@ public:
     std::optional<RecordedItem> next() override;
 
 private:
+    [[noreturn]] void fail(const std::string& what) const;
+
+    RecordingInput& input_;
     std::uint64_t begin_;  ///< of the text in the file: a byte order mark may precede it
     lines::TextReader text_;
     std::chrono::microseconds previous_{0};
@@ -37,8 +40,15 @@ private:
 struct ImportResult {
     std::uint64_t reports = 0;
     std::uint64_t malformed = 0;        ///< of these: reports whose AD structures break off
+    std::chrono::microseconds end{0};   ///< when the last item happens
     std::optional<std::string> damage;  ///< why the recording ended before its end ("FILE: damaged at byte ...")
 };
+
+/// Takes a recording's items one by one, with what the options make of its reports.
+/// @param name what to call it in messages
+/// @param out  what it throws passes through
+ImportResult copyRecording(RecordingReader& reader, const std::string& name, const RecordingOptions& options,
+                           const std::function<void(const RecordedItem& item)>& out);
 
 /// Turns a recording of any kind into JSON Lines. Playing these gives the same reports at the same times as playing the
 /// recording itself with the same options.

@@ -106,7 +106,9 @@ PcapngReader::Block PcapngReader::readFrame() {
     Block block;
     block.start = input_.offset();
     const auto head = input_.peek(frameLength);
-    if (head.size() < frameLength) throw RecordingDamage(block.start, "the file ends inside a block's frame");
+    if (head.size() < frameLength) {
+        throw RecordingDamage(block.start, input_.damage().value_or("the file ends inside a block's frame"));
+    }
     if (std::equal(pcapngMagic.begin(), pcapngMagic.end(), head.begin())) beginSection();
     ByteReader reader(head, order_);
     block.type = reader.u32();

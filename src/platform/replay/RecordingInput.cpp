@@ -18,7 +18,12 @@ bool RecordingInput::readMore() {
     end_ -= begin_;
     begin_ = 0;
     if (buffer_.size() < end_ + chunk) buffer_.resize(end_ + chunk);
-    const std::size_t count = source_(std::span(buffer_).subspan(end_));
+    std::size_t count = 0;
+    try {
+        count = source_(std::span(buffer_).subspan(end_));
+    } catch (const PackedDamage& damage) {
+        damage_ = damage.what();
+    }
     end_ += count;
     ended_ = count == 0;
     return !ended_;
@@ -27,6 +32,12 @@ bool RecordingInput::readMore() {
 void RecordingInput::consume(std::size_t count) noexcept {
     begin_ += count;
     offset_ += count;
+}
+
+bool RecordingInput::atEnd() {
+    if (!peek(1).empty()) return false;
+    if (damage_) throw RecordingDamage(offset_, *damage_);
+    return true;
 }
 
 std::span<const std::uint8_t> RecordingInput::peek(std::size_t count) {
@@ -48,14 +59,14 @@ std::span<const std::uint8_t> RecordingInput::takeSome(std::size_t most) {
 
 std::span<const std::uint8_t> RecordingInput::takeAll(std::size_t count, std::uint64_t start) {
     const auto taken = take(count);
-    if (taken.size() < count) throw RecordingDamage(start, endsInside);
+    if (taken.size() < count) throw RecordingDamage(start, damage_.value_or(endsInside));
     return taken;
 }
 
 void RecordingInput::skipAll(std::uint64_t count, std::uint64_t start) {
     while (count > 0) {
         const auto passed = take(static_cast<std::size_t>(std::min<std::uint64_t>(count, chunk)));
-        if (passed.empty()) throw RecordingDamage(start, endsInside);
+        if (passed.empty()) throw RecordingDamage(start, damage_.value_or(endsInside));
         count -= passed.size();
     }
 }

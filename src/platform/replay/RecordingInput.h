@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/files/ByteSource.h"
 #include "platform/replay/RecordingReader.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace nearcast::replay {
@@ -18,7 +22,11 @@ public:
 
     /// Where the next byte stands in the recording.
     [[nodiscard]] std::uint64_t offset() const noexcept { return offset_; }
-    [[nodiscard]] bool atEnd() { return peek(1).empty(); }
+    /// @throws RecordingDamage there when the recording was packed and is cut or damaged
+    [[nodiscard]] bool atEnd();
+    /// Why the bytes ended, where what they were packed in is cut or damaged. They end there like any others, so that
+    /// what comes before can be used.
+    [[nodiscard]] const std::optional<std::string>& damage() const noexcept { return damage_; }
 
     /// The next `count` bytes, fewer at the end; they stay the next ones.
     std::span<const std::uint8_t> peek(std::size_t count);
@@ -46,6 +54,7 @@ private:
     std::size_t end_ = 0;
     std::uint64_t offset_ = 0;
     bool ended_ = false;
+    std::optional<std::string> damage_;
 };
 
 }  // namespace nearcast::replay

@@ -12,8 +12,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -34,6 +32,9 @@ public:
 
     void open(const std::string& name);
 
+    [[nodiscard]] std::optional<std::chrono::microseconds> begin() const override {
+        return reader_ ? reader_->begin() : std::nullopt;
+    }
     std::optional<RecordedItem> next() override {
         if (damage_) {
             ended_ = true;
@@ -47,6 +48,10 @@ public:
         } catch (const std::system_error& error) {
             ended_ = true;
             throw RecordingDamage(input_->offset(), error.code().message());
+        } catch (const RecordingDamage&) {
+            ended_ = true;
+            if (inputsEnded()) return std::nullopt;  // it was cut because nobody waits for the rest
+            throw;
         } catch (...) {
             ended_ = true;
             throw;
@@ -69,14 +74,15 @@ bool beginsLike(Bytes bytes, const std::array<std::uint8_t, size>& magic) {
     return std::equal(magic.begin(), magic.begin() + static_cast<std::ptrdiff_t>(count), bytes.begin());
 }
 
-/// Whether this can be the begin of JSON Lines: a byte order mark at most, white space, then a brace.
-bool beginsLikeJSONLines(Bytes bytes) {
-    constexpr std::array<std::uint8_t, 3> byteOrderMark{0xEF, 0xBB, 0xBF};
+constexpr std::array<std::uint8_t, 3> byteOrderMark{0xEF, 0xBB, 0xBF};
+
+/// What follows a byte order mark and white space.
+Bytes withoutLeadingSpace(Bytes bytes) {
     if (beginsLike(bytes, byteOrderMark)) bytes = bytes.subspan(std::min(bytes.size(), byteOrderMark.size()));
     const auto first = std::find_if(bytes.begin(), bytes.end(), [](std::uint8_t octet) {
         return octet != ' ' && octet != '\t' && octet != '\r' && octet != '\n';
     });
-    return first == bytes.end() || *first == '{';
+    return bytes.subspan(static_cast<std::size_t>(first - bytes.begin()));
 }
 
 void OwningReader::open(const std::string& name) {
@@ -88,13 +94,10 @@ void OwningReader::open(const std::string& name) {
 }
 
 std::unique_ptr<RecordingReader> OwningReader::openFormat(const std::string& name) {
-    constexpr std::size_t enough = 4096;
-    const Bytes bytes = input_->peek(enough);
-    // pcapng begins with white space of its own; a single line feed is no sign of it.
-    const bool pcapng = bytes.size() > 1 && beginsLike(bytes, pcapngMagic);
-    if (!pcapng && beginsLikeJSONLines(bytes)) return std::make_unique<JsonLinesReader>(*input_);
+    if (holdsJSONLines(*input_)) return std::make_unique<JsonLinesReader>(*input_);
+    const Bytes bytes = input_->peek(btsnoopMagic.size());
     std::unique_ptr<PacketSource> packets;
-    if (pcapng) {
+    if (beginsLike(bytes, pcapngMagic)) {
         packets = std::make_unique<PcapngReader>(*input_);
     } else if (beginsLike(bytes, btsnoopMagic)) {
         packets = std::make_unique<BtsnoopReader>(*input_, name);
@@ -105,27 +108,6 @@ std::unique_ptr<RecordingReader> OwningReader::openFormat(const std::string& nam
     }
     return std::make_unique<CaptureReader>(std::move(packets));
 }
-
-/// The bytes of a file.
-class File {
-public:
-    explicit File(const std::string& path) : path_(path) {
-        std::FILE* const file = std::fopen(path.c_str(), "rbe");
-        if (file == nullptr) fail();
-        file_.reset(file, &std::fclose);
-    }
-    std::size_t operator()(std::span<std::uint8_t> room) const {
-        const std::size_t count = std::fread(room.data(), 1, room.size(), file_.get());
-        if (count == 0 && std::ferror(file_.get()) != 0) fail();
-        return count;
-    }
-
-private:
-    [[noreturn]] void fail() const { throw std::system_error(errno, std::generic_category(), path_); }
-
-    std::string path_;
-    std::shared_ptr<std::FILE> file_;
-};
 
 /// Whether the option is there, which knows one value only.
 bool isGiven(const RadioString& radio, std::string_view name, std::string_view onlyValue) {
@@ -150,10 +132,28 @@ std::chrono::microseconds timeOf(const RecordedItem& item) {
     return std::visit([](const auto& one) { return one.at; }, item);
 }
 
-std::unique_ptr<RecordingReader> openRecording(const std::string& path) { return openRecording(File(path), path); }
+bool holdsJSONLines(RecordingInput& input) {
+    constexpr std::size_t most = 4096;
+    for (std::size_t count = btsnoopMagic.size();; count *= 2) {
+        const Bytes bytes = input.peek(count);
+        // pcapng begins with white space of its own; a single line feed is no sign of it.
+        if (bytes.size() > 1 && beginsLike(bytes, pcapngMagic)) return false;
+        const Bytes rest = withoutLeadingSpace(bytes);
+        if (!rest.empty()) return rest.front() == '{';
+        if (bytes.size() < count || count >= most) return true;
+    }
+}
+
+std::unique_ptr<RecordingReader> openRecording(const std::string& path) {
+    return openRecording(openInput(path), nameOfInput(path));
+}
 
 std::unique_ptr<RecordingReader> openRecording(ByteSource source, const std::string& name) {
-    auto reader = std::make_unique<OwningReader>(std::make_unique<RecordingInput>(std::move(source)));
+    return openRecording(std::make_unique<RecordingInput>(unpacked(std::move(source), name)), name);
+}
+
+std::unique_ptr<RecordingReader> openRecording(std::unique_ptr<RecordingInput> input, const std::string& name) {
+    auto reader = std::make_unique<OwningReader>(std::move(input));
     reader->open(name);
     return reader;
 }

@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/files/ByteSource.h"
 #include "platform/hciformat/RawReport.h"
 #include "platform/radio/AdvertisingReport.h"
 #include "platform/radio/RadioString.h"
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <variant>
@@ -64,19 +63,28 @@ public:
     /// The next item; nothing at the end.
     /// @throws RecordingDamage once, at the damage; after that there is nothing more
     virtual std::optional<RecordedItem> next() = 0;
+    /// The recording's time zero, since 1970; nothing where it does not say, or before the first item.
+    [[nodiscard]] virtual std::optional<std::chrono::microseconds> begin() const { return std::nullopt; }
 };
 
-/// Gives the next bytes of a recording: fills the span from its begin, and returns how much; 0 at the end only.
-/// @throws std::system_error
-using ByteSource = std::function<std::size_t(std::span<std::uint8_t> room)>;
+class RecordingInput;
 
-/// Opens a recording: JSON Lines, btsnoop, pcap or pcapng, told apart by their content.
+/// Opens a recording: JSON Lines, btsnoop, pcap or pcapng, told apart by their content, packed by gzip or not.
+/// @param path "-" is standard input
 /// @throws std::system_error naming the file when it cannot be read
 /// @throws NoRecording naming the file when it is of another format, or of an unknown version or link type
 std::unique_ptr<RecordingReader> openRecording(const std::string& path);
 /// The same from any bytes.
 /// @param name what to call them in messages
 std::unique_ptr<RecordingReader> openRecording(ByteSource source, const std::string& name);
+/// The same from bytes that are unpacked, from their begin.
+std::unique_ptr<RecordingReader> openRecording(std::unique_ptr<RecordingInput> input, const std::string& name);
+
+/// Whether bytes can be the begin of JSON Lines, a recording or a scenario: a byte order mark at most, white space,
+/// then a brace. So can no bytes at all. No more is read than tells.
+/// @param input at its begin, where it stays
+/// @throws std::system_error
+bool holdsJSONLines(RecordingInput& input);
 
 /// What is done to each report of a recording that was made without our dongles, so that it can be played to the
 /// manager all the same.

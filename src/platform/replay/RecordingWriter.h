@@ -34,6 +34,11 @@ std::unique_ptr<RecordingWriter> makeJsonLinesWriter(RecordingWriter::Out out);
 /// @param begin the recording's time zero, since 1970
 std::unique_ptr<RecordingWriter> makeBtsnoopWriter(RecordingWriter::Out out, std::chrono::microseconds begin);
 
+/// pcapng with packets of the Linux monitor (link type 254): events and notes as in btsnoop, times in microseconds.
+/// What describes the file, and a note that makes the recording begin at its time zero, are written at once.
+/// @param begin the recording's time zero, since 1970
+std::unique_ptr<RecordingWriter> makePcapngWriter(RecordingWriter::Out out, std::chrono::microseconds begin);
+
 /// The line of a scenario that an item is.
 lines::Line lineOf(RecordedItem item);
 /// The line that an item is in JSON Lines, without its end.

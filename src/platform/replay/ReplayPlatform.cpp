@@ -84,7 +84,8 @@ ReplayPlatform::ReplayPlatform(Console& console, const NSJSONSerialization& JSON
 std::unique_ptr<CBCentralManager> ReplayPlatform::centralManager(CBCentralManagerDelegate& delegate) {
     auto reader = reader_ ? std::move(reader_) : openRecording(options_.path);
     return std::make_unique<ReplayRadio>(delegate, *this, monitor(), timeline(),
-                                         Recording{options_.path, std::move(reader), options_.recording}, failure_);
+                                         Recording{nameOfInput(options_.path), std::move(reader), options_.recording},
+                                         failure_);
 }
 
 std::string ReplayPlatform::failure() const {

@@ -2,11 +2,13 @@
 #include "lines/TextReader.h"
 
 #include "doubles/TemporaryFolder.h"
+#include "unit/platform/files/GzipBytes.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace nearcast::lines {
@@ -54,6 +56,33 @@ TEST(TextReader, NamesThePlaceOfTheLine) {
     TextReader reader({{"a", sourceOf("", 1)}, {"b", sourceOf("\ntwo", 1)}}, 10);
     reader.next();
     EXPECT_EQ(reader.place(), "b:2");
+}
+
+TEST(TextReader, UnpacksFilesAndSaysWhatIsWrongWithThem) {
+    const TemporaryFolder folder;
+    const std::string packed = gzipped("one\ntwo");
+    TextReader good(TextReader::openFiles({folder.write("good", packed)}), 10);
+    EXPECT_EQ(allOf(good), (std::vector<Seen>{{"one", 1, 0}, {"two", 2, 4}}));
+    const std::string cut = folder.write("cut", packed.substr(0, packed.size() - 1));
+    const std::string twice = folder.write("twice", gzipped(packed));
+    for (const auto& [path, problem] : {std::pair(cut, ": the gzip data end before their end"),
+                                        std::pair(twice, ": is packed by gzip more than once; unpack it first")}) {
+        TextReader reader(TextReader::openFiles({path}), 10);
+        try {
+            allOf(reader);
+            FAIL() << "it was read";
+        } catch (const InputError& error) {
+            EXPECT_EQ(error.what(), path + problem);
+        }
+    }
+}
+
+TEST(TextReader, KnowsWhetherALineHasItsEnd) {
+    TextReader reader({{"a", sourceOf("one\ntwo", 1)}}, 10);
+    reader.next();
+    EXPECT_TRUE(reader.ended());
+    reader.next();
+    EXPECT_FALSE(reader.ended());
 }
 
 TEST(TextReader, KeepsAZeroByteInALine) {

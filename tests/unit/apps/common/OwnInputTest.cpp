@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 
 namespace nearcast::cli {
@@ -39,6 +40,25 @@ TEST(OwnInput, IsTheFileOfARadio) {
     EXPECT_EQ(fileOfRadio("simulator"), "");
     EXPECT_EQ(fileOfRadio("bluez:hci0"), "");
     EXPECT_THROW((void)fileOfRadio("carrier-pigeon"), std::invalid_argument);
+}
+
+TEST(OwnInput, IsTheFileOfARecording) {
+    EXPECT_EQ(fileOfRecording("shop.jsonl?as=dongles"), "shop.jsonl");
+    EXPECT_EQ(fileOfRecording("what\\?.jsonl"), "what?.jsonl");
+    EXPECT_THROW((void)fileOfRecording("shop.jsonl?seed=1"), std::invalid_argument);
+}
+
+TEST(OwnInput, IsStandardInputOnceAtMost) {
+    EXPECT_NO_THROW(refuseStandardInputTwice({"-", "a", "", "./-"}));
+    EXPECT_THROW(refuseStandardInputTwice({"-", "a", "-"}), UsageError);
+}
+
+TEST(OwnInput, IsRefusedAsStandardInputToo) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write("file", "x");
+    ASSERT_NE(std::freopen(path.c_str(), "r", stdin), nullptr);
+    EXPECT_THROW(refuseOwnInput(path, {"-"}), UsageError);
+    EXPECT_NO_THROW(refuseOwnInput(folder.file("other"), {"-"}));
 }
 
 }  // namespace

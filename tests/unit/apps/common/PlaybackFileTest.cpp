@@ -3,9 +3,11 @@
 #include "common/UsageError.h"
 #include "doubles/TemporaryFolder.h"
 #include "platform/replay/RecordingReader.h"
+#include "unit/platform/files/GzipBytes.h"
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <system_error>
 
 namespace nearcast::cli {
@@ -50,9 +52,52 @@ TEST_F(PlaybackFileTest, LetsReportsOfOtherServicesPassWhereAsked) {
     EXPECT_FALSE(services(readPlaybackFile(path + "?services=any")));
 }
 
-TEST_F(PlaybackFileTest, NamesTheLineThatIsWrong) {
-    const std::string path = write(advertise + "\n{\"do\":\"dance\"}\n");
-    EXPECT_EQ(problemOf<lines::InputError>(path), path + R"(:2: unknown "do": "dance")");
+TEST_F(PlaybackFileTest, NamesTheLineOfAScenarioThatIsWrong) {
+    const std::string path =
+        write("{\"do\":\"startScan\"}\n" + advertise + "\n{\"do\":\"dance\"}\n" + advertise + "\n");
+    EXPECT_EQ(problemOf<lines::InputError>(path), path + R"(:3: unknown "do": "dance")");
+}
+
+TEST_F(PlaybackFileTest, NamesAFirstLineThatShowsThatItIsNoRecording) {
+    for (const char* end : {"\n", ""}) {
+        const std::string path = write(std::string("{\"do\":\"dance\"}") + end);
+        EXPECT_EQ(problemOf<lines::InputError>(path), path + R"(:1: unknown "do": "dance")");
+    }
+    const std::string cut = write("{");
+    EXPECT_EQ(problemOf<lines::InputError>(cut).find(cut + ":1: "), 0U) << problemOf<lines::InputError>(cut);
+}
+
+TEST_F(PlaybackFileTest, ARecordingInLinesThatIsDamagedIsReadUpToThere) {
+    const std::string path = write(advertise + "\n{\"do\":\"dance\"}\n" + advertise + "\n");
+    const PlaybackFile file = readPlaybackFile(path);
+    EXPECT_EQ(file.input.lines.size(), 1U);
+    EXPECT_EQ(file.damage, path + ": damaged at byte " + std::to_string(advertise.size() + 1) +
+                               R"(: line 2: unknown "do": "dance")");
+}
+
+TEST_F(PlaybackFileTest, LinesThatWereCutAreReadUpToThere) {
+    const std::string scan = "{\"do\":\"startScan\"}\n";
+    for (const std::string& before : {advertise + "\n", scan}) {
+        const std::string path = write(before + advertise.substr(0, 20));
+        const PlaybackFile file = readPlaybackFile(path);
+        EXPECT_EQ(file.input.lines.size(), 1U);
+        EXPECT_EQ(file.damage.find(path + ": damaged at byte " + std::to_string(before.size()) + ": line "), 0U)
+            << file.damage;
+    }
+}
+
+TEST_F(PlaybackFileTest, PackedFilesAreReadAsTheOthers) {
+    const PlaybackFile file = readPlaybackFile(write(gzipped(advertise + "\n" + advertise + "\n")));
+    EXPECT_EQ(file.input.lines.size(), 2U);
+    EXPECT_EQ(file.damage, "");
+    EXPECT_EQ(file.tally.text(), "2 advertisements, 1.0 s");
+}
+
+TEST_F(PlaybackFileTest, OpensAFileWhoseNameHoldsAQuestionMark) {
+    const std::string path = folder.write("what?.jsonl", advertise);
+    const PlaybackFile file = readPlaybackFile(folder.file("what\\?.jsonl?services=any"));
+    EXPECT_EQ(file.path, path);
+    EXPECT_EQ(file.input.lines.size(), 1U);
 }
 
 TEST_F(PlaybackFileTest, NamesAFileThatIsMissing) {

@@ -133,6 +133,9 @@ TEST(Recordings, ATruthFileHasTheNameOfItsRecording) {
     EXPECT_EQ(truthPathFor("hall/a.jsonl"), "hall/a.truth.jsonl");
     EXPECT_EQ(truthPathFor("a.b.pcapng"), "a.b.truth.jsonl");
     EXPECT_EQ(truthPathFor("a"), "a.truth.jsonl");
+    EXPECT_EQ(truthPathFor("hall/a.jsonl.gz"), "hall/a.truth.jsonl");
+    EXPECT_EQ(truthPathFor("a.pcapng.GZ"), "a.truth.jsonl");
+    EXPECT_EQ(truthPathFor("a.az"), "a.truth.jsonl");
 }
 
 TEST(Table, ColumnsAreAsWideAsTheyNeedToBe) {

@@ -44,6 +44,38 @@ TEST(RadioString, HasOptionsAfterTheLastQuestionMark) {
     EXPECT_EQ(radio.text, "replay:what?.jsonl?speed=max&as=dongles&services");
 }
 
+TEST(RadioString, AnEscapedQuestionMarkBelongsToTheArgument) {
+    struct Case {
+        const char* text;
+        const char* argument;
+        const char* speed;
+    };
+    const Case cases[] = {
+        {R"(replay:what\?.jsonl)", "what?.jsonl", ""},
+        {R"(replay:what\?.jsonl?speed=max)", "what?.jsonl", "max"},
+        {R"(replay:\??speed=2)", "?", "2"},
+        {R"(replay:a\?speed=2)", "a?speed=2", ""},
+        {R"(replay:a\\?speed=2)", R"(a\)", "2"},
+        {R"(replay:a\\\?speed=2)", R"(a\?speed=2)", ""},
+        {R"(replay:\a\b\)", R"(\a\b\)", ""},
+        {R"(replay:a?b\?c?speed=max)", "a?b?c", "max"},
+    };
+    for (const Case& one : cases) {
+        const auto radio = RadioString::parse(one.text);
+        EXPECT_EQ(radio.argument, one.argument) << one.text;
+        EXPECT_EQ(radio.option("speed", ""), one.speed) << one.text;
+        EXPECT_EQ(radio.text, one.text);
+    }
+}
+
+TEST(RadioString, TellsHowAQuestionMarkIsWrittenWhereOneBeginsNoOptions) {
+    const std::string hint = R"((a question mark in a file's name is written \?))";
+    EXPECT_NE(problemOf("replay:what?.jsonl").find(hint), std::string::npos);
+    EXPECT_NE(problemOf("simulator:what?.json").find(hint), std::string::npos);
+    EXPECT_EQ(problemOf("hci:0?x").find(hint), std::string::npos);
+    EXPECT_EQ(problemOf("none?x").find(hint), std::string::npos);
+}
+
 TEST(RadioString, AnOptionsValueMayHoldEqualsSigns) {
     EXPECT_EQ(RadioString::parse("simulator?seed=a=b").option("seed", ""), "a=b");
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/replay/RecordingReader.h"
 
+#include "unit/platform/files/GzipBytes.h"
 #include "unit/platform/replay/CaptureBytes.h"
 #include "unit/platform/replay/SnifferBytes.h"
 
@@ -101,6 +102,53 @@ TEST(RecordingReader, TellsDamageOnceAndNothingAfterIt) {
             EXPECT_FALSE(reader->next()) << one.format;
         }
     }
+}
+
+/// The file packed, cut before its end, with this many bytes of it missing.
+Octets packedAndCut(const Octets& file, std::size_t missing) {
+    const std::string packed = gzipped({reinterpret_cast<const char*>(file.data()), file.size()});
+    return octetsOf(std::string_view(packed).substr(0, packed.size() - missing));
+}
+
+TEST(RecordingReader, UnpacksEveryFormat) {
+    for (const Example& one : examples()) {
+        const Octets file = one.head + one.record + one.record;
+        const Contents contents = readAll(packedAndCut(file, 0), 1);
+        EXPECT_EQ(contents.reports().size(), readAll(file).reports().size()) << one.format;
+        EXPECT_EQ(contents.damage, "") << one.format;
+    }
+}
+
+TEST(RecordingReader, OfAPackedFileThatIsCutAllBeforeTheCutCounts) {
+    for (const Example& one : examples()) {
+        const Octets whole = one.head + one.record;
+        for (const Octets& more : {Octets{}, Octets(one.record.begin(), one.record.end() - 3)}) {
+            const Contents contents = readAll(packedAndCut(whole + more, 4));
+            EXPECT_EQ(contents.reports().size(), readAll(whole).reports().size()) << one.format;
+            EXPECT_EQ(contents.damage,
+                      "damaged at byte " + std::to_string(whole.size()) + ": the gzip data end before their end")
+                << one.format;
+        }
+    }
+}
+
+TEST(RecordingReader, OfAPackedFileThatIsCutAtItsBeginTellsThat) {
+    const Contents contents = readAll(hex("1F8B"));
+    EXPECT_TRUE(contents.items.empty());
+    EXPECT_EQ(contents.damage, "damaged at byte 0: the gzip data end before their end");
+}
+
+TEST(RecordingReader, NeedsNoMoreThanALineToGiveIt) {
+    const std::string text = std::string(line) + "\n";
+    int asked = 0;
+    const auto reader = openRecording(
+        [&](std::span<std::uint8_t> room) -> std::size_t {
+            if (++asked > 1) throw std::logic_error("it waits for more");
+            std::copy(text.begin(), text.end(), room.begin());
+            return text.size();
+        },
+        "test");
+    EXPECT_TRUE(reader->next());
 }
 
 TEST(RecordingReader, HoldsNothingInAnEmptyFile) {

@@ -16,14 +16,18 @@ using std::chrono::microseconds;
 /// Writes items, and reads what came of it.
 class Written {
 public:
-    enum class Form { jsonLines, btsnoop };
+    enum class Form { jsonLines, btsnoop, pcapng };
     explicit Written(Form form) {
         const auto out = [this](std::string_view some) {
             bytes_ += some;
             ends_.push_back(bytes_.size());
         };
-        writer_ = form == Form::jsonLines ? makeJsonLinesWriter(out)
-                                          : makeBtsnoopWriter(out, microseconds(1'700'000'000'000'000));
+        const microseconds begin(1'700'000'000'000'000);
+        switch (form) {
+            case Form::jsonLines: writer_ = makeJsonLinesWriter(out); break;
+            case Form::btsnoop: writer_ = makeBtsnoopWriter(out, begin); break;
+            case Form::pcapng: writer_ = makePcapngWriter(out, begin); break;
+        }
     }
     void write(const RecordedItem& item) { writer_->write(item); }
     [[nodiscard]] const std::string& bytes() const { return bytes_; }
@@ -99,10 +103,18 @@ TEST_P(RecordingWriterTest, WhatBreaksOffAfterAnyItemIsAWholeRecording) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, RecordingWriterTest, testing::Values(Written::Form::jsonLines, Written::Form::btsnoop),
-                         [](const auto& form) {
-                             return form.param == Written::Form::jsonLines ? "JsonLines" : "Btsnoop";
-                         });
+std::string nameOf(const testing::TestParamInfo<Written::Form>& form) {
+    switch (form.param) {
+        case Written::Form::jsonLines: return "JsonLines";
+        case Written::Form::btsnoop: return "Btsnoop";
+        case Written::Form::pcapng: break;
+    }
+    return "Pcapng";
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, RecordingWriterTest,
+                         testing::Values(Written::Form::jsonLines, Written::Form::btsnoop, Written::Form::pcapng),
+                         nameOf);
 
 TEST(BtsnoopWriter, WritesTheHeaderAndTheBeginAtOnce) {
     const Written written(Written::Form::btsnoop);
@@ -112,11 +124,51 @@ TEST(BtsnoopWriter, WritesTheHeaderAndTheBeginAtOnce) {
     EXPECT_EQ(Octets(written.bytes().begin(), written.bytes().end()), expected);
 }
 
-TEST(BtsnoopWriter, KeepsTheSender) {
-    Written written(Written::Form::btsnoop);
-    written.write(shopReport(0, -60));
-    const auto items = written.readBack();
-    EXPECT_EQ(std::get<RecordedReport>(items.at(0)).report.address, alice);
+TEST(PcapngWriter, WritesWhatDescribesTheFileAndTheBeginAtOnce) {
+    const Written written(Written::Form::pcapng);
+    const Pcapng form;
+    const Octets note = hex("FFFF 000C") + octetsOf(std::string_view("nearcast: begin\0", 16));
+    const Octets expected = form.section() + form.interface(254, form.option(9, {6}) + form.option(0, {})) +
+                            form.enhanced(1'700'000'000'000'000, note);
+    EXPECT_EQ(Octets(written.bytes().begin(), written.bytes().end()), expected);
+}
+
+TEST(PcapngWriter, WritesEventsOfTheFirstAdapter) {
+    Written written(Written::Form::pcapng);
+    const std::size_t before = written.bytes().size();
+    written.write(shopReport(250'000, -60));
+    const Octets block(written.bytes().begin() + static_cast<std::ptrdiff_t>(before), written.bytes().end());
+    ByteReader reader(block);
+    EXPECT_EQ(reader.u32(), 6U);
+    EXPECT_EQ(reader.u32(), block.size());
+    EXPECT_EQ(reader.u32(), 0U) << "the interface";
+    const std::uint64_t high = reader.u32();
+    EXPECT_EQ(high << 32 | reader.u32(), 1'700'000'000'250'000U);
+    const std::size_t length = reader.u32();
+    EXPECT_EQ(reader.u32(), length);
+    EXPECT_LE(length, block.size() - 32);
+    EXPECT_EQ(reader.u32(), 0x0300'0000U) << "adapter 0, opcode 3, both with the high octet first";
+    EXPECT_EQ(reader.u8(), 0x3E) << "an LE event";
+}
+
+TEST(PcapngWriter, PutsATimeBefore1970AtItsBegin) {
+    std::string bytes;
+    const auto writer = makePcapngWriter([&](std::string_view some) { bytes += some; }, {});
+    writer->write(dongleReport(-5, -60));
+    writer->write(dongleReport(7, -61));
+    EXPECT_EQ(readAll(octetsOf(bytes)).times(), (std::vector<std::int64_t>{0, 7}));
+}
+
+TEST(CaptureWriters, KeepTheSenderAndTheDate) {
+    for (const auto form : {Written::Form::btsnoop, Written::Form::pcapng}) {
+        Written written(form);
+        written.write(shopReport(0, -60));
+        const auto items = written.readBack();
+        EXPECT_EQ(std::get<RecordedReport>(items.at(0)).report.address, alice);
+        const auto reader = openRecording(sourceOf(octetsOf(written.bytes())), "test");
+        reader->next();
+        EXPECT_EQ(reader->begin(), microseconds(1'700'000'000'000'000));
+    }
 }
 
 TEST(RecordingNotes, OfOthersAreNoItems) {
@@ -126,6 +178,9 @@ TEST(RecordingNotes, OfOthersAreNoItems) {
         bytes.push_back('\0');
         const Octets capture = btsnoopHeader(2001) + btsnoopRecord(0, octetsOf(bytes), 0xFFFF'000C);
         EXPECT_TRUE(readAll(capture).items.empty()) << note;
+        const Pcapng form;
+        const Octets packet = hex("FFFF 000C") + octetsOf(bytes);
+        EXPECT_TRUE(readAll(form.section() + form.interface(254) + form.enhanced(0, packet)).items.empty()) << note;
     }
 }
 
