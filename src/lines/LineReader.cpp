@@ -11,7 +11,7 @@ void LineReader::parse(std::string_view text) {
         previous_ = line_->at;
     } catch (const LineError& problem) {
         previous_ = problem.at.value_or(previous_);
-        error_.emplace(place() + ": " + problem.what());
+        error_.emplace(problem.inFile(text_.name(), text_.number()));
     }
 }
 

@@ -103,7 +103,7 @@ std::optional<RecordedItem> JsonLinesReader::next() {
         previous_ = line.at;
         return itemOf(std::move(line));
     } catch (const lines::LineError& error) {
-        throw RecordingDamage(begin_ + text_.offset(), "line " + std::to_string(text_.number()) + ": " + error.what());
+        throw RecordingDamage(begin_ + text_.offset(), error.inLine(text_.number()));
     } catch (const lines::LineTooLong&) {
         throw RecordingDamage(begin_ + text_.offset(), "a line of more than " + std::to_string(longestLine) + " bytes");
     } catch (const std::system_error& error) {
