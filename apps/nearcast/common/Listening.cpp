@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Listening.h"
 
+#include "common/HeldLines.h"
 #include "platform/Drive.h"
 
 #include <algorithm>
@@ -10,10 +11,7 @@ namespace nearcast::cli {
 
 namespace {
 
-constexpr double settling = 3;  // seconds that a radio may take to know its state
-constexpr double settlingStep = 0.05;
-
-bool undecided(CBManagerState state) { return state == CBManagerStateUnknown || state == CBManagerStateResetting; }
+constexpr double settlingStep = 0.05;  // seconds
 
 }  // namespace
 
@@ -26,7 +24,10 @@ Listening::~Listening() {
 void Listening::open(const std::string& radio, std::function<void(std::string_view line)> console) {
     PlatformOptions options;
     options.radio = radio;
-    options.console = std::move(console);
+    const auto lines = std::make_shared<HeldLines>(std::move(console));
+    options.console = [lines](std::string_view line) { lines->say(line); };
+    const auto hasTold = std::make_shared<std::atomic<bool>>(false);
+    options.radioHealthChanged = [hasTold](const RadioHealth& /*health*/) { hasTold->store(true); };
     options.ownLoop = true;
     opened_ = openPlatform(options);
     {
@@ -35,8 +36,9 @@ void Listening::open(const std::string& radio, std::function<void(std::string_vi
     }
     radio_ = opened_.services->centralManager(*this);
     begin_ = opened_.services->date();
-    while (undecided(radio_->state()) && seconds() < settling && runFor(settlingStep)) {
+    while (!isSettled(health(), hasTold->load()) && seconds() < radioSettling && runFor(settlingStep)) {
     }
+    if (readiness() != Readiness::missing) lines->release();
 }
 
 void Listening::begin(Ears ears) {

@@ -2,6 +2,7 @@
 #include "doctor/Diagnosis.h"
 
 #include "common/JSONText.h"
+#include "common/UsageError.h"
 #include "common/Words.h"
 #include "doctor/ScanFindings.h"
 
@@ -103,6 +104,8 @@ Verdict Diagnosis::verdict() const {
     return remarks ? verdictRemarks : verdictWell;
 }
 
+int Diagnosis::status() const { return radioMissing ? static_cast<int>(exitFailed) : static_cast<int>(verdict()); }
+
 std::string findingInColumns(const CheckedFinding& finding) {
     std::string text = column(finding.check, checkWidth) + column(levelInColumns(finding.finding.level), levelWidth);
     text += printable(finding.finding.text) + "\n";
@@ -127,7 +130,7 @@ std::string verdictInWords(Verdict verdict) {
 }
 
 std::string diagnosisAsJSON(const Diagnosis& diagnosis) {
-    JSON result = {{"radio", diagnosis.radio}, {"status", static_cast<int>(diagnosis.verdict())}};
+    JSON result = {{"radio", diagnosis.radio}, {"status", diagnosis.status()}};
     result["findings"] = JSON::array();
     for (const CheckedFinding& finding : diagnosis.findings) result["findings"].push_back(asJSON(finding));
     result["scan"] = diagnosis.hearing ? asJSON(*diagnosis.hearing, diagnosis.health) : JSON();

@@ -23,10 +23,13 @@ enum Verdict : int {
 struct Diagnosis {
     std::string radio;  ///< the radio string used
     std::vector<CheckedFinding> findings;
-    std::optional<Hearing> hearing;  ///< nothing: the radio could not be opened
+    std::optional<Hearing> hearing;  ///< nothing: the radio could not be opened, or is missing
     RadioHealth health;              ///< at the end of the scan
+    bool radioMissing = false;       ///< there was nothing to scan with
 
     [[nodiscard]] Verdict verdict() const;
+    /// Where there is no radio, the scan could not be tried at all; else the verdict.
+    [[nodiscard]] int status() const;
 };
 
 /// One finding, with its advice on a line of its own.

@@ -4,7 +4,6 @@
 #include "common/Interruption.h"
 #include "common/Listening.h"
 #include "common/OwnInput.h"
-#include "common/Words.h"
 #include "record/RecordSession.h"
 
 #include <CLI/CLI.hpp>
@@ -53,11 +52,11 @@ void passTime(Listening& listening, std::optional<double> forSeconds) {
     }
 }
 
-int tell(const Listening& listening, RecordSession& session, const RecordArguments& arguments) {
+int tell(const Listening& listening, RecordSession& session, const RecordArguments& arguments, bool waited) {
+    if (!listening.failure().empty()) return exitFailed;  // the console has said it
     if (session.reports() == 0 && listening.health().state != CBManagerStatePoweredOn) {
-        throw std::runtime_error("nothing was heard: the radio is " + stateInWords(listening.health()));
+        throw std::runtime_error(nothingHeardInWords(listening.health(), waited));
     }
-    if (!listening.failure().empty()) throw std::runtime_error(listening.failure());
     if (isStandardOutput(arguments.output)) return exitGood;
     const std::string count = std::to_string(session.reports()) + " reports written to ";
     return complain("record", count + arguments.output, exitGood);
@@ -65,6 +64,9 @@ int tell(const Listening& listening, RecordSession& session, const RecordArgumen
 
 int recordWith(Listening& listening, const RecordArguments& arguments) {
     listening.open(arguments.radio, [](std::string_view line) { complain("record", line, exitGood); });
+    if (listening.readiness() == Readiness::missing) throw RadioMissing(listening.health());
+    const bool waits = listening.readiness() == Readiness::awaited;
+    if (waits) complain("record", awaitedInWords(listening.health()), exitGood);
     // Shared with the radio's thread, which may use it until the radio is closed.
     const auto session = std::make_shared<RecordSession>(writerFor(arguments), [&listening] { listening.interrupt(); });
     session->begin(listening.health().state);
@@ -74,7 +76,7 @@ int recordWith(Listening& listening, const RecordArguments& arguments) {
     const auto at = listening.now();
     listening.end();
     session->end(at);
-    return tell(listening, *session, arguments);
+    return tell(listening, *session, arguments, waits);
 }
 
 int record(const RecordArguments& arguments) {
