@@ -9,6 +9,7 @@
 #include "doctor/Diagnosis.h"
 #include "doctor/Hearing.h"
 #include "doctor/ScanFindings.h"
+#include "doctor/SettingsFindings.h"
 #include "machine/Facts.h"
 #include "machine/LinuxMachine.h"
 
@@ -20,6 +21,7 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace nearcast::cli {
 
@@ -29,6 +31,7 @@ constexpr double stepSeconds = 0.25;
 
 struct DoctorArguments {
     std::string radio = "auto";
+    std::string settings;
     double forSeconds = 10;
     bool json = false;
 };
@@ -44,17 +47,19 @@ class Doctor {
 public:
     explicit Doctor(const DoctorArguments& arguments) : arguments_(arguments) {}
 
-    int run(Listening& listening) {
+    /// @param settings what the settings file has; none where there is no such file
+    int run(Listening& listening, std::vector<Finding> settings) {
         const LinuxMachine machine;
         diagnosis_.radio = arguments_.radio == "auto" ? automaticRadio(machine) : arguments_.radio;
         for (CheckedFinding& one : examine(machine, wayOf(diagnosis_.radio))) add(std::move(one));
+        for (Finding& one : settings) add({"settings", std::move(one)});
         scan(listening);
         if (arguments_.json) {
             say(diagnosisAsJSON(diagnosis_) + "\n");
         } else {
             say("\n" + verdictInWords(diagnosis_.verdict()) + "\n");
         }
-        return diagnosis_.verdict();
+        return diagnosis_.status();
     }
 
 private:
@@ -70,6 +75,11 @@ private:
             throw;  // the command line is wrong, not the machine
         } catch (const std::exception& error) {
             return add({"scan", {Level::fault, std::string("the radio cannot be opened: ") + error.what(), ""}});
+        }
+        diagnosis_.health = listening.health();
+        if (listening.readiness() == Readiness::missing) {
+            diagnosis_.radioMissing = true;
+            return add({"scan", missingFinding(diagnosis_.health)});
         }
         listen(listening);
         for (Finding& one : scanFindings(*diagnosis_.hearing, diagnosis_.health)) add({"scan", std::move(one)});
@@ -102,8 +112,9 @@ int doctor(const DoctorArguments& arguments) {
     Listening listening;
     const Interruption interruption([&] { listening.interrupt(); });
     try {
-        refuseOwnInput("", {fileOfRadio(arguments.radio)});
-        return Doctor(arguments).run(listening);
+        refuseOwnInput("", {fileOfRadio(arguments.radio), arguments.settings});
+        auto settings = arguments.settings.empty() ? std::vector<Finding>() : settingsFindings(arguments.settings);
+        return Doctor(arguments).run(listening, std::move(settings));
     } catch (const OutputError&) {
         throw;  // nobody will read what was found
     } catch (const std::exception& error) {
@@ -119,6 +130,9 @@ void addDoctor(CLI::App& application, Action& chosen) {
     command->add_option("--radio", arguments->radio, "The radio to listen with")
         ->type_name("RADIO")
         ->capture_default_str();
+    command
+        ->add_option("--settings", arguments->settings, "Registered devices to be checked, as the manager saves them")
+        ->type_name("FILE");
     command->add_option("--for", arguments->forSeconds, "Listen for so many seconds")
         ->type_name("SECONDS")
         ->capture_default_str()

@@ -122,7 +122,7 @@ int evaluateRules(const EvaluateArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
     const auto sweeps = sweepsOf(arguments);
     const auto rules = rulesOf(arguments);
-    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings, "evaluate");
     const auto recordings = playAll(arguments.recordings, arguments.truths, registry);
     refuseOwnInputs(arguments, recordings);
     const Evaluation evaluation = evaluate(recordings, rules, settings, sweeps);
@@ -134,7 +134,7 @@ int evaluateRules(const EvaluateArguments& arguments) {
 
 int adviseThresholds(const EvaluateArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
-    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings, "evaluate");
     const auto recordings = playAll(arguments.recordings, arguments.truths, registry);
     refuseOwnInputs(arguments, recordings);
     const auto advice = advise(recordings, settings);

@@ -47,7 +47,7 @@ void writePage(const std::string& page, const std::string& output) {
 std::string makeReport(const ReportArguments& arguments) {
     requirePlot(pageAssets());
     const NearestSettings settings = settingsOf(arguments.set);
-    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings, "report");
     std::optional<lines::Truth> truth;
     if (!arguments.truth.empty()) truth = lines::readTruth(arguments.truth);
     const PlaybackFile file = readPlaybackFile(arguments.recording, registry);
