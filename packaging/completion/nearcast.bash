@@ -39,7 +39,7 @@ _nearcast() {
     COMPREPLY=()
     case $previous in
         --radio) _nearcast_radio "$current" && return ;;
-        --settings) [[ $command =~ ^(watch|evaluate|report)$ ]] && compopt -o default && return ;;
+        --settings) [[ $command =~ ^(watch|evaluate|report|doctor)$ ]] && compopt -o default && return ;;
         --truth) [[ $command =~ ^(evaluate|report)$ ]] && compopt -o default && return ;;
         --html | --write) compopt -o default && return ;;
         --rule) mapfile -t COMPREPLY < <(compgen -W "$_nearcast_rules" -- "$current") && return ;;
@@ -62,7 +62,7 @@ _nearcast() {
         evaluate) options='--truth --rule --settings --set --sweep --html --advise --write --json --list-rules --help' ;;
         report) options='--output --settings --set --truth --title --help' ;;
         radios) options='--json --help' ;;
-        doctor) options='--radio --for --json --help' ;;
+        doctor) options='--radio --settings --for --json --help' ;;
         *) options='watch record run import scene evaluate report radios doctor --version --help' ;;
     esac
     if [[ $current == -* || -z $command ]]; then

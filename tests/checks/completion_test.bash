@@ -37,7 +37,7 @@ offers 'nearcast watch --json --radio simulator:' scene.json shop.pcapng
 offers 'nearcast watch --for '
 offers 'nearcast record -' --radio --for --output --help
 offers 'nearcast doctor --radio b' bluez
-offers 'nearcast doctor -' --radio --for --json --help
+offers 'nearcast doctor -' --radio --settings --for --json --help
 offers 'nearcast radios -' --json --help
 offers 'nearcast run --' --trace --locks --help
 offers 'nearcast import --a' --as
