@@ -2,6 +2,7 @@
 #include "common/Listening.h"
 
 #include "common/HeldLines.h"
+#include "common/Readiness.h"
 #include "platform/Drive.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ Listening::~Listening() {
     drive_ = nullptr;
 }
 
-void Listening::open(const std::string& radio, std::function<void(std::string_view line)> console) {
+RadioHealth Listening::open(const std::string& radio, std::function<void(std::string_view line)> console) {
     PlatformOptions options;
     options.radio = radio;
     const auto lines = std::make_shared<HeldLines>(std::move(console));
@@ -36,9 +37,15 @@ void Listening::open(const std::string& radio, std::function<void(std::string_vi
     }
     radio_ = opened_.services->centralManager(*this);
     begin_ = opened_.services->date();
-    while (!isSettled(health(), hasTold->load()) && seconds() < radioSettling && runFor(settlingStep)) {
+    // Asked in this order, so that what was told is in the health that is read after it.
+    bool told = hasTold->load();
+    RadioHealth found = health();
+    while (!isSettled(found, told) && seconds() < radioSettling && runFor(settlingStep)) {
+        told = hasTold->load();
+        found = health();
     }
-    if (readiness() != Readiness::missing) lines->release();
+    if (readinessOf(found) != Readiness::missing) lines->release();
+    return found;
 }
 
 void Listening::begin(Ears ears) {

@@ -3,7 +3,6 @@
 
 #include <nearcast/RadioHealth.h>
 
-#include "common/Readiness.h"
 #include "platform/factory/PlatformFactory.h"
 #include "support/Mutex.h"
 
@@ -33,9 +32,10 @@ public:
     Listening& operator=(const Listening&) = delete;
 
     /// Opens the radio, and waits some seconds at most until its state is known. Where it is missing nothing is said on
-    /// the console: whoever asks `readiness` says it.
+    /// the console: that is the caller's to say.
+    /// @return how the radio is then
     /// @throws what `openPlatform` and the radio throw
-    void open(const std::string& radio, std::function<void(std::string_view line)> console);
+    RadioHealth open(const std::string& radio, std::function<void(std::string_view line)> console);
     /// Begins to scan for everything. Only after `open`.
     void begin(Ears ears);
     /// Ends the scan and closes the radio. Afterwards the ears are not called any more.
@@ -50,8 +50,6 @@ public:
     [[nodiscard]] Time now() const;
     [[nodiscard]] double seconds() const { return std::chrono::duration<double>(now()).count(); }
     [[nodiscard]] RadioHealth health() const { return opened_.monitor->health(); }
-    /// What the radio is good for. Only after `open`.
-    [[nodiscard]] Readiness readiness() const { return readinessOf(health()); }
     /// `now` on the clock of `RadioHealth::since`.
     [[nodiscard]] double date() const;
     /// Why what the radio plays ended before its end; empty when it did not.

@@ -4,6 +4,7 @@
 #include "common/Interruption.h"
 #include "common/Listening.h"
 #include "common/OwnInput.h"
+#include "common/Readiness.h"
 #include "common/Words.h"
 #include "doctor/Checks.h"
 #include "doctor/Diagnosis.h"
@@ -70,14 +71,14 @@ private:
 
     void scan(Listening& listening) {
         try {
-            listening.open(arguments_.radio, [](std::string_view line) { complain("doctor", line, exitGood); });
+            diagnosis_.health =
+                listening.open(arguments_.radio, [](std::string_view line) { complain("doctor", line, exitGood); });
         } catch (const std::invalid_argument&) {
             throw;  // the command line is wrong, not the machine
         } catch (const std::exception& error) {
             return add({"scan", {Level::fault, std::string("the radio cannot be opened: ") + error.what(), ""}});
         }
-        diagnosis_.health = listening.health();
-        if (listening.readiness() == Readiness::missing) {
+        if (readinessOf(diagnosis_.health) == Readiness::missing) {
             diagnosis_.radioMissing = true;
             return add({"scan", missingFinding(diagnosis_.health)});
         }

@@ -4,6 +4,7 @@
 #include "common/Interruption.h"
 #include "common/Listening.h"
 #include "common/OwnInput.h"
+#include "common/Readiness.h"
 #include "record/RecordSession.h"
 
 #include <CLI/CLI.hpp>
@@ -63,10 +64,11 @@ int tell(const Listening& listening, RecordSession& session, const RecordArgumen
 }
 
 int recordWith(Listening& listening, const RecordArguments& arguments) {
-    listening.open(arguments.radio, [](std::string_view line) { complain("record", line, exitGood); });
-    if (listening.readiness() == Readiness::missing) throw RadioMissing(listening.health());
-    const bool waits = listening.readiness() == Readiness::awaited;
-    if (waits) complain("record", awaitedInWords(listening.health()), exitGood);
+    const RadioHealth found =
+        listening.open(arguments.radio, [](std::string_view line) { complain("record", line, exitGood); });
+    if (readinessOf(found) == Readiness::missing) throw RadioMissing(found);
+    const bool waits = readinessOf(found) == Readiness::awaited;
+    if (waits) complain("record", awaitedInWords(found), exitGood);
     // Shared with the radio's thread, which may use it until the radio is closed.
     const auto session = std::make_shared<RecordSession>(writerFor(arguments), [&listening] { listening.interrupt(); });
     session->begin(listening.health().state);

@@ -17,9 +17,9 @@ ScanStart::ScanStart(WatchSession& session, QXNearcastManager& manager) : sessio
 
 void ScanStart::look() {
     if (scans_) return;
+    const bool told = session_.radioHasTold();  // asked first, so that what was told is in the health
     const RadioHealth health = Platform::radioHealth();
-    const bool settled = isSettled(health, session_.radioHasTold()) || session_.seconds() >= radioSettling;
-    if (!settled) return;
+    if (!isSettled(health, told) && session_.seconds() < radioSettling) return;
     switch (readinessOf(health)) {
         case Readiness::ready:
             session_.release();
@@ -30,15 +30,15 @@ void ScanStart::look() {
             // One that was waited for and has come without an adapter, or for others alone, may change once more.
             if (!waits_) throw RadioMissing(health);
             return;
-        case Readiness::awaited: return tellOfWait();
+        case Readiness::awaited: return tellOfWait(health);
     }
 }
 
-void ScanStart::tellOfWait() {
+void ScanStart::tellOfWait(const RadioHealth& health) {
     if (waits_) return;
     waits_ = true;
     session_.release();
-    session_.console(awaitedInWords(Platform::radioHealth()));
+    session_.console(awaitedInWords(health));
 }
 
 double ScanStart::patience() const {

@@ -22,7 +22,7 @@ public:
     void requireScan() const;
 
 private:
-    void tellOfWait();
+    void tellOfWait(const RadioHealth& health);
 
     WatchSession& session_;
     QXNearcastManager& manager_;

@@ -71,7 +71,7 @@ int watch(const WatchArguments& arguments) {
     const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings, "watch");
     // Never destroyed: the radio's thread may call it until the very end of the process.
     static auto& session = *new WatchSession(viewFor(arguments), [] { Platform::interrupt(); });
-    std::optional<TerminalSignals> signals;
+    std::optional<TerminalSignals> signals;  // its thread leaves all other signals alone
     if (wantsTable(arguments)) {
         signals.emplace([](const TerminalSignals::Take& take) { session.drawAnew(take); });
     }
