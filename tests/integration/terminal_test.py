@@ -226,6 +226,57 @@ class Stopped(OnATerminal):
         self.assertEqual(process.returncode, 0)
 
 
+class AsAJob(OnATerminal):
+    """By a shell that has a terminal of its own, with its keys."""
+
+    def setUp(self):
+        super().setUp()
+        self.shell, self.leader = pty.fork()
+        if self.shell == 0:
+            os.environ.update({"TERM": "xterm", "PS1": "ready> ", "ENV": ""})
+            os.execvp("sh", ["sh", "-i"])
+
+    def tearDown(self):
+        os.close(self.leader)  # which hangs up
+        os.waitpid(self.shell, 0)
+        super().tearDown()
+
+    def hear(self, within):
+        """What is written in so many seconds."""
+        heard, end = b"", time.monotonic() + within
+        while select.select([self.leader], [], [], max(0, end - time.monotonic()))[0]:
+            heard += os.read(self.leader, 1 << 20)
+        return heard.decode("utf-8", "replace")
+
+    def await_text(self, text):
+        said, end = "", time.monotonic() + DEADLINE
+        while text not in said:
+            self.assertLess(time.monotonic(), end, f"{text!r} does not come: {said}")
+            said += self.hear(0.05)
+        return said
+
+    def type(self, text):
+        os.write(self.leader, text.encode())
+
+    def test_it_is_stopped_by_its_key_and_draws_nothing_from_the_background(self):
+        self.await_text("ready> ")
+        self.type(f"{PROGRAM} watch --radio 'replay:{self.recording}'\n")
+        self.await_text("Ctrl-C ends.")
+        self.type("\x1a")
+        self.await_text("ready> ")
+        self.type("bg\n")
+        self.await_text("ready> ")
+        self.assertEqual(self.hear(1), "")
+        self.type("fg\n")
+        drawn = self.await_text("Ctrl-C ends.")
+        self.assertEqual(drawn.count("PORT"), 1, drawn)
+        self.assertNotIn("\x1b[", drawn.partition("PORT")[0], "it draws over what the shell has written")
+        self.type("\x03")
+        self.assertIn("fell silent.", self.await_text("ready> "))
+        self.type("echo status=$?\n")
+        self.await_text("status=0")
+
+
 class Resized(OnATerminal):
     def test_the_table_is_drawn_anew_in_the_new_size(self):
         terminal = self.terminal(24, 120)
