@@ -50,7 +50,10 @@ void checkRefused(LineReader& reader, const LineError& problem, Time previous) {
         reader.next();
         expect(false, "a wrong line is refused");
     } catch (const InputError& error) {
-        expect(error.what() == reader.place() + ": " + problem.what(), "the message names the line");
+        const std::string place = reader.place();
+        const std::size_t colon = place.rfind(':');
+        const std::string expected = problem.inFile(place.substr(0, colon), std::stoull(place.substr(colon + 1)));
+        expect(error.what() == expected, "the message names the line");
     }
     expect(!reader.peekTime() && !reader.next(), "nothing follows a line that cannot be read");
 }

@@ -40,7 +40,7 @@ _nearcast() {
     COMPREPLY=()
     case $previous in
         --radio) _nearcast_radio "$current" && return ;;
-        --settings) [[ $command =~ ^(watch|evaluate|report)$ ]] && compopt -o default && return ;;
+        --settings) [[ $command =~ ^(watch|evaluate|report|doctor)$ ]] && compopt -o default && return ;;
         --truth) [[ $command =~ ^(evaluate|report)$ ]] && compopt -o default && return ;;
         --html | --write) compopt -o default && return ;;
         --rule) mapfile -t COMPREPLY < <(compgen -W "$_nearcast_rules" -- "$current") && return ;;
@@ -67,7 +67,7 @@ _nearcast() {
         evaluate) options='--truth --rule --settings --set --sweep --html --advise --write --json --list-rules --help' ;;
         report) options='--output --settings --set --truth --title --help' ;;
         radios) options='--json --help' ;;
-        doctor) options='--radio --for --json --help' ;;
+        doctor) options='--radio --settings --for --json --help' ;;
         help) mapfile -t COMPREPLY < <(compgen -W "$_nearcast_commands" -- "$current") && return ;;
         version) return ;;
         *) options="$_nearcast_commands help version --version --help" ;;

@@ -77,5 +77,6 @@ complete -c nearcast -n '__fish_seen_subcommand_from report' -l title -x -d "The
 complete -c nearcast -n '__fish_seen_subcommand_from radios' -l json -d 'Print a JSON array'
 
 complete -c nearcast -n '__fish_seen_subcommand_from doctor' -l radio -x -a "$radios" -d 'The radio'
+complete -c nearcast -n '__fish_seen_subcommand_from doctor' -l settings -r -F -d 'The devices to be checked'
 complete -c nearcast -n '__fish_seen_subcommand_from doctor' -l for -x -d 'Seconds to listen'
 complete -c nearcast -n '__fish_seen_subcommand_from doctor' -l json -d 'Print one JSON object'

@@ -89,6 +89,7 @@ _nearcast() {
             ;;
         doctor)
             _arguments '--radio[the radio to listen with]:radio:_nearcast_radio' \
+                '--settings[the registered devices to be checked]:file:_files' \
                 '--for[listen for so many seconds]:seconds:' \
                 '--json[print one JSON object]' '(- *)'{-h,--help}'[print help]'
             ;;

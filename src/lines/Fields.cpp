@@ -28,7 +28,7 @@ int digit(char letter) {
 Fields Fields::parse(std::string_view text) {
     auto parsed = JSONSerialization::parse(text);
     if (const auto* problem = std::get_if<JSONProblem>(&parsed)) {
-        throw LineError("not JSON, at column " + std::to_string(problem->offset + 1) + ": " + problem->text);
+        throw LineError(placeOf(text, problem->offset).column, problem->text);
     }
     auto* members = std::get<SettingValue>(parsed).as<SettingValue::Dictionary>();
     if (members == nullptr) throw LineError("not a JSON object");

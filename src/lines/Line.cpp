@@ -3,6 +3,7 @@
 
 #include "lines/Fields.h"
 #include "lines/PlainLine.h"
+#include "platform/json/JSONSerialization.h"
 
 #include <algorithm>
 #include <array>
@@ -126,6 +127,16 @@ Action actionOf(Fields& fields) {
 }
 
 }  // namespace
+
+std::string LineError::inLine(std::uint64_t number) const {
+    if (column_ != 0) return notJSON({number, column_}, what());
+    return "line " + std::to_string(number) + ": " + what();
+}
+
+std::string LineError::inFile(const std::string& name, std::uint64_t number) const {
+    if (column_ != 0) return name + ": " + inLine(number);
+    return name + ":" + std::to_string(number) + ": " + what();
+}
 
 std::string_view nameOf(const Action& action) { return std::visit(NameOf{}, action); }
 

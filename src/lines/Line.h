@@ -76,7 +76,19 @@ struct Line {
 class LineError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+    /// The line is not JSON.
+    /// @param column where that shows, from 1
+    LineError(std::uint64_t column, const std::string& why) : std::runtime_error(why), column_(column) {}
+
+    /// "line 12: unknown field ...", "not JSON at line 12, column 5: ...".
+    [[nodiscard]] std::string inLine(std::uint64_t number) const;
+    /// "FILE:12: unknown field ...", "FILE: not JSON at line 12, column 5: ...".
+    [[nodiscard]] std::string inFile(const std::string& name, std::uint64_t number) const;
+
     std::optional<Time> at;  ///< the line's time, where that could be read
+
+private:
+    std::uint64_t column_ = 0;  ///< of what is not JSON; 0 where all is
 };
 
 /// The text of an action in the line's `do`.

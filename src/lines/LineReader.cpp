@@ -12,9 +12,9 @@ void LineReader::parse(std::string_view text) {
         previous_ = line_->at;
     } catch (const LineError& problem) {
         previous_ = problem.at.value_or(previous_);
-        problem_ = problem.what();
+        problem_ = problem.inLine(text_.number());
         cut_ = !problem.at && !text_.ended();
-        error_.emplace(place() + ": " + problem_);
+        error_.emplace(problem.inFile(text_.name(), text_.number()));
     }
 }
 
@@ -26,8 +26,9 @@ void LineReader::advance() {
         if (!text) return;
         parse(*text);
     } catch (const LineTooLong&) {
-        problem_ = "the line is longer than 16 MiB";
-        error_.emplace(place() + ": " + problem_);
+        const std::string tooLong = ": the line is longer than 16 MiB";
+        problem_ = "line " + std::to_string(text_.number()) + tooLong;
+        error_.emplace(place() + tooLong);
     } catch (const InputError& problem) {
         error_ = problem;
     } catch (const std::system_error&) {

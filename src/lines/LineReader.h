@@ -45,7 +45,7 @@ public:
     [[nodiscard]] std::string place() const override { return text_.place(); }
     /// The line that `next` returned last, or could not return.
     [[nodiscard]] const TextReader& text() const noexcept { return text_; }
-    /// What is wrong with the line that `next` could not return, without its place; empty where none is wrong.
+    /// What is wrong with the line that `next` could not return, with its number; empty where none is wrong.
     [[nodiscard]] const std::string& problem() const noexcept { return problem_; }
     /// Whether that line is the last one of its input and no whole JSON: the input was cut inside it.
     [[nodiscard]] bool cut() const noexcept { return cut_; }

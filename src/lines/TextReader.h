@@ -53,6 +53,8 @@ public:
     /// @name The line that `next` returned last, or could not return
     /// @{
 
+    /// Of its input.
+    [[nodiscard]] const std::string& name() const noexcept { return inputs_[current_].name; }
     /// From 1 in each input.
     [[nodiscard]] std::uint64_t number() const noexcept { return number_; }
     /// Where it starts in its input, in bytes.

@@ -55,7 +55,7 @@ Truth readTruth(const std::string& path) {
     try {
         while (const auto line = text.next()) append(truth, markOf(*line, text.number()));
     } catch (const LineError& problem) {
-        throw InputError(text.place() + ": " + problem.what());
+        throw InputError(problem.inFile(text.name(), text.number()));
     } catch (const LineTooLong&) {
         throw InputError(path + ": a line is longer than 64 KiB");
     }

@@ -91,6 +91,8 @@ std::optional<std::string> savedSettings(const Settings& settings, const NSJSONS
     return JSON.dataWithJSONObject(value);
 }
 
+bool isDeviceType(std::string_view word) { return typeOf(word).has_value(); }
+
 std::optional<Settings> loadedSettings(std::string_view text, const NSJSONSerialization& JSON) {
     auto value = JSON.JSONObjectWithData(text);
     if (!value) return std::nullopt;

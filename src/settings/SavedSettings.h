@@ -23,6 +23,9 @@ SettingValue savedValue(const Settings& settings);
 ///         UTF-8
 std::optional<std::string> savedSettings(const Settings& settings, const NSJSONSerialization& JSON);
 
+/// Whether a device type is saved under this word.
+bool isDeviceType(std::string_view word);
+
 /// The registry that the text holds. A device type whose word is not known is left out.
 /// @return nothing where the text is not JSON
 /// @throws std::invalid_argument naming the record that is wrong, where the text is JSON of another shape

@@ -44,7 +44,7 @@ offers 'nearcast watch --for '
 offers 'nearcast record -' --radio --for --output --format --help
 offers 'nearcast record --format p' pcapng pcapng.gz
 offers 'nearcast doctor --radio b' bluez
-offers 'nearcast doctor -' --radio --for --json --help
+offers 'nearcast doctor -' --radio --settings --for --json --help
 offers 'nearcast radios -' --json --help
 offers 'nearcast run --' --trace --locks --help
 offers 'nearcast import --a' --as

@@ -168,7 +168,8 @@ class Failing(BluezTest):
     def test_without_bluetoothd_it_fails_in_words(self):
         result = self.run_watch("--radio", "bluez", "--for", 1)
         self.assertEqual(result.returncode, 1)
-        self.assertIn("Bluetooth Low Energy is not supported.", result.stderr)
+        self.assertIn("waiting for the radio: bluetoothd does not run", result.stderr)
+        self.assertIn("nothing was heard: the radio did not come", result.stderr)
 
     def test_without_an_adapter_it_fails(self):
         self.daemon("--absent")

@@ -73,11 +73,30 @@ class Doctor(ProgramTest):
         self.assertEqual(result.returncode, 3, result.stderr)
         self.assertRegex(result.stdout, r"scan +remark +02:4E:43:00:00:06 was not heard for")
 
-    def test_without_a_radio_it_ends_with_3_and_says_what_is_missing(self):
-        result = nearcast("doctor", "--radio", "none", "--for", 0.1)
-        self.assertEqual(result.returncode, 3)
-        self.assertRegex(result.stdout, r"scan +FAULT +the radio is unsupported \(there is no radio\)")
+    def test_without_a_radio_it_ends_with_1_at_once_and_says_what_is_missing(self):
+        result = nearcast("doctor", "--radio", "none", "--for", 3600)
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stdout, r"scan +FAULT +not tried: there is no radio")
         self.assertTrue(result.stdout.endswith("\nThere is no working scan.\n"))
+
+    def test_settings_are_checked_before_the_scan(self):
+        good = self.write("good.json", '{"BT:Bar": {"MAC Address": "02:00:00:00:00:01"}}')
+        odd = self.write("odd.json", '{"BT:Bar": {"MAC Address": "02:00:00:00:00:0a", "Threshold RSSI": 30}}')
+        radio = f"replay:{self.shop(20)}?speed=max"
+        result = nearcast("doctor", "--radio", radio, "--settings", good)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertRegex(result.stdout, r"settings +ok +\S+good.json: 1 device\n")
+        result = nearcast("doctor", "--radio", radio, "--settings", odd)
+        self.assertNotEqual(result.returncode, 0)
+        self.assertRegex(result.stdout, r'settings +remark +\S+odd.json: "BT:Bar": MAC Address "02:00:00:00:00:0a" matches')
+        self.assertRegex(result.stdout, r'settings +remark +\S+odd.json: "BT:Bar": Threshold RSSI is outside')
+        self.assertTrue(result.stdout.endswith("\nThe scan works; see the remarks.\n"))
+
+    def test_settings_that_are_broken_end_it_before_anything_is_said(self):
+        result = nearcast("doctor", "--radio", SHOP, "--settings", self.write("broken.json", "{"))
+        self.assertEqual(result.returncode, 2)
+        self.assertEqual(result.stdout, "")
+        self.assertIn("broken.json: not JSON at line 1, column 2: ", result.stderr)
 
     def test_json_is_one_object_with_the_exit_status(self):
         result = nearcast("doctor", "--radio", SHOP, "--json", "--for", 3)

@@ -243,7 +243,7 @@ class WrongFiles(EvaluateTest):
 
     def test_wrong_settings_are_named(self):
         path = self.write("devices.json", "{")
-        self.assertIn("devices.json: is not JSON", self.refused(self.walk, "--settings", path))
+        self.assertIn("devices.json: not JSON at line", self.refused(self.walk, "--settings", path))
 
     def test_a_capture_that_was_cut_counts_up_to_there_and_says_so(self):
         whole = self.folder / "whole.btsnoop"

@@ -69,7 +69,7 @@ class CannotRecord(ProgramTest):
     def test_without_a_radio_it_fails_in_words(self):
         result = nearcast("record", "--radio", "none", "--for", 1)
         self.assertEqual(result.returncode, 1)
-        self.assertIn("the radio is unsupported (there is no radio)", result.stderr)
+        self.assertIn("there is no radio; 'nearcast doctor' says what to do", result.stderr)
 
     def test_a_recording_is_not_written_over_while_it_is_played(self):
         path = self.write("shop.jsonl", '{"at": 1.0, "do": "end"}\n')

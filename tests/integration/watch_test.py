@@ -51,7 +51,7 @@ class Watch(ProgramTest):
         path = self.write("broken.json", '{"a": 1')
         result = nearcast("watch", "--radio", "none", "--settings", path)
         self.assertEqual(result.returncode, 2)
-        self.assertIn(f"{path}: is not JSON, line 1, column", result.stderr)
+        self.assertIn(f"{path}: not JSON at line 1, column 8: ", result.stderr)
         self.assertEqual(path.read_text(), '{"a": 1')
 
     def test_a_radio_that_is_unknown_is_an_error_of_the_command_line(self):
@@ -62,7 +62,7 @@ class Watch(ProgramTest):
     def test_without_a_radio_it_fails_in_words(self):
         result = nearcast("watch", "--radio", "none")
         self.assertEqual(result.returncode, 1)
-        self.assertIn("Bluetooth Low Energy is not supported.", result.stderr)
+        self.assertIn("there is no radio; 'nearcast doctor' says what to do", result.stderr)
 
     def test_a_time_that_is_no_time_is_refused(self):
         for wrong in ("-1", "nan", "inf", "soon"):

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/Listening.h"
 
+#include "common/HeldLines.h"
+#include "common/Readiness.h"
 #include "platform/Drive.h"
 
 #include <algorithm>
@@ -10,10 +12,7 @@ namespace nearcast::cli {
 
 namespace {
 
-constexpr double settling = 3;  // seconds that a radio may take to know its state
-constexpr double settlingStep = 0.05;
-
-bool undecided(CBManagerState state) { return state == CBManagerStateUnknown || state == CBManagerStateResetting; }
+constexpr double settlingStep = 0.05;  // seconds
 
 }  // namespace
 
@@ -23,10 +22,13 @@ Listening::~Listening() {
     drive_ = nullptr;
 }
 
-void Listening::open(const std::string& radio, std::function<void(std::string_view line)> console) {
+RadioHealth Listening::open(const std::string& radio, std::function<void(std::string_view line)> console) {
     PlatformOptions options;
     options.radio = radio;
-    options.console = std::move(console);
+    const auto lines = std::make_shared<HeldLines>(std::move(console));
+    options.console = [lines](std::string_view line) { lines->say(line); };
+    const auto hasTold = std::make_shared<std::atomic<bool>>(false);
+    options.radioHealthChanged = [hasTold](const RadioHealth& /*health*/) { hasTold->store(true); };
     options.ownLoop = true;
     opened_ = openPlatform(options);
     {
@@ -35,8 +37,15 @@ void Listening::open(const std::string& radio, std::function<void(std::string_vi
     }
     radio_ = opened_.services->centralManager(*this);
     begin_ = opened_.services->date();
-    while (undecided(radio_->state()) && seconds() < settling && runFor(settlingStep)) {
+    // Asked in this order, so that what was told is in the health that is read after it.
+    bool told = hasTold->load();
+    RadioHealth found = health();
+    while (!isSettled(found, told) && seconds() < radioSettling && runFor(settlingStep)) {
+        told = hasTold->load();
+        found = health();
     }
+    if (readinessOf(found) != Readiness::missing) lines->release();
+    return found;
 }
 
 void Listening::begin(Ears ears) {

@@ -31,9 +31,11 @@ public:
     Listening(const Listening&) = delete;
     Listening& operator=(const Listening&) = delete;
 
-    /// Opens the radio, and waits some seconds at most until its state is known.
+    /// Opens the radio, and waits some seconds at most until its state is known. Where it is missing nothing is said on
+    /// the console: that is the caller's to say.
+    /// @return how the radio is then
     /// @throws what `openPlatform` and the radio throw
-    void open(const std::string& radio, std::function<void(std::string_view line)> console);
+    RadioHealth open(const std::string& radio, std::function<void(std::string_view line)> console);
     /// Begins to scan for everything. Only after `open`.
     void begin(Ears ears);
     /// Ends the scan and closes the radio. Afterwards the ears are not called any more.

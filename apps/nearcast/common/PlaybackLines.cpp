@@ -72,7 +72,7 @@ std::string PlaybackLines::damageAt(std::uint64_t offset, const std::string& why
 std::string PlaybackLines::errorAsDamage() const {
     if (!lines_ || lines_->problem().empty()) return "";
     const lines::TextReader& text = lines_->text();
-    return damageAt(text.offset(), "line " + std::to_string(text.number()) + ": " + lines_->problem());
+    return damageAt(text.offset(), lines_->problem());
 }
 
 std::optional<lines::Line> PlaybackLines::readLine() {

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/SettingsFile.h"
 
+#include "common/Output.h"
+#include "common/Words.h"
 #include "lines/TextReader.h"
 #include "platform/json/JSONSerialization.h"
 #include "settings/SavedSettings.h"
 #include "support/Printable.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
@@ -31,33 +34,32 @@ std::string contentOf(const std::string& path) {
     return content;
 }
 
-/// "line 3, column 7" of an offset.
-std::string placeOf(std::string_view content, std::size_t offset) {
-    std::size_t line = 1;
-    std::size_t start = 0;
-    for (std::size_t place = 0; place < offset && place < content.size(); ++place) {
-        if (content[place] != '\n') continue;
-        ++line;
-        start = place + 1;
-    }
-    return "line " + std::to_string(line) + ", column " + std::to_string(offset - start + 1);
-}
-
 }  // namespace
 
-std::shared_ptr<const Settings> registryOfFile(const std::string& path) {
+CheckedSettings checkedSettings(const std::string& path) {
     const std::string content = contentOf(path);
+    const auto parsed = JSONSerialization::parse(content);
+    if (const auto* problem = std::get_if<JSONProblem>(&parsed)) {
+        throw lines::InputError(path + ": " + notJSON(placeOf(content, problem->offset), problem->text));
+    }
     try {
-        if (auto settings = loadedSettings(content, JSONSerialization())) {
-            return std::make_shared<const Settings>(*std::move(settings));
-        }
+        auto registry = std::make_shared<const Settings>(loadedSettings(content, JSONSerialization()).value());
+        return {std::move(registry), checkSettings(std::get<SettingValue>(parsed))};
     } catch (const std::invalid_argument& error) {
         throw lines::InputError(path + ": " + error.what());
     }
-    const auto parsed = JSONSerialization::parse(content);
-    const auto* problem = std::get_if<JSONProblem>(&parsed);
-    throw lines::InputError(path + ": is not JSON, " +
-                            (problem != nullptr ? placeOf(content, problem->offset) + ": " + problem->text : ""));
+}
+
+std::shared_ptr<const Settings> registryOfFile(const std::string& path, std::string_view command) {
+    const CheckedSettings settings = checkedSettings(path);
+    const std::size_t said = std::min(settings.findings.size(), mostSettingsFindings);
+    for (std::size_t index = 0; index < said; ++index) {
+        complain(command, settings.findings[index].inFile(path), exitGood);
+    }
+    if (const std::size_t more = settings.findings.size() - said; more != 0) {
+        complain(command, path + ": and " + counted(more, "finding") + " more", exitGood);
+    }
+    return settings.registry;
 }
 
 std::string settingsFileOf(const Settings& registry) {

@@ -2,6 +2,7 @@
 #include "doctor/Diagnosis.h"
 
 #include "common/JSONText.h"
+#include "common/UsageError.h"
 #include "common/Words.h"
 #include "doctor/ScanFindings.h"
 
@@ -112,6 +113,8 @@ Verdict Diagnosis::verdict() const {
     return remarks ? Verdict::remarks : Verdict::well;
 }
 
+int Diagnosis::status() const { return failed ? exitFailed : statusOf(verdict()); }
+
 std::string findingInColumns(const CheckedFinding& finding) {
     std::string text = column(finding.check, checkWidth) + column(levelInColumns(finding.finding.level), levelWidth);
     text += printable(finding.finding.text) + "\n";
@@ -136,9 +139,9 @@ std::string verdictInWords(Verdict verdict) {
 }
 
 std::string diagnosisAsJSON(const Diagnosis& diagnosis) {
-    const Verdict verdict = diagnosis.verdict();
-    JSON result = {
-        {"radio", diagnosis.radio}, {"status", static_cast<int>(statusOf(verdict))}, {"verdict", verdictName(verdict)}};
+    JSON result = {{"radio", diagnosis.radio},
+                   {"status", diagnosis.status()},
+                   {"verdict", verdictName(diagnosis.verdict())}};
     result["findings"] = JSON::array();
     for (const CheckedFinding& finding : diagnosis.findings) result["findings"].push_back(asJSON(finding));
     result["scan"] = diagnosis.hearing ? asJSON(*diagnosis.hearing, diagnosis.health) : JSON();

@@ -28,10 +28,13 @@ inline ExitStatus statusOf(Verdict verdict) { return verdict == Verdict::well ? 
 struct Diagnosis {
     std::string radio;  ///< the radio string used
     std::vector<CheckedFinding> findings;
-    std::optional<Hearing> hearing;  ///< nothing: the radio could not be opened
+    std::optional<Hearing> hearing;  ///< nothing: the radio could not be opened, or is missing
     RadioHealth health;              ///< at the end of the scan
+    bool failed = false;             ///< there is no radio, or what it played is damaged
 
     [[nodiscard]] Verdict verdict() const;
+    /// Where there is no radio, the scan could not be tried at all; else the verdict.
+    [[nodiscard]] int status() const;
 };
 
 /// One finding, with its advice on a line of its own.

@@ -6,11 +6,13 @@
 #include "common/OwnInput.h"
 #include "common/Progress.h"
 #include "common/RadioOption.h"
+#include "common/Readiness.h"
 #include "common/Words.h"
 #include "doctor/Checks.h"
 #include "doctor/Diagnosis.h"
 #include "doctor/Hearing.h"
 #include "doctor/ScanFindings.h"
+#include "doctor/SettingsFindings.h"
 #include "help/HelpText.h"
 #include "machine/Facts.h"
 #include "machine/LinuxMachine.h"
@@ -25,6 +27,7 @@
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace nearcast::cli {
 
@@ -34,6 +37,7 @@ constexpr double stepSeconds = 0.25;
 
 struct DoctorArguments {
     std::string radio = "auto";
+    std::string settings;
     double forSeconds = 10;
     bool json = false;
 };
@@ -53,10 +57,12 @@ class Doctor {
 public:
     explicit Doctor(const DoctorArguments& arguments) : arguments_(arguments) {}
 
-    int run(Listening& listening) {
+    /// @param settings what the settings file has; none where there is no such file
+    int run(Listening& listening, std::vector<Finding> settings) {
         const LinuxMachine machine;
         diagnosis_.radio = arguments_.radio == "auto" ? automaticRadio(machine) : arguments_.radio;
         for (CheckedFinding& one : examine(machine, wayOf(diagnosis_.radio))) add(std::move(one));
+        for (Finding& one : settings) add({"settings", std::move(one)});
         scan(listening);
         if (arguments_.json) {
             say(diagnosisAsJSON(diagnosis_) + "\n");
@@ -66,8 +72,7 @@ public:
         const Hearing heard = diagnosis_.hearing.value_or(Hearing());
         sayWritten("doctor", "",
                    counted(diagnosis_.findings.size(), "finding") + ", " + tallyOf(heard.reports, heard.seconds));
-        const bool broken = diagnosis_.hearing && !listening.failure().empty();  // as the console has said
-        return broken ? exitFailed : statusOf(diagnosis_.verdict());
+        return diagnosis_.status();
     }
 
 private:
@@ -78,10 +83,17 @@ private:
 
     void scan(Listening& listening) {
         try {
-            listening.open(arguments_.radio, [](std::string_view line) { complain("doctor", line, exitGood); });
+            diagnosis_.health =
+                listening.open(arguments_.radio, [](std::string_view line) { complain("doctor", line, exitGood); });
+        } catch (const std::invalid_argument&) {
+            throw;  // the command line is wrong, not the machine
         } catch (const std::exception& error) {
             if (!fileOfRadio(arguments_.radio).empty()) throw;  // the file is wrong, not the machine
             return add({"scan", {Level::fault, std::string("the radio cannot be opened: ") + error.what(), ""}});
+        }
+        if (readinessOf(diagnosis_.health) == Readiness::missing) {
+            diagnosis_.failed = true;
+            return add({"scan", missingFinding(diagnosis_.health)});
         }
         listen(listening);
         for (Finding& one : scanFindings(*diagnosis_.hearing, diagnosis_.health)) add({"scan", std::move(one)});
@@ -100,6 +112,7 @@ private:
         listenWithProgress(listening, *counter);
         diagnosis_.health = listening.health();
         diagnosis_.hearing = counter->result(listening.now());
+        diagnosis_.failed = !listening.failure().empty();  // as the console has said
         listening.end();
         if (!arguments_.json) say("\n" + hearingInColumns(*diagnosis_.hearing));
     }
@@ -122,8 +135,9 @@ private:
 int doctor(const DoctorArguments& arguments) {
     Listening listening;
     const Interruption interruption([&] { listening.interrupt(); });
-    refuseOwnInput("", {fileOfRadio(arguments.radio)});
-    return Doctor(arguments).run(listening);
+    refuseOwnInput("", {fileOfRadio(arguments.radio), arguments.settings});
+    auto settings = arguments.settings.empty() ? std::vector<Finding>() : settingsFindings(arguments.settings);
+    return Doctor(arguments).run(listening, std::move(settings));
 }
 
 }  // namespace
@@ -132,6 +146,9 @@ void addDoctor(CLI::App& application, Action& chosen) {
     auto* command = application.add_subcommand("doctor", "Find out what stands between you and a working scan");
     auto arguments = std::make_shared<DoctorArguments>();
     addRadioOption(*command, arguments->radio);
+    command
+        ->add_option("--settings", arguments->settings, "Registered devices to be checked, as the manager saves them")
+        ->type_name("FILE");
     command->add_option("--for", arguments->forSeconds, "Listen for so many seconds")
         ->type_name("SECONDS")
         ->capture_default_str()

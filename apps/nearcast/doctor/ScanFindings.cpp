@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/ScanFindings.h"
 
+#include "common/Readiness.h"
 #include "common/Words.h"
 
 namespace nearcast::cli {
@@ -51,6 +52,11 @@ void addDongleFindings(const DongleHearing& dongle, std::vector<Finding>& findin
 }
 
 }  // namespace
+
+Finding missingFinding(const RadioHealth& health) {
+    return {Level::fault, "not tried: " + reasonOf(health),
+            "see what is wrong above; 'nearcast doctor --radio simulator' tries all but the radio"};
+}
 
 bool scanWorks(const Hearing& hearing, const RadioHealth& health) {
     return health.state == CBManagerStatePoweredOn && hearing.reports != 0;

@@ -16,6 +16,8 @@ inline constexpr double silence = 5;
 /// Whether the radio can hear and has heard.
 bool scanWorks(const Hearing& hearing, const RadioHealth& health);
 
+/// That the scan was not tried, because there is nothing to scan with.
+Finding missingFinding(const RadioHealth& health);
 /// What a trial scan says of the radio and the dongles.
 std::vector<Finding> scanFindings(const Hearing& hearing, const RadioHealth& health);
 

@@ -136,7 +136,7 @@ int evaluateRules(const EvaluateArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
     const auto sweeps = sweepsOf(arguments);
     const auto rules = rulesOf(arguments);
-    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings, "evaluate");
     Progress progress;
     const auto recordings = playAll(arguments.recordings, arguments.truths, registry, &progress);
     refuseOwnInputs(arguments, recordings);
@@ -154,7 +154,7 @@ int evaluateRules(const EvaluateArguments& arguments) {
 
 int adviseThresholds(const EvaluateArguments& arguments) {
     const NearestSettings settings = settingsOf(arguments.set);
-    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings, "evaluate");
     Progress progress;
     const auto recordings = playAll(arguments.recordings, arguments.truths, registry, &progress);
     progress.clear();

@@ -6,6 +6,7 @@
 #include "common/OwnInput.h"
 #include "common/Progress.h"
 #include "common/RadioOption.h"
+#include "common/Readiness.h"
 #include "common/RecordingOutput.h"
 #include "common/Words.h"
 #include "help/HelpText.h"
@@ -76,16 +77,21 @@ void passTime(Listening& listening, RecordSession& session, const RecordArgument
     }
 }
 
-int tell(const Listening& listening, const Tally& tally, const RecordArguments& arguments) {
-    if (tally.advertisements == 0 && listening.health().state != CBManagerStatePoweredOn) {
-        throw std::runtime_error("nothing was heard: the radio is " + stateInWords(listening.health()));
+int tell(const Listening& listening, const Tally& tally, const RecordArguments& arguments, bool waited) {
+    if (tally.advertisements == 0 && listening.failure().empty() &&
+        listening.health().state != CBManagerStatePoweredOn) {
+        throw std::runtime_error(nothingHeardInWords(listening.health(), waited));
     }
     sayWritten("record", arguments.output, tally.text());
     return listening.failure().empty() ? exitGood : exitFailed;  // as the console has said
 }
 
 int recordWith(Listening& listening, RecordingForm form, const RecordArguments& arguments) {
-    listening.open(arguments.radio, [](std::string_view line) { complain("record", line, exitGood); });
+    const RadioHealth found =
+        listening.open(arguments.radio, [](std::string_view line) { complain("record", line, exitGood); });
+    if (readinessOf(found) == Readiness::missing) throw RadioMissing(found);
+    const bool waits = readinessOf(found) == Readiness::awaited;
+    if (waits) complain("record", awaitedInWords(found), exitGood);
     const auto recorder = std::make_shared<Recorder>(form, arguments, [&listening] { listening.interrupt(); });
     recorder->session.begin(listening.health().state);
     listening.begin({[recorder](const AdvertisingReport& report, auto at) { recorder->session.heard(report, at); },
@@ -95,7 +101,7 @@ int recordWith(Listening& listening, RecordingForm form, const RecordArguments& 
     listening.end();
     recorder->session.end(at);
     recorder->output.finish();
-    return tell(listening, {recorder->session.reports(), at}, arguments);
+    return tell(listening, {recorder->session.reports(), at}, arguments, waits);
 }
 
 int record(const RecordArguments& arguments) {

@@ -60,7 +60,7 @@ std::string makeReport(const ReportArguments& arguments) {
     refuseOwnInput(arguments.output, inputs);
     refuseStandardInputTwice(inputs);
     const NearestSettings settings = settingsOf(arguments.set);
-    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings);
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings, "report");
     std::optional<lines::Truth> truth;
     if (!arguments.truth.empty()) truth = lines::readTruth(arguments.truth);
     Progress progress;

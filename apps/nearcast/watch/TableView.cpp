@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
 #include "common/Words.h"
+#include "watch/TableLayout.h"
 #include "watch/WatchView.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
 #include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <map>
+#include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace nearcast::cli {
@@ -16,9 +21,6 @@ namespace nearcast::cli {
 namespace {
 
 constexpr double silentFor = 30;  ///< seconds that a silent dongle stays in the table
-constexpr int weakest = -100;     ///< dBm, an empty bar
-constexpr int strongest = -40;    ///< dBm, a full bar
-constexpr std::size_t barWidth = 20;
 
 struct Row {
     std::string portName;
@@ -31,6 +33,7 @@ struct Row {
 struct Size {
     std::size_t rows = 24;
     std::size_t columns = 80;
+    friend bool operator==(const Size&, const Size&) = default;
 };
 
 Size terminalSize() {
@@ -39,10 +42,16 @@ Size terminalSize() {
     return {size.ws_row, size.ws_col};
 }
 
-std::string bar(std::int32_t RSSI) {
-    const int level = std::clamp(RSSI, weakest, strongest) - weakest;
-    const auto full = static_cast<std::size_t>(level) * barWidth / (strongest - weakest);
-    return std::string(full, '#').append(barWidth - full, '.');
+/// Whether another job of the terminal is the one that the user sees. Where it is nobody's terminal, none is.
+bool inBackground() {
+    const pid_t foreground = tcgetpgrp(STDOUT_FILENO);
+    return foreground > 0 && foreground != getpgrp();
+}
+
+/// Whether the process goes on after a stop, and who watches for that has not told yet.
+bool goesOn() {
+    sigset_t waiting;
+    return sigpending(&waiting) == 0 && sigismember(&waiting, SIGCONT) == 1;
 }
 
 class TableView : public WatchView {
@@ -63,7 +72,7 @@ public:
     }
 
     void console(std::string_view line) override {
-        erase();
+        writeOut(erasure());
         complain("watch", line, exitGood);
     }
 
@@ -74,12 +83,14 @@ public:
     void tick(double at, const RadioHealth& health) override {
         health_ = health;
         std::erase_if(rows_, [&](const auto& row) { return row.second.silent && at - row.second.at > silentFor; });
-        erase();
+        if (inBackground() || goesOn()) return disturbed();  // by the shell, which writes there
         draw(at);
+        finishOut();
     }
 
+    void disturbed() override { lines_ = 0; }
+
     void end(const WatchSummary& summary) override {
-        erase();
         draw(summary.seconds);
         writeOut(sentence(summary) + "\n");
         finishOut();
@@ -95,17 +106,12 @@ private:
         return room ? &rows_[address] : nullptr;
     }
 
-    /// Removes the last drawing, so that the next one, or a line, takes its place.
-    void erase() {
-        if (lines_ == 0) return;
-        writeOut("\x1b[" + std::to_string(lines_) + "A\x1b[J");
-        lines_ = 0;
-    }
-
-    void line(std::string_view text, std::size_t width) {
-        writeOut(column(text, width));
-        writeOut("\n");
-        ++lines_;
+    /// What removes the last drawing, so that the next one, or a line, takes its place. In a terminal of another size
+    /// it lies one does not know how, so that the whole screen is cleared.
+    [[nodiscard]] std::string erasure() {
+        const std::size_t lines = std::exchange(lines_, 0);
+        if (lines == 0) return "";
+        return terminalSize() == size_ ? "\x1b[" + std::to_string(lines) + "A\x1b[J" : "\x1b[H\x1b[J";
     }
 
     /// Strongest first, the silent ones last.
@@ -119,49 +125,50 @@ private:
         return entries;
     }
 
-    static std::string describe(const Entry& entry, double now) {
-        const auto& [address, row] = entry;
-        std::string text = column(row.portName.empty() ? "-" : row.portName, 18) + " " +
-                           column(typeName(row.deviceType), 9) + column(address, 18);
-        std::array<char, 64> values{};
-        if (row.silent) return text + "silent";
-        std::snprintf(values.data(), values.size(), "%4d dBm  %s %6.1f s", row.RSSI, bar(row.RSSI).c_str(),
-                      std::max(0.0, now - row.at));
-        return text + values.data();
+    [[nodiscard]] std::vector<std::string> dongles(double now, const TableLayout& layout, std::size_t room) const {
+        std::vector<std::string> lines{layout.heading()};
+        const auto entries = ordered();
+        for (std::size_t index = 0; index < entries.size() && index < room; ++index) {
+            const auto& [address, row] = *entries[index];
+            const auto signal = row.silent ? std::nullopt : std::optional(row.RSSI);
+            lines.push_back(layout.row({row.portName, row.deviceType, address, signal, now - row.at}));
+        }
+        if (entries.size() > room) lines.push_back("... and " + std::to_string(entries.size() - room) + " more");
+        return lines;
     }
 
     /// The reason has a line of its own: a narrow terminal would cut it off.
-    void drawHealth(double now, std::size_t width) {
+    void addHealth(std::vector<std::string>& lines, double now) const {
         RadioHealth health = health_;
         health.why.clear();
-        line("Radio " + healthInWords(health, now), width);
-        if (!health_.why.empty()) line("      " + health_.why, width);
+        lines.push_back("Radio " + healthInWords(health, now));
+        if (!health_.why.empty()) lines.push_back("      " + health_.why);
     }
 
+    /// In one piece, so that nothing comes between its lines.
     void draw(double now) {
-        const Size size = terminalSize();
-        const std::size_t width = size.columns - 1;
-        const std::size_t room = size.rows > 7 ? size.rows - 7 : 1;
-        line(column("PORT", 19) + column("TYPE", 9) + column("ADDRESS", 18) + column("  SIGNAL", 10) +
-                 column("", barWidth + 4) + "AGE",
-             width);
-        const auto entries = ordered();
-        for (std::size_t index = 0; index < entries.size() && index < room; ++index) {
-            line(describe(*entries[index], now), width);
-        }
-        if (entries.size() > room) line("... and " + std::to_string(entries.size() - room) + " more", width);
-        drawHealth(now, width);
+        std::string drawing = erasure();
+        size_ = terminalSize();
+        const std::size_t width = size_.columns - 1;
+        const std::size_t room = size_.rows > 7 ? size_.rows - 7 : 1;
+        auto lines = dongles(now, TableLayout(width), room);
+        addHealth(lines, now);
         std::array<char, 80> foot{};
         std::snprintf(foot.data(), foot.size(), "%.1f s, %llu reports. Ctrl-C ends.", now,
                       static_cast<unsigned long long>(reports_));
-        line(foot.data(), width);
-        finishOut();
+        lines.emplace_back(foot.data());
+        // What has scrolled out of the terminal cannot be drawn over.
+        lines.resize(std::min(lines.size(), std::max<std::size_t>(size_.rows, 2) - 1));
+        for (const std::string& line : lines) drawing += column(line, width) + "\n";
+        lines_ = lines.size();
+        writeOut(drawing);
     }
 
     std::map<std::string, Row> rows_;
     RadioHealth health_;
     std::uint64_t reports_ = 0;
-    std::size_t lines_ = 0;
+    std::size_t lines_ = 0;  ///< of the last drawing, right above the cursor
+    Size size_;              ///< of the terminal when they were drawn
 };
 
 }  // namespace

@@ -5,8 +5,11 @@
 #include "common/OwnInput.h"
 #include "common/RadioOption.h"
 #include "common/SettingsFile.h"
+#include "common/Terminal.h"
 #include "help/HelpText.h"
 #include "platform/factory/PlatformFactory.h"
+#include "watch/ScanStart.h"
+#include "watch/TerminalSignals.h"
 #include "watch/WatchSession.h"
 
 #include <nearcast/Platform.h>
@@ -18,7 +21,6 @@
 #include <chrono>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 
 namespace nearcast::cli {
@@ -32,9 +34,11 @@ struct WatchArguments {
     bool json = false;
 };
 
+bool wantsTable(const WatchArguments& arguments) { return !arguments.json && canDrawOver(STDOUT_FILENO); }
+
 std::unique_ptr<WatchView> viewFor(const WatchArguments& arguments) {
     if (arguments.json) return makeJSONView();
-    return isatty(STDOUT_FILENO) != 0 ? makeTableView() : makeLinesView();
+    return wantsTable(arguments) ? makeTableView() : makeLinesView();
 }
 
 /// How long to let time pass until the next tick: while nothing happens, at once to where something does, if the
@@ -46,9 +50,11 @@ double pauseOf(WatchSession& session) {
 }
 
 /// Lets time pass until the watch is over: the time is up, the recording has ended, or Ctrl-C.
-void passTime(WatchSession& session, const Interruption& interruption, std::optional<double> forSeconds) {
+void passTime(WatchSession& session, ScanStart& start, const Interruption& interruption,
+              std::optional<double> forSeconds) {
     while (!interruption.happened() && !session.broken()) {
-        const double pause = pauseOf(session);
+        start.look();
+        const double pause = std::min(pauseOf(session), start.patience());
         const double left = forSeconds ? *forSeconds - session.seconds() : pause;
         if (left <= 0) return;
         const bool more = Platform::runFor(std::min(left, pause));
@@ -57,31 +63,40 @@ void passTime(WatchSession& session, const Interruption& interruption, std::opti
     }
 }
 
-int watchWith(WatchSession& session, const Interruption& interruption, const WatchArguments& arguments) {
+int watchWith(WatchSession& session, const Interruption& interruption, const WatchArguments& arguments,
+              const std::shared_ptr<const Settings>& registry) {
     auto& manager = QXNearcastManager::sharedManager();
-    if (!arguments.settings.empty()) manager.setSettings(*registryOfFile(arguments.settings));
+    if (registry) manager.setSettings(*registry);
     manager.setDelegate(session.delegate());
-    if (!manager.startScan()) throw std::runtime_error("the scan cannot be started");
-    passTime(session, interruption, arguments.forSeconds);
+    ScanStart start(session, manager);
+    passTime(session, start, interruption, arguments.forSeconds);
     manager.stopScan();
     manager.setDelegate(nullptr);
     session.end();
-    return Platform::failure().empty() ? exitGood : exitFailed;
+    if (!Platform::failure().empty()) return exitFailed;
+    start.requireScan();
+    return exitGood;
 }
 
 int watch(const WatchArguments& arguments) {
     refuseOwnInput("", {fileOfRadio(arguments.radio), arguments.settings});
-    const Interruption interruption([] { Platform::interrupt(); });
+    const auto registry = arguments.settings.empty() ? nullptr : registryOfFile(arguments.settings, "watch");
     // Never destroyed: the radio's thread may call it until the very end of the process.
     static auto& session = *new WatchSession(viewFor(arguments), [] { Platform::interrupt(); });
+    std::optional<TerminalSignals> signals;  // its thread leaves all other signals alone
+    if (wantsTable(arguments)) {
+        signals.emplace([](const TerminalSignals::Take& take) { session.drawAnew(take); });
+    }
+    const Interruption interruption([] { Platform::interrupt(); });
     PlatformOptions options;
     options.radio = arguments.radio;
     options.ownLoop = true;
     options.console = [](std::string_view line) { session.console(line); };
     options.radioHealthChanged = [](const RadioHealth& health) { session.health(health); };
+    session.hold();
     Platform::choose(options);
     session.begin();
-    return watchWith(session, interruption, arguments);
+    return watchWith(session, interruption, arguments, registry);
 }
 
 }  // namespace

@@ -78,9 +78,42 @@ void WatchSession::silent(std::string_view portName, std::string_view MACAddr) {
     show([&](WatchView& view) { view.silent(at, portName, MACAddr); });
 }
 
+void WatchSession::showOrKeep(std::function<void(WatchView&)> what) {
+    if (holding_) {
+        kept_.push_back(std::move(what));
+    } else {
+        show(what);
+    }
+}
+
 void WatchSession::console(std::string_view line) {
     const MutexLock lock(mutex_);
-    show([&](WatchView& view) { view.console(line); });
+    showOrKeep([text = std::string(line)](WatchView& view) { view.console(text); });
+}
+
+void WatchSession::hold() {
+    const MutexLock lock(mutex_);
+    holding_ = true;
+}
+
+void WatchSession::release() {
+    const MutexLock lock(mutex_);
+    showKept();
+}
+
+void WatchSession::showKept() {
+    holding_ = false;
+    for (const auto& what : std::exchange(kept_, {})) show(what);
+}
+
+void WatchSession::awaitRadio(bool awaited) {
+    const MutexLock lock(mutex_);
+    radioAwaited_ = awaited;
+}
+
+bool WatchSession::radioHasTold() {
+    const MutexLock lock(mutex_);
+    return radioHasTold_;
 }
 
 void WatchSession::health(RadioHealth health) {
@@ -88,7 +121,9 @@ void WatchSession::health(RadioHealth health) {
     health.since -= start_;
     const MutexLock lock(mutex_);
     noteEvent();
-    show([&](WatchView& view) { view.health(at, health); });
+    radioHasTold_ = true;
+    if (radioAwaited_) wake_();
+    showOrKeep([at, health](WatchView& view) { view.health(at, health); });
 }
 
 void WatchSession::tick() {
@@ -96,7 +131,16 @@ void WatchSession::tick() {
     RadioHealth health = Platform::radioHealth();
     health.since -= start_;
     const MutexLock lock(mutex_);
+    if (holding_ || ended_) return;
     show([&](WatchView& view) { view.tick(at, health); });
+}
+
+void WatchSession::drawAnew(const std::function<bool()>& happened) {
+    {
+        const MutexLock lock(mutex_);
+        if (happened()) show([](WatchView& view) { view.disturbed(); });
+    }
+    tick();
 }
 
 double WatchSession::pause() {
@@ -117,6 +161,8 @@ void WatchSession::end() {
     const MutexLock lock(mutex_);
     WatchSummary summary = summary_;
     summary.seconds = at;
+    showKept();
+    ended_ = true;
     show([&](WatchView& view) { view.end(summary); });
     if (!broken_.empty()) throw std::runtime_error(broken_);
 }

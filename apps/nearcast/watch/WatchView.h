@@ -50,6 +50,8 @@ public:
     [[nodiscard]] virtual bool showsTime() const { return false; }
     /// Time has passed; this is how the radio is now.
     virtual void tick(double /*at*/, const RadioHealth& /*health*/) {}
+    /// Others have written to the terminal: what was drawn last is not there to be drawn over.
+    virtual void disturbed() {}
     virtual void end(const WatchSummary& summary) = 0;
 };
 

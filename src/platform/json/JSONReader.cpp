@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/json/JSONSerialization.h"
+#include "platform/json/Mistake.h"
 
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -11,9 +12,13 @@ namespace {
 
 using Library = nlohmann::json;
 
+constexpr int numberOutOfRange = 406;  // as the library numbers its errors
+
 /// Builds a `SettingValue` from the library's events, so that no second tree is made on the way.
 class Builder : public nlohmann::json_sax<Library> {
 public:
+    explicit Builder(std::string_view data) : data_(data) {}
+
     bool null() override { return add(SettingValue(nullptr)); }
     bool boolean(bool value) override { return add(SettingValue(value)); }
     bool number_integer(std::int64_t value) override { return add(SettingValue(static_cast<long long>(value))); }
@@ -41,9 +46,17 @@ public:
         return add(SettingValue(std::move(done.elements)));
     }
 
-    bool parse_error(std::size_t position, const std::string& /*token*/,
+    /// @param position octets that were read, the one included that is wrong; beyond the text it counts its end
+    bool parse_error(std::size_t position, const std::string& token,
                      const nlohmann::detail::exception& error) override {
-        problem_ = JSONProblem{position > 0 ? position - 1 : 0, plain(error.what())};
+        LastRead read{.last = position > 0 ? position - 1 : 0, .complete = complete_};
+        read.length = lengthOfToken(token);
+        if (read.length != 0) read.kind = LastRead::Kind::token;
+        if (error.id == numberOutOfRange) {
+            read.kind = LastRead::Kind::number;
+            read.length = token.size();
+        }
+        problem_ = mistakeAt(data_, read);
         return false;
     }
 
@@ -62,8 +75,7 @@ private:
 
     bool open(Open next) {
         if (open_.size() == static_cast<std::size_t>(JSONSerialization::maximumDepth)) {
-            problem_ = JSONProblem{
-                0, "objects and arrays lie deeper than " + std::to_string(JSONSerialization::maximumDepth) + " levels"};
+            problem_ = tooDeep(data_, JSONSerialization::maximumDepth);
             return false;
         }
         open_.push_back(std::move(next));
@@ -73,6 +85,7 @@ private:
     bool add(SettingValue value) {
         if (open_.empty()) {
             top_ = std::move(value);
+            complete_ = true;
         } else if (open_.back().isObject) {
             // At the end, where a member of a text that we wrote belongs: its keys come in order.
             auto& members = open_.back().members;
@@ -83,14 +96,21 @@ private:
         return true;
     }
 
-    /// The library's message without its own numbering in front.
-    static std::string plain(std::string_view message) {
-        const auto end = message.find("] ");
-        return std::string(end == std::string_view::npos ? message : message.substr(end + 2));
+    /// The octets of a whole token, which may only not stand there; 0 where what was read last is none.
+    /// @param text what the library has read, which before a literal is more than that
+    static std::size_t lengthOfToken(std::string_view text) {
+        constexpr std::string_view signs = "[]{}:,";
+        for (const std::string_view literal : {"true", "false", "null"}) {
+            if (text.ends_with(literal)) return literal.size();
+        }
+        const bool isSign = text.size() == 1 && signs.find(text.front()) != std::string_view::npos;
+        return isSign || Library::accept(text) ? text.size() : 0;
     }
 
+    std::string_view data_;
     std::vector<Open> open_;
     SettingValue top_;
+    bool complete_ = false;  ///< the value has been read to its end
     std::optional<JSONProblem> problem_;
 };
 
@@ -102,7 +122,7 @@ std::variant<SettingValue, JSONProblem> JSONSerialization::parse(std::string_vie
         return JSONProblem{zero, "a zero octet stands in the text"};
     }
     if (data.empty()) return JSONProblem{0, "there is no text"};
-    Builder builder;
+    Builder builder(data);
     Library::sax_parse(data.begin(), data.end(), &builder);
     return std::move(builder).result();
 }

@@ -3,6 +3,8 @@
 
 #include "platform/NSJSONSerialization.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -14,6 +16,18 @@ struct JSONProblem {
     std::size_t offset = 0;  ///< octets before the place where it was noticed
     std::string text;
 };
+
+/// A place in a text as an editor shows it. A column is a character; what is not UTF-8 counts each octet as one, and a
+/// byte order mark in front counts nothing.
+struct JSONPlace {
+    std::uint64_t line = 1;    ///< from 1
+    std::uint64_t column = 1;  ///< from 1
+};
+
+/// The place of an octet of `data`.
+JSONPlace placeOf(std::string_view data, std::size_t offset);
+/// "not JSON at line 3, column 7: ...": how every reader of files says it.
+std::string notJSON(const JSONPlace& place, std::string_view why);
 
 /// The one place that knows the JSON library. It has no state and may be used from any thread.
 class JSONSerialization : public NSJSONSerialization {

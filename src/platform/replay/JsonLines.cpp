@@ -107,7 +107,7 @@ std::optional<RecordedItem> JsonLinesReader::next() {
         return itemOf(std::move(line));
     } catch (const lines::LineError& error) {
         if (!text_.ended() && input_.damage()) fail(*input_.damage());
-        fail("line " + std::to_string(text_.number()) + ": " + error.what());
+        fail(error.inLine(text_.number()));
     } catch (const lines::LineTooLong&) {
         fail("a line of more than " + std::to_string(longestLine) + " bytes");
     } catch (const std::system_error& error) {

@@ -3,7 +3,6 @@
 
 #include "platform/json/JSONSerialization.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <map>
@@ -217,14 +216,6 @@ Scene readRoot(const SceneNode& node) {
     return scene;
 }
 
-std::string placeInText(std::string_view text, std::size_t offset) {
-    const std::string_view before = text.substr(0, std::min(offset, text.size()));
-    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
-    const auto lineBegin = before.rfind('\n');
-    const std::size_t column = before.size() - (lineBegin == std::string_view::npos ? 0 : lineBegin + 1) + 1;
-    return "line " + std::to_string(line) + ", column " + std::to_string(column);
-}
-
 [[noreturn]] void refuseFile(const std::string& path, const std::string& why) { throw SceneError(path + ": " + why); }
 
 }  // namespace
@@ -240,7 +231,7 @@ Scene sceneFrom(const SettingValue& value, std::string_view name) {
 Scene readScene(std::string_view text, std::string_view name) {
     const auto parsed = JSONSerialization::parse(text);
     if (const auto* problem = std::get_if<JSONProblem>(&parsed)) {
-        refuseFile(std::string(name), "not JSON at " + placeInText(text, problem->offset) + ": " + problem->text);
+        refuseFile(std::string(name), notJSON(placeOf(text, problem->offset), problem->text));
     }
     return sceneFrom(std::get<SettingValue>(parsed), name);
 }

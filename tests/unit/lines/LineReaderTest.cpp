@@ -53,7 +53,7 @@ TEST_F(LineReaderTest, AnEmptyFileHasNoLines) {
 TEST_F(LineReaderTest, PassesOverBlankLinesAndCountsThem) {
     LineReader lines = reader("\n  \n{\"at\": 1, \"do\": \"end\"}\n\ngarbage\n");
     EXPECT_EQ(lines.next()->at, 1s);
-    EXPECT_NE(problemOf(lines).find("a.jsonl:5: "), std::string::npos);
+    EXPECT_NE(problemOf(lines).find("a.jsonl: not JSON at line 5, column 1: "), std::string::npos);
 }
 
 TEST_F(LineReaderTest, TakesLinesThatEndWithACarriageReturnToo) {

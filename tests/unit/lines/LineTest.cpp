@@ -134,9 +134,6 @@ const Wrong wrongLines[] = {
     {"7", "not a JSON object"},
     {"\"end\"", "not a JSON object"},
     {"null", "not a JSON object"},
-    {"{\"do\": \"end\"", "not JSON, at column "},
-    {"{\"do\": \"end\"} {}", "not JSON, at column "},
-    {"garbage", "not JSON, at column 1"},
     {"{}", "field \"do\" is missing"},
     {R"({"do": null})", "field \"do\" is missing"},
     {R"({"do": 7})", "field \"do\": expected a text"},
@@ -184,6 +181,28 @@ TEST(Line, SaysWhatIsWrong) {
         EXPECT_NE(problemOf(text).find(message), std::string::npos) << text << ": " << problemOf(text);
         EXPECT_NE(problemOf(text), "") << text;
     }
+}
+
+TEST(Line, WhatIsNotJSONIsNamedWithItsFileLineAndColumn) {
+    const auto said = [](std::string_view text) {
+        try {
+            parseLine(text, 0us);
+            return std::string();
+        } catch (const LineError& error) {
+            EXPECT_EQ(error.inFile("f", 12), "f: " + error.inLine(12));
+            return error.inLine(12);
+        }
+    };
+    EXPECT_EQ(said("{\"do\": \"end\""), "not JSON at line 12, column 13: it breaks off here");
+    EXPECT_EQ(said("{\"do\": \"end\"} {}"), "not JSON at line 12, column 15: nothing may follow the value");
+    EXPECT_EQ(said("garbage\r"), "not JSON at line 12, column 1: 'g' is not expected here");
+    EXPECT_EQ(said("{\"do\": \"\xC3\xBC\", oops}"), "not JSON at line 12, column 13: 'o' is not expected here");
+}
+
+TEST(Line, WhatElseIsWrongIsNamedWithItsFileAndLine) {
+    const LineError error("unknown field \"x\"");
+    EXPECT_EQ(error.inLine(12), "line 12: unknown field \"x\"");
+    EXPECT_EQ(error.inFile("f", 12), "f:12: unknown field \"x\"");
 }
 
 TEST(Line, AWrongLineStillSaysItsTimeWhereThatCanBeRead) {

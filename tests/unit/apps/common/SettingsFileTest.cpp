@@ -19,7 +19,7 @@ protected:
     template <class Problem = lines::InputError>
     static std::string refusal(const std::string& path) {
         try {
-            registryOfFile(path);
+            registryOfFile(path, "watch");
             return "loaded";
         } catch (const Problem& error) {
             return error.what();
@@ -30,13 +30,14 @@ protected:
 };
 
 TEST_F(SettingsFile, GivesTheRegistryItHolds) {
-    const auto registry = registryOfFile(folder_.write("s.json", R"({"BT:Front": {"Device Type": "Printer"}})"));
+    const auto registry =
+        registryOfFile(folder_.write("s.json", R"({"BT:Front": {"Device Type": "Printer"}})"), "watch");
     ASSERT_EQ(registry->count("BT:Front"), 1U);
     EXPECT_EQ(*registry->at("BT:Front"), (SettingRecord{{"Device Type", 1}}));
 }
 
 TEST_F(SettingsFile, IsReadWithoutAManagerOrAPlatform) {
-    registryOfFile(folder_.write("s.json", "{}"));
+    registryOfFile(folder_.write("s.json", "{}"), "watch");
     PlatformOptions options;
     options.radio = "none";
     EXPECT_NO_THROW(Platform::choose(options)) << "a manager that exists would forbid it";
@@ -46,7 +47,7 @@ TEST_F(SettingsFile, ThatIsWrittenIsReadBack) {
     const Settings registry{{"BT:Front", std::make_shared<const SettingRecord>(SettingRecord{{"Device Type", 1}})}};
     const std::string content = settingsFileOf(registry);
     EXPECT_EQ(content.back(), '\n');
-    EXPECT_EQ(*registryOfFile(folder_.write("s.json", content))->at("BT:Front"), *registry.at("BT:Front"));
+    EXPECT_EQ(*registryOfFile(folder_.write("s.json", content), "watch")->at("BT:Front"), *registry.at("BT:Front"));
 }
 
 TEST_F(SettingsFile, WhatJSONCannotExpressIsNotWritten) {
@@ -65,7 +66,7 @@ TEST_F(SettingsFile, ThatIsAFolderIsNamed) {
 
 TEST_F(SettingsFile, ThatIsNoJSONIsNamedWithThePlace) {
     const std::string path = folder_.write("s.json", "{\n  \"a\": oops\n}");
-    EXPECT_EQ(refusal(path).rfind(path + ": is not JSON, line 2, column 8: ", 0), 0U) << refusal(path);
+    EXPECT_EQ(refusal(path).rfind(path + ": not JSON at line 2, column 8: ", 0), 0U) << refusal(path);
 }
 
 TEST_F(SettingsFile, OfAnotherShapeIsNamedWithWhatIsWrong) {

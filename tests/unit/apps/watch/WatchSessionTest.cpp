@@ -38,6 +38,8 @@ public:
     void silent(double /*at*/, std::string_view /*portName*/, std::string_view MACAddr) override {
         kept_.lines.push_back("silent " + std::string(MACAddr));
     }
+    void tick(double /*at*/, const RadioHealth& /*health*/) override { kept_.lines.emplace_back("tick"); }
+    void disturbed() override { kept_.lines.emplace_back("disturbed"); }
     void console(std::string_view line) override { kept_.lines.push_back("console " + std::string(line)); }
     void health(double at, const RadioHealth& health) override {
         kept_.lines.push_back("health " + std::to_string(at) + " since " + std::to_string(health.since));
@@ -154,6 +156,62 @@ TEST_F(WatchSessionTest, AViewThatCannotBeWrittenEndsTheWatchWithItsReason) {
     EXPECT_TRUE(session_.broken());
     EXPECT_EQ(woken_, 1);
     EXPECT_THROW(session_.end(), std::runtime_error);
+}
+
+TEST_F(WatchSessionTest, WhatTheRadioSaysIsKeptUntilItIsReleasedAndThenShownInItsOrder) {
+    session_.hold();
+    session_.console("a");
+    session_.health({});
+    session_.console("b");
+    session_.tick();
+    EXPECT_EQ(kept_.lines, std::vector<std::string>());
+    session_.release();
+    session_.console("c");
+    ASSERT_EQ(kept_.lines.size(), 4U);
+    EXPECT_EQ(kept_.lines[0], "console a");
+    EXPECT_EQ(kept_.lines[1].find("health "), 0U);
+    EXPECT_EQ(kept_.lines[2], "console b");
+    EXPECT_EQ(kept_.lines[3], "console c");
+}
+
+TEST_F(WatchSessionTest, WhatWasKeptIsShownAtTheEnd) {
+    session_.hold();
+    session_.console("a");
+    session_.end();
+    EXPECT_EQ(kept_.lines, std::vector<std::string>{"console a"});
+}
+
+TEST_F(WatchSessionTest, TheRadiosNewsEndTheWaitOnlyWhereTheyAreAwaited) {
+    EXPECT_FALSE(session_.radioHasTold());
+    session_.health({});
+    EXPECT_TRUE(session_.radioHasTold());
+    EXPECT_EQ(woken_, 0);
+    session_.awaitRadio(true);
+    session_.health({});
+    EXPECT_EQ(woken_, 1);
+    session_.awaitRadio(false);
+    session_.health({});
+    EXPECT_EQ(woken_, 1);
+}
+
+TEST_F(WatchSessionTest, EverythingIsDrawnAnewAfterASuspension) {
+    session_.drawAnew([this] {
+        kept_.lines.emplace_back("stopped");
+        return true;
+    });
+    EXPECT_EQ(kept_.lines, (std::vector<std::string>{"stopped", "disturbed", "tick"}));
+}
+
+TEST_F(WatchSessionTest, InATerminalOfAnotherSizeItIsDrawnOverWhatWasDrawn) {
+    session_.drawAnew([] { return false; });
+    EXPECT_EQ(kept_.lines, std::vector<std::string>{"tick"});
+}
+
+TEST_F(WatchSessionTest, NothingIsDrawnAfterTheEnd) {
+    session_.end();
+    kept_.lines.clear();
+    session_.tick();
+    EXPECT_EQ(kept_.lines, std::vector<std::string>());
 }
 
 TEST_F(WatchSessionTest, WaitsForMinutesWhereTheViewShowsNoTime) {

@@ -147,14 +147,5 @@ TEST(JSONReader, ReadsNestingTo512LevelsOfListsAndObjectsTogetherAndNoDeeper) {
     EXPECT_TRUE(read(wide)) << "what lies beside does not count";
 }
 
-TEST(JSONReader, SaysWhereAndWhatIsWrong) {
-    const auto problem = [](std::string_view text) { return std::get<JSONProblem>(JSONSerialization::parse(text)); };
-    EXPECT_EQ(problem("{\"a\":x}").offset, 5U);
-    EXPECT_NE(problem("{\"a\":x}").text, "");
-    EXPECT_EQ(problem(std::string_view("[1,\0]", 5)).offset, 3U);
-    EXPECT_NE(problem(nested(513, true)).text.find("512"), std::string::npos);
-    EXPECT_EQ(problem("").text, "there is no text");
-}
-
 }  // namespace
 }  // namespace nearcast
