@@ -19,7 +19,8 @@ namespace {
 lines::Truth truthOf(JudgedRecording& recording, const std::string* named) {
     recording.truthPath = named != nullptr ? *named : truthPathFor(recording.path);
     if (named == nullptr && recording.path == "-") {
-        throw std::invalid_argument(nameOfInput(recording.path) + ": where its user stood is not known; name a file with --truth");
+        throw std::invalid_argument(nameOfInput(recording.path) +
+                                    ": where its user stood is not known; name a file with --truth");
     }
     if (named == nullptr && !std::filesystem::exists(recording.truthPath)) {
         throw UsageError(recording.path + ": where its user stood is not known: there is no " + recording.truthPath +
