@@ -38,6 +38,7 @@ def drain(descriptor):
 def on_terminal(command, environment):
     master, slave = pty.openpty()
     threading.Thread(target=drain, args=(master,), daemon=True).start()
+    environment = {**(environment or os.environ), "TERM": "xterm"}
     process = subprocess.Popen(command, env=environment, stdin=slave, stdout=slave, stderr=slave)
     os.close(slave)
     return process

@@ -12,7 +12,7 @@ HEARD = "".join(LINE % (at / 10) for at in range(100))
 TRUTH = '{"at": 0, "truth": "%s"}\n' % ADDRESS
 NOWHERE = '{"at": 0, "truth": null}\n'
 
-# What is broken, and where: the line and the column in characters, and what is said. A brace in front is what recordings
+# What is broken, and where: line, column in characters, and what is said. A brace in front is what recordings
 # are told from captures by.
 BROKEN = {
     "empty": (b"", None),

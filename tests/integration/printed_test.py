@@ -158,7 +158,7 @@ class OnATerminal(ProgramTest):
         leader, follower = pty.openpty()
         arguments = ["watch", "--radio", f"replay:{path}?speed=max", "--settings", str(registered), "--for", "3.5"]
         with subprocess.Popen([PROGRAM, *arguments], stdout=follower, stderr=follower,
-                              stdin=subprocess.DEVNULL) as process:
+                              stdin=subprocess.DEVNULL, env={**os.environ, "TERM": "xterm"}) as process:
             os.close(follower)
             output = b""
             while select.select([leader], [], [], DEADLINE)[0]:

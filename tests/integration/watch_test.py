@@ -140,7 +140,8 @@ class Interrupted(ProgramTest):
 def shown_on_a_terminal(*arguments):
     """What the program writes to a terminal, and how it ended."""
     master, slave = pty.openpty()
-    with subprocess.Popen([PROGRAM, *arguments], stdout=slave, stderr=slave, stdin=slave) as process:
+    with subprocess.Popen([PROGRAM, *arguments], stdout=slave, stderr=slave, stdin=slave,
+                          env={**os.environ, "TERM": "xterm"}) as process:
         os.close(slave)
         output, end = b"", time.monotonic() + DEADLINE
         while time.monotonic() < end and select.select([master], [], [], 1)[0] or process.poll() is None:

@@ -34,6 +34,8 @@ std::string nothingHeardInWords(const RadioHealth& health, bool waited) {
     return "nothing was heard: the radio " + (waited ? "did not come" : "is " + stateInWords(health));
 }
 
-std::string awaitedInWords(const RadioHealth& health) { return "waiting for the radio: " + reasonOf(health); }
+std::string awaitedInWords(const RadioHealth& health) {
+    return "waiting for the radio: " + reasonOf(health) + "; 'nearcast doctor' tells more";
+}
 
 }  // namespace nearcast::cli

@@ -10,8 +10,8 @@ namespace nearcast::cli {
 
 bool canDrawOver(int descriptor) {
     const char* const kind = std::getenv("TERM");
-    if (kind == nullptr || *kind == '\0' || std::string_view(kind) == "dumb") return false;
-    return isatty(descriptor) != 0;
+    const bool dumb = kind != nullptr && std::string_view(kind) == "dumb";
+    return !dumb && isatty(descriptor) != 0;
 }
 
 }  // namespace nearcast::cli

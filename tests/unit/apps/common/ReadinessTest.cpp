@@ -48,8 +48,9 @@ TEST(Readiness, WhatIsMissingIsSaidWithWhatToTry) {
 
 TEST(Readiness, WhatIsWaitedForIsSaidWithItsReason) {
     EXPECT_EQ(awaitedInWords(healthWith(CBManagerStatePoweredOff, "hci0 is blocked")),
-              "waiting for the radio: hci0 is blocked");
-    EXPECT_EQ(awaitedInWords(healthWith(CBManagerStatePoweredOff)), "waiting for the radio: the radio is powered off");
+              "waiting for the radio: hci0 is blocked; 'nearcast doctor' tells more");
+    EXPECT_EQ(awaitedInWords(healthWith(CBManagerStatePoweredOff)),
+              "waiting for the radio: the radio is powered off; 'nearcast doctor' tells more");
 }
 
 TEST(Readiness, ThatNothingWasHeardIsSaidWithTheReasonUnlessThatWasSaid) {

@@ -82,7 +82,8 @@ TEST_F(ScanStartTest, WaitsForARadioThatIsOffAndSaysSoOnce) {
     start.look();
     start.look();
     EXPECT_FALSE(scans());
-    EXPECT_EQ(said_, (std::vector<std::string>{"health", "waiting for the radio: the radio is powered off"}));
+    EXPECT_EQ(said_, (std::vector<std::string>{
+                         "health", "waiting for the radio: the radio is powered off; 'nearcast doctor' tells more"}));
     EXPECT_THROW(start.requireScan(), std::runtime_error);
     become(CBManagerStatePoweredOn);
     EXPECT_EQ(woken_, 1) << "what is waited for has come";
@@ -143,7 +144,8 @@ TEST_F(ScanStartTest, ARadioThatHasToldNothingYetIsGivenThreeSeconds) {
     EXPECT_EQ(said_, std::vector<std::string>());
     pass(3);
     start.look();
-    EXPECT_EQ(said_, std::vector<std::string>{"waiting for the radio: the radio is unknown"});
+    EXPECT_EQ(said_,
+              std::vector<std::string>{"waiting for the radio: the radio is unknown; 'nearcast doctor' tells more"});
 }
 
 }  // namespace
