@@ -2,6 +2,7 @@
 """The radio behind bluetoothd, on a private bus with a daemon that stands in for it."""
 
 import json
+import pathlib
 import queue
 import subprocess
 import threading
@@ -38,6 +39,18 @@ class Watching:
                 return None
             if event["event"] == "didDiscoverPort":
                 return event
+
+    def wake_ups(self, seconds):
+        """How often the radio's thread waits in so many seconds."""
+        thread = next(path for path in pathlib.Path(f"/proc/{self.process.pid}/task").iterdir()
+                      if (path / "comm").read_text() == "nearcast-bluez\n")
+
+        def waits():
+            lines = (thread / "status").read_text().splitlines()
+            return next(int(line.split()[1]) for line in lines if line.startswith("voluntary_ctxt_switches:"))
+        before = waits()
+        time.sleep(seconds)
+        return waits() - before
 
     def silence(self):
         """Waits until no report has come for half a second."""
@@ -88,6 +101,21 @@ class Hearing(BluezTest):
         self.assertEqual({report["MACAddr"] for report in reports},
                          {"02:00:00:00:00:01", "02:00:00:00:00:02", "02:00:00:00:00:03"})
         self.assertTrue(all(-80 <= report["RSSI"] <= -50 for report in reports))
+
+    def test_in_quiet_air_the_radio_sleeps(self):
+        self.daemon("--devices", 0)
+        watching = self.watch()
+        watching.lines.get(timeout=DEADLINE)
+        time.sleep(0.5)
+        self.assertLess(watching.wake_ups(1), 20)
+
+    def test_reports_that_follow_each_other_closely_are_taken_together(self):
+        self.daemon("--devices", 50, "--rate", 1000)
+        watching = self.watch()
+        self.assertTrue(watching.report())
+        before = watching.lines.qsize()
+        waits = watching.wake_ups(1)
+        self.assertLess(waits, (watching.lines.qsize() - before) / 2)
 
     def test_a_monitor_is_registered_where_bluetoothd_takes_one(self):
         daemon = Bluezd(self.bus, "--monitors", *TWO_DONGLES)

@@ -63,9 +63,9 @@ class Statuses(ProgramTest):
         self.commands = commands()
         self.assertGreater(len(self.commands), 8)
 
-    def recording(self):
-        lines = self.write("good.jsonl", advertisements())
-        path = self.folder / "good.btsnoop"
+    def recording(self, ending=".btsnoop"):
+        lines = self.write("good.lines", advertisements())
+        path = self.folder / f"good{ending}"
         result = nearcast("record", "--radio", f"replay:{lines}?speed=max", "-o", path)
         self.assertEqual(result.returncode, GOOD, result.stderr)
         return path
@@ -176,6 +176,18 @@ class Statuses(ProgramTest):
             seen.add(role)
         self.for_each_input(body)
         self.assertEqual(seen, set(WRONG))
+
+    def test_a_recording_that_is_cut_in_any_format(self):
+        cut = []
+        for ending in (".jsonl", ".btsnoop", ".pcapng", ".jsonl.gz", ".btsnoop.gz", ".pcapng.gz"):
+            good = self.recording(ending).read_bytes()
+            cut.append(self.write(f"cut{ending}", good[:len(good) * 9 // 10 - 3]))
+
+        def body(command, place, role, form):
+            for path in cut if role == "recording" else []:
+                with self.subTest(form=path.name):
+                    self.end(self.words(command, place, form(path)), FAILED, str(path), "damaged at byte")
+        self.for_each_input(body)
 
     def test_an_output_that_cannot_be_written(self):
         def body(command, place):

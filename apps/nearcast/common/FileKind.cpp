@@ -39,7 +39,7 @@ bool isScene(const std::string& path) {
     return true;
 }
 
-bool isSettings(const std::string& path) { return !registryOfFile(path)->empty(); }
+bool isSettings(const std::string& path) { return !checkedSettings(path).registry->empty(); }
 
 }  // namespace
 
