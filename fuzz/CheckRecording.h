@@ -47,7 +47,9 @@ inline std::unique_ptr<Lines> imported(std::span<const std::uint8_t> bytes, cons
     std::unique_ptr<RecordingReader> reader;
     try {
         reader = openRecording(sourceOf(bytes), "input");
-    } catch (const std::invalid_argument&) {
+    } catch (const NoRecording&) {
+        return nullptr;
+    } catch (const std::invalid_argument&) {  // packed more than once
         return nullptr;
     }
     auto lines = std::make_unique<Lines>();

@@ -71,7 +71,7 @@ MISTAKES = (
     ("report devices.json", 2, "; it is a settings file, for --settings", None),
     ("report shop.json", 2, "; it is a scene, for --radio simulator:shop.json", None),
     ("run devices.json", 2, "; it is a settings file, for --settings", None),
-    ("run walk.btsnoop", 2, "; it is a capture, of which 'nearcast import' makes lines", None),
+    ("run walk.btsnoop", 0, "nothing was shown: ", None),
     ("run walk.jsonl", 0, "nothing was shown: a scenario sets a delegate and starts a scan; a recording alone is for "
      "'nearcast watch --radio replay:FILE'", None),
     ("import README", 1, "README: no recording (neither JSON Lines nor btsnoop, pcap or pcapng)", None),

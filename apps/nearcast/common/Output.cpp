@@ -77,7 +77,7 @@ void wipeLine() {
 
 bool isTerminal(const std::string& output) { return isStandardOutput(output) && isatty(STDOUT_FILENO) != 0; }
 
-std::string problemWithOutput(const std::string& text) { return text.empty() ? "the file's name is empty" : ""; }
+std::string problemWithOutput(const std::string& text) { return text.empty() ? "is empty" : ""; }
 
 void sayWritten(std::string_view command, const std::string& output, const std::string& what) {
     const std::string name = isStandardOutput(output) ? "standard output" : output;

@@ -112,8 +112,8 @@ void PlaybackLines::advance() {
             } else if (damage_.empty()) {
                 close();
             }
-        } catch (const std::invalid_argument& problem) {
-            error_.emplace(problem.what());
+        } catch (const std::exception&) {
+            error_ = std::current_exception();
             if (lines_) time_ = lines_->time();
         }
     }
@@ -129,7 +129,7 @@ std::optional<lines::Line> PlaybackLines::next() {
     advance();
     if (error_) {
         ended_ = true;
-        throw lines::InputError(*std::exchange(error_, std::nullopt));
+        std::rethrow_exception(std::exchange(error_, nullptr));
     }
     return std::exchange(ahead_, std::nullopt);
 }

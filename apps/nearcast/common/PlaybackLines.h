@@ -6,6 +6,7 @@
 #include "platform/replay/RecordingReader.h"
 
 #include <cstddef>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,7 +25,7 @@ public:
     explicit PlaybackLines(const std::vector<std::string>& paths, replay::RecordingOptions options = {});
 
     /// A recording that is damaged ends the lines.
-    /// @throws lines::InputError also for a file that is no recording
+    /// @throws replay::NoRecording for a file that is neither a scenario nor a recording
     /// @throws std::system_error naming the file that cannot be read
     std::optional<lines::Line> next() override;
     std::optional<lines::Time> peekTime() override;
@@ -57,8 +58,8 @@ private:
     std::unique_ptr<replay::RecordingReader> recording_;  ///< of the current file, where it is a capture
     lines::Time time_{0};
     std::optional<lines::Line> ahead_;
-    std::optional<lines::InputError> error_;  ///< what `next` throws in place of a line
-    bool ended_ = false;                      ///< it has thrown it
+    std::exception_ptr error_;  ///< what `next` throws in place of a line
+    bool ended_ = false;        ///< it has thrown it
     std::string damage_;
 };
 

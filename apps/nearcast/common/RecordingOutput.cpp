@@ -72,6 +72,7 @@ std::optional<RecordingForm> formOfOption(const std::string& format) {
 }  // namespace
 
 std::string problemWithFormat(const std::string& text) {
+    if (text.empty()) return "is empty";
     if (formNamed(lowerCase(text))) return "";
     return "there is no format '" + text + "' (known: " + recordingFormats + ")";
 }

@@ -37,6 +37,8 @@ int run(const RunArguments& arguments) {
             *shown = *shown || !text.empty();
             writeOut(text);
         });
+    } catch (const replay::NoRecording& error) {
+        throw lines::InputError(error.what());
     } catch (const lines::InputError& error) {
         throw lines::InputError(error.what() + (arguments.files.size() == 1 ? whatItIs(arguments.files[0]) : ""));
     }

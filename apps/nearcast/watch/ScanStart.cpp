@@ -47,7 +47,10 @@ double ScanStart::patience() const {
 }
 
 void ScanStart::requireScan() const {
-    if (!scans_) throw std::runtime_error(nothingHeardInWords(Platform::radioHealth(), waits_));
+    const RadioHealth health = Platform::radioHealth();
+    // One that is ready was not waited for: the watch was ended before its scan began.
+    if (scans_ || readinessOf(health) == Readiness::ready) return;
+    throw std::runtime_error(nothingHeardInWords(health, waits_));
 }
 
 }  // namespace nearcast::cli

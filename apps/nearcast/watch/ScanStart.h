@@ -18,7 +18,7 @@ public:
     void look();
     /// Seconds after which `look` has something to decide, whatever happens.
     [[nodiscard]] double patience() const;
-    /// @throws std::runtime_error when the scan has never begun
+    /// @throws std::runtime_error when the scan has never begun, for want of a radio
     void requireScan() const;
 
 private:

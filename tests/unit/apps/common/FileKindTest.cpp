@@ -26,16 +26,10 @@ TEST_F(FileKind, IsToldOfSettings) {
     EXPECT_EQ(kindOf(R"({"BT:Bar": {"Device Type": "Printer"}})"), "; it is a settings file, for --settings");
 }
 
-TEST_F(FileKind, IsToldOfACapture) {
-    EXPECT_EQ(kindOf(std::string("btsnoop\0\0\0\0\1\0\0\x07\xD1", 16)),
-              "; it is a capture, of which 'nearcast import' makes lines");
-}
-
 TEST_F(FileKind, IsNotToldOfAnythingElse) {
     for (const char* content : {"", "{}", "[]", "hello", "{\"at\": 1, \"do\": \"end\"}\n{\"do\": \"dance\"}\n"}) {
         EXPECT_EQ(kindOf(content), "") << content;
     }
-    EXPECT_EQ(kindOf(std::string("btsnoop\0\0\0\0\x09\0\0\x07\xD1", 16)), "") << "of an unknown version";
     EXPECT_EQ(kindOf(std::string("\0\0\0", 3)), "");
     EXPECT_EQ(whatItIs(folder_.file("none")), "");
     EXPECT_EQ(whatItIs("/dev/zero"), "") << "which has no end";

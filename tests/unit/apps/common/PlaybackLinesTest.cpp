@@ -101,8 +101,9 @@ TEST_F(PlaybackLinesTest, AFileThatIsNoRecordingIsAnErrorOfItsOwn) {
     PlaybackLines lines({write(first), path});
     EXPECT_TRUE(lines.next());
     EXPECT_EQ(lines.peekTime(), Time(1'000'000));
-    EXPECT_THROW(lines.next(), lines::InputError);
+    EXPECT_THROW(lines.next(), replay::NoRecording);
     EXPECT_EQ(lines.errorAsDamage(), "");
+    EXPECT_FALSE(lines.next());
 }
 
 TEST_F(PlaybackLinesTest, DamageOfACaptureEndsThem) {
