@@ -139,9 +139,8 @@ std::string verdictInWords(Verdict verdict) {
 }
 
 std::string diagnosisAsJSON(const Diagnosis& diagnosis) {
-    JSON result = {{"radio", diagnosis.radio},
-                   {"status", diagnosis.status()},
-                   {"verdict", verdictName(diagnosis.verdict())}};
+    JSON result = {
+        {"radio", diagnosis.radio}, {"status", diagnosis.status()}, {"verdict", verdictName(diagnosis.verdict())}};
     result["findings"] = JSON::array();
     for (const CheckedFinding& finding : diagnosis.findings) result["findings"].push_back(asJSON(finding));
     result["scan"] = diagnosis.hearing ? asJSON(*diagnosis.hearing, diagnosis.health) : JSON();

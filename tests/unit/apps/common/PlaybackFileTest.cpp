@@ -81,7 +81,9 @@ TEST_F(PlaybackFileTest, LinesThatWereCutAreReadUpToThere) {
         const std::string path = write(before + advertise.substr(0, 20));
         const PlaybackFile file = readPlaybackFile(path);
         EXPECT_EQ(file.input.lines.size(), 1U);
-        EXPECT_EQ(file.damage.find(path + ": damaged at byte " + std::to_string(before.size()) + ": not JSON at line 2, column "), 0U)
+        EXPECT_EQ(file.damage.find(path + ": damaged at byte " + std::to_string(before.size()) +
+                                   ": not JSON at line 2, column "),
+                  0U)
             << file.damage;
     }
 }

@@ -74,7 +74,8 @@ TEST_F(ReplayPlatformTest, TellsDamageOnTheConsoleAndAsItsFailure) {
     EXPECT_EQ(platform.failure(), "");
     platform.timeline().runUntil(seconds(1));
     ASSERT_EQ(console.lines().size(), 1U);
-    EXPECT_EQ(console.lines().at(0).rfind(path + ": damaged at byte 90: not JSON at line 3, column ", 0), 0U) << console.lines().at(0);
+    EXPECT_EQ(console.lines().at(0).rfind(path + ": damaged at byte 90: not JSON at line 3, column ", 0), 0U)
+        << console.lines().at(0);
     radio.reset();
     EXPECT_EQ(platform.failure(), console.lines().at(0));
 }
