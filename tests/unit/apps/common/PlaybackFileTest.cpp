@@ -64,7 +64,7 @@ TEST_F(PlaybackFileTest, NamesAFirstLineThatShowsThatItIsNoRecording) {
         EXPECT_EQ(problemOf<lines::InputError>(path), path + R"(:1: unknown "do": "dance")");
     }
     const std::string cut = write("{");
-    EXPECT_EQ(problemOf<lines::InputError>(cut), cut + ": not JSON at line 1, column 2: the text ends too early");
+    EXPECT_EQ(problemOf<lines::InputError>(cut), cut + ": not JSON at line 1, column 2: it breaks off here");
 }
 
 TEST_F(PlaybackFileTest, ARecordingInLinesThatIsDamagedIsReadUpToThere) {
