@@ -44,7 +44,7 @@ public:
     /// firings of such a time, all together, and the timer stays due at multiples of its interval; one on the machine's
     /// clock does not ask and fires each.
     virtual std::shared_ptr<NSTimer> scheduledIdlingTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler,
-                                                          Idle /*idle*/) {
+                                                          const Idle& /*idle*/) {
         return scheduledTimer(interval, std::move(handler));
     }
 };

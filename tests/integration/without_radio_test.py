@@ -60,7 +60,7 @@ class Missing(WithoutRadio):
     def test_a_machine_without_any_ends_every_command_at_once(self):
         if os.path.isdir("/sys/class/bluetooth"):
             self.skipTest("this machine has Bluetooth")
-        self.assert_ends_at_once("auto", self.no_bus(), "there is no radio")
+        self.assert_ends_at_once("auto", self.no_bus(), "no controller with Low Energy")
 
     def test_bluetoothd_without_an_adapter_ends_every_command_at_once(self):
         environment, bus = self.bus()

@@ -61,9 +61,13 @@ void openSimulator(OpenedPlatform& opened, const RadioString& radio, const Platf
 
 using OpenedRadio = std::unique_ptr<CBCentralManager>;
 
+constexpr const char* nothingFound =
+    "there is no Bluetooth radio: no bluetoothd on the system bus, and no controller with Low Energy";
+
 /// Opens a radio of this machine.
-OpenedRadio openRadio(const RadioString& radio, CBCentralManagerDelegate& delegate, Console& console,
-                      RadioMonitor& monitor) {
+/// @param without why there is none, where that is the radio
+OpenedRadio openRadio(const RadioString& radio, const char* without, CBCentralManagerDelegate& delegate,
+                      Console& console, RadioMonitor& monitor) {
     if (radio.kind == "bluez") {
         return std::make_unique<bluez::ThreadedBluezRadio>(delegate, console, monitor, radio.argument);
     }
@@ -73,7 +77,7 @@ OpenedRadio openRadio(const RadioString& radio, CBCentralManagerDelegate& delega
         return std::make_unique<hci::ThreadedHciRadio>(delegate, console, monitor,
                                                        std::make_unique<hci::KernelHciPort>(), target);
     }
-    return std::make_unique<NoRadio>(delegate, console, monitor);
+    return std::make_unique<NoRadio>(delegate, console, monitor, without);
 }
 
 /// What `auto` means on this machine at this moment, said on the console where it is not what one expects.
@@ -91,7 +95,8 @@ void openSystem(OpenedPlatform& opened, const RadioString& radio, const Platform
     Console& console = *opened.console;
     if (radio.kind == "hci") hci::parseHciTarget(radio);  // what is wrong with it is said now
     const auto open = [&console, radio](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
-        return openRadio(radio.kind == "auto" ? chooseRadio(console) : radio, delegate, console, monitor);
+        if (radio.kind != "auto") return openRadio(radio, "there is no radio", delegate, console, monitor);
+        return openRadio(chooseRadio(console), nothingFound, delegate, console, monitor);
     };
     const auto loop = options.ownLoop ? TimerService::Loop::application : TimerService::Loop::ownThread;
     auto platform = std::make_unique<SystemPlatform>(console, JSON, open, loop, options.timerExecutor);

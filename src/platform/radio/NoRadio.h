@@ -3,13 +3,17 @@
 
 #include "platform/radio/Radio.h"
 
+#include <string>
+#include <utility>
+
 namespace nearcast {
 
 /// Stands where there is no radio: it is unsupported and hears nothing.
 class NoRadio : public Radio {
 public:
-    NoRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor)
-        : Radio(delegate, console, monitor, CBManagerStateUnsupported, "there is no radio") {}
+    /// @param why for people
+    NoRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, std::string why)
+        : Radio(delegate, console, monitor, CBManagerStateUnsupported, std::move(why)) {}
 };
 
 }  // namespace nearcast

@@ -107,13 +107,13 @@ std::shared_ptr<NSTimer> Timeline::scheduledTimer(std::chrono::nanoseconds inter
 }
 
 std::shared_ptr<NSTimer> Timeline::scheduledIdlingTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler,
-                                                        Idle idle) {
+                                                        const Idle& idle) {
     constexpr std::chrono::nanoseconds longest = forever + Time{1};
     const Time period = std::max(std::chrono::ceil<Time>(std::min(interval, longest)), Time{1});
     std::shared_ptr<NSTimer> timer;
     {
         const MutexLock lock(mutex_);
-        timer = timers_->add(period, std::move(handler), present(), std::move(idle));
+        timer = timers_->add(period, std::move(handler), present(), idle);
     }
     if (pace_) pace_->wake();  // the new timer may be the next one due
     return timer;

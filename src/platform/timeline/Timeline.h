@@ -81,7 +81,7 @@ public:
     [[nodiscard]] Time now() const;
     std::shared_ptr<NSTimer> scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) override;
     std::shared_ptr<NSTimer> scheduledIdlingTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler,
-                                                  Idle idle) override;
+                                                  const Idle& idle) override;
 
     /// Lets it leap, for good, where it has no pace. Only for a platform whose radio hears no less when its scan is not
     /// restarted: the manager counts on that where it says that a restart is idle. From any thread.

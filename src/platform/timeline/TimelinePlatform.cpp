@@ -34,8 +34,8 @@ std::shared_ptr<NSTimer> TimelinePlatform::scheduledTimer(std::chrono::nanosecon
 }
 
 std::shared_ptr<NSTimer> TimelinePlatform::scheduledIdlingTimer(std::chrono::nanoseconds interval,
-                                                                NSTimer::Handler handler, Idle idle) {
-    return timeline_->scheduledIdlingTimer(interval, std::move(handler), std::move(idle));
+                                                                NSTimer::Handler handler, const Idle& idle) {
+    return timeline_->scheduledIdlingTimer(interval, std::move(handler), idle);
 }
 
 void TimelinePlatform::NSLog(std::string_view line) noexcept { console_.NSLog(line); }

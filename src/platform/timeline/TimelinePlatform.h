@@ -32,7 +32,7 @@ public:
 
     std::shared_ptr<NSTimer> scheduledTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler) override;
     std::shared_ptr<NSTimer> scheduledIdlingTimer(std::chrono::nanoseconds interval, NSTimer::Handler handler,
-                                                  Idle idle) override;
+                                                  const Idle& idle) override;
     void NSLog(std::string_view line) noexcept override;
     void radioFailed(std::string_view why) noexcept override { monitor_.noteFailure(why); }
     [[nodiscard]] NSDate date() const override;
