@@ -23,7 +23,7 @@ const JSONSerialization JSON;
 
 SystemPlatform::OpenRadio noRadio(Console& console) {
     return [&console](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
-        return std::make_unique<NoRadio>(delegate, console, monitor);
+        return std::make_unique<NoRadio>(delegate, console, monitor, "there is no radio");
     };
 }
 

@@ -27,7 +27,7 @@ class SystemPlatformTest : public testing::Test {
 protected:
     SystemPlatform::OpenRadio noRadio() {
         return [this](CBCentralManagerDelegate& delegate, RadioMonitor& monitor) {
-            return std::make_unique<NoRadio>(delegate, console, monitor);
+            return std::make_unique<NoRadio>(delegate, console, monitor, "there is no radio");
         };
     }
 
