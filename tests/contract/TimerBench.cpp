@@ -114,7 +114,7 @@ class TimelineWithoutRadio : public TimelinePlatform {
 public:
     using TimelinePlatform::TimelinePlatform;
     std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) override {
-        return std::make_unique<NoRadio>(delegate, *this, monitor());
+        return std::make_unique<NoRadio>(delegate, *this, monitor(), "there is no radio");
     }
 };
 
