@@ -74,7 +74,7 @@ std::string inOtherCase(const CLI::App& place, std::string option) {
 }
 
 std::string unknownOption(const CLI::App& program, const CLI::App& place, const std::string& option) {
-    const std::string none = "there is no option " + inQuotes(option);
+    std::string none = "there is no option " + inQuotes(option);
     const bool ofProgram = &program == &place;
     const Words having = commandsWith(program, option);
     if (ofProgram && !having.empty()) {

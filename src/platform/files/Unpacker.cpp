@@ -51,8 +51,8 @@ private:
     ByteSource source_;
     const std::string name_;
     Form form_ = Form::unknown;
-    std::vector<std::uint8_t>
-        held_;  ///< packed bytes, or those that the form was told by; not yet used from `begin_` on
+    /// Packed bytes, or those that the form was told by; not yet used from `begin_` on.
+    std::vector<std::uint8_t> held_;
     std::size_t begin_ = 0;
     bool sourceEnded_ = false;
     z_stream stream_{};
