@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/hciformat/ReportEvents.h"
-#include "platform/replay/Btsnoop.h"
-#include "platform/replay/RecordingWriter.h"
+#include "platform/replay/MonitorWriter.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <utility>
 
@@ -58,42 +55,21 @@ std::string monitorInterface() {
     return body;
 }
 
-class PcapngWriter : public RecordingWriter {
+class PcapngWriter final : public MonitorWriter {
 public:
-    PcapngWriter(Out out, std::chrono::microseconds begin) : out_(std::move(out)), begin_(begin) {
+    PcapngWriter(Out out, std::chrono::microseconds start) : MonitorWriter(std::move(out), start) {
         std::string header;
         appendBlock(header, sectionHeader, section());
         appendBlock(header, interfaceDescription, monitorInterface());
-        out_(header);
-        note(std::chrono::microseconds(0), beginNote);
-    }
-
-    void write(const RecordedItem& item) override {
-        std::visit([this](const auto& one) { add(one); }, item);
+        begin(header);
     }
 
 private:
-    void add(const RecordedReport& report) {
-        std::string blocks;  // handed over as one, so that a cut never falls between the pieces of a report
-        writeReportEvents(report.report, [&](std::span<const std::uint8_t> event) {
-            appendPacket(blocks, report.at, firstAdapter, monitorEvent, {event.begin(), event.end()});
-        });
-        out_(blocks);
-    }
-    void add(const RecordedState& state) { note(state.at, noteOf(state)); }
-    void add(const RecordedEnd& end) { note(end.at, noteOf(end)); }
-
-    void note(std::chrono::microseconds at, const std::string& text) {
-        std::string block;
-        appendPacket(block, at, noAdapter, monitorNote, text + '\0');
-        out_(block);
-    }
-
     void appendPacket(std::string& out, std::chrono::microseconds at, std::uint16_t adapter, std::uint16_t opcode,
-                      const std::string& bytes) const {
+                      const std::string& bytes) const override {
         constexpr std::size_t monitorHeader = 4;
         // A time before 1970 has no place here.
-        const auto ticks = static_cast<std::uint64_t>(std::max<std::int64_t>(0, (begin_ + at).count()));
+        const auto ticks = static_cast<std::uint64_t>(std::max<std::int64_t>(0, at.count()));
         std::string body;
         appendLittle(body, 0, 4);  // the one interface
         appendLittle(body, ticks >> 32, 4);
@@ -104,9 +80,6 @@ private:
         appendBig16(body, opcode);
         appendBlock(out, enhancedPacket, body + bytes);
     }
-
-    Out out_;
-    std::chrono::microseconds begin_;
 };
 
 }  // namespace
