@@ -2,7 +2,7 @@
 #include "Command.h"
 
 #include "common/Arguments.h"
-#include "common/RadioOption.h"
+#include "common/radio/RadioOption.h"
 #include "help/HelpText.h"
 #include "help/Mistakes.h"
 

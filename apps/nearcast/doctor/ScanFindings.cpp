@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/ScanFindings.h"
 
-#include "common/Readiness.h"
 #include "common/Words.h"
+#include "common/radio/Readiness.h"
 
 namespace nearcast::cli {
 

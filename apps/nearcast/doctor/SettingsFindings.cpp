@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "doctor/SettingsFindings.h"
 
-#include "common/SettingsFile.h"
 #include "common/Words.h"
+#include "common/files/SettingsFile.h"
 
 #include <algorithm>
 

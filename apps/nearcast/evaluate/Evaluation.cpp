@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "evaluate/Evaluation.h"
 
-#include "common/PlaybackFile.h"
 #include "common/UsageError.h"
+#include "common/files/PlaybackFile.h"
 #include "lab/Rule.h"
 #include "lines/LineReader.h"
 #include "lines/Truth.h"

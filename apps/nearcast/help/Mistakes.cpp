@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "help/Mistakes.h"
 
-#include "common/RadioOption.h"
+#include "common/radio/RadioOption.h"
 #include "help/HelpText.h"
 #include "help/Suggestion.h"
 

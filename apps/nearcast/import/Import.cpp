@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "common/AtomicFile.h"
-#include "common/OwnInput.h"
-#include "common/PlaybackFile.h"
 #include "common/Progress.h"
-#include "common/RecordingOutput.h"
+#include "common/files/AtomicFile.h"
+#include "common/files/OwnInput.h"
+#include "common/files/PlaybackFile.h"
+#include "common/files/RecordingOutput.h"
 #include "help/HelpText.h"
 #include "platform/files/ByteSource.h"
 #include "platform/replay/JsonLines.h"
@@ -112,17 +112,8 @@ void addImport(CLI::App& application, Action& chosen) {
         ->type_name("any");
     command->add_option("--as", arguments->as, "dongles: let every sender play a dongle with its own address")
         ->type_name("dongles");
-    command
-        ->add_option("-o,--output", arguments->output,
-                     "File to write once the capture is read, of a damaged one up to the damage; its name ends in "
-                     ".jsonl, .btsnoop or .pcapng, or these with .gz; standard output if absent or -")
-        ->type_name("FILE")
-        ->check(problemWithOutput);
-    command
-        ->add_option("--format", arguments->format,
-                     std::string("What standard output gets: ") + recordingFormats + "; jsonl if absent")
-        ->type_name("FORMAT")
-        ->check(problemWithFormat);
+    addRecordingOptions(*command, "File to write once the capture is read, of a damaged one up to the damage",
+                        arguments->output, arguments->format);
     setExamples(*command, {"nearcast import shop.pcapng -o shop.jsonl",
                            "nearcast import phone.btsnoop --as dongles --services any -o phone.jsonl"});
     command->callback([arguments, &chosen] { chosen = [arguments] { return import(*arguments); }; });

@@ -2,13 +2,13 @@
 #include "Command.h"
 #include "common/Arguments.h"
 #include "common/Interruption.h"
-#include "common/Listening.h"
-#include "common/OwnInput.h"
 #include "common/Progress.h"
-#include "common/RadioOption.h"
-#include "common/Readiness.h"
-#include "common/RecordingOutput.h"
 #include "common/Words.h"
+#include "common/files/OwnInput.h"
+#include "common/files/RecordingOutput.h"
+#include "common/radio/Listening.h"
+#include "common/radio/RadioOption.h"
+#include "common/radio/Readiness.h"
 #include "help/HelpText.h"
 #include "record/RecordSession.h"
 
@@ -118,18 +118,7 @@ void addRecord(CLI::App& application, Action& chosen) {
     auto* command = application.add_subcommand("record", "Write down all that a radio hears, to be played again");
     auto arguments = std::make_shared<RecordArguments>();
     addRadioOption(*command, arguments->radio);
-    command
-        ->add_option(
-            "-o,--output", arguments->output,
-            "File to write, its name ending in .jsonl, .btsnoop or .pcapng, or these with .gz; standard output "
-            "if absent or -")
-        ->type_name("FILE")
-        ->check(problemWithOutput);
-    command
-        ->add_option("--format", arguments->format,
-                     std::string("What standard output gets: ") + recordingFormats + "; jsonl if absent")
-        ->type_name("FORMAT")
-        ->check(problemWithFormat);
+    addRecordingOptions(*command, "File to write", arguments->output, arguments->format);
     command->add_option("--for", arguments->forSeconds, "End after so many seconds of the radio's time")
         ->type_name("SECONDS")
         ->check(problemWithSeconds);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
-#include "common/FileKind.h"
-#include "common/OwnInput.h"
-#include "common/PlaybackLines.h"
+#include "common/files/FileKind.h"
+#include "common/files/OwnInput.h"
+#include "common/files/PlaybackLines.h"
 #include "help/HelpText.h"
 #include "lab/Runner.h"
 

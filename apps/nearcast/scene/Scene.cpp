@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
 #include "common/Arguments.h"
-#include "common/OwnInput.h"
-#include "common/SettingsFile.h"
 #include "common/Words.h"
+#include "common/files/OwnInput.h"
+#include "common/files/SettingsFile.h"
 #include "help/HelpText.h"
 #include "platform/simulator/SceneReader.h"
 #include "platform/simulator/SimulatorOptions.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "watch/ScanStart.h"
 
-#include "common/Readiness.h"
+#include "common/radio/Readiness.h"
 
 #include <nearcast/Platform.h>
 

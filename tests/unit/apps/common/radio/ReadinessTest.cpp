@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/HeldLines.h"
-#include "common/Readiness.h"
+#include "common/radio/HeldLines.h"
+#include "common/radio/Readiness.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/PlaybackLines.h"
+#include "common/files/PlaybackLines.h"
 
 #include "doubles/TemporaryFolder.h"
 #include "unit/platform/files/GzipBytes.h"

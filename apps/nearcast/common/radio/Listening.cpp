@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/Listening.h"
+#include "common/radio/Listening.h"
 
-#include "common/HeldLines.h"
-#include "common/Readiness.h"
+#include "common/radio/HeldLines.h"
+#include "common/radio/Readiness.h"
 #include "platform/Drive.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "common/GzipOutput.h"
+#include "common/files/GzipOutput.h"
 #include "platform/replay/RecordingWriter.h"
 
 #include <chrono>
@@ -10,6 +10,10 @@
 #include <optional>
 #include <string>
 #include <string_view>
+
+namespace CLI {
+class App;
+}
 
 namespace nearcast::cli {
 
@@ -28,15 +32,12 @@ struct RecordingForm {
 /// @param output as an option `--output` says it
 /// @param format as the option says it; empty: it is absent
 /// @throws UsageError for an ending or a format that is not known, where they contradict each other, and where bytes
-/// that
-///         are no text would go to a terminal
+///         that are no text would go to a terminal
 RecordingForm recordingFormOf(const std::string& output, const std::string& format);
 
-/// What is wrong with a text as an option `--format`; empty where nothing is. The check of these options.
-std::string problemWithFormat(const std::string& text);
-
-/// The formats that the option takes, for its help.
-inline constexpr const char* recordingFormats = "jsonl, btsnoop or pcapng, each also with .gz";
+/// Adds the options `--output` and `--format` to a command that writes a recording.
+/// @param file what the file is, to begin the help of `--output`
+void addRecordingOptions(CLI::App& command, const std::string& file, std::string& output, std::string& format);
 
 /// Writes a recording in one of its forms.
 class RecordingOutput {

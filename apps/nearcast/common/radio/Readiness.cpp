@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/Readiness.h"
+#include "common/radio/Readiness.h"
 
 #include "common/Words.h"
 

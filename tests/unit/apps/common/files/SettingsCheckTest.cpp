@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/SettingsCheck.h"
-#include "common/SettingsFile.h"
+#include "common/files/SettingsCheck.h"
+#include "common/files/SettingsFile.h"
 #include "doctor/SettingsFindings.h"
 #include "doubles/TemporaryFolder.h"
 #include "platform/json/JSONSerialization.h"

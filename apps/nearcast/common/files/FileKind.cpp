@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/FileKind.h"
+#include "common/files/FileKind.h"
 
-#include "common/SettingsFile.h"
+#include "common/files/SettingsFile.h"
 #include "platform/simulator/SceneReader.h"
 
 #include <exception>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/FileKind.h"
+#include "common/files/FileKind.h"
 #include "doubles/TemporaryFolder.h"
 #include "platform/simulator/SimulatorOptions.h"
 

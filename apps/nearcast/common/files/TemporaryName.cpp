@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/TemporaryName.h"
+#include "common/files/TemporaryName.h"
 
 #include "platform/system/SignalsBlocked.h"
 

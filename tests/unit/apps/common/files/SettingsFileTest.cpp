@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/SettingsFile.h"
+#include "common/files/SettingsFile.h"
 #include "doubles/TemporaryFolder.h"
 #include "lines/TextReader.h"
 

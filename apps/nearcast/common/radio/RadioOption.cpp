@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/RadioOption.h"
+#include "common/radio/RadioOption.h"
 
 #include "common/UsageError.h"
 #include "help/Suggestion.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "common/TemporaryName.h"
+#include "common/files/TemporaryName.h"
 
 #include <cstdio>
 #include <memory>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/PlaybackFile.h"
 #include "common/UsageError.h"
+#include "common/files/PlaybackFile.h"
 #include "doubles/TemporaryFolder.h"
 #include "platform/replay/RecordingReader.h"
 #include "unit/platform/files/GzipBytes.h"

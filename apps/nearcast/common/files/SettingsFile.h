@@ -3,7 +3,7 @@
 
 #include <nearcast/SettingRecord.h>
 
-#include "common/SettingsCheck.h"
+#include "common/files/SettingsCheck.h"
 
 #include <cstddef>
 #include <memory>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/PlaybackFile.h"
+#include "common/files/PlaybackFile.h"
 
-#include "common/FileKind.h"
-#include "common/PlaybackLines.h"
 #include "common/UsageError.h"
+#include "common/files/FileKind.h"
+#include "common/files/PlaybackLines.h"
 #include "platform/files/ByteSource.h"
 #include "platform/radio/RadioString.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/OwnInput.h"
+#include "common/files/OwnInput.h"
 
 #include "common/UsageError.h"
 #include "doubles/TemporaryFolder.h"

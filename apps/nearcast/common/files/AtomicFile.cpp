@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/AtomicFile.h"
+#include "common/files/AtomicFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

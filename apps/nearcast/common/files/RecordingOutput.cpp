@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/RecordingOutput.h"
+#include "common/files/RecordingOutput.h"
 
 #include "common/Output.h"
 #include "common/UsageError.h"
 
 #include <sys/stat.h>
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
@@ -19,6 +20,7 @@ using Format = RecordingForm::Format;
 constexpr std::pair<std::string_view, Format> formats[] = {
     {"jsonl", Format::jsonLines}, {"btsnoop", Format::btsnoop}, {"pcapng", Format::pcapng}};
 constexpr std::string_view gzipEnding = ".gz";
+constexpr const char* knownFormats = "jsonl, btsnoop or pcapng, each also with .gz";
 
 /// ASCII alone, whatever the locale.
 std::string lowerCase(std::string text) {
@@ -63,6 +65,13 @@ std::optional<RecordingForm> formOfEnding(const std::string& output) {
     throw UsageError(output + ": its ending says no format (known: .jsonl, .btsnoop and .pcapng, each also with .gz)");
 }
 
+/// What is wrong with a text as an option `--format`; empty where nothing is.
+std::string problemWithFormat(const std::string& text) {
+    if (text.empty()) return "is empty";
+    if (formNamed(lowerCase(text))) return "";
+    return "there is no format '" + text + "' (known: " + knownFormats + ")";
+}
+
 std::optional<RecordingForm> formOfOption(const std::string& format) {
     if (format.empty()) return std::nullopt;
     if (auto form = formNamed(lowerCase(format))) return form;
@@ -71,10 +80,18 @@ std::optional<RecordingForm> formOfOption(const std::string& format) {
 
 }  // namespace
 
-std::string problemWithFormat(const std::string& text) {
-    if (text.empty()) return "is empty";
-    if (formNamed(lowerCase(text))) return "";
-    return "there is no format '" + text + "' (known: " + recordingFormats + ")";
+void addRecordingOptions(CLI::App& command, const std::string& file, std::string& output, std::string& format) {
+    command
+        .add_option("-o,--output", output,
+                    file +
+                        "; its name ends in .jsonl, .btsnoop or .pcapng, or these with .gz; standard output if absent "
+                        "or -")
+        ->type_name("FILE")
+        ->check(problemWithOutput);
+    command
+        .add_option("--format", format, std::string("What standard output gets: ") + knownFormats + "; jsonl if absent")
+        ->type_name("FORMAT")
+        ->check(problemWithFormat);
 }
 
 RecordingForm recordingFormOf(const std::string& output, const std::string& format) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/GzipOutput.h"
+#include "common/files/GzipOutput.h"
 
 #include "platform/files/ByteSource.h"
 

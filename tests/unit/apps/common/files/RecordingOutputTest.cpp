@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/RecordingOutput.h"
+#include "common/files/RecordingOutput.h"
 
 #include "common/UsageError.h"
 #include "doubles/TemporaryFolder.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/SettingsCheck.h"
+#include "common/files/SettingsCheck.h"
 
 #include "settings/SavedSettings.h"
 #include "support/AddressText.h"

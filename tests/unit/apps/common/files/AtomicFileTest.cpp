@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/AtomicFile.h"
+#include "common/files/AtomicFile.h"
 #include "doubles/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

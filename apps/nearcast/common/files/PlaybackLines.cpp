@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/PlaybackLines.h"
+#include "common/files/PlaybackLines.h"
 
 #include "platform/files/ByteSource.h"
 #include "platform/replay/RecordingWriter.h"
