@@ -68,11 +68,20 @@ def renumbered(lab):
 
 @test("TwoAdaptersWithTheSameAddressAreTold")
 def same_address(lab):
-    lab.controller().dongle(rate=10)
-    lab.controller()
-    lab.bluetoothd()
-    sleep(1)
-    lab.figure("bluetoothd shows", [name for name in ("hci0", "hci1") if lab.adapter(name)])
+    for number in (1, 2):
+        lab.controller().dongle(address=f"C0:00:00:00:01:{number:02X}", rate=10)
+    lab.bluetoothd(adapters=())
+
+    def shown():
+        return [name for name in ("hci0", "hci1") if lab.adapter(name)]
+
+    wait_for("an adapter", 20, shown)
+    sleep(2)
+    lab.figure("bluetoothd shows", shown())
+    listener = lab.listen("bluez:00:AA:01:00:00:01")
+    lab.wait_powered(shown()[0])
+    listener.wait_reports(5)
+    lab.figure("by the address", sorted(payloads(listener, 0)))
     said = lab.nearcast("doctor", "--radio", "bluez", "--for", "2").stdout
     told = [line for line in said.splitlines() if "have the same address" in line]
     lab.figure("the doctor", told)

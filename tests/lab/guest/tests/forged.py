@@ -6,7 +6,8 @@ import subprocess
 import sys
 
 from framework import expect, now, test
-from lab import NOBODY, sleep
+from lab import NOBODY
+from tests.clients import expect_goes_on, hearing
 
 FORGER = pathlib.Path(__file__).resolve().parents[1] / "forger.py"
 
@@ -19,35 +20,24 @@ def forge(lab, listener, what, times=1):
     expect(result.stdout == f"{times} sent\n", f"the forger failed: {result.stdout} {result.stderr}")
 
 
-def hearing(lab):
-    controller = lab.controller()
-    controller.dongle(rate=10)
-    lab.bluetoothd()
-    listener = lab.listen("bluez")
+def expect_no_effect(lab, what, times=1):
+    """The radio stays on and goes on hearing. @return what it said"""
+    controller, listener = hearing(lab)
     listener.wait_state("PoweredOn")
-    listener.wait_reports(5)
-    return listener
-
-
-def expect_no_effect(lab, listener, what, times=1):
     began = now()
     forge(lab, listener, what, times)
-    sent = now()
-    sleep(3)
+    # Whether it goes on, not how well: a busy host loses some, and a power that is believed to be off loses more.
+    expect_goes_on(lab, controller, listener, f"after a forged {what}", seconds=5, least=70)
     states = [rest for _, rest in listener.entries("state", began)]
     expect(not states, f"after a forged {what} it is {states}")
-    heard = len(listener.reports(sent))
-    lab.figure(f"in 3 s after a forged {what}", f"{heard} reports of the dongle, state {listener.state()[0]}")
-    expect(heard >= 25, f"only {heard} reports in 3 s")
     forged = listener.reports(began, payload="024e430000ee")
     expect(not forged, f"{len(forged)} forged reports were believed")
+    return pathlib.Path(listener.log).read_text(encoding="utf-8", errors="replace")
 
 
 @test("AForgedReportIsNotBelieved", boot="quick")
 def report(lab):
-    listener = hearing(lab)
-    expect_no_effect(lab, listener, "report", times=20)
-    said = pathlib.Path(listener.log).read_text(encoding="utf-8", errors="replace")
+    said = expect_no_effect(lab, "report", times=20)
     lines = [line for line in said.splitlines() if "speaks in bluetoothd's name" in line]
     lab.figure("said on the console", lines)
     expect(len(lines) == 1, f"said {len(lines)} times and not once")
@@ -55,14 +45,14 @@ def report(lab):
 
 @test("AForgedLossOfPowerIsNotBelieved")
 def power(lab):
-    expect_no_effect(lab, hearing(lab), "power")
+    expect_no_effect(lab, "power")
 
 
 @test("AForgedRemovalOfTheAdapterIsNotBelieved")
 def removal(lab):
-    expect_no_effect(lab, hearing(lab), "removal")
+    expect_no_effect(lab, "removal")
 
 
 @test("AForgedEndOfBluetoothdIsNotBelieved")
 def owner(lab):
-    expect_no_effect(lab, hearing(lab), "owner")
+    expect_no_effect(lab, "owner")
