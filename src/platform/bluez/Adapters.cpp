@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <fstream>
 #include <system_error>
+#include <utility>
 
 namespace nearcast::bluez {
 
@@ -44,8 +45,8 @@ Block blockOfSwitch(const std::filesystem::path& entry) {
 
 std::string_view adapterName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
-Adapters::Adapters(const std::string& wanted)
-    : wanted_(isAdapterNumber(wanted) ? wanted : adapterAddress(wanted)),
+Adapters::Adapters(std::string wanted)
+    : wanted_(isAdapterNumber(wanted) ? std::move(wanted) : adapterAddress(wanted)),
       byAddress_(!wanted_.empty() && !isAdapterNumber(wanted_)) {}
 
 bool Adapters::add(std::string_view path, const AdapterNews& news) {

@@ -39,7 +39,7 @@ struct Adapter {
 class Adapters {
 public:
     /// @param wanted "hci1" or an address; empty: the best one
-    explicit Adapters(const std::string& wanted);
+    explicit Adapters(std::string wanted);
 
     /// @return false where there are more than any machine has
     bool add(std::string_view path, const AdapterNews& news);
