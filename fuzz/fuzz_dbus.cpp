@@ -41,6 +41,7 @@ public:
     void busLost(const Failure& /*failure*/) override {}
     void daemonChanged(bool /*there*/) override {}
     void monitorReleased() override {}
+    void forged() override {}
 
     void look(const AdapterNews& news) { look(news.address.value_or("")); }
     void look(const DeviceNews& news) {

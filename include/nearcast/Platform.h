@@ -17,9 +17,10 @@ namespace nearcast {
 /// until its very end, also while the objects of the program's own are destroyed after `main`: what they use must not
 /// be among those. Either end the tap and set no callbacks on such objects, or never destroy them.
 struct PlatformOptions {
-    /// Which radio, as a radio string: `auto`, `bluez`, `bluez:hci1`, `hci:0` (a controller for this process alone),
-    /// `hci:0?beside` (beside the Bluetooth service), `none`, `simulator`, `simulator:SCENE.json`, `replay:FILE`, and
-    /// what docs/radios.md, docs/recordings.md and docs/simulator.md say of their options (`replay:FILE?speed=8`).
+    /// Which radio, as a radio string: `auto`, `bluez`, `bluez:00:1A:7D:DA:71:13` or `bluez:hci1` (one adapter of
+    /// several), `hci:0` (a controller for this process alone), `hci:0?beside` (beside the Bluetooth service), `none`,
+    /// `simulator`, `simulator:SCENE.json`, `replay:FILE`, and what docs/radios.md, docs/recordings.md and
+    /// docs/simulator.md say of their options (`replay:FILE?speed=8`).
     std::string radio = "auto";
 
     /// Where the console lines go. Without one, standard error. Called by the thread whose operation has something to
@@ -32,9 +33,9 @@ struct PlatformOptions {
     /// (recordings, the simulator) run handlers themselves and do not use it.
     std::function<void(std::function<void()> task)> timerExecutor;
 
-    /// Called when the state of the radio, its reason or the number of its restarts has changed; on the radio's
-    /// thread, one call at a time. Where the radio could not be opened, on the thread that makes the manager. What it
-    /// throws ends on the console.
+    /// Called when the state of the radio, its reason or the number of its restarts has changed, and at the first
+    /// forged message; on the radio's thread, one call at a time. Where the radio could not be opened, on the thread
+    /// that makes the manager. What it throws ends on the console.
     std::function<void(const RadioHealth& health)> radioHealthChanged;
 
     /// No thread is made for the timers: the application waits for `Platform::descriptor` to become readable and

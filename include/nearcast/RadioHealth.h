@@ -28,6 +28,8 @@ struct RadioHealth {
     double reportsPerSecond = 0;
     std::optional<double> lastReportAge;  ///< in seconds; nothing: it has not heard anything yet
     std::uint64_t restarts = 0;           ///< how often it had to begin its scan again on its own
+    /// How many messages other programs have sent in the name of the Bluetooth service; none of them was believed.
+    std::uint64_t forged = 0;
 };
 
 }  // namespace nearcast

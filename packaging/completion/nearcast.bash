@@ -16,8 +16,12 @@ _nearcast_radio() {
             COMPREPLY=("${files[@]//\?/\\?}")  # or it would begin the options
             compopt -o filenames
             ;;
+        bluez:*)
+            mapfile -t COMPREPLY < <(compgen -W "$(nearcast radios 2>/dev/null | grep -o '^bluez:[^ ]*')" -- "$word")
+            COMPREPLY=("${COMPREPLY[@]#"${word%:*}:"}")
+            ;;
         *)
-            mapfile -t COMPREPLY < <(compgen -W 'auto bluez hci none simulator simulator: replay:' -- "$word")
+            mapfile -t COMPREPLY < <(compgen -W 'auto bluez bluez: hci none simulator simulator: replay:' -- "$word")
             [[ ${COMPREPLY[0]-} == *: ]] && compopt -o nospace
             ;;
     esac

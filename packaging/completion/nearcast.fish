@@ -10,8 +10,10 @@ function __nearcast_radios
     if set -l kind (string match -r '^(?:simulator|replay):' -- $typed)
         set -l file (string replace $kind '' -- $typed)
         printf '%s\n' $kind(__fish_complete_path $file)
+    else if string match -q 'bluez:*' -- $typed
+        nearcast radios 2>/dev/null | string match -r '^bluez:\S+'
     else
-        printf '%s\n' auto bluez hci none simulator simulator: replay:
+        printf '%s\n' auto bluez bluez: hci none simulator simulator: replay:
     end
 end
 set -l radios '(__nearcast_radios)'

@@ -5,9 +5,12 @@
 _nearcast_radio() {
     if compset -P 1 '(simulator|replay):'; then
         _files
+    elif compset -P 1 'bluez:'; then
+        local -a adapters=($(nearcast radios 2>/dev/null | sed -n 's/^bluez:\([^ ]*\) .*/\1/p'))
+        compadd -a adapters
     else
         compadd auto bluez hci none simulator
-        compadd -S '' simulator: replay:
+        compadd -S '' bluez: simulator: replay:
     fi
 }
 

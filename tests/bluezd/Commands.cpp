@@ -34,6 +34,8 @@ void Daemon::command(const std::string& line) {
         std::string monitor;
         words >> monitor;
         return releaseMonitor(what, monitor);
+    } else if (verb == "forge") {
+        known = forge(what);
     } else if (verb == "odd") {
         sayOddThings();
     } else if (verb == "quit") {

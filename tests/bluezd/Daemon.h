@@ -64,6 +64,8 @@ private:
     void setDiscovering(bool on);
     void removeDevices();
     void sayOddThings();
+    /// Says something in bluetoothd's name to every other connection, and to each of them alone. @return whether it can
+    bool forge(const std::string& what);
     void report(Device& device);
     void advertise();
     void flood();

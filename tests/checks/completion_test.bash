@@ -7,6 +7,8 @@ set -euo pipefail
 source "$1/packaging/completion/nearcast.bash"
 # shellcheck disable=SC2317  # called by the completion
 compopt() { :; }  # the real one works only while the shell itself completes
+# shellcheck disable=SC2317
+nearcast() { printf '%s  yes  about\n' auto bluez bluez:hci0 bluez:00:1A:7D:DA:71:13 hci:0; }
 failures=0
 
 # offers LINE WORD...: for the line typed so far, exactly these words.
@@ -33,7 +35,11 @@ offers 'nearcast help re' record report
 offers 'nearcast version '
 offers 'nearcast --v' --version
 offers 'nearcast watch -' --radio --settings --for --json --help
-offers 'nearcast watch --radio ' auto bluez hci none simulator simulator: replay:
+offers 'nearcast watch --radio ' auto bluez bluez: hci none simulator simulator: replay:
+offers 'nearcast watch --radio bluez:' hci0 00:1A:7D:DA:71:13
+offers 'nearcast watch --radio bluez:h' hci0
+offers 'nearcast watch --radio bluez:00:1' 1A:7D:DA:71:13
+offers 'nearcast watch --radio bluez:x'
 offers 'nearcast watch --radio re' replay:
 offers 'nearcast watch --radio replay:sh' shop.pcapng
 offers 'nearcast watch --json --radio simulator:' scene.json shop.pcapng
@@ -43,7 +49,7 @@ rm 'what?.jsonl'
 offers 'nearcast watch --for '
 offers 'nearcast record -' --radio --for --output --format --help
 offers 'nearcast record --format p' pcapng pcapng.gz
-offers 'nearcast doctor --radio b' bluez
+offers 'nearcast doctor --radio b' bluez bluez:
 offers 'nearcast doctor -' --radio --settings --for --json --help
 offers 'nearcast radios -' --json --help
 offers 'nearcast run --' --trace --locks --help

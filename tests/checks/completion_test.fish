@@ -3,6 +3,10 @@
 # What the completion for fish offers. Usage: completion_test.fish ROOT
 source $argv[1]/packaging/completion/nearcast.fish
 
+function nearcast
+    printf '%s  yes  about\n' auto bluez bluez:hci0 bluez:00:1A:7D:DA:71:13 hci:0
+end
+
 set -g failures 0
 
 # offers LINE WORD...: for the line typed so far, exactly these words, in any order.
@@ -23,7 +27,8 @@ offers 'nearcast ' watch record run import scene evaluate report radios doctor h
 offers 'nearcast help ' watch record run import scene evaluate report radios doctor
 offers 'nearcast version '
 offers 'nearcast w' watch
-offers 'nearcast watch --radio ' auto bluez hci none simulator simulator: replay:
+offers 'nearcast watch --radio ' auto bluez bluez: hci none simulator simulator: replay:
+offers 'nearcast watch --radio bluez:' bluez:hci0 bluez:00:1A:7D:DA:71:13
 offers 'nearcast watch --radio replay:sh' replay:shop.pcapng
 offers 'nearcast doctor --radio simulator:' simulator:scene.json simulator:shop.pcapng
 offers 'nearcast evaluate --rule ka' kalman-quick kalman-calm

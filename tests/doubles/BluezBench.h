@@ -48,11 +48,13 @@ public:
     }
     void conditionChanged(const RadioCondition& condition) override { conditions.push_back(condition); }
     void scanRestarted() override { ++restarts; }
+    void forged() override { ++forgeries; }
 
     FakeBluez bluez;
     FakeRfkill rfkill;
     int reports = 0;
     int restarts = 0;
+    int forgeries = 0;
     AdvertisingReport last;
     std::vector<RadioCondition> conditions;
     BluezSession session;

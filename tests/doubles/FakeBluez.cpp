@@ -75,9 +75,21 @@ void FakeBluez::plug(const std::string& name, bool powered, bool monitors) {
     Adapter& adapter = adapters_[pathOf(name)];
     adapter.powered = powered;
     adapter.monitors = monitors;
-    signal([path = pathOf(name), news = newsOf(adapter), monitors](auto& listener) {
-        listener.adapterAdded(path, news);
-        if (monitors) listener.monitorsOffered(path);
+    signalAdded(pathOf(name), adapter);
+}
+
+void FakeBluez::plugKnown(const std::string& name, const std::string& address, bool lowEnergy, bool powered) {
+    Adapter& adapter = adapters_[pathOf(name)];
+    adapter.powered = powered;
+    adapter.address = address;
+    adapter.lowEnergy = lowEnergy;
+    signalAdded(pathOf(name), adapter);
+}
+
+void FakeBluez::signalAdded(const std::string& path, const Adapter& adapter) {
+    signal([this, path, adapter](auto& listener) {
+        listener.adapterAdded(path, newsOf(adapter));
+        if (adapter.monitors) listener.monitorsOffered(path);
     });
 }
 
@@ -96,7 +108,7 @@ void FakeBluez::power(const std::string& name, bool on, PowerState state) {
         removeDevices();
         adapter.ours = adapter.discovering = adapter.filtered = stalled_ = false;
     }
-    signal([path = pathOf(name), news = newsOf(adapter)](auto& listener) { listener.adapterChanged(path, news); });
+    signal([this, path = pathOf(name), adapter](auto& listener) { listener.adapterChanged(path, newsOf(adapter)); });
 }
 
 void FakeBluez::place(FakeDongle dongle) {
@@ -138,6 +150,10 @@ void FakeBluez::releaseMonitor() {
     tell([](auto& listener) { listener.monitorReleased(); });
 }
 
+void FakeBluez::forge() {
+    tell([](auto& listener) { listener.forged(); });
+}
+
 int FakeBluez::count(const std::string& method) const {
     return static_cast<int>(std::count(calls_.begin(), calls_.end(), method));
 }
@@ -150,6 +166,8 @@ bool FakeBluez::discovers(const std::string& name) const {
 AdapterNews FakeBluez::newsOf(const Adapter& adapter) const {
     AdapterNews news{.powered = adapter.powered, .discovering = adapter.discovering, .powerState = {}};
     if (adapter.powerState != PowerState::unknown) news.powerState = adapter.powerState;
+    if (!adapter.address.empty()) news.address = adapter.address;
+    news.central = adapter.lowEnergy;
     return news;
 }
 

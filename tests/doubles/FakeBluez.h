@@ -72,6 +72,8 @@ public:
     /// The answers that were held come now, in their order; later ones are held no more.
     void releaseAnswers();
     void plug(const std::string& name, bool powered = true, bool monitors = false);
+    /// As `plug`, of an adapter that says what it is: its address, and by its roles whether it has Low Energy.
+    void plugKnown(const std::string& name, const std::string& address, bool lowEnergy = true, bool powered = true);
     void unplug(const std::string& name);
     void power(const std::string& name, bool on, PowerState state = PowerState::unknown);
     void place(FakeDongle dongle);
@@ -97,6 +99,8 @@ public:
     /// The adapter says for so long that it does not discover, though it does.
     void blink(const std::string& name, Time duration);
     void releaseMonitor();
+    /// Another program speaks in bluetoothd's name.
+    void forge();
     /// A controller that reports each sender once in each of its rounds, unless a monitor is registered.
     void beStrict() { strict_ = true; }
     /// The reports go on, of devices that the client has never been told of.
@@ -133,6 +137,8 @@ private:
         bool filtered = false;     ///< the client's filter has been set
         bool monitors = false;
         PowerState powerState = PowerState::unknown;
+        std::string address;  ///< empty: it is not said
+        std::optional<bool> lowEnergy;
     };
     struct Sender {
         FakeDongle dongle;
@@ -149,6 +155,7 @@ private:
     std::optional<Failure> outcome(const std::string& method, const Work& work, int deaths);
     Adapter* find(const std::string& path);
     AdapterNews newsOf(const Adapter& adapter) const;
+    void signalAdded(const std::string& path, const Adapter& adapter);
     void describe(const Sender& sender, bool reading);
     void advertise(std::size_t index);
     void hear(Sender& sender);

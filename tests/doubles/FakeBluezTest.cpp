@@ -50,6 +50,7 @@ protected:
     }
     void deviceRemoved(std::string_view /*path*/) override { ++removed; }
     void monitorReleased() override { told.emplace_back("released"); }
+    void forged() override { told.emplace_back("forged"); }
 
     FakeBluez bluez;
     std::vector<std::string> answers;

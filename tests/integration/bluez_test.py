@@ -181,6 +181,60 @@ class Hearing(BluezTest):
         self.assertIsNone(watching.process.poll())
 
 
+class Forging(BluezTest):
+    """Any local user may send a signal to somebody's connection alone, where no match rule keeps it away."""
+
+    def setUp(self):
+        super().setUp()
+        self.daemon(*TWO_DONGLES)
+        self.forger = self.daemon("--nameless", "--devices", 0)
+        self.watching = self.watch()
+        self.assertTrue(self.watching.report())
+
+    def forge(self, what, times=1, seconds=1.0):
+        """All events of the time after it."""
+        while not self.watching.lines.empty():
+            self.watching.lines.get()
+        for _ in range(times):
+            self.assertEqual(self.forger.ask(f"forge {what}"), "done")
+        time.sleep(seconds)
+        return [self.watching.lines.get() for _ in range(self.watching.lines.qsize())]
+
+    def expect_no_effect(self, what, times=1):
+        events = self.forge(what, times)
+        reports = [event for event in events if event["event"] == "didDiscoverPort"]
+        self.assertGreater(len(reports), 20)
+        self.assertEqual({event["MACAddr"] for event in reports}, {"02:00:00:00:00:01", "02:00:00:00:00:02"})
+        states = {event["state"] for event in events if event["event"] == "radioHealth"}
+        self.assertLessEqual(states, {5}, events)
+        self.assertLessEqual({event["restarts"] for event in events if event["event"] == "radioHealth"}, {0})
+
+    def test_a_forged_report_is_not_told(self):
+        self.expect_no_effect("report", times=30)  # more than the smoothing of a new dongle waits for
+
+    def test_a_forged_loss_of_power_has_no_effect(self):
+        self.expect_no_effect("power")
+
+    def test_a_forged_removal_of_the_adapter_has_no_effect(self):
+        self.expect_no_effect("removal")
+
+    def test_a_forged_change_of_the_owner_has_no_effect(self):
+        self.expect_no_effect("owner")
+
+    def test_it_is_said_once_on_the_console_and_by_the_doctor(self):
+        doctor = subprocess.Popen([PROGRAM, "doctor", "--radio", "bluez", "--for", "3"], env=self.bus.environment,
+                                  stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        while not doctor.stdout.readline().startswith("Listening"):
+            self.assertIsNone(doctor.poll())
+        time.sleep(1)
+        self.forge("report", seconds=0)
+        self.forge("power", seconds=0)
+        said, complained = doctor.communicate(timeout=DEADLINE)
+        self.assertEqual(complained.count("speaks in bluetoothd's name"), 1, complained)
+        self.assertRegex(said, r"scan +remark +2 messages in bluetoothd's name came from another program")
+        self.assertEqual(doctor.returncode, 3)
+
+
 class Ending(BluezTest):
     def test_as_bluetoothd_goes(self):
         for _ in range(5):

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/Words.h"
 #include "doctor/Checks.h"
 #include "machine/Facts.h"
+#include "platform/radio/AdapterName.h"
 
 #include <algorithm>
+#include <map>
 
 namespace nearcast::cli {
 
@@ -20,6 +23,16 @@ std::vector<Finding> eachAdapter(const Machine& machine, Describe describe) {
     std::vector<Finding> findings;
     for (const BusAdapter& adapter : machine.bus().adapters) findings.push_back(describe(adapter));
     return findings;
+}
+
+std::string nameOf(const BusAdapter& adapter) {
+    return adapter.name + (adapter.address.empty() ? "" : " (" + adapter.address + ")");
+}
+
+/// Why another adapter is taken and not this one.
+std::string shortcoming(const BusAdapter& adapter) {
+    if (!hasLowEnergy(adapter)) return adapter.name + " is of the classic kind";
+    return adapter.name + (adapter.powered ? " is as good, with a higher number" : " is powered off");
 }
 
 bool anyAdapter(const Machine& machine, bool BusAdapter::*property) {
@@ -80,20 +93,55 @@ std::vector<Finding> checkPower(const Machine& machine) {
     if (bus.adapters.empty()) return noAdapterOnTheBus(machine);
     const Level off = anyAdapter(machine, &BusAdapter::powered) ? Level::note : Level::fault;
     return eachAdapter(machine, [off](const BusAdapter& adapter) -> Finding {
-        const std::string name = adapter.name + " (" + adapter.address + ")";
-        if (adapter.powered) return {Level::good, name + " is powered on", ""};
-        return {off, name + " is powered off",
+        if (adapter.powered) return {Level::good, nameOf(adapter) + " is powered on", ""};
+        return {off, nameOf(adapter) + " is powered off",
                 "bluetoothctl power on; to have it so after a restart: AutoEnable=true in /etc/bluetooth/main.conf"};
     });
 }
 
 std::vector<Finding> checkLowEnergy(const Machine& machine) {
-    return eachAdapter(machine, [](const BusAdapter& adapter) -> Finding {
-        if (adapter.central.value_or(true)) return {Level::good, adapter.name + " listens to Low Energy", ""};
+    const BusAdapter* const best = bestAdapter(machine);
+    const Level without = best != nullptr && hasLowEnergy(*best) ? Level::note : Level::fault;
+    return eachAdapter(machine, [without](const BusAdapter& adapter) -> Finding {
+        if (hasLowEnergy(adapter)) return {Level::good, adapter.name + " listens to Low Energy", ""};
         return {
-            Level::fault, adapter.name + " is of the classic kind, or Low Energy is off",
+            without, adapter.name + " is of the classic kind, or Low Energy is off",
             "use an adapter of Bluetooth 4.0 or later; ControllerMode in /etc/bluetooth/main.conf must not be bredr"};
     });
+}
+
+std::vector<Finding> checkChoice(const Machine& machine) {
+    const BusAdapter* const best = bestAdapter(machine);
+    if (machine.bus().adapters.size() < 2) return {};
+    std::string others;
+    for (const BusAdapter& adapter : machine.bus().adapters) {
+        if (&adapter != best) others += (others.empty() ? "" : ", ") + shortcoming(adapter);
+    }
+    const std::string lasting = best->address.empty() ? best->name : best->address;
+    return {{Level::note, "'bluez' takes " + nameOf(*best) + ", the best of them: " + others,
+             "'--radio bluez:" + lasting + "' takes it whatever else is plugged in"}};
+}
+
+/// The kernel's list counts: of adapters with the same address bluetoothd shows one.
+std::vector<Finding> checkAddresses(const Machine& machine) {
+    std::vector<Finding> findings;
+    std::map<std::string, std::string> names;  // by address
+    for (const HciAdapter& adapter : machine.controllers().adapters) {
+        const std::string address = adapterAddress(addressText(adapter.address));
+        if (!address.empty()) names[address] += (names[address].empty() ? "" : " and ") + adapter.name;
+    }
+    for (const auto& [address, sharing] : names) {
+        if (sharing.find(' ') == std::string::npos) continue;
+        findings.push_back({Level::remark, sharing + " have the same address " + address + ", as copies of a chip do",
+                            "bluetoothd shows only one of them, and the address names either: use adapters of "
+                            "different makes"});
+    }
+    for (const BusAdapter& adapter : machine.bus().adapters) {
+        if (!adapter.address.empty()) continue;
+        findings.push_back({Level::note, adapter.name + " has no address: it can be named by its number alone",
+                            "the number may be another one after the next start or replug"});
+    }
+    return findings;
 }
 
 std::vector<Finding> checkMonitors(const Machine& machine) {

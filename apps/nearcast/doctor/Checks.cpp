@@ -21,6 +21,8 @@ constexpr Check all[] = {
     {"policy", byBluez, Elsewhere::note, checkPolicy},
     {"power", byBluez, Elsewhere::note, checkPower},
     {"low energy", byBluez, Elsewhere::note, checkLowEnergy},
+    {"choice", byBluez, Elsewhere::nothing, checkChoice},
+    {"addresses", anyWay, Elsewhere::note, checkAddresses},
     {"monitors", byBluez, Elsewhere::nothing, checkMonitors},
     {"discovery", byBluez, Elsewhere::nothing, checkDiscovery},
     {"discovery", byBeside, Elsewhere::nothing, checkSomebodyDiscovers},

@@ -72,6 +72,8 @@ std::vector<Finding> checkDaemon(const Machine& machine);
 std::vector<Finding> checkPolicy(const Machine& machine);
 std::vector<Finding> checkPower(const Machine& machine);
 std::vector<Finding> checkLowEnergy(const Machine& machine);
+std::vector<Finding> checkChoice(const Machine& machine);     ///< which adapter is best, and why
+std::vector<Finding> checkAddresses(const Machine& machine);  ///< whether an address names one adapter
 std::vector<Finding> checkMonitors(const Machine& machine);
 std::vector<Finding> checkDiscovery(const Machine& machine);
 std::vector<Finding> checkSomebodyDiscovers(const Machine& machine);

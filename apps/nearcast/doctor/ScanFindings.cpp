@@ -64,6 +64,12 @@ bool scanWorks(const Hearing& hearing, const RadioHealth& health) {
 
 std::vector<Finding> scanFindings(const Hearing& hearing, const RadioHealth& health) {
     std::vector<Finding> findings{radioFinding(hearing, health)};
+    if (health.forged != 0) {
+        findings.push_back({Level::remark,
+                            counted(health.forged, "message") +
+                                " in bluetoothd's name came from another program; none of them was believed",
+                            "find out which program it is: the line above names its connection for 'busctl status'"});
+    }
     if (!scanWorks(hearing, health)) return findings;
     if (health.restarts != 0) {
         findings.push_back({Level::remark, "the scan had to be begun again " + counted(health.restarts, "time"),

@@ -13,7 +13,7 @@ constexpr std::string_view indent = "  ";
 constexpr const char* radios =
     "Radios (--radio):\n"
     "  auto                    the radio of this machine\n"
-    "  bluez[:hciN]            the machine's Bluetooth service; an adapter of several\n"
+    "  bluez[:ADDRESS]         the machine's Bluetooth service; an adapter (or hciN)\n"
     "  hci[:N]                 a controller of one's own; option beside: beside bluetoothd\n"
     "  simulator[:SCENE.json]  a simulated shop; options seed=N, speed=X or max\n"
     "  replay:FILE             a recording, - is standard input; options speed=X or max, as=dongles, services=any\n"

@@ -4,6 +4,7 @@
 #include "platform/bluez/Adapters.h"
 #include "platform/bluez/Availability.h"
 #include "platform/bluez/SdMessage.h"
+#include "platform/radio/AdapterName.h"
 
 #include <algorithm>
 #include <chrono>
@@ -23,7 +24,7 @@ public:
     void adapterAdded(std::string_view path, const bluez::AdapterNews& news) override {
         BusAdapter& adapter = adapters_.emplace_back();
         adapter.name = bluez::adapterName(path);
-        adapter.address = news.address.value_or("");
+        adapter.address = adapterAddress(news.address.value_or(""));
         adapter.powered = news.powered.value_or(false);
         adapter.discovering = news.discovering.value_or(false);
         adapter.central = news.central;
@@ -67,7 +68,7 @@ void readObjects(sd_bus* bus, BusReading& reading) {
     if (result >= 0) result = bluez::readObjects(answer.get(), news, collector);
     if (result < 0 && !reading.refused) reading.refused = problemOf(result);
     std::sort(reading.adapters.begin(), reading.adapters.end(),
-              [](const BusAdapter& left, const BusAdapter& right) { return left.name < right.name; });
+              [](const auto& left, const auto& right) { return bluez::AdapterOrder()(left.name, right.name); });
 }
 
 std::optional<std::uint32_t> processOf(sd_bus_creds* credentials) {

@@ -15,8 +15,8 @@ using BusProblem = bluez::Failure;
 
 /// An adapter as bluetoothd shows it.
 struct BusAdapter {
-    std::string name;  ///< "hci0"
-    std::string address;
+    std::string name;     ///< "hci0"
+    std::string address;  ///< "00:1A:7D:DA:71:13"; empty: it has none
     bool powered = false;
     bool discovering = false;            ///< for any client
     std::optional<bool> central;         ///< can scan for Low Energy; nothing: bluetoothd does not say
@@ -30,7 +30,7 @@ struct BusReading {
     bool available = false;                 ///< it runs, or the bus can start it
     std::optional<std::uint32_t> process;   ///< the owner's process, where the bus says so
     std::optional<BusProblem> refused;      ///< why bluetoothd did not show its objects
-    std::vector<BusAdapter> adapters;       ///< in the order of their names
+    std::vector<BusAdapter> adapters;       ///< in the order of their numbers
 };
 
 /// Asks the system bus (DBUS_SYSTEM_BUS_ADDRESS, or the usual one). Takes as long as bluetoothd takes to answer, five

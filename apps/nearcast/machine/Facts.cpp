@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "machine/Facts.h"
 
+#include "platform/bluez/Adapters.h"
 #include "platform/factory/AutomaticRadio.h"
 
 #include <algorithm>
@@ -59,6 +60,17 @@ Daemon daemonOf(const Machine& machine) {
     const auto* const known = std::find(std::begin(daemonPlaces), std::end(daemonPlaces), words.front());
     if (known != std::end(daemonPlaces)) daemon.version = machine.versionOf(std::string(*known));
     return daemon;
+}
+
+bool hasLowEnergy(const BusAdapter& adapter) { return adapter.central.value_or(true); }
+
+const BusAdapter* bestAdapter(const Machine& machine) {
+    const auto& adapters = machine.bus().adapters;
+    const auto worth = [](const BusAdapter& one) { return bluez::worthOf(hasLowEnergy(one), one.powered); };
+    const auto best = std::max_element(adapters.begin(), adapters.end(), [&](const auto& left, const auto& right) {
+        return worth(left) < worth(right);  // the first of equals
+    });
+    return best == adapters.end() ? nullptr : &*best;
 }
 
 std::string automaticRadio(const Machine& machine) {

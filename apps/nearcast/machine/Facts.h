@@ -27,6 +27,12 @@ struct Daemon {
 };
 Daemon daemonOf(const Machine& machine);
 
+/// Whether it can listen to Low Energy; one of which bluetoothd does not say so may.
+bool hasLowEnergy(const BusAdapter& adapter);
+
+/// The adapter that the radio `bluez` takes when it begins; null where bluetoothd shows none.
+const BusAdapter* bestAdapter(const Machine& machine);
+
 /// The radio string that `auto` stands for on this machine.
 std::string automaticRadio(const Machine& machine);
 

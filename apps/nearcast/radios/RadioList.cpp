@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <initializer_list>
 #include <optional>
+#include <set>
 
 namespace nearcast::cli {
 
@@ -29,14 +30,30 @@ RadioEntry entryFor(std::string radio, std::string about, const std::optional<Fi
     return {std::move(radio), true, std::move(about), ""};
 }
 
+/// @param what of the adapter its radio string does not say
+void addAdapter(std::string radio, const std::string& what, const BusAdapter& adapter,
+                std::vector<RadioEntry>& entries) {
+    std::optional<Finding> fault;
+    if (!hasLowEnergy(adapter)) {
+        fault = Finding{Level::fault, what + ", without Low Energy", "use an adapter of Bluetooth 4.0 or later"};
+    } else if (!adapter.powered) {
+        fault = Finding{Level::fault, what + ", powered off", "bluetoothctl power on"};
+    }
+    entries.push_back(entryFor(std::move(radio), what + ", powered on", fault));
+}
+
 void addBluez(const Machine& machine, std::vector<RadioEntry>& entries) {
-    auto fault = faultIn(machine, {checkBus, checkDaemon, checkPolicy, checkPower});
+    auto fault = faultIn(machine, {checkBus, checkDaemon, checkPolicy, checkPower, checkLowEnergy});
     if (!fault && machine.bus().adapters.empty()) fault = faultIn(machine, {checkAdapters});
-    entries.push_back(entryFor("bluez", "bluetoothd, by the first adapter that is powered on", fault));
+    const BusAdapter* const best = bestAdapter(machine);
+    const std::string by = best == nullptr ? "" : best->name;
+    const bool several = machine.bus().adapters.size() > 1;
+    entries.push_back(entryFor("bluez", "bluetoothd, by " + by + (several ? ", the best adapter" : ""), fault));
+    std::set<std::string> addresses;  // two adapters may have the same
     for (const BusAdapter& adapter : machine.bus().adapters) {
-        std::optional<Finding> off;
-        if (!adapter.powered) off = Finding{Level::fault, adapter.address + ", powered off", "bluetoothctl power on"};
-        entries.push_back(entryFor("bluez:" + adapter.name, adapter.address + ", powered on", off));
+        const bool named = !adapter.address.empty() && addresses.insert(adapter.address).second;
+        addAdapter("bluez:" + adapter.name, adapter.address.empty() ? "no address" : adapter.address, adapter, entries);
+        if (named) addAdapter("bluez:" + adapter.address, adapter.name + " at present", adapter, entries);
     }
 }
 

@@ -15,7 +15,7 @@ namespace nearcast::cli {
 
 namespace {
 
-constexpr std::size_t radioWidth = 16;
+constexpr std::size_t radioWidth = 25;  // of bluez:00:1A:7D:DA:71:13, and a gap
 constexpr std::size_t opensWidth = 7;
 
 struct RadiosArguments {

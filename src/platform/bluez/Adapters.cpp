@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/bluez/Adapters.h"
 
+#include "platform/radio/AdapterName.h"
+
 #include <algorithm>
 #include <fstream>
 #include <system_error>
+#include <utility>
 
 namespace nearcast::bluez {
 
@@ -13,7 +16,11 @@ void apply(Adapter& adapter, const AdapterNews& news) {
     adapter.powered = news.powered.value_or(adapter.powered);
     adapter.discovering = news.discovering.value_or(adapter.discovering);
     adapter.powerState = news.powerState.value_or(adapter.powerState);
+    adapter.lowEnergy = news.central.value_or(adapter.lowEnergy);
+    if (news.address) adapter.address = adapterAddress(*news.address);
 }
+
+int worth(const Adapter& adapter) { return worthOf(adapter.lowEnergy, adapter.powered); }
 
 std::string firstWord(const std::filesystem::path& file) {
     std::ifstream stream(file);
@@ -38,6 +45,10 @@ Block blockOfSwitch(const std::filesystem::path& entry) {
 
 std::string_view adapterName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
+Adapters::Adapters(std::string wanted)
+    : wanted_(isAdapterNumber(wanted) ? std::move(wanted) : adapterAddress(wanted)),
+      byAddress_(!wanted_.empty() && !isAdapterNumber(wanted_)) {}
+
 bool Adapters::add(std::string_view path, const AdapterNews& news) {
     auto place = adapters_.find(path);
     if (place == adapters_.end()) {
@@ -45,6 +56,7 @@ bool Adapters::add(std::string_view path, const AdapterNews& news) {
         place = adapters_.emplace(path, Adapter()).first;
     }
     apply(place->second, news);
+    note(*place);
     choose();
     return true;
 }
@@ -85,23 +97,43 @@ const Adapter* Adapters::current() const {
 
 std::string Adapters::names() const {
     std::string result;
-    for (const auto& [path, adapter] : adapters_) result.append(result.empty() ? "" : ", ").append(adapterName(path));
+    for (const auto& [path, adapter] : adapters_) {
+        result.append(result.empty() ? "" : ", ").append(adapterName(path));
+        if (byAddress_ && !adapter.address.empty()) result.append(" ").append(adapter.address);
+    }
     return result;
 }
 
-void Adapters::choose() {
-    const auto powered = [](const auto& entry) { return entry.second.powered; };
-    const auto ours = adapters_.find(chosen_);
-    if (wanted_.empty() && ours != adapters_.end() && powered(*ours)) return;
-    auto place = adapters_.begin();
-    if (wanted_.empty()) {
-        const auto first = std::find_if(adapters_.begin(), adapters_.end(), powered);
-        if (first != adapters_.end()) place = first;
-    } else {
-        place = std::find_if(adapters_.begin(), adapters_.end(),
-                             [this](const auto& entry) { return adapterName(entry.first) == wanted_; });
+std::string Adapters::renumbered() const {
+    if (first_.empty()) return {};
+    std::string result;
+    for (const auto& [path, adapter] : adapters_) {
+        if (adapter.address != first_) continue;
+        if (adapterName(path) == wanted_) return {};
+        if (result.empty()) result.append(adapterName(path)).append(" now (bluez:" + first_ + " follows it)");
     }
-    chosen_ = place == adapters_.end() ? std::string() : place->first;
+    return result;
+}
+
+bool Adapters::isWanted(const Map::value_type& entry) const {
+    if (wanted_.empty()) return true;
+    return byAddress_ ? entry.second.address == wanted_ : adapterName(entry.first) == wanted_;
+}
+
+void Adapters::note(const Map::value_type& entry) {
+    if (first_.empty() && !byAddress_ && adapterName(entry.first) == wanted_) first_ = entry.second.address;
+}
+
+void Adapters::choose() {
+    auto best = adapters_.end();
+    for (auto one = adapters_.begin(); one != adapters_.end(); ++one) {
+        if (!isWanted(*one)) continue;
+        if (best == adapters_.end() || worth(one->second) > worth(best->second)) best = one;
+    }
+    const auto ours = adapters_.find(chosen_);
+    // A change costs reports, so there has to be something to win.
+    if (ours != adapters_.end() && isWanted(*ours) && worth(ours->second) == worth(best->second)) return;
+    chosen_ = best == adapters_.end() ? std::string() : best->first;
 }
 
 Block Rfkill::blockOf(std::string_view adapter) const {

@@ -24,7 +24,7 @@ namespace nearcast::bluez {
 class BluezRadio : public Radio {
 public:
     /// @param delegate, console, monitor, bus, rfkill live longer
-    /// @param adapter "hci1", or empty for the first that is powered
+    /// @param adapter "hci1" or an address; empty: the best one
     /// @param wake    makes `pass` be called soon; from any thread
     BluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, SystemBus& bus,
                const Rfkill& rfkill, std::string adapter, std::function<void()> wake);
@@ -60,7 +60,7 @@ class ThreadedBluezRadio final : private RadioParts, public BluezRadio {
 public:
     /// Returns at once; the state is unknown until bluetoothd has answered.
     /// @param delegate, console, monitor live longer
-    /// @param adapter "hci1", or empty for the first that is powered
+    /// @param adapter "hci1" or an address; empty: the best one
     /// @throws std::system_error when the system gives no descriptors or no thread
     ThreadedBluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
                        std::string adapter);

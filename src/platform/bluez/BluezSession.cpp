@@ -162,8 +162,8 @@ void BluezSession::askFor(std::string_view device) {
 /// Updates the discovery, the switches and what is told after anything has changed.
 void BluezSession::update() {
     const Adapter* const adapter = adapters_.current();
-    const bool usable =
-        listed_ && adapter != nullptr && adapter->powered && adapter->powerState != PowerState::turningOff;
+    const bool usable = listed_ && adapter != nullptr && adapter->lowEnergy && adapter->powered &&
+                        adapter->powerState != PowerState::turningOff;
     discovery_.setAdapter(usable ? std::optional(adapters_.chosen()) : std::nullopt, usable && adapter->monitors);
     discovery_.setDiscovering(usable && adapter->discovering);
     lookAtSwitches();
@@ -190,12 +190,24 @@ void BluezSession::tell() {
 
 RadioCondition BluezSession::condition() const {
     if (!listed_) return conditionWithoutAdapters();
-    if (const Adapter* const adapter = adapters_.current()) return conditionOf(*adapter);
-    if (adapters_.wanted().empty() || adapters_.names().empty()) {
+    const Adapter* const adapter = adapters_.current();
+    if (adapter == nullptr) return conditionWithoutOurs();
+    RadioCondition condition = conditionOf(*adapter);
+    const std::string renumbered = condition.why.empty() ? adapters_.renumbered() : "";
+    if (!renumbered.empty()) {
+        condition.why = adapters_.wanted() + " is another adapter than before, which is " + renumbered;
+    }
+    return condition;
+}
+
+RadioCondition BluezSession::conditionWithoutOurs() const {
+    const std::string names = adapters_.names();
+    if (adapters_.wanted().empty() || names.empty()) {
         return {CBManagerStateUnsupported, "there is no Bluetooth adapter"};
     }
-    return {CBManagerStateUnsupported,
-            "there is no adapter " + adapters_.wanted() + " (there is: " + adapters_.names() + ")"};
+    const std::string renumbered = adapters_.renumbered();
+    return {CBManagerStateUnsupported, "there is no adapter " + adapters_.wanted() + " (there is: " + names + ")" +
+                                           (renumbered.empty() ? "" : "; the one that was it is " + renumbered)};
 }
 
 RadioCondition BluezSession::conditionWithoutAdapters() const {
@@ -217,6 +229,10 @@ RadioCondition BluezSession::conditionWithoutAdapters() const {
 
 RadioCondition BluezSession::conditionOf(const Adapter& adapter) const {
     const std::string name(adapterName(adapters_.chosen()));
+    if (!adapter.lowEnergy) {
+        return {CBManagerStateUnsupported,
+                name + " has no Bluetooth Low Energy: use an adapter of Bluetooth 4.0 or later"};
+    }
     if (adapter.powerState == PowerState::turningOff) return {CBManagerStateResetting, name + " is being switched off"};
     if (adapter.powered) return conditionOfScan();
     if (block_ == Block::hard) return {CBManagerStatePoweredOff, name + " is blocked by a switch of the machine"};

@@ -30,7 +30,7 @@ public:
     static constexpr Time longestPause = std::chrono::seconds(2);
 
     /// @param bus, rfkill, listener live longer
-    /// @param adapter "hci1", or empty for the first that is powered
+    /// @param adapter "hci1" or an address; empty: the best one
     BluezSession(SystemBus& bus, const Rfkill& rfkill, SessionListener& listener, std::string adapter);
     ~BluezSession() override { bus_.disconnect(); }
     BluezSession(const BluezSession&) = delete;
@@ -67,6 +67,7 @@ private:
     void deviceChanged(std::string_view path, const DeviceNews& news) override;
     void deviceRemoved(std::string_view path) override;
     void monitorReleased() override;
+    void forged() override { listener_.forged(); }
 
     void connect();
     void list();
@@ -78,6 +79,7 @@ private:
     void tell();
     [[nodiscard]] RadioCondition condition() const;
     [[nodiscard]] RadioCondition conditionWithoutAdapters() const;
+    [[nodiscard]] RadioCondition conditionWithoutOurs() const;
     [[nodiscard]] RadioCondition conditionOf(const Adapter& adapter) const;
     [[nodiscard]] RadioCondition conditionOfScan() const;
 

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
+#include <string>
 
 namespace nearcast::bluez {
 
@@ -19,6 +20,8 @@ constexpr const char* noOwner = "org.freedesktop.DBus.Error.NameHasNoOwner";
 constexpr std::uint64_t answerLimit = 10'000'000;  // microseconds
 constexpr int mostMessages = 64;                   // at once, so that other work gets its turn
 
+// A rule's sender keeps others' broadcasts away. What somebody sends to this connection alone needs no rule to arrive,
+// so who has sent a message is looked at too.
 constexpr const char* ownerRule =
     "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',interface='org.freedesktop.DBus',"
     "member='NameOwnerChanged',arg0='org.bluez'";
@@ -45,6 +48,16 @@ int SdBus::inside(void* self, Work&& work) noexcept {
     SdBus& bus = *static_cast<SdBus*>(self);
     guarded(bus.console_, "a message of the system bus", [&] { work(bus); });
     return 0;
+}
+
+bool SdBus::mayCall(sd_bus_message* call) noexcept {
+    bool may = false;
+    inside(this, [&](SdBus& bus) { may = bus.isDaemons(call); });
+    return may;
+}
+
+void SdBus::release() noexcept {
+    inside(this, [](SdBus& bus) { bus.listener_->monitorReleased(); });
 }
 
 std::optional<Failure> SdBus::connect(SystemBusListener& listener) {
@@ -77,7 +90,7 @@ void SdBus::disconnect() {
     bus_.reset();
     lost_.reset();
     daemon_.clear();
-    daemonKnown_ = false;
+    daemonKnown_ = forgeryTold_ = false;
 }
 
 int SdBus::watch(sd_bus* bus, const char* rule, sd_bus_message_handler_t handler) {
@@ -92,6 +105,27 @@ void SdBus::setDaemon(std::string_view name) {
     daemon_ = name;
     if (replaced) listener_->daemonChanged(false);
     listener_->daemonChanged(!daemon_.empty());
+}
+
+/// Whether the owner of bluetoothd's name has sent it. The bus keeps the order: of one owner all comes before the
+/// change to the next, which is taken when it comes. Before the first owner is known, what comes is passed over and is
+/// nobody's forgery: the list of objects, which is asked for afterwards, has it.
+bool SdBus::isDaemons(sd_bus_message* message) { return daemonKnown_ && isFrom(daemon_, message); }
+
+bool SdBus::isFrom(std::string_view name, sd_bus_message* message) {
+    const char* const sender = sd_bus_message_get_sender(message);
+    if (sender != nullptr && name == sender) return true;
+    refuse(sender == nullptr ? "?" : sender);
+    return false;
+}
+
+void SdBus::refuse(const char* sender) {
+    if (!std::exchange(forgeryTold_, true)) {
+        console_.NSLog(std::string("Another program on the system bus, ") + sender +
+                       ", speaks in bluetoothd's name: it is not listened to. 'busctl status " + sender +
+                       "' says which program it is.");
+    }
+    listener_->forged();
 }
 
 SdBus::Taken SdBus::process(bool all) {
@@ -223,6 +257,7 @@ int SdBus::onOwner(sd_bus_message* reply, void* self, sd_bus_error* /*error*/) n
 
 int SdBus::onOwnerChanged(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) noexcept {
     return inside(self, [&](SdBus& bus) {
+        if (!bus.isFrom(driver::name, signal)) return;
         const char* name = nullptr;
         const char* before = nullptr;
         const char* after = nullptr;
@@ -232,6 +267,7 @@ int SdBus::onOwnerChanged(sd_bus_message* signal, void* self, sd_bus_error* /*er
 
 int SdBus::onProperties(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) noexcept {
     return inside(self, [&](SdBus& bus) {
+        if (!bus.isDaemons(signal)) return;
         const char* changed = nullptr;
         if (failed(sd_bus_message_read_basic(signal, 's', &changed))) return;
         const std::string_view name(changed);
@@ -250,6 +286,7 @@ int SdBus::onProperties(sd_bus_message* signal, void* self, sd_bus_error* /*erro
 
 int SdBus::onObjects(sd_bus_message* signal, void* self, sd_bus_error* /*error*/) noexcept {
     return inside(self, [&](SdBus& bus) {
+        if (!bus.isDaemons(signal)) return;
         const char* path = nullptr;
         if (sd_bus_message_is_signal(signal, nullptr, "InterfacesRemoved") > 0) {
             readRemoved(signal, *bus.listener_);

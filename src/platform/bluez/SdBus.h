@@ -18,6 +18,10 @@ namespace nearcast::bluez {
 
 /// The system bus through sd-bus, at DBUS_SYSTEM_BUS_ADDRESS or its usual place. It never blocks: who drives it waits
 /// for `descriptor` and calls `process`, which is where the listener and each `Done` are called. One thread at a time.
+///
+/// What is said in bluetoothd's name is taken from the owner of its name alone: any local user can send signals and
+/// calls to this connection. Others' are passed over and told to the listener, the first one of a connection also on
+/// the console.
 class SdBus : public SystemBus {
 public:
     /// @param console for exceptions of the listener; lives longer
@@ -66,6 +70,9 @@ private:
     int open();
     int watch(sd_bus* bus, const char* rule, sd_bus_message_handler_t handler);
     void setDaemon(std::string_view name);
+    bool isDaemons(sd_bus_message* message);
+    bool isFrom(std::string_view name, sd_bus_message* message);
+    void refuse(const char* sender);
     void call(const char* path, const char* interface, const char* member, Done done, Read read = nullptr,
               const std::function<int(sd_bus_message*)>& fill = nullptr);
     int send(sd_bus_message* message, Call& call);
@@ -77,6 +84,8 @@ private:
     /// Runs what a callback of sd-bus does, and catches what it throws.
     template <class Work>
     static int inside(void* self, Work&& work) noexcept;
+    bool mayCall(sd_bus_message* call) noexcept;
+    void release() noexcept;
     static int onWatched(sd_bus_message* reply, void* self, sd_bus_error* error) noexcept;
     static int onOwner(sd_bus_message* reply, void* self, sd_bus_error* error) noexcept;
     static int onOwnerChanged(sd_bus_message* signal, void* self, sd_bus_error* error) noexcept;
@@ -92,7 +101,8 @@ private:
     std::optional<Failure> lost_;                   ///< why the connection is to be closed
     std::string daemon_;                            ///< bluetoothd's unique name; empty: it does not run
     bool daemonKnown_ = false;
-    SdMonitor monitor_{daemon_, [this] { listener_->monitorReleased(); }};
+    bool forgeryTold_ = false;  ///< of this connection
+    SdMonitor monitor_{[this](sd_bus_message* call) { return mayCall(call); }, [this] { release(); }};
     DeviceNews news_;  ///< memory that is used again
 };
 

@@ -3,6 +3,7 @@
 
 #include "support/Dongle.h"
 
+#include <cerrno>
 #include <cstdint>
 
 namespace nearcast::bluez {
@@ -35,13 +36,13 @@ int SdMonitor::exportOn(sd_bus* bus) {
 
 int SdMonitor::release(sd_bus_message* call, void* self, sd_bus_error* /*error*/) noexcept {
     auto& monitor = *static_cast<SdMonitor*>(self);
-    const char* const sender = sd_bus_message_get_sender(call);
-    if (sender == nullptr || monitor.daemon_ != sender) return -EPERM;
+    if (!monitor.mayCall_(call)) return -EPERM;
     monitor.released_();
     return sd_bus_reply_method_return(call, "");
 }
 
-int SdMonitor::nothing(sd_bus_message* call, void* /*self*/, sd_bus_error* /*error*/) noexcept {
+int SdMonitor::nothing(sd_bus_message* call, void* self, sd_bus_error* /*error*/) noexcept {
+    if (!static_cast<SdMonitor*>(self)->mayCall_(call)) return -EPERM;
     return sd_bus_reply_method_return(call, "");
 }
 

@@ -4,7 +4,6 @@
 #include "platform/bluez/SdMessage.h"
 
 #include <functional>
-#include <string>
 #include <utility>
 
 namespace nearcast::bluez {
@@ -17,10 +16,13 @@ class SdMonitor {
 public:
     static constexpr const char* root = "/org/nearcast/monitors";
 
-    /// @param daemon   bluetoothd's unique name; lives longer
+    using MayCall = std::function<bool(sd_bus_message* call)>;
+
+    /// Neither throws.
+    /// @param mayCall  whether a call comes from bluetoothd
     /// @param released called when bluetoothd releases the monitor
-    SdMonitor(const std::string& daemon, std::function<void()> released)
-        : daemon_(daemon), released_(std::move(released)) {}
+    SdMonitor(MayCall mayCall, std::function<void()> released)
+        : mayCall_(std::move(mayCall)), released_(std::move(released)) {}
     SdMonitor(const SdMonitor&) = delete;
     SdMonitor& operator=(const SdMonitor&) = delete;
 
@@ -37,7 +39,7 @@ private:
                         sd_bus_message* reply, void* self, sd_bus_error* error) noexcept;
     static const sd_bus_vtable methods[];
 
-    const std::string& daemon_;  ///< the only one on the bus who may call
+    const MayCall mayCall_;
     const std::function<void()> released_;
 };
 

@@ -98,6 +98,8 @@ public:
     virtual void deviceRemoved(std::string_view path) = 0;
     /// bluetoothd has released our advertisement monitor.
     virtual void monitorReleased() = 0;
+    /// Somebody else has said something in bluetoothd's name; it was passed over.
+    virtual void forged() = 0;
 };
 
 /// How a call ended: no failure where it succeeded. Called once, when the listener may be; after `disconnect` not at

@@ -33,6 +33,8 @@ public:
     virtual void conditionChanged(const RadioCondition& condition) = 0;
     /// The scan was started again although the application did not ask for it.
     virtual void scanRestarted() = 0;
+    /// Another program has said something in the name of the service behind the radio; it was passed over.
+    virtual void forged() {}
 };
 
 /// What all radios share: they remember the scan that is wanted and its filter, keep the state, and catch what the
@@ -69,6 +71,7 @@ protected:
     /// Where the reason alone has changed, the delegate is not told.
     void conditionChanged(const RadioCondition& condition) final;
     void scanRestarted() final { monitor_.noteRestart(); }
+    void forged() final { monitor_.noteForgery(); }
     [[nodiscard]] bool scanning() const;
     [[nodiscard]] Console& console() const noexcept { return console_; }
 

@@ -82,6 +82,14 @@ void RadioMonitor::noteRestart() {
     tell();
 }
 
+void RadioMonitor::noteForgery() {
+    {
+        const MutexLock lock(mutex_);
+        if (++health_.forged != 1) return;
+    }
+    tell();
+}
+
 void RadioMonitor::heard(const AdvertisingReport& report, bool wanted) {
     const NSDate now = clock_();
     {

@@ -52,6 +52,9 @@ public:
     void noteFailure(std::string_view why) noexcept;
     /// The scan was begun again without the application asking.
     void noteRestart();
+    /// Somebody spoke in the name of the radio's service and was passed over. The first time of a radio is told as a
+    /// change of health: who forges much must not have the application called as often.
+    void noteForgery();
     void heard(const AdvertisingReport& report, bool wanted);
     /// @}
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/radio/RadioString.h"
 
+#include "platform/radio/AdapterName.h"
+
 #include <algorithm>
 #include <span>
 #include <stdexcept>
@@ -24,17 +26,9 @@ constexpr std::string_view hciOptions[] = {"beside"};
 constexpr std::string_view simulatorOptions[] = {"seed", "speed"};
 constexpr std::string_view replayOptions[] = {"as", "services", "speed"};
 
-/// "hci0", "hci12": an adapter as the kernel names it.
-bool isAdapter(std::string_view argument) {
-    constexpr std::string_view prefix = "hci";
-    if (!argument.starts_with(prefix)) return false;
-    const std::string_view number = argument.substr(prefix.size());
-    return !number.empty() && number.size() <= 5 && number.find_first_not_of("0123456789") == std::string_view::npos;
-}
-
 constexpr Kind allKinds[] = {
     {"auto", Argument::none, "", {}},
-    {"bluez", Argument::optional, "an adapter, as in bluez:hci0", {}, isAdapter},
+    {"bluez", Argument::optional, "an adapter, as in bluez:hci0 or bluez:00:1A:7D:DA:71:13", {}, namesAdapter},
     {"none", Argument::none, "", {}},
     {"hci", Argument::optional, "a controller's number", hciOptions},
     {"simulator", Argument::optional, "a scene file", simulatorOptions, nullptr, true},

@@ -70,8 +70,9 @@ std::string Console::plug(const Words& said) {
     bool strict = false;
     for (std::size_t i = 1; i < said.size(); ++i) {
         const std::string& word = said[i];
-        if (word == "extended" || word == "legacy") {
+        if (word == "extended" || word == "legacy" || word == "classic") {
             kind.extended = word == "extended";
+            kind.classic = word == "classic";
         } else if (word == "strict") {
             strict = true;
         } else if (word.starts_with("address=")) {

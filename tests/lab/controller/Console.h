@@ -14,7 +14,7 @@ namespace nearcast::lab {
 /// The controller, the air around it and the hand that plugs it in and out, worked by lines of text. Each line is
 /// answered by one: `ok`, `ok` and what was asked for, or `error` and why.
 ///
-///     plug [legacy|extended] [strict] [address=A]   as a new controller
+///     plug [legacy|extended|classic] [strict] [address=A]   as a new controller
 ///     unplug
 ///     dongle NAME SETTING...                         see readDongle
 ///     remove NAME | silence NAME | speak NAME       NAME may be * for the last two: all of them

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lab/controller/Controller.h"
 
+#include "lab/controller/Classic.h"
 #include "lab/controller/Opcodes.h"
 
 #include <array>
@@ -26,16 +27,24 @@ constexpr std::array commandBits{
     CommandBit{26, 7}, CommandBit{27, 0}, CommandBit{27, 1}, CommandBit{28, 3}};
 constexpr std::array extendedBits{CommandBit{37, 5}, CommandBit{37, 6}};
 
-Packet supportedCommands(bool extended) {
+Packet supportedCommands(const ControllerKind& kind) {
     std::array<std::uint8_t, 64> commands{};
     const auto set = [&commands](CommandBit place) {
         commands.at(place.octet) = static_cast<std::uint8_t>(commands.at(place.octet) | (1U << place.bit));
     };
-    for (const CommandBit place : commandBits) set(place);
-    if (extended) {
+    for (const CommandBit place : commandBits) {
+        constexpr unsigned firstOfLowEnergy = 25;
+        if (!kind.classic || place.octet < firstOfLowEnergy) set(place);
+    }
+    if (kind.extended) {
         for (const CommandBit place : extendedBits) set(place);
     }
     return Packet{success}.add(commands);
+}
+
+Packet features(const ControllerKind& kind) {
+    if (kind.classic) return {success, 0x03, 0, 0, 0, 0, 0, 0, 0};  // packets of three and five slots
+    return {success, 0, 0, 0, 0, 0x60, 0, 0, 0};                    // no BR/EDR; LE
 }
 
 Packet version(bool extended) {
@@ -55,7 +64,7 @@ std::optional<Bytes> Controller::answer(std::span<const std::uint8_t> packet) {
     if (packet.size() < header || packet.size() != header + packet[2]) return std::nullopt;
     const unsigned opcode = packet[0] | static_cast<unsigned>(packet[1]) << 8U;
     std::optional<Packet> result = read(opcode);
-    if (!result) result = change(opcode, packet.subspan(header));
+    if (!result) result = kind_.classic ? answerClassic(opcode) : change(opcode, packet.subspan(header));
     if (!result) {
         ++unknown_[opcode];
         constexpr unsigned commandStatus = 0x0f;
@@ -71,8 +80,8 @@ std::optional<Bytes> Controller::answer(std::span<const std::uint8_t> packet) {
 std::optional<Packet> Controller::read(unsigned opcode) const {
     switch (opcode) {
         case readLocalVersion: return version(kind_.extended);
-        case readLocalCommands: return supportedCommands(kind_.extended);
-        case readLocalFeatures: return Packet{success, 0, 0, 0, 0, 0x60, 0, 0, 0};  // no BR/EDR; LE
+        case readLocalCommands: return supportedCommands(kind_);
+        case readLocalFeatures: return features(kind_);
         case readAddress: return Packet{success}.add(Bytes(kind_.address.rbegin(), kind_.address.rend()));
         case leReadBufferSize: return Packet{success}.u16(251).u8(8);
         case leReadLocalFeatures: return Packet{success, 0x01, 0, 0, 0, 0, 0, 0, 0};  // encryption

@@ -15,10 +15,12 @@ namespace nearcast::lab {
 struct ControllerKind {
     Address address{0x00, 0xaa, 0x01, 0x00, 0x00, 0x01};
     bool extended = false;  ///< knows the extended scan commands, which hosts then have to use
+    bool classic = false;   ///< has no Low Energy, and so hears nothing
 };
 
-/// The command side of an LE-only controller: answers each HCI command, and knows what its scanner has been told to do.
-/// As small as Linux and a scanning host need; what it does not know it refuses as a controller does.
+/// The command side of a controller that is LE-only, or classic: answers each HCI command, and knows what its scanner
+/// has been told to do. As small as Linux and a scanning host need; what it does not know it refuses as a controller
+/// does.
 class Controller {
 public:
     explicit Controller(ControllerKind kind);

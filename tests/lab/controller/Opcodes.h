@@ -5,11 +5,18 @@ namespace nearcast::lab {
 
 /// HCI commands (Core Specification, Volume 4, Part E, 7.3, 7.4 and 7.8) that the controller knows.
 enum Opcode : unsigned {
+    hostSettings = 0x0c00,  ///< the group that settings of the host belong to
     setEventMask = 0x0c01,
     reset = 0x0c03,
+    readLocalName = 0x0c14,
+    readDeviceClass = 0x0c23,
+    readVoiceSetting = 0x0c25,
+    readInquiryCodes = 0x0c38,
+    readCurrentInquiryCodes = 0x0c39,
     readLocalVersion = 0x1001,
     readLocalCommands = 0x1002,
     readLocalFeatures = 0x1003,
+    readBufferSize = 0x1005,
     readAddress = 0x1009,
     leSetEventMask = 0x2001,
     leReadBufferSize = 0x2002,

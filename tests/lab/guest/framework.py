@@ -6,7 +6,8 @@ import json
 import time
 import traceback
 
-MODULES = ("rates", "recovery", "clients", "manager", "states", "facts", "shop")
+MODULES = ("rates", "recovery", "clients", "manager", "states", "adapters", "forged", "facts",
+           "shop")
 TESTS = []
 
 

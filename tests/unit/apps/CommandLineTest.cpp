@@ -113,6 +113,7 @@ TEST_F(CommandLine, ARadioGetsTheOneThatWasMeant) {
     EXPECT_NE(said("simulater?seed=1").find("; did you mean 'simulator?seed=1'?\n"), std::string::npos);
     EXPECT_NE(said(recording).find("; did you mean 'replay:" + recording + "'?\n"), std::string::npos);
     EXPECT_NE(said("hci0").find("; did you mean 'bluez:hci0'?\n"), std::string::npos);
+    EXPECT_NE(said("00:1a:7d:da:71:13").find("; did you mean 'bluez:00:1a:7d:da:71:13'?\n"), std::string::npos);
     EXPECT_EQ(said("simulator?seed=x").find("did you mean"), std::string::npos);
     EXPECT_EQ(said("pigeon").find("did you mean"), std::string::npos);
 }

@@ -4,6 +4,7 @@
 #include "common/UsageError.h"
 #include "help/Suggestion.h"
 #include "platform/hci/HciTarget.h"
+#include "platform/radio/AdapterName.h"
 #include "platform/radio/RadioString.h"
 #include "platform/replay/ReplayPlatform.h"
 #include "platform/simulator/SceneReader.h"
@@ -44,13 +45,6 @@ bool isScene(const std::string& path) {
     }
 }
 
-/// "hci0", as the system calls an adapter.
-bool isAdapter(std::string_view word) {
-    constexpr std::string_view prefix = "hci";
-    return word.starts_with(prefix) && word.size() > prefix.size() &&
-           word.find_first_not_of("0123456789", prefix.size()) == std::string_view::npos;
-}
-
 }  // namespace
 
 void addRadioOption(CLI::App& command, std::string& radio) {
@@ -71,7 +65,7 @@ std::string radioMeantBy(const std::string& word) {
     if (isRadio(word)) return word;
     std::error_code none;
     if (std::filesystem::is_regular_file(word, none)) return (isScene(word) ? "simulator:" : "replay:") + word;
-    if (isAdapter(word)) return "bluez:" + word;
+    if (namesAdapter(word)) return "bluez:" + word;
     const std::string kind = word.substr(0, word.find_first_of(":?"));
     const std::string meant = closestWord(kind, RadioString::kinds());
     return meant.empty() || meant == kind ? "" : meant + word.substr(kind.size());

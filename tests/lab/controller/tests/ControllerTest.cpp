@@ -92,6 +92,27 @@ TEST(Controller, KnowsExtendedScansOnlyAsAnExtendedOne) {
     EXPECT_TRUE(extended.scan().filterDuplicates);
 }
 
+TEST(Controller, HasNoLowEnergyAsAClassicOne) {
+    Controller classic({.classic = true});
+    const Bytes readFeatures{0x03, 0x10, 0};
+    constexpr std::size_t octet4 = 6 + 4;
+    EXPECT_EQ(classic.answer(readFeatures).value().at(octet4) & 0x60, 0x00);
+    EXPECT_EQ(classic.answer(scanOn), (Bytes{0x0f, 4, 0x01, 1, 0x0c, 0x20}));
+    EXPECT_FALSE(classic.scan().enabled);
+    Controller other{ControllerKind()};
+    EXPECT_EQ(other.answer(readFeatures).value().at(octet4) & 0x60, 0x60);
+}
+
+TEST(Controller, LetsItselfBeSetUpAsAClassicOne) {
+    Controller classic({.classic = true});
+    EXPECT_EQ(classic.answer(reset), complete(0x03, 0x0c, 0));
+    EXPECT_EQ(classic.answer(Bytes{0x1a, 0x0c, 1, 2}), complete(0x1a, 0x0c, 0)) << "whatever the host sets";
+    EXPECT_EQ(classic.answer(Bytes{0x05, 0x10, 0}), (Bytes{0x0e, 11, 1, 0x05, 0x10, 0, 0xfd, 0x03, 64, 8, 0, 0, 0}));
+    EXPECT_EQ(classic.answer(Bytes{0x14, 0x0c, 0}).value().size(), 2 + 252U) << "a name";
+    const Bytes inquiry{0x01, 0x04, 5, 0x33, 0x8b, 0x9e, 8, 0};
+    EXPECT_EQ(classic.answer(inquiry), (Bytes{0x0f, 4, 0x01, 1, 0x01, 0x04}));
+}
+
 TEST(Controller, SaysWhetherItKnowsExtendedScans) {
     const Bytes readCommands{0x02, 0x10, 0};
     constexpr std::size_t octet37 = 6 + 37;

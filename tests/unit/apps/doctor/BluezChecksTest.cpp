@@ -14,8 +14,15 @@ bool says(const Finding& finding, Level level, std::string_view text, std::strin
 
 class BluezChecks : public testing::Test {
 protected:
-    BluezChecks() { machine_.reading.adapters.reserve(2); }
+    BluezChecks() { machine_.reading.adapters.reserve(4); }
     BusAdapter& adapter() { return machine_.reading.adapters.at(0); }
+    /// Another one, as good as the first.
+    BusAdapter& add(const char* name, const char* address) {
+        BusAdapter& other = machine_.reading.adapters.emplace_back(adapter());
+        other.name = name;
+        other.address = address;
+        return other;
+    }
     void withoutDaemon() { machine_.reading = {}; }
 
     FakeMachine machine_ = goodMachine();
@@ -77,10 +84,7 @@ TEST_F(BluezChecks, AnAdapterThatIsOffIsAFault) {
 }
 
 TEST_F(BluezChecks, AnAdapterThatIsOffIsANoteBesideOneThatIsOn) {
-    BusAdapter other = adapter();
-    other.name = "hci1";
-    other.powered = false;
-    machine_.reading.adapters.push_back(other);
+    add("hci1", "02:4E:43:00:00:AB").powered = false;
     const auto findings = checkPower(machine_);
     ASSERT_EQ(findings.size(), 2U);
     EXPECT_EQ(findings[0].level, Level::good);
@@ -99,6 +103,49 @@ TEST_F(BluezChecks, AnAdapterWithoutLowEnergyIsAFaultAndOneThatDoesNotSayIsNot) 
     EXPECT_TRUE(says(checkLowEnergy(machine_).at(0), Level::fault, "hci0", "Bluetooth 4.0"));
     adapter().central.reset();
     EXPECT_EQ(checkLowEnergy(machine_).at(0).level, Level::good);
+}
+
+TEST_F(BluezChecks, AnAdapterWithoutLowEnergyIsANoteBesideOneWithIt) {
+    add("hci1", "02:4E:43:00:00:AB");
+    adapter().central = false;
+    EXPECT_TRUE(says(checkLowEnergy(machine_).at(0), Level::note, "hci0", "Bluetooth 4.0"));
+    EXPECT_EQ(checkLowEnergy(machine_).at(1).level, Level::good);
+}
+
+TEST_F(BluezChecks, OneAdapterIsNoChoice) { EXPECT_TRUE(checkChoice(machine_).empty()); }
+
+TEST_F(BluezChecks, TheBestAdapterIsNamedWithItsReasons) {
+    add("hci1", "02:4E:43:00:00:AB");
+    add("hci2", "02:4E:43:00:00:AC").powered = false;
+    add("hci3", "02:4E:43:00:00:AD");
+    adapter().central = false;
+    EXPECT_TRUE(says(checkChoice(machine_).at(0), Level::note,
+                     "'bluez' takes hci1 (02:4E:43:00:00:AB), the best of them: hci0 is of the classic kind, hci2 is "
+                     "powered off, hci3 is as good, with a higher number",
+                     "'--radio bluez:02:4E:43:00:00:AB'"));
+}
+
+TEST_F(BluezChecks, AnAdapterThatIsOffIsBetterThanAClassicOne) {
+    add("hci1", "").powered = false;
+    adapter().central = false;
+    EXPECT_TRUE(says(checkChoice(machine_).at(0), Level::note, "'bluez' takes hci1, the best", "bluez:hci1'"));
+}
+
+TEST_F(BluezChecks, AdaptersWithTheSameAddressAreRemarkedUpon) {
+    EXPECT_TRUE(checkAddresses(machine_).empty());
+    machine_.kernel.adapters.push_back(controller(1));
+    const auto findings = checkAddresses(machine_);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_TRUE(
+        says(findings[0], Level::remark, "hci0 and hci1 have the same address 02:4E:43:00:00:AA", "different makes"));
+    machine_.kernel.adapters[0].address = machine_.kernel.adapters[1].address = {};
+    EXPECT_TRUE(checkAddresses(machine_).empty()) << "they have not been asked yet";
+}
+
+TEST_F(BluezChecks, AnAdapterWithoutAnAddressIsANote) {
+    adapter().address.clear();
+    EXPECT_TRUE(says(checkAddresses(machine_).at(0), Level::note, "hci0 has no address", "number"));
+    EXPECT_EQ(checkPower(machine_).at(0).text, "hci0 is powered on");
 }
 
 TEST_F(BluezChecks, MissingAdvertisementMonitorsAreANote) {

@@ -113,6 +113,14 @@ TEST_F(DiagnosisTest, RestartsAreRemarkedUpon) {
     EXPECT_TRUE(finds(Level::remark, "begun again 1 time"));
 }
 
+TEST_F(DiagnosisTest, ForgeriesAreRemarkedUponAlsoWhereNothingIsHeard) {
+    EXPECT_FALSE(finds(Level::remark, "in bluetoothd's name"));
+    health_.forged = 2;
+    EXPECT_TRUE(finds(Level::remark, "2 messages in bluetoothd's name came from another program"));
+    hearing_ = {};
+    EXPECT_TRUE(finds(Level::remark, "2 messages in bluetoothd's name came from another program"));
+}
+
 TEST_F(DiagnosisTest, FaultsThatDoNotKeepTheScanFromWorkingAreRemarks) {
     Diagnosis one = diagnosis();
     one.findings.push_back({"rfkill", {Level::note, "", ""}});

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace nearcast::cli {
@@ -32,6 +33,36 @@ TEST_F(RadioList, OnAGoodMachineBluezAndTheControllerOpen) {
         EXPECT_TRUE(entry(machine_, radio).opens) << radio;
     }
     EXPECT_EQ(entry(machine_, "auto").about, "takes bluez");
+}
+
+TEST_F(RadioList, AnAdapterOfBluezIsListedByItsNumberAndByItsAddress) {
+    EXPECT_EQ(entry(machine_, "bluez").about, "bluetoothd, by hci0");
+    EXPECT_EQ(entry(machine_, "bluez:hci0").about, "02:4E:43:00:00:AA, powered on");
+    EXPECT_EQ(entry(machine_, "bluez:02:4E:43:00:00:AA").about, "hci0 at present, powered on");
+}
+
+TEST_F(RadioList, TheBestOfSeveralAdaptersIsWhatBluezTakes) {
+    machine_.reading.adapters[0].central = false;
+    machine_.reading.adapters.push_back({"hci1", "02:4E:43:00:00:AB", true, false, true, true});
+    EXPECT_EQ(entry(machine_, "bluez").about, "bluetoothd, by hci1, the best adapter");
+    EXPECT_TRUE(refuses(entry(machine_, "bluez:hci0"), "without Low Energy", "Bluetooth 4.0"));
+    EXPECT_TRUE(refuses(entry(machine_, "bluez:02:4E:43:00:00:AA"), "hci0 at present, without Low Energy", ""));
+    machine_.reading.adapters.pop_back();
+    EXPECT_TRUE(refuses(entry(machine_, "bluez"), "hci0 is of the classic kind", "Bluetooth 4.0"));
+}
+
+TEST_F(RadioList, AnAddressOfTwoAdaptersIsListedOnceAndNoneNotAtAll) {
+    machine_.reading.adapters.push_back(machine_.reading.adapters[0]);
+    machine_.reading.adapters[1].name = "hci1";
+    machine_.reading.adapters.push_back({"hci2", "", true, false, true, true});
+    const auto all = radiosOf(machine_);
+    const auto count = [&](std::string_view radio) {
+        return std::count_if(all.begin(), all.end(), [&](const RadioEntry& one) { return one.radio == radio; });
+    };
+    EXPECT_EQ(count("bluez:02:4E:43:00:00:AA"), 1);
+    EXPECT_EQ(count("bluez:hci1"), 1);
+    EXPECT_EQ(count("bluez:"), 0);
+    EXPECT_EQ(entry(machine_, "bluez:hci2").about, "no address, powered on");
 }
 
 TEST_F(RadioList, WhatNeedsNoRadioOpensAnywhere) {

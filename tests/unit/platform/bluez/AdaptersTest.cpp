@@ -39,6 +39,96 @@ TEST(Adapters, StayWithTheirsWhileItIsPowered) {
     EXPECT_EQ(adapters.chosen(), "/org/bluez/hci0");
 }
 
+constexpr AdapterNews classic{.powered = true, .discovering = {}, .powerState = {}, .central = false};
+
+AdapterNews withAddress(std::string_view address) {
+    AdapterNews news = on;
+    news.address = address;
+    return news;
+}
+
+TEST(Adapters, PreferOneWithLowEnergyToAClassicOne) {
+    Adapters adapters("");
+    adapters.add("/org/bluez/hci0", classic);
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci0");
+    EXPECT_FALSE(adapters.current()->lowEnergy);
+    adapters.add("/org/bluez/hci1", off);
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci1") << "it can be switched on";
+    adapters.add("/org/bluez/hci2", on);
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci2");
+    adapters.chooseAnew();
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci2");
+}
+
+TEST(Adapters, TakeOneThatDoesNotSayForOneWithLowEnergy) {
+    Adapters adapters("");
+    adapters.add("/org/bluez/hci0", on);
+    EXPECT_TRUE(adapters.current()->lowEnergy);
+}
+
+TEST(Adapters, StayWithTheirsAmongEquals) {
+    Adapters adapters("");
+    adapters.add("/org/bluez/hci0", off);
+    adapters.add("/org/bluez/hci1", on);
+    adapters.change("/org/bluez/hci1", off);
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci1") << "nothing is won by a change";
+    adapters.change("/org/bluez/hci0", on);
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci0");
+    adapters.change("/org/bluez/hci1", on);
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci0");
+    adapters.remove("/org/bluez/hci0");
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci1");
+}
+
+TEST(Adapters, TakeTheOneOfTheWantedAddressWhateverItsNumber) {
+    for (const char* wanted : {"00:1A:7D:DA:71:13", "00:1a:7d:dA:71:13"}) {
+        Adapters adapters(wanted);
+        adapters.add("/org/bluez/hci0", withAddress("00:1A:7D:DA:71:14"));
+        EXPECT_EQ(adapters.current(), nullptr) << wanted;
+        EXPECT_EQ(adapters.names(), "hci0 00:1A:7D:DA:71:14");
+        adapters.add("/org/bluez/hci1", withAddress("00:1A:7D:DA:71:13"));
+        EXPECT_EQ(adapters.chosen(), "/org/bluez/hci1");
+        adapters.clear();
+        adapters.add("/org/bluez/hci0", withAddress("00:1a:7d:da:71:13"));
+        EXPECT_EQ(adapters.chosen(), "/org/bluez/hci0");
+        EXPECT_EQ(adapters.renumbered(), "") << "it is where it is wanted";
+    }
+}
+
+TEST(Adapters, TakeTheBetterOfTwoWithTheSameAddress) {
+    Adapters adapters("00:1A:7D:DA:71:13");
+    adapters.add("/org/bluez/hci0", withAddress("00:1A:7D:DA:71:13"));
+    adapters.add("/org/bluez/hci1", withAddress("00:1A:7D:DA:71:13"));
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci0");
+    adapters.change("/org/bluez/hci0", off);
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci1");
+}
+
+TEST(Adapters, SayWhereTheOneIsNowThatHadTheWantedNumber) {
+    Adapters adapters("hci1");
+    adapters.add("/org/bluez/hci0", withAddress("00:1A:7D:DA:71:10"));
+    EXPECT_EQ(adapters.renumbered(), "") << "hci1 has not been seen";
+    adapters.add("/org/bluez/hci1", withAddress("00:1A:7D:DA:71:11"));
+    EXPECT_EQ(adapters.renumbered(), "");
+    adapters.clear();
+    EXPECT_EQ(adapters.renumbered(), "") << "it is nowhere";
+    adapters.add("/org/bluez/hci0", withAddress("00:1A:7D:DA:71:11"));
+    EXPECT_EQ(adapters.current(), nullptr);
+    EXPECT_EQ(adapters.renumbered(), "hci0 now (bluez:00:1A:7D:DA:71:11 follows it)");
+    adapters.add("/org/bluez/hci1", withAddress("00:1A:7D:DA:71:10"));
+    EXPECT_EQ(adapters.chosen(), "/org/bluez/hci1") << "a number names whatever has it";
+    EXPECT_EQ(adapters.renumbered(), "hci0 now (bluez:00:1A:7D:DA:71:11 follows it)");
+}
+
+TEST(Adapters, TakeZerosForNoAddress) {
+    Adapters adapters("hci1");
+    adapters.add("/org/bluez/hci1", withAddress("00:00:00:00:00:00"));
+    EXPECT_EQ(adapters.current()->address, "");
+    adapters.clear();
+    adapters.add("/org/bluez/hci0", withAddress("00:00:00:00:00:00"));
+    EXPECT_EQ(adapters.renumbered(), "");
+}
+
 TEST(Adapters, ChooseTheFirstOfAList) {
     Adapters adapters("");
     adapters.add("/org/bluez/hci10", on);

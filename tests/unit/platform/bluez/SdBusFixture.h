@@ -30,6 +30,7 @@ public:
     void deviceChanged(std::string_view path, const DeviceNews& news) override { tell("changed", path, of(news)); }
     void deviceRemoved(std::string_view path) override { tell("device removed", path, ""); }
     void monitorReleased() override { tell("monitor released"); }
+    void forged() override { tell("forged"); }
 
     void tell(std::string line) {
         lines_.push_back(std::move(line));
@@ -95,6 +96,7 @@ protected:
 
     static constexpr const char* adapter = "/org/bluez/hci0";
     static constexpr const char* device = "/org/bluez/hci0/dev_02_00_00_00_00_01";
+    static constexpr const char* stranger = ":1.66";  ///< some other program
 
     FakeSystemBus system;
     KeptLines console;

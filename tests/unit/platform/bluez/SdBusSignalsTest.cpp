@@ -107,15 +107,21 @@ TEST_F(SdBusSignalsTest, TellsThatBluetoothdHasReleasedTheMonitor) {
     EXPECT_FALSE(failureIn(sd_bus_message_get_error(reply.get())));
 }
 
-TEST_F(SdBusSignalsTest, LetsNobodyElseReleaseTheMonitor) {
-    system.call(":1.66", "/org/nearcast/monitors/dongles", "org.bluez.AdvertisementMonitor1", "Release", "");
+TEST_F(SdBusSignalsTest, LetsNobodyElseCallAtTheMonitor) {
+    system.call(stranger, "/org/nearcast/monitors/dongles", "org.bluez.AdvertisementMonitor1", "Release", "");
+    system.call(stranger, "/org/nearcast/monitors/dongles", "org.bluez.AdvertisementMonitor1", "Activate", "");
+    for (const char* member : {"DeviceFound", "DeviceLost"}) {
+        system.call(stranger, "/org/nearcast/monitors/dongles", "org.bluez.AdvertisementMonitor1", member, "o", device);
+    }
     settle();
-    EXPECT_EQ(told(), Lines{});
-    const MessagePointer reply = system.takeReply();
-    ASSERT_TRUE(reply);
-    const auto failure = failureIn(sd_bus_message_get_error(reply.get()));
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->name, error::accessDenied);
+    EXPECT_EQ(told(), Lines(4, "forged")) << "and no monitor is released";
+    for (int calls = 0; calls < 4; ++calls) {
+        const MessagePointer reply = system.takeReply();
+        ASSERT_TRUE(reply);
+        const auto failure = failureIn(sd_bus_message_get_error(reply.get()));
+        ASSERT_TRUE(failure);
+        EXPECT_EQ(failure->name, error::accessDenied);
+    }
 }
 
 TEST_F(SdBusSignalsTest, LetsNobodyReleaseTheMonitorWhileBluetoothdDoesNotRun) {
@@ -125,7 +131,7 @@ TEST_F(SdBusSignalsTest, LetsNobodyReleaseTheMonitorWhileBluetoothdDoesNotRun) {
     system.call(FakeSystemBus::bluetoothd, "/org/nearcast/monitors/dongles", "org.bluez.AdvertisementMonitor1",
                 "Release", "");
     settle();
-    EXPECT_EQ(told(), Lines{});
+    EXPECT_EQ(told(), Lines{"forged"});
 }
 
 TEST_F(SdBusSignalsTest, ShowsAMonitorForWhatDonglesAdvertise) {

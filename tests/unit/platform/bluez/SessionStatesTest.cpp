@@ -206,6 +206,98 @@ TEST(SessionOfOneAdapter, ScansOnNoOther) {
     EXPECT_FALSE(bench.bluez.discovers("hci0"));
 }
 
+constexpr const char* first = "00:1A:7D:DA:71:10";
+constexpr const char* second = "00:1A:7D:DA:71:11";
+
+TEST(SessionOfOneAddress, GoesOnWhenItsAdapterComesBackWithAnotherNumber) {
+    BluezBench bench("00:1a:7d:da:71:11");
+    bench.bluez.plugKnown("hci0", first);
+    bench.bluez.plugKnown("hci1", second);
+    bench.session.want(true);
+    bench.settle();
+    EXPECT_TRUE(bench.bluez.discovers("hci1"));
+    bench.bluez.unplug("hci1");
+    bench.bluez.unplug("hci0");
+    bench.settle();
+    EXPECT_EQ(bench.session.state(), CBManagerStateUnsupported);
+    bench.bluez.plugKnown("hci0", second);
+    bench.bluez.plugKnown("hci1", first);
+    bench.settle();
+    EXPECT_EQ(bench.session.state(), CBManagerStatePoweredOn);
+    EXPECT_EQ(bench.session.why(), "");
+    EXPECT_TRUE(bench.bluez.discovers("hci0"));
+    EXPECT_FALSE(bench.bluez.discovers("hci1"));
+}
+
+TEST(SessionOfOneAddress, SaysWhichAddressesThereAre) {
+    BluezBench bench(second);
+    bench.bluez.plugKnown("hci0", first);
+    bench.settle();
+    EXPECT_EQ(bench.session.why(), std::string("there is no adapter ") + second + " (there is: hci0 " + first + ")");
+}
+
+TEST(SessionOfOneNumber, SaysWhichNumberItsAdapterHasNow) {
+    BluezBench bench("hci1");
+    bench.bluez.plugKnown("hci1", second);
+    bench.settle();
+    bench.bluez.unplug("hci0");
+    bench.bluez.unplug("hci1");
+    bench.bluez.plugKnown("hci0", second);
+    bench.settle();
+    EXPECT_EQ(bench.session.state(), CBManagerStateUnsupported);
+    EXPECT_EQ(bench.session.why(),
+              "there is no adapter hci1 (there is: hci0); the one that was it is hci0 now "
+              "(bluez:00:1A:7D:DA:71:11 follows it)");
+    bench.bluez.plugKnown("hci1", first);
+    bench.settle();
+    EXPECT_EQ(bench.session.state(), CBManagerStatePoweredOn);
+    EXPECT_EQ(bench.session.why(),
+              "hci1 is another adapter than before, which is hci0 now (bluez:00:1A:7D:DA:71:11 "
+              "follows it)");
+}
+
+TEST(SessionOfOneNumber, RemembersItsAdapterOverARestartOfBluetoothd) {
+    BluezBench bench("hci1");
+    bench.bluez.plugKnown("hci1", second);
+    bench.settle();
+    bench.bluez.killDaemon();
+    bench.bluez.unplug("hci1");
+    bench.bluez.plugKnown("hci0", second);
+    bench.bluez.startDaemon();
+    bench.settle();
+    EXPECT_NE(bench.session.why().find("the one that was it is hci0 now"), std::string::npos) << bench.session.why();
+}
+
+TEST(SessionOfAnyAdapter, TakesOneWithLowEnergyBeforeAClassicOne) {
+    BluezBench bench;
+    bench.bluez.plugKnown("hci0", first, false);
+    bench.bluez.plugKnown("hci1", second);
+    bench.session.want(true);
+    bench.settle();
+    EXPECT_TRUE(bench.bluez.discovers("hci1"));
+    EXPECT_FALSE(bench.bluez.discovers("hci0"));
+}
+
+TEST(SessionOfAnyAdapter, SaysThatAClassicOneCannotHear) {
+    BluezBench bench;
+    bench.bluez.plugKnown("hci0", first, false);
+    bench.session.want(true);
+    bench.settle();
+    EXPECT_EQ(bench.session.state(), CBManagerStateUnsupported);
+    EXPECT_NE(bench.session.why().find("hci0 has no Bluetooth Low Energy"), std::string::npos) << bench.session.why();
+    EXPECT_EQ(bench.bluez.count("StartDiscovery"), 0);
+}
+
+TEST(SessionOfAnyAdapter, PassesOnThatSomebodySpeaksInBluetoothdsName) {
+    BluezBench bench;
+    bench.settle();
+    bench.bluez.forge();
+    bench.bluez.forge();
+    bench.settle();
+    EXPECT_EQ(bench.forgeries, 2);
+    EXPECT_EQ(bench.session.state(), CBManagerStatePoweredOn);
+}
+
 TEST(SessionOfAnyAdapter, TakesTheFirstThatIsPowered) {
     BluezBench bench;
     bench.bluez.power("hci0", false);

@@ -56,6 +56,19 @@ TEST_F(RadioMonitorTest, KeepsTheBeginOfAStateWhoseReasonChanges) {
     EXPECT_EQ(monitor.health().why, "blocked");
 }
 
+TEST_F(RadioMonitorTest, CountsForgeriesAndTellsTheFirst) {
+    std::vector<std::uint64_t> told;
+    monitor.open(CBManagerStatePoweredOn, "");
+    monitor.setHealthChanged([&](const RadioHealth& health) { told.push_back(health.forged); });
+    for (int i = 0; i < 3; ++i) monitor.noteForgery();
+    EXPECT_EQ(monitor.health().forged, 3U);
+    EXPECT_EQ(told, std::vector<std::uint64_t>{1});
+    monitor.open(CBManagerStatePoweredOn, "");
+    EXPECT_EQ(monitor.health().forged, 0U);
+    monitor.noteForgery();
+    EXPECT_EQ(told, (std::vector<std::uint64_t>{1, 1})) << "another radio";
+}
+
 TEST_F(RadioMonitorTest, HasNoAgeBeforeTheFirstReport) {
     monitor.open(CBManagerStatePoweredOn, "");
     EXPECT_FALSE(monitor.health().lastReportAge);

@@ -123,9 +123,17 @@ TEST(RadioString, TakesBluezWithAndWithoutAnAdapter) {
     EXPECT_EQ(RadioString::parse("bluez:hci12").argument, "hci12");
 }
 
+TEST(RadioString, TakesAnAdapterOfBluezByItsAddressInAnyCase) {
+    for (const char* address : {"00:1A:7D:DA:71:13", "00:1a:7d:da:71:13", "00:1a:7D:Da:71:13"}) {
+        EXPECT_EQ(RadioString::parse(std::string("bluez:") + address).argument, address);
+    }
+}
+
 TEST(RadioString, RefusesWhatIsNoAdapter) {
-    for (const char* wrong : {"bluez:1", "bluez:hci", "bluez:hci1x", "bluez:HCI1", "bluez:hci-1", "bluez:hci123456",
-                              "bluez:/org/bluez/hci0", "bluez:hci0/.."}) {
+    for (const char* wrong :
+         {"bluez:1", "bluez:hci", "bluez:hci1x", "bluez:HCI1", "bluez:hci-1", "bluez:hci123456",
+          "bluez:/org/bluez/hci0", "bluez:hci0/..", "bluez:00:00:00:00:00:00", "bluez:00:1A:7D:DA:71",
+          "bluez:00:1A:7D:DA:71:13:", "bluez:00-1A-7D-DA-71-13", "bluez:00:1A:7D:DA:71:1G"}) {
         EXPECT_THROW(RadioString::parse(wrong), std::invalid_argument) << wrong;
     }
 }
