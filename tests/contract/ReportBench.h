@@ -7,6 +7,7 @@
 #include "unit/platform/hciformat/HciBytes.h"
 
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,8 @@ struct ReportBench {
     const char* radio;  ///< as the table's exceptions name it
     bool addresses;     ///< it says who sent what
     std::function<Reports(const std::vector<AirRow>& rows)> hear;
+
+    friend std::ostream& operator<<(std::ostream& out, const ReportBench& bench) { return out << bench.name; }
 };
 
 /// All of them.

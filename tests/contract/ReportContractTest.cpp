@@ -83,6 +83,8 @@ TEST(ReportTable, ExceptsARadioOnlyForAReasonAndForSomethingElse) {
 struct Form {
     const char* name;
     std::unique_ptr<replay::RecordingWriter> (*make)(replay::RecordingWriter::Out out);
+
+    friend std::ostream& operator<<(std::ostream& out, const Form& form) { return out << form.name; }
 };
 
 constexpr std::chrono::microseconds begin = 1h;

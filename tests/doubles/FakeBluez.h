@@ -30,7 +30,8 @@ struct FakeDongle {
     /// AD structures in place of services, name, company and octets: bluetoothd reads them itself.
     std::optional<std::vector<std::uint8_t>> data = std::nullopt;
     bool randomAddress = false;
-    bool asked = false;  ///< it takes scan requests: without a response the kernel keeps it to itself
+    /// It takes scan requests: without a response the kernel waits for one until somebody else advertises.
+    bool asked = false;
     std::optional<std::vector<std::uint8_t>> response = std::nullopt;  ///< AD structures, behind those of `data`
 };
 
@@ -189,6 +190,7 @@ private:
     bool strict_ = false;
     bool forgetful_ = false;
     bool duplicatesDropped_ = false;
+    std::optional<std::size_t> waiting_;  ///< the kernel waits for the scan response of this one
     Time round_{0};
     std::vector<std::string> calls_;
     int reports_ = 0;

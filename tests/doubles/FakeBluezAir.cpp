@@ -35,7 +35,14 @@ std::string FakeBluez::pathOf(const FakeDongle& dongle) {
 
 void FakeBluez::advertise(std::size_t index) {
     Sender& sender = dongles_[index];
-    if (!sender.dongle.silent) hear(sender);
+    if (!sender.dongle.silent) {
+        if (waiting_ && *waiting_ != index) hear(dongles_[*std::exchange(waiting_, std::nullopt)]);
+        if (sender.dongle.asked && !sender.dongle.response) {
+            waiting_ = index;
+        } else {
+            hear(sender);
+        }
+    }
     at(now_ + sender.dongle.interval, [this, index] { advertise(index); });
 }
 
@@ -58,7 +65,6 @@ void FakeBluez::describe(Sender& sender, bool reading) {
 
 /// Whether the kernel and bluetoothd let an advertisement become a report.
 bool FakeBluez::reaches(const Sender& sender, const Adapter& adapter) const {
-    if (sender.dongle.asked && !sender.dongle.response) return false;
     // The kernel drops what has no reading where the filter has one.
     if (adapter.ours && adapter.filtered && !adapter.others && sender.dongle.RSSI == noReading) return false;
     return std::none_of(dongles_.begin(), dongles_.end(), [&](const Sender& other) {
