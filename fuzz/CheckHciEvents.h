@@ -5,6 +5,7 @@
 #include "platform/hciformat/AdStructures.h"
 #include "platform/hciformat/ByteReader.h"
 #include "platform/hciformat/HciEvents.h"
+#include "support/Utf8.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -30,6 +31,8 @@ inline void checkHciEvents(std::span<const std::uint8_t> bytes) {
             const auto malformedAt = readAdStructures(raw.data, report);
             expect(!malformedAt || *malformedAt < raw.data.size(), "what is malformed lies in the data");
             expect(!report.name || !report.name->empty(), "an empty name is none");
+            expect(!report.name || (report.name->back() != 0 && wellFormed(*report.name) == *report.name),
+                   "a name is UTF-8, without zeros behind it");
             expect(!report.manufacturerData || report.manufacturerData->size() >= 2, "there is a company");
         });
         expect(outcome != HciEvents::Outcome::other || reports == 0, "other events carry no reports");

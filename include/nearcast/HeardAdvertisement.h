@@ -13,7 +13,7 @@ namespace nearcast {
 struct HeardAdvertisement {
     std::optional<std::string_view> name;  ///< the local name; any bytes
     /// Company identifier, low octet first as on the air, and what follows it (Core Specification Supplement, Part A,
-    /// 1.4).
+    /// 1.4). Of several the last of company FFFF, a dongle's; without one, the last of the company that comes first.
     std::optional<std::span<const std::uint8_t>> manufacturerData;
     std::int32_t RSSI = 0;  ///< dBm; 127: the controller has no reading
     /// Whether it passes the filter of the scan that runs, so that the manager hears of it too.

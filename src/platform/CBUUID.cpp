@@ -98,4 +98,15 @@ CBUUID CBUUID::UUIDWithShort(std::uint32_t value) {
     return result;
 }
 
+CBUUID CBUUID::shortest() const {
+    if (!bytes_) return *this;
+    constexpr std::size_t shortOctets = 4;
+    if (!std::equal(bytes_->begin() + shortOctets, bytes_->end(), baseUUID.begin() + shortOctets)) {
+        return UUIDWithBytes(*bytes_);
+    }
+    std::uint32_t value = 0;
+    for (std::size_t octet = 0; octet < shortOctets; ++octet) value = value << 8 | (*bytes_)[octet];
+    return UUIDWithShort(value);
+}
+
 }  // namespace nearcast

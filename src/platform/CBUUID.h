@@ -19,6 +19,8 @@ public:
     static CBUUID UUIDWithString(std::string_view text);
     static CBUUID UUIDWithBytes(const Bytes& bytes);
     static CBUUID UUIDWithShort(std::uint32_t value);  ///< the 16- or 32-bit form
+    /// The same with the shortest canonical text that says it; what is no UUID stays as it is.
+    [[nodiscard]] CBUUID shortest() const;
 
     /// The text it was made from, or the canonical upper-case one.
     [[nodiscard]] const std::string& UUIDString() const noexcept { return text_; }

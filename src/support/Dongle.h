@@ -27,6 +27,14 @@ inline constexpr std::uint16_t company = 0xFFFF;
 inline constexpr std::array<std::uint8_t, 2> payloadMark{company & 0xFF, company >> 8};
 inline constexpr std::size_t payloadLength = payloadMark.size() + AddressText::octets;
 
+/// Which of several manufacturer data in one report is the report's: the last of this company, and where there is none,
+/// the last of the company that comes first. So a dongle is heard whatever else it says, and whoever hands over a
+/// company's last data alone says the same as one who hands over all of them.
+/// @param next, kept the companies of what comes next and of what was kept so far
+[[nodiscard]] constexpr bool countsInstead(std::uint16_t next, std::uint16_t kept) noexcept {
+    return next == company || next == kept;
+}
+
 /// A name that says the address: this marker, then six pieces of two digits. What follows is not read.
 inline constexpr std::string_view nameMarker = "QX";
 

@@ -58,4 +58,16 @@ bool hasCharacters(std::string_view text, std::size_t count) noexcept {
     return count == 0;
 }
 
+std::string wellFormed(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const std::size_t length = characterLength(text);
+        const bool lone = length == 1 && (static_cast<unsigned char>(text[0]) & 0x80) != 0;
+        result += lone ? std::string_view("\xEF\xBF\xBD") : text.substr(0, length);
+        text.remove_prefix(length);
+    }
+    return result;
+}
+
 }  // namespace nearcast

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace nearcast {
@@ -15,5 +16,8 @@ std::string_view characters(std::string_view text, std::size_t first, std::size_
 
 /// Whether `text` has at least `count` characters.
 bool hasCharacters(std::string_view text, std::size_t count) noexcept;
+
+/// The text with U+FFFD in place of every octet that is not part of well-formed UTF-8.
+std::string wellFormed(std::string_view text);
 
 }  // namespace nearcast

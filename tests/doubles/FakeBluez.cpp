@@ -245,7 +245,7 @@ void FakeBluez::listObjects(Done done) {
             listener_->adapterAdded(path, newsOf(adapter));
             if (adapter.monitors) listener_->monitorsOffered(path);
         }
-        for (const Sender& sender : dongles_) {
+        for (Sender& sender : dongles_) {
             if (!sender.shown) continue;
             describe(sender, true);
             listener_->deviceListed(pathOf(sender.dongle), news_);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "doubles/BluezReading.h"
 #include "platform/bluez/SystemBus.h"
 #include "platform/radio/BackOff.h"
 
@@ -26,11 +27,18 @@ struct FakeDongle {
     std::int16_t RSSI = -60;
     Time interval = std::chrono::milliseconds(100);
     bool silent = false;
+    /// AD structures in place of services, name, company and octets: bluetoothd reads them itself.
+    std::optional<std::vector<std::uint8_t>> data = std::nullopt;
+    bool randomAddress = false;
+    /// It takes scan requests: without a response the kernel waits for one until somebody else advertises.
+    bool asked = false;
+    std::optional<std::vector<std::uint8_t>> response = std::nullopt;  ///< AD structures, behind those of `data`
 };
 
 /// A system bus with a bluetoothd that behaves as the real one does, in a time of its own: answers take a moment,
 /// discovery ends when the adapter goes off and is not resumed, devices come with their first report and go after 30
-/// silent seconds, without the right filter most is kept back, errors have the real names. Failures, and answers that
+/// silent seconds, without the right filter most is kept back, with it what
+/// has no reading; one device is shown under a path at a time; errors have the real names. Failures, and answers that
 /// come late, are there when a test asks for them.
 ///
 /// It plays one client: whoever connects. The listener is called from `runUntil` alone.
@@ -142,6 +150,7 @@ private:
     };
     struct Sender {
         FakeDongle dongle;
+        BluezReading read = {};  ///< of what it says, where that is octets
         bool shown = false;
         Time lastHeard{0};
         Time lastReport{0};
@@ -156,7 +165,8 @@ private:
     Adapter* find(const std::string& path);
     AdapterNews newsOf(const Adapter& adapter) const;
     void signalAdded(const std::string& path, const Adapter& adapter);
-    void describe(const Sender& sender, bool reading);
+    void describe(Sender& sender, bool reading);
+    [[nodiscard]] bool reaches(const Sender& sender, const Adapter& adapter) const;
     void advertise(std::size_t index);
     void hear(Sender& sender);
     void removeSilent();
@@ -187,6 +197,7 @@ private:
     bool strict_ = false;
     bool forgetful_ = false;
     bool duplicatesDropped_ = false;
+    std::optional<std::size_t> waiting_;  ///< the kernel waits for the scan response of this one
     Time round_{0};
     std::vector<std::string> calls_;
     int reports_ = 0;

@@ -14,6 +14,16 @@ using namespace std::chrono_literals;
 
 constexpr auto sweepInterval = 1s;
 constexpr int leastChange = 8;  // dB, where the filter does not ask for duplicates
+constexpr int noReading = 127;
+
+/// What a device says as the kernel hands it over; of more than an event of the controller holds, the last piece.
+std::vector<std::uint8_t> octetsOf(const FakeDongle& dongle) {
+    constexpr std::size_t mostInAnEvent = 229;
+    std::vector<std::uint8_t> octets = *dongle.data;
+    while (octets.size() > mostInAnEvent) octets.erase(octets.begin(), octets.begin() + mostInAnEvent);
+    if (dongle.response) octets.insert(octets.end(), dongle.response->begin(), dongle.response->end());
+    return octets;
+}
 
 }  // namespace
 
@@ -25,25 +35,47 @@ std::string FakeBluez::pathOf(const FakeDongle& dongle) {
 
 void FakeBluez::advertise(std::size_t index) {
     Sender& sender = dongles_[index];
-    if (!sender.dongle.silent) hear(sender);
+    if (!sender.dongle.silent) {
+        if (waiting_ && *waiting_ != index) hear(dongles_[*std::exchange(waiting_, std::nullopt)]);
+        if (sender.dongle.asked && !sender.dongle.response) {
+            waiting_ = index;
+        } else {
+            hear(sender);
+        }
+    }
     at(now_ + sender.dongle.interval, [this, index] { advertise(index); });
 }
 
-void FakeBluez::describe(const Sender& sender, bool reading) {
+void FakeBluez::describe(Sender& sender, bool reading) {
+    const FakeDongle& dongle = sender.dongle;
+    if (dongle.data) {
+        sender.read = BluezReading::of(octetsOf(dongle));
+    } else {
+        sender.read = {dongle.name, dongle.services, {{dongle.company, dongle.octets}}};
+    }
     news_.clear();
-    news_.address = sender.dongle.address;
-    news_.randomAddress = false;
+    news_.address = dongle.address;
+    news_.randomAddress = dongle.randomAddress;
     news_.hasServices = true;
-    for (const std::string& service : sender.dongle.services) news_.services.emplace_back(service);
-    if (sender.dongle.name) news_.name = *sender.dongle.name;
-    news_.manufacturer = {sender.dongle.company, sender.dongle.octets};
-    if (reading) news_.RSSI = sender.dongle.RSSI;
+    for (const std::string& service : sender.read.services) news_.services.emplace_back(service);
+    if (sender.read.name) news_.name = *sender.read.name;
+    for (const auto& [company, octets] : sender.read.manufacturers) news_.offer({company, octets});
+    if (reading) news_.RSSI = dongle.RSSI;
+}
+
+/// Whether the kernel and bluetoothd let an advertisement become a report.
+bool FakeBluez::reaches(const Sender& sender, const Adapter& adapter) const {
+    // The kernel drops what has no reading where the filter has one.
+    if (adapter.ours && adapter.filtered && !adapter.others && sender.dongle.RSSI == noReading) return false;
+    return std::none_of(dongles_.begin(), dongles_.end(), [&](const Sender& other) {
+        return &other != &sender && other.shown && pathOf(other.dongle) == pathOf(sender.dongle);
+    });
 }
 
 void FakeBluez::hear(Sender& sender) {
     const Adapter* const adapter = find(pathOf(sender.dongle.adapter));
     if (!daemon_ || hanging_ || adapter == nullptr || !(adapter->ours || adapter->others) || stalled_ || deaf_) return;
-    if (listener_ == nullptr) return;
+    if (listener_ == nullptr || !reaches(sender, *adapter)) return;
     const Time round = round_ + (now_ - round_) / strictCycle * strictCycle;
     if (duplicatesDropped_ && sender.shown && sender.lastReport >= round) return;
     sender.lastHeard = sender.lastReport = now_;

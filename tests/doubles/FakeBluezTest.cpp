@@ -62,6 +62,7 @@ protected:
 };
 
 using Words = std::vector<std::string>;
+using Octets = std::vector<std::uint8_t>;
 
 TEST_F(FakeBluezTest, TellsWhetherBluetoothdIsThere) {
     connect();
@@ -125,6 +126,56 @@ TEST_F(FakeBluezTest, SaysNothingOfTheDiscoveryThatDiedWithBluetoothd) {
     pass(1s);
     EXPECT_EQ(told, (Words{"daemon", "discovers", "no daemon", "daemon"}));
     EXPECT_FALSE(bluez.discovers("hci0"));
+}
+
+TEST_F(FakeBluezTest, KeepsToItselfWhatHasNoReadingUnlessAnotherDiscoversToo) {
+    bluez.dongle(0).RSSI = 127;
+    connect();
+    discover();
+    EXPECT_EQ(bluez.reports(), 0);
+    bluez.discoverForAnother("hci0");
+    pass(1s);
+    EXPECT_GE(bluez.reports(), 8);
+}
+
+TEST_F(FakeBluezTest, ShowsOneOfTwoDevicesOfOnePathUntilItIsSilent) {
+    bluez.place({.randomAddress = true});
+    connect();
+    discover();
+    EXPECT_EQ(added, 1);
+    EXPECT_LE(changed, 10);
+    bluez.dongle(0).silent = true;
+    pass(29s);
+    EXPECT_EQ(added, 1);
+    pass(3s);
+    EXPECT_EQ(removed, 1);
+    EXPECT_EQ(added, 2);
+}
+
+TEST_F(FakeBluezTest, WaitsForAScanResponseUntilAnotherAdvertises) {
+    bluez.dongle(0).asked = true;
+    connect();
+    discover();
+    EXPECT_EQ(bluez.reports(), 0);
+    bluez.place({.address = "02:00:00:00:00:02"});
+    pass(1s);
+    EXPECT_EQ(added, 2);
+    bluez.dongle(1).silent = true;
+    bluez.dongle(0).response = Octets{};
+    const int before = bluez.reports();
+    pass(1s);
+    EXPECT_GE(bluez.reports(), before + 8);
+}
+
+TEST_F(FakeBluezTest, ReadsOctetsItself) {
+    bluez.dongle(0).data = Octets{4, 0xFF, 0x4C, 0, 1};
+    connect();
+    discover();
+    EXPECT_GE(changed, 8);
+    EXPECT_TRUE(manufacturer);
+    bluez.dongle(0).data = Octets{2, 1, 6};
+    pass(1s);
+    EXPECT_FALSE(manufacturer);
 }
 
 TEST_F(FakeBluezTest, RemovesADeviceThatIsSilentForThirtySeconds) {

@@ -43,11 +43,19 @@ std::optional<DeviceAddress> addressInPath(std::string_view path) {
     return place == std::string_view::npos ? std::nullopt : addressOf(path.substr(place + pathMarker.size()));
 }
 
+/// A report of which no more is known than whose it is.
+AdvertisingReport unheard(std::string_view path) {
+    AdvertisingReport report;
+    report.address = addressInPath(path);
+    report.RSSI = noRSSI;
+    return report;
+}
+
 void takeServices(AdvertisingReport& report, const DeviceNews& news) {
     report.services.clear();
     for (const std::string_view text : news.services) {
         if (report.services.size() == mostServices) return;
-        if (text.size() <= longestService) report.services.push_back(CBUUID::UUIDWithString(text));
+        if (text.size() <= longestService) report.services.push_back(CBUUID::UUIDWithString(text).shortest());
     }
 }
 
@@ -78,6 +86,7 @@ void take(AdvertisingReport& report, const DeviceNews& news) {
 void DeviceTable::learn(std::string_view path, const DeviceNews& news) {
     Device& device = reach(path);
     device.described = true;
+    device.report = unheard(path);
     take(device.report, news);
 }
 
@@ -110,8 +119,7 @@ DeviceTable::Device& DeviceTable::reach(std::string_view path) {
     Devices added;  // until it has its place: what finds no memory leaves nothing behind
     Device& device = added.emplace_back();
     device.path = path;
-    device.report.address = addressInPath(path);
-    device.report.RSSI = noRSSI;
+    device.report = unheard(path);
     places_.emplace(device.path, added.begin());
     devices_.splice(devices_.end(), added);
     return device;

@@ -28,7 +28,8 @@ public:
     /// @param most how many devices are remembered
     explicit DeviceTable(std::size_t most = defaultDevices) : most_(most) {}
 
-    /// Learns what BlueZ knows of a device; that is no report.
+    /// Learns all that BlueZ knows of a device; that is no report. What was known before is forgotten: two devices
+    /// whose addresses differ in nothing but their kind, public or random, take turns in being shown under one path.
     void learn(std::string_view path, const DeviceNews& news);
     /// A device has changed; that is a report where it has a reading or manufacturer data. What the news do not mention
     /// is as it was before.

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/bluez/SdMessage.h"
 
-#include "support/Dongle.h"
-
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -77,9 +75,7 @@ int readManufacturer(sd_bus_message* message, DeviceNews& news) {
         const void* octets = nullptr;
         std::size_t size = 0;
         const int read = sd_bus_message_read_array(message, 'y', &octets, &size);
-        if (!failed(read) && (!news.manufacturer || company == dongle::company)) {
-            news.manufacturer = DeviceNews::Manufacturer{company, {static_cast<const std::uint8_t*>(octets), size}};
-        }
+        if (!failed(read)) news.offer({company, {static_cast<const std::uint8_t*>(octets), size}});
         return read;
     });
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "support/Dongle.h"
+
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -61,6 +63,10 @@ struct DeviceNews {
     bool hasServices = false;
     std::vector<std::string_view> services;  ///< UUIDs as texts, where `hasServices`
 
+    /// Takes one of several manufacturer data, in their order.
+    void offer(const Manufacturer& one) {
+        if (!manufacturer || dongle::countsInstead(one.company, manufacturer->company)) manufacturer = one;
+    }
     /// As new, but the memory of the services is kept.
     void clear() {
         std::vector<std::string_view> room = std::move(services);

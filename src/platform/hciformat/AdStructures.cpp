@@ -3,11 +3,14 @@
 
 #include "platform/hciformat/ByteReader.h"
 #include "platform/hciformat/HciEvents.h"
+#include "support/Dongle.h"
+#include "support/Utf8.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <string_view>
 
 namespace nearcast {
 
@@ -35,8 +38,10 @@ CBUUID oneUUID(ByteReader& list, std::size_t octets) {
     const Bytes onAir = list.take(octets);
     CBUUID::Bytes bytes{};
     std::copy(onAir.rbegin(), onAir.rend(), bytes.begin());
-    return CBUUID::UUIDWithBytes(bytes);
+    return CBUUID::UUIDWithBytes(bytes).shortest();
 }
+
+std::uint16_t companyOf(Bytes manufacturerData) { return ByteReader(manufacturerData).u16(); }
 
 class Structures {
 public:
@@ -68,15 +73,18 @@ private:
 
     bool takeName(Bytes value, bool complete) {
         const bool better = !report_.name || (complete && !nameComplete_);
+        while (!value.empty() && value.back() == 0) value = value.first(value.size() - 1);
         if (value.empty() || !better) return true;
-        report_.name.emplace(value.begin(), value.end());
+        report_.name = wellFormed({reinterpret_cast<const char*>(value.data()), value.size()});
         nameComplete_ = complete;
         return true;
     }
 
     bool takeManufacturerData(Bytes value) {
         if (value.size() < 2) return false;
-        if (!report_.manufacturerData) report_.manufacturerData.emplace(value.begin(), value.end());
+        auto& kept = report_.manufacturerData;
+        if (!kept || dongle::countsInstead(companyOf(value), companyOf(*kept)))
+            kept.emplace(value.begin(), value.end());
         return true;
     }
 

@@ -16,8 +16,10 @@ namespace nearcast {
 /// `report`: local name, service UUIDs of all sizes, manufacturer data. Other structures, service data among them, are
 /// ignored.
 ///
-/// A complete name counts more than a shortened one, otherwise the first of several names and of several manufacturer
-/// data counts; an empty name is none. A structure of length zero ends the data early, whatever follows it.
+/// A complete name counts more than a shortened one, otherwise the first of several names counts. A name ends before
+/// the zero octets that some makers put behind it; an empty one is none; octets that are not UTF-8 become U+FFFD (see
+/// `wellFormed`). Which of several manufacturer data counts says `dongle::countsInstead`. A structure of length zero
+/// ends the data early, whatever follows it.
 ///
 /// @param data the octets as they were on the air
 /// @return nothing when the data is well formed; else the offset of the first malformed structure: one that runs past

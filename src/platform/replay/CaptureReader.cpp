@@ -4,12 +4,10 @@
 #include "platform/hciformat/AdStructures.h"
 #include "platform/hciformat/ByteReader.h"
 #include "platform/replay/Btsnoop.h"
-#include "support/Utf8.h"
 
 #include <algorithm>
 #include <optional>
 #include <span>
-#include <string_view>
 #include <utility>
 
 namespace nearcast::replay {
@@ -132,17 +130,6 @@ void LinkDecoder::read(const Packet& packet, const RawReportSink& sink) {
     }
 }
 
-std::string wellFormed(const std::string& text) {
-    std::string result;
-    for (std::string_view rest = text; !rest.empty();) {
-        const std::size_t length = characterLength(rest);
-        const bool lone = length == 1 && (static_cast<unsigned char>(rest[0]) & 0x80) != 0;
-        result += lone ? std::string_view("\xEF\xBF\xBD") : rest.substr(0, length);
-        rest.remove_prefix(length);
-    }
-    return result;
-}
-
 std::optional<RecordedItem> CaptureReader::next() {
     while (ready_.empty()) {
         const auto packet = packets_->next();
@@ -181,7 +168,6 @@ void CaptureReader::add(const RawReport& raw) {
     RecordedReport recorded;
     recorded.at = now_;
     recorded.malformed = readReport(raw, recorded.report).has_value();
-    if (recorded.report.name) recorded.report.name = wellFormed(*recorded.report.name);
     senders_.complete(recorded.report);
     ready_.emplace_back(std::move(recorded));
 }

@@ -30,8 +30,7 @@ private:
 /// Reads a recording out of captured packets.
 ///
 /// An item's time is that since the capture's first packet, in whole microseconds; a packet that is earlier than its
-/// predecessor happens with it. Changes of the radio's state and the end come from notes (Btsnoop.h). Names that
-/// are not UTF-8 are made so (see `wellFormed`), for the recording may become JSON.
+/// predecessor happens with it. Changes of the radio's state and the end come from notes (Btsnoop.h).
 class CaptureReader : public RecordingReader {
 public:
     explicit CaptureReader(std::unique_ptr<PacketSource> packets) : packets_(std::move(packets)) {}
@@ -50,8 +49,5 @@ private:
     std::chrono::microseconds now_{0};
     std::deque<RecordedItem> ready_;
 };
-
-/// The text with U+FFFD in place of every octet that is not part of well-formed UTF-8.
-std::string wellFormed(const std::string& text);
 
 }  // namespace nearcast::replay

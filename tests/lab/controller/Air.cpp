@@ -55,20 +55,24 @@ void Air::advertise(Emitter& emitter, const Scan& scan, const Sink& sink) {
     if (dongle.silent) return;
     const int rssi = dongle.rssi[emitter.tally.aired % dongle.rssi.size()];
     ++emitter.tally.aired;
-    if (!scan.enabled || deaf_) return;
-    if (passesFilter(dongle.address, false, scan)) {
+    if (!scan.enabled || deaf_ || (dongle.extended && !scan.extended)) return;
+    if (passesFilter(dongle, false, scan)) {
         ++emitter.tally.reported;
-        sink(reportEvent(dongle, rssi, scan.extended, false));
+        report(dongle, rssi, false, scan, sink);
     }
     const bool asked = scan.active && takesScanRequests(dongle) && dongle.answersScans;
-    if (asked && passesFilter(dongle.address, true, scan)) sink(reportEvent(dongle, rssi, scan.extended, true));
+    if (asked && passesFilter(dongle, true, scan)) report(dongle, rssi, true, scan, sink);
 }
 
-bool Air::passesFilter(const Address& address, bool response, const Scan& scan) {
+void Air::report(const Dongle& dongle, int rssi, bool response, const Scan& scan, const Sink& sink) {
+    for (const Bytes& event : reportEvents(dongle, rssi, scan.extended, response)) sink(event);
+}
+
+bool Air::passesFilter(const Dongle& dongle, bool response, const Scan& scan) {
     if (!strict_ || !scan.filterDuplicates) return true;
     if (seenInEnable_ != scan.enables) seen_.clear();
     seenInEnable_ = scan.enables;
-    return seen_.emplace(address, response).second;
+    return seen_.emplace(dongle.address, dongle.random, response).second;
 }
 
 void Air::plan(Emitter& emitter) {

@@ -12,6 +12,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace nearcast::lab {
@@ -60,13 +61,15 @@ private:
     };
 
     void advertise(Emitter& emitter, const Scan& scan, const Sink& sink);
-    [[nodiscard]] bool passesFilter(const Address& address, bool response, const Scan& scan);
+    void report(const Dongle& dongle, int rssi, bool response, const Scan& scan, const Sink& sink);
+    [[nodiscard]] bool passesFilter(const Dongle& dongle, bool response, const Scan& scan);
     void plan(Emitter& emitter);
 
     bool strict_;
     bool deaf_ = false;
     std::map<std::string, Emitter> emitters_;
-    std::set<std::pair<Address, bool>> seen_;  ///< by the duplicate filter; with whether it was a response
+    /// By the duplicate filter: address, whether it is a random one, whether it was a response.
+    std::set<std::tuple<Address, bool, bool>> seen_;
     std::uint64_t seenInEnable_ = 0;
     std::minstd_rand random_{1};
 };

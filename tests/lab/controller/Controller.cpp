@@ -64,6 +64,7 @@ std::optional<Bytes> Controller::answer(std::span<const std::uint8_t> packet) {
     if (packet.size() < header || packet.size() != header + packet[2]) return std::nullopt;
     const unsigned opcode = packet[0] | static_cast<unsigned>(packet[1]) << 8U;
     std::optional<Packet> result = read(opcode);
+    if (!result) result = advertiseExtended(opcode);
     if (!result) result = kind_.classic ? answerClassic(opcode) : change(opcode, packet.subspan(header));
     if (!result) {
         ++unknown_[opcode];
@@ -84,10 +85,31 @@ std::optional<Packet> Controller::read(unsigned opcode) const {
         case readLocalFeatures: return features(kind_);
         case readAddress: return Packet{success}.add(Bytes(kind_.address.rbegin(), kind_.address.rend()));
         case leReadBufferSize: return Packet{success}.u16(251).u8(8);
-        case leReadLocalFeatures: return Packet{success, 0x01, 0, 0, 0, 0, 0, 0, 0};  // encryption
+        case leReadLocalFeatures: {
+            constexpr std::uint8_t encryption = 0x01;
+            constexpr std::uint8_t extendedAdvertising = 0x10;
+            const std::uint8_t second = kind_.extended ? extendedAdvertising : 0;
+            return Packet{success, encryption, second, 0, 0, 0, 0, 0, 0};
+        }
         case leReadAdvertisingPower: return Packet{success, 0};
         case leReadAcceptListSize: return Packet{success, 8};
         case leReadSupportedStates: return Packet{success, 0xff, 0xff, 0xff, 0xff, 0xff, 0x03, 0, 0};
+        default: return std::nullopt;
+    }
+}
+
+/// Those of extended advertising, which hosts send to whoever has its feature.
+std::optional<Packet> Controller::advertiseExtended(unsigned opcode) const {
+    if (!kind_.extended) return std::nullopt;
+    switch (opcode) {
+        case leReadNumberOfAdvertisingSets: return Packet{success, 1};
+        case leSetExtendedAdvertisingParameters: return Packet{success, 0};  // and its power
+        case leSetAdvertisingSetRandomAddress:
+        case leSetExtendedAdvertisingData:
+        case leSetExtendedScanResponseData:
+        case leSetExtendedAdvertisingEnable:
+        case leRemoveAdvertisingSet:
+        case leClearAdvertisingSets: return Packet{success};
         default: return std::nullopt;
     }
 }

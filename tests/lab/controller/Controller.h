@@ -37,6 +37,7 @@ private:
     using Parameters = std::span<const std::uint8_t>;
 
     std::optional<Packet> read(unsigned opcode) const;
+    [[nodiscard]] std::optional<Packet> advertiseExtended(unsigned opcode) const;
     std::optional<Packet> change(unsigned opcode, Parameters parameters);
     Packet setScanParameters(Parameters parameters, bool extended);
     Packet setScanEnable(Parameters parameters, bool extended);

@@ -16,6 +16,7 @@ void addStructure(Packet& data, std::uint8_t type, std::span<const std::uint8_t>
 }  // namespace
 
 Bytes advertisingData(const Dongle& dongle) {
+    if (dongle.data) return *dongle.data;
     Packet data{0x02, 0x01, 0x06};
     if (dongle.service) addStructure(data, 0x07, dongleService);
     if (dongle.payload) addStructure(data, 0xff, Packet{0xff, 0xff}.add(*dongle.payload).bytes());
@@ -23,6 +24,7 @@ Bytes advertisingData(const Dongle& dongle) {
 }
 
 Bytes scanResponseData(const Dongle& dongle) {
+    if (dongle.response) return *dongle.response;
     Packet data;
     if (dongle.localName) {
         const std::string& name = *dongle.localName;

@@ -30,11 +30,16 @@ struct Dongle {
     double rate = 10;            ///< advertisements a second
     std::vector<int> rssi{-60};  ///< dBm, one after another, again from the start
     bool silent = false;
+    /// AD structures, octet by octet, in place of flags, service and payload, and of the name.
+    std::optional<Bytes> data;
+    std::optional<Bytes> response;
+    bool random = false;    ///< its address
+    bool extended = false;  ///< it advertises in the extended way, which scanners of old do not hear
 };
 
-/// What it advertises: flags, service, manufacturer data.
+/// What it advertises: flags, service, manufacturer data; or its octets.
 Bytes advertisingData(const Dongle& dongle);
-/// What it answers to a scan request: its name.
+/// What it answers to a scan request: its name; or its octets.
 Bytes scanResponseData(const Dongle& dongle);
 /// Whether a scanner may ask it for more.
 bool takesScanRequests(const Dongle& dongle);

@@ -72,6 +72,10 @@ const std::map<std::string, Setter, std::less<>> setters{
     {"answers", [](Dongle& dongle, const std::string& value) { dongle.answersScans = readYes(value); }},
     {"service", [](Dongle& dongle, const std::string& value) { dongle.service = readYes(value); }},
     {"silent", [](Dongle& dongle, const std::string& value) { dongle.silent = readYes(value); }},
+    {"data", [](Dongle& dongle, const std::string& value) { dongle.data = readOctets(value); }},
+    {"response", [](Dongle& dongle, const std::string& value) { dongle.response = readOctets(value); }},
+    {"random", [](Dongle& dongle, const std::string& value) { dongle.random = readYes(value); }},
+    {"extended", [](Dongle& dongle, const std::string& value) { dongle.extended = readYes(value); }},
 };
 
 }  // namespace

@@ -18,7 +18,8 @@ Address readAddress(const std::string& text);
 
 /// A dongle from words `NAME=VALUE`: address, payload (hexadecimal octets after the company identifier, or `none`),
 /// name, rate (a second, above 0), rssi (`-60`, or a row `-60,-61`), type (`connectable`, `scannable`,
-/// `nonconnectable`), answers, service and silent (`yes`, `no`).
+/// `nonconnectable`), answers, service, silent, random and extended (`yes`, `no`), data and response (hexadecimal
+/// octets).
 /// @throws std::invalid_argument with what is wrong
 Dongle readDongle(const std::vector<std::string>& settings);
 

@@ -6,7 +6,7 @@ import json
 import time
 import traceback
 
-MODULES = ("rates", "recovery", "clients", "manager", "states", "adapters", "forged", "facts",
+MODULES = ("rates", "recovery", "clients", "manager", "states", "adapters", "forged", "facts", "one_report",
            "shop")
 TESTS = []
 

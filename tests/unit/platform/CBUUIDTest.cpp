@@ -52,6 +52,16 @@ TEST(CBUUID, OctetsAreWrittenInTheirOrderInUpperCase) {
     EXPECT_EQ(CBUUID::UUIDWithBytes(octets).UUIDString(), dongleService);
 }
 
+TEST(CBUUID, HasAShortestText) {
+    EXPECT_EQ(of("0000180f-0000-1000-8000-00805f9b34fb").shortest().UUIDString(), "180F");
+    EXPECT_EQ(of("0000180f").shortest().UUIDString(), "180F");
+    EXPECT_EQ(of("4f37d906-0000-1000-8000-00805f9b34fb").shortest().UUIDString(), "4F37D906");
+    EXPECT_EQ(of("4f37d906-3f43-440c-98e0-9e709971cadf").shortest().UUIDString(), dongleService);
+    EXPECT_EQ(of("0000180f-0000-1000-8000-00805f9b34fc").shortest().UUIDString(),
+              "0000180F-0000-1000-8000-00805F9B34FC");
+    EXPECT_EQ(of("no UUID").shortest().UUIDString(), "no UUID");
+}
+
 TEST(CBUUID, ATextThatIsNoneEqualsTheSameTextInAnyLetterCaseAndNoUUID) {
     EXPECT_EQ(of("Not a UUID"), of("not A uuid"));
     EXPECT_FALSE(of("not a UUID") == of("not a UUID "));

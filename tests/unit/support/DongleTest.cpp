@@ -20,6 +20,16 @@ Payload marked(std::size_t length) {
     return payload;
 }
 
+TEST(Dongle, HasItsManufacturerDataCountBeforeOthersAndTheLastOfACompanyBeforeItsFirst) {
+    constexpr std::uint16_t some = 0x004C;
+    constexpr std::uint16_t other = 0x0006;
+    EXPECT_TRUE(dongle::countsInstead(dongle::company, some));
+    EXPECT_TRUE(dongle::countsInstead(dongle::company, dongle::company));
+    EXPECT_TRUE(dongle::countsInstead(some, some));
+    EXPECT_FALSE(dongle::countsInstead(some, other));
+    EXPECT_FALSE(dongle::countsInstead(some, dongle::company));
+}
+
 struct Case {
     const char* what;
     std::optional<Payload> manufacturerData;

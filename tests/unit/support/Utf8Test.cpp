@@ -59,5 +59,24 @@ TEST(Utf8, CountsCharacters) {
     EXPECT_FALSE(hasCharacters("😀", 2));
 }
 
+TEST(Utf8, ReplacesWhatIsNoneOctetByOctet) {
+    const struct {
+        const char* text;
+        const char* wellFormed;
+    } cases[] = {
+        {"", ""},
+        {"plain", "plain"},
+        {"Küche", "Küche"},
+        {"€ 😀", "€ 😀"},
+        {"a\xFFz", "a\xEF\xBF\xBDz"},
+        {"\xC3", "\xEF\xBF\xBD"},
+        {"\xE2\x82", "\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {"\xED\xA0\x80", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {"\xC0\xAF", "\xEF\xBF\xBD\xEF\xBF\xBD"},
+    };
+    for (const auto& one : cases) EXPECT_EQ(wellFormed(one.text), one.wellFormed);
+    EXPECT_EQ(wellFormed(std::string_view("a\0b", 3)), std::string("a\0b", 3));
+}
+
 }  // namespace
 }  // namespace nearcast

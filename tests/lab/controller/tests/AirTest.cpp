@@ -105,6 +105,31 @@ TEST_F(AirTest, GivesAStrictFilterOneReportForEachEnabling) {
     EXPECT_EQ(events.size(), 2U);
 }
 
+TEST_F(AirTest, TellsAPublicFromARandomAddressInAStrictFilter) {
+    air.setStrict(true);
+    air.put("public", dongle(10), Time(0));
+    Dongle random = dongle(10);
+    random.random = true;
+    air.put("random", random, Time(0));
+    pass(seconds(1), filtered);
+    EXPECT_EQ(events.size(), 2U);
+}
+
+TEST_F(AirTest, ShowsExtendedAdvertisingToExtendedScannersAlone) {
+    Dongle extended = dongle(10);
+    extended.extended = true;
+    extended.data = Bytes(300, 0);
+    air.put("a", extended, Time(0));
+    pass(seconds(1), passive);
+    EXPECT_TRUE(events.empty());
+    EXPECT_EQ(air.tallies().at("a").reported, 0U);
+    Scan scan = passive;
+    scan.extended = true;
+    pass(seconds(2), scan);
+    EXPECT_EQ(events.size(), 2 * air.tallies().at("a").reported) << "each in two pieces";
+    EXPECT_GE(events.size(), 18U);
+}
+
 TEST_F(AirTest, GivesAStrictFilterEverythingWhereTheHostWantsIt) {
     air.setStrict(true);
     air.put("a", dongle(10), Time(0));

@@ -113,6 +113,18 @@ TEST(Controller, LetsItselfBeSetUpAsAClassicOne) {
     EXPECT_EQ(classic.answer(inquiry), (Bytes{0x0f, 4, 0x01, 1, 0x01, 0x04}));
 }
 
+TEST(Controller, TakesTheCommandsOfExtendedAdvertisingWhereItSaysThatItAdvertisesSo) {
+    const Bytes readFeatures{0x03, 0x20, 0};
+    const Bytes setData{0x37, 0x20, 4, 0, 3, 1, 0};
+    constexpr std::size_t secondOctet = 6 + 1;
+    Controller legacy{ControllerKind()};
+    EXPECT_EQ(legacy.answer(readFeatures).value().at(secondOctet), 0x00);
+    EXPECT_EQ(legacy.answer(setData), (Bytes{0x0f, 4, 0x01, 1, 0x37, 0x20}));
+    Controller extended(extendedKind());
+    EXPECT_EQ(extended.answer(readFeatures).value().at(secondOctet), 0x10);
+    EXPECT_EQ(extended.answer(setData), complete(0x37, 0x20, 0));
+}
+
 TEST(Controller, SaysWhetherItKnowsExtendedScans) {
     const Bytes readCommands{0x02, 0x10, 0};
     constexpr std::size_t octet37 = 6 + 37;

@@ -17,6 +17,12 @@ Dongle exampleDongle() {
     return dongle;
 }
 
+Bytes reportEvent(const Dongle& dongle, int rssi, bool extended, bool scanResponse) {
+    const std::vector<Bytes> events = reportEvents(dongle, rssi, extended, scanResponse);
+    EXPECT_EQ(events.size(), 1U);
+    return events.front();
+}
+
 TEST(Reports, FillALegacyAdvertisementToItsLastOctet) { EXPECT_EQ(advertisingData(exampleDongle()).size(), 31U); }
 
 TEST(Reports, HaveTheSignalLastInALegacyReport) {
@@ -38,6 +44,41 @@ TEST(Reports, HaveTheTypeOfTheAdvertisement) {
     dongle.advertising = Advertising::scannable;
     EXPECT_EQ(reportEvent(dongle, -60, false, false).at(type), 0x02);
     EXPECT_EQ(reportEvent(dongle, -60, true, true).at(type), 0x1a);
+}
+
+TEST(Reports, SayWhatTheyAreToldOctetByOctet) {
+    Dongle dongle = exampleDongle();
+    dongle.data = Bytes{0x01, 0x02};
+    dongle.response = Bytes();
+    EXPECT_EQ(advertisingData(dongle), (Bytes{0x01, 0x02}));
+    EXPECT_TRUE(scanResponseData(dongle).empty());
+    constexpr std::size_t addressType = 5;
+    EXPECT_EQ(reportEvent(dongle, -60, false, false).at(addressType), 0x00);
+    dongle.random = true;
+    EXPECT_EQ(reportEvent(dongle, -60, false, false).at(addressType), 0x01);
+}
+
+TEST(Reports, ComeInPiecesWhereAnEventIsTooShort) {
+    Dongle dongle = exampleDongle();
+    dongle.extended = true;
+    for (const std::size_t size : {229U, 230U, 458U, 459U}) {
+        dongle.data = Bytes(size, 0x00);
+        dongle.data->back() = 0x77;
+        HciEvents events;
+        Bytes heard;
+        int reports = 0;
+        const std::vector<Bytes> pieces = reportEvents(dongle, -60, true, false);
+        EXPECT_EQ(pieces.size(), (size + 228) / 229) << size;
+        for (const Bytes& piece : pieces) {
+            EXPECT_EQ(heard.size(), 0U);
+            events.read(piece, [&](const RawReport& report) {
+                ++reports;
+                heard.assign(report.data.begin(), report.data.end());
+            });
+        }
+        EXPECT_EQ(reports, 1);
+        EXPECT_EQ(heard, dongle.data);
+    }
 }
 
 class ReadBack : public testing::TestWithParam<bool> {};

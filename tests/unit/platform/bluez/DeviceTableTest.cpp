@@ -116,6 +116,44 @@ TEST(DeviceTable, PrefersTheAddressThatIsSaid) {
     EXPECT_EQ(report->addressType, 1);
 }
 
+TEST(DeviceTable, MixesNothingOfTwoDevicesOfOnePath) {
+    DeviceTable table;
+    DeviceNews news = advertisement(-70, payload);
+    news.address = "02:00:00:00:0A:0B";
+    news.randomAddress = false;
+    news.name = "public";
+    news.hasServices = true;
+    news.services = {"180f"};
+    add(table, path, news);
+    DeviceNews other = reading(-71);
+    other.randomAddress = true;
+    const auto* const report = add(table, path, other).report;
+    EXPECT_EQ(report->addressType, 1);
+    EXPECT_FALSE(report->name);
+    EXPECT_FALSE(report->manufacturerData);
+    EXPECT_TRUE(report->services.empty());
+    EXPECT_EQ(report->address, (DeviceAddress{2, 0, 0, 0, 10, 11}));
+}
+
+TEST(DeviceTable, HasNoReadingOfADeviceThatIsDescribedAnewWithoutOne) {
+    DeviceTable table;
+    add(table, path, reading(-70));
+    table.learn(path, DeviceNews());
+    DeviceNews news;
+    news.manufacturer = {0xFFFF, payload};
+    EXPECT_EQ(table.changed(path, news).report->RSSI, 127);
+}
+
+TEST(DeviceTable, NamesServicesByTheirShortestTexts) {
+    DeviceTable table;
+    DeviceNews news = reading(-70);
+    news.hasServices = true;
+    news.services = {"0000180f-0000-1000-8000-00805f9b34fb", "4f37d906-3f43-440c-98e0-9e709971cadf"};
+    const auto* const report = add(table, path, news).report;
+    EXPECT_EQ(report->services.at(0).UUIDString(), "180F");
+    EXPECT_EQ(report->services.at(1).UUIDString(), "4F37D906-3F43-440C-98E0-9E709971CADF");
+}
+
 TEST(DeviceTable, HasNoAddressWhereNoneCanBeRead) {
     DeviceTable table;
     for (const char* bad : {"/org/bluez/hci0/dev_02_00", "/org/bluez/hci0/dev_0G_00_00_00_00_00", "/", ""}) {

@@ -88,15 +88,43 @@ TEST(AdStructures, PickTheBestName) {
         {"two shortened", shortened + structure(0x08, octetsOf("AB")), "QX00"},
         {"empty", structure(0x09, {}), std::nullopt},
         {"shortened after an empty complete one", structure(0x09, {}) + shortened, "QX00"},
-        {"any octets", structure(0x09, hex("00 FF 41")), std::string("\0\xFF\x41", 3)},
+        {"a zero in it", structure(0x09, hex("41 00 42")), std::string("A\0B", 3)},
+        {"zeros behind it", structure(0x09, hex("41 42 00 00")), "AB"},
+        {"zeros alone", structure(0x09, hex("00 00")), std::nullopt},
+        {"shortened after zeros alone", structure(0x09, hex("00")) + shortened, "QX00"},
+        {"octets that are not UTF-8", structure(0x09, hex("41 FF 42")), "A\xEF\xBF\xBD\x42"},
     };
     for (const NameCase& one : cases) EXPECT_EQ(read(one.data).report.name, one.name) << one.description;
 }
 
-TEST(AdStructures, KeepTheFirstManufacturerData) {
-    const Read result = read(structure(0xFF, hex("FFFF 010203040506")) + structure(0xFF, hex("4C00 10")));
-    EXPECT_FALSE(result.malformedAt);
-    EXPECT_EQ(result.report.manufacturerData, hex("FFFF 010203040506"));
+struct ManufacturerCase {
+    const char* description;
+    std::vector<const char*> onTheAir;
+    const char* kept;
+};
+
+TEST(AdStructures, PickTheManufacturerDataThatCount) {
+    const ManufacturerCase cases[] = {
+        {"the dongle's first", {"FFFF 010203040506", "4C00 10"}, "FFFF 010203040506"},
+        {"the dongle's second", {"4C00 10", "FFFF 010203040506"}, "FFFF 010203040506"},
+        {"the dongle's twice", {"FFFF 010203040506", "FFFF 060504030201"}, "FFFF 060504030201"},
+        {"the last of the dongle's is short", {"FFFF 010203040506", "FFFF 06"}, "FFFF 06"},
+        {"the dongle's between others", {"4C00 10", "FFFF 01", "4C00 11"}, "FFFF 01"},
+        {"two others", {"4C00 10", "0600 20"}, "4C00 10"},
+        {"one other twice", {"4C00 10", "4C00 11"}, "4C00 11"},
+        {"one other twice and another between", {"4C00 10", "0600 20", "4C00 11"}, "4C00 11"},
+        {"half of the dongle's company is not it", {"4C00 10", "FF00 20", "00FF 30"}, "4C00 10"},
+    };
+    for (const ManufacturerCase& one : cases) {
+        Octets data;
+        for (const char* const value : one.onTheAir) data = data + structure(0xFF, hex(value));
+        EXPECT_EQ(read(data).report.manufacturerData, hex(one.kept)) << one.description;
+    }
+}
+
+TEST(AdStructures, NameAServiceByItsShortestTextWhateverItsLengthOnTheAir) {
+    EXPECT_EQ(servicesOf(read(structure(0x07, hex("FB349B5F8000 0080 0010 0000 0F180000")))), Texts{"180F"});
+    EXPECT_EQ(servicesOf(read(structure(0x07, hex("FB349B5F8000 0080 0010 0000 78563412")))), Texts{"12345678"});
 }
 
 TEST(AdStructures, EndEarlyAtALengthOfZero) {
