@@ -66,7 +66,11 @@ void FakeBluez::killDaemon() {
     daemon_ = hanging_ = stalled_ = false;
     ++deaths_;
     monitored_.clear();
-    for (auto& [path, adapter] : adapters_) adapter.ours = adapter.discovering = adapter.filtered = false;
+    for (auto& [path, adapter] : adapters_) {
+        if (runsInKernel(adapter)) adapter.orphanUntil = std::max(adapter.orphanUntil, now_ + rest_);
+        adapter.ours = adapter.discovering = adapter.filtered = adapter.dead = false;
+    }
+    at(now_ + rest_, [this] { tellOfKernel(); });
     for (Sender& sender : dongles_) sender.shown = false;
     tell([](auto& listener) { listener.daemonChanged(false); });
 }
@@ -94,8 +98,11 @@ void FakeBluez::power(const std::string& name, bool on, PowerState state) {
     adapter.powerState = state;
     if (!on) {
         removeDevices();
-        adapter.ours = adapter.discovering = adapter.filtered = stalled_ = false;
+        adapter.ours = adapter.filtered = adapter.probed = stalled_ = false;
+        adapter.discovering = adapter.dead;
+        adapter.orphanUntil = now_;
     }
+    tellOfKernel();
     signal([path = pathOf(name), news = newsOf(adapter)](auto& listener) { listener.adapterChanged(path, news); });
 }
 
@@ -112,6 +119,16 @@ void FakeBluez::failAlways(const std::string& method, std::string_view error) {
     } else {
         alwaysFailing_[method] = {std::string(error), "always"};
     }
+}
+
+void FakeBluez::starve(const std::string& name) {
+    adapters_.at(pathOf(name)).dead = true;
+    tellOfKernel();
+}
+
+void FakeBluez::discoverForAnother(const std::string& name) {
+    adapters_.at(pathOf(name)).others = true;
+    tellOfKernel();
 }
 
 void FakeBluez::loseDiscovery(const std::string& name) {
@@ -204,6 +221,7 @@ void FakeBluez::call(const std::string& method, Done done, Work work) {
     at(now_ + latency_, [this, answer, method, work = std::move(work), deaths = deaths_, connection = connections_] {
         if (listener_ == nullptr || connection != connections_) return;
         const auto failure = outcome(method, work, deaths);
+        tellOfKernel();
         if (!held_.contains(method)) return answer(failure);
         heldAnswers_.push_back(
             [this, answer, failure, deaths] { answer(deaths == deaths_ ? failure : std::optional(left)); });
@@ -262,8 +280,9 @@ void FakeBluez::startDiscovery(const std::string& adapter, Done done) {
         Adapter* const found = find(adapter);
         if (found == nullptr) return unknownObject;
         if (!found->powered) return notReady;
-        if (found->ours) return inProgress;
+        if (found->ours || now_ < found->orphanUntil) return inProgress;
         found->ours = true;
+        if (found->dead) return std::nullopt;
         found->discovering = !denies_;
         stalled_ = false;
         round_ = now_;
@@ -282,6 +301,8 @@ void FakeBluez::stopDiscovery(const std::string& adapter, Done done) {
         if (!found->powered) return notReady;
         if (!found->ours) return nothingStarted;
         found->ours = found->filtered = false;
+        if (found->dead && !found->others) return inProgress;
+        if (found->dead) return std::nullopt;
         endDiscovery(adapter, *found);
         return std::nullopt;
     });

@@ -42,7 +42,9 @@ void FakeBluez::describe(const Sender& sender, bool reading) {
 
 void FakeBluez::hear(Sender& sender) {
     const Adapter* const adapter = find(pathOf(sender.dongle.adapter));
-    if (!daemon_ || hanging_ || adapter == nullptr || !(adapter->ours || adapter->others) || stalled_ || deaf_) return;
+    if (!daemon_ || hanging_ || adapter == nullptr || !(adapter->ours || adapter->others) || adapter->dead ||
+        stalled_ || deaf_)
+        return;
     if (listener_ == nullptr) return;
     const Time round = round_ + (now_ - round_) / strictCycle * strictCycle;
     if (duplicatesDropped_ && sender.shown && sender.lastReport >= round) return;
