@@ -2,6 +2,7 @@
 #include "platform/bluez/Discovery.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nearcast::bluez {
 
@@ -19,6 +20,9 @@ bool isUndecided(const Failure& failure) {
 
 }  // namespace
 
+Discovery::Discovery(SystemBus& bus, KernelScan& kernel, Listener listener)
+    : bus_(bus), listener_(std::move(listener)), dead_(kernel, {[this] { deadChanged(); }, [this] { revived(); }}) {}
+
 void Discovery::want(bool wanted) {
     if (wanted == wanted_) return;
     wanted_ = wanted;
@@ -27,6 +31,7 @@ void Discovery::want(bool wanted) {
     } else {
         unwantedAt_ = now_ + linger;
     }
+    watchDead();
     step();
 }
 
@@ -35,13 +40,15 @@ void Discovery::setAdapter(const std::optional<std::string>& adapter, bool monit
     if (adapter.value_or(std::string()) != adapter_) {
         forgetAdapter();
         adapter_ = adapter.value_or(std::string());
+        watchDead();
     }
     step();
 }
 
 void Discovery::forgetAdapter() {
     ++epoch_;
-    calling_ = discovering_ = running_ = filterSet_ = mustStop_ = monitorTried_ = quiet_ = false;
+    calling_ = discovering_ = running_ = filterSet_ = mustStop_ = monitorTried_ = monitorCalling_ = quiet_ = false;
+    dead_.ended();
     failures_ = 0;
     pauseEnds_.reset();
     endedAt_.reset();
@@ -66,13 +73,27 @@ void Discovery::setDiscovering(bool discovering) {
     judge();
 }
 
-void Discovery::loseMonitor() { monitoredAdapter_.clear(); }
+void Discovery::loseMonitor() {
+    monitoredAdapter_.clear();
+    monitorTried_ = false;
+    monitorAt_ = now_ + monitorPause_.next();
+}
+
+void Discovery::forgetDaemon() {
+    monitoredAdapter_.clear();
+    monitorPause_.reset();
+    monitorAt_ = now_;
+    deadLimits_.reset();
+    dead_.forgetDaemon();
+}
 
 void Discovery::heard() {
     lastHeard_ = now_;
     pause_.reset();
-    if (!quiet_) return;
-    quiet_ = false;
+    const bool wasQuiet = std::exchange(quiet_, false);
+    dead_.heard();
+    if (!wasQuiet) return;
+    deadLimits_.reset();
     quietLimits_.reset();
     patience_ = quietLimits_.next();
     if (watchAt_) watchAt_ = now_ + patience_;
@@ -85,6 +106,7 @@ void Discovery::pass(Time now) {
     lookForEnd();
     lookForSilence();
     lookForBlindness();
+    dead_.pass(now);
     step();
 }
 
@@ -93,7 +115,10 @@ std::optional<Time> Discovery::due() const {
     if (!calling_ && !adapter_.empty()) takeEarlier(earliest, pauseEnds_);
     if (endedAt_) takeEarlier(earliest, *endedAt_ + doubt);
     if (beganAt_) takeEarlier(earliest, *beganAt_ + doubt);
+    if (lacksMonitor()) takeEarlier(earliest, monitorAt_);
+    if (monitorCalling_ && isWanted() && !running_ && !calling_ && !pauseEnds_) takeEarlier(earliest, graceEnds_);
     takeEarlier(earliest, watchAt_);
+    takeEarlier(earliest, dead_.due());
     return earliest;
 }
 
@@ -104,6 +129,7 @@ void Discovery::forgetWish() {
     pauseEnds_.reset();
     hasRun_ = quiet_ = false;
     failures_ = 0;
+    watchDead();
     judge();
 }
 
@@ -113,6 +139,7 @@ void Discovery::lookForEnd() {
     endedAt_.reset();
     if (!running_) return;
     running_ = false;
+    dead_.ended();
     mustStop_ = true;
     pause();
 }
@@ -126,7 +153,7 @@ void Discovery::lookForSilence() {
         return;
     }
     quiet_ = true;
-    patience_ = quietLimits_.next();
+    patience_ = nextPatience();
     mustStop_ = true;
     judge();
 }
@@ -139,34 +166,62 @@ void Discovery::lookForBlindness() {
     judge();
 }
 
+/// What was seen of a dead scan is looked at again at once; a dead one soon, for others may mend it.
+Time Discovery::nextPatience() {
+    if (dead_.suspected()) return doubt;
+    return dead_.dead() ? deadLimits_.next() : quietLimits_.next();
+}
+
+void Discovery::watchDead() { dead_.watch(isWanted() ? adapter_ : std::string()); }
+
+bool Discovery::lacksMonitor() const {
+    return isWanted() && monitors_ && monitoredAdapter_ != adapter_ && !monitorTried_ && !monitorCalling_;
+}
+
 void Discovery::step() {
+    stepMonitor();
     if (calling_ || adapter_.empty() || (pauseEnds_ && now_ < *pauseEnds_)) return;
     pauseEnds_.reset();
-    if (wanted_ || unwantedAt_) {
+    if (isWanted()) {
         stepWanted();
     } else {
         stepUnwanted();
     }
 }
 
+/// Beside the other calls: a bluetoothd that is slow with it keeps no scan from beginning.
+void Discovery::stepMonitor() {
+    if (!lacksMonitor() || now_ < monitorAt_) return;
+    graceEnds_ = now_ + monitorGrace;
+    bus_.registerMonitor(adapter_, thenOfMonitor(&Discovery::monitored));
+}
+
 void Discovery::stepWanted() {
     if (mustStop_) {
-        bus_.stopDiscovery(adapter_, then(&Discovery::stopped));
-    } else if (monitors_ && monitoredAdapter_ != adapter_ && !monitorTried_) {
-        bus_.registerMonitor(adapter_, then(&Discovery::monitored));
+        stop();
     } else if (!filterSet_) {
         bus_.setDiscoveryFilter(adapter_, then(&Discovery::filtered));
-    } else if (!running_) {
-        bus_.startDiscovery(adapter_, then(&Discovery::started));
+    } else if (!running_ && !(monitorCalling_ && now_ < graceEnds_)) {
+        start();
     }
 }
 
 void Discovery::stepUnwanted() {
     if (running_ || mustStop_) {
-        bus_.stopDiscovery(adapter_, then(&Discovery::stopped));
-    } else if (monitoredAdapter_ == adapter_) {
-        bus_.unregisterMonitor(adapter_, then(&Discovery::unmonitored));
+        stop();
+    } else if (monitoredAdapter_ == adapter_ && !monitorCalling_) {
+        bus_.unregisterMonitor(adapter_, thenOfMonitor(&Discovery::unmonitored));
     }
+}
+
+void Discovery::start() {
+    dead_.asked();
+    bus_.startDiscovery(adapter_, then(&Discovery::started));
+}
+
+void Discovery::stop() {
+    dead_.ended();
+    bus_.stopDiscovery(adapter_, then(&Discovery::stopped));
 }
 
 Done Discovery::then(Answer answer) {
@@ -179,8 +234,19 @@ Done Discovery::then(Answer answer) {
     };
 }
 
+Done Discovery::thenOfMonitor(Answer answer) {
+    monitorCalling_ = true;
+    return [this, answer, epoch = epoch_](const std::optional<Failure>& failure) {
+        if (epoch != epoch_) return;
+        monitorCalling_ = false;
+        (this->*answer)(failure);
+        step();
+    };
+}
+
 /// Any other failure says that nothing was running, which is what was asked for.
 void Discovery::stopped(const std::optional<Failure>& failure) {
+    dead_.stopAnswered(failure, now_ - lastHeard_);
     if (failure && isUndecided(*failure)) return fail(*failure);
     running_ = filterSet_ = mustStop_ = denies_ = false;
     endedAt_.reset();
@@ -204,19 +270,41 @@ void Discovery::filtered(const std::optional<Failure>& failure) {
 }
 
 void Discovery::started(const std::optional<Failure>& failure) {
-    if (failure) return fail(*failure);
+    if (failure) return failBusy(*failure);
     running_ = true;
     if (!discovering_) beganAt_ = now_;
     failures_ = 0;
     lastHeard_ = now_;
-    if (!quiet_) {
-        quietLimits_.reset();
-        patience_ = quietLimits_.next();
-    }
+    if (!quiet_) quietLimits_.reset();
+    if (!quiet_ || dead_.suspected()) patience_ = nextPatience();
     watchAt_ = now_ + patience_;
     judge();
-    if (hasRun_ && listener_.restarted) listener_.restarted();
+    if (hasRun_ && !dead_.dead() && listener_.restarted) listener_.restarted();
     hasRun_ = true;
+}
+
+/// What a start fails with, unless another bluetoothd's round was in its way and has been ended.
+void Discovery::failBusy(const Failure& failure) {
+    dead_.ended();
+    const auto released = [this, failure, epoch = epoch_](bool ended) {
+        if (epoch != epoch_) return;
+        calling_ = false;
+        if (!ended) fail(failure);
+        step();
+    };
+    calling_ = dead_.release(failure, discovering_, released);
+    if (!calling_) fail(failure);
+}
+
+/// Also where the state stays: what helps may be another thing now.
+void Discovery::deadChanged() {
+    judge();
+    if (listener_.stateChanged) listener_.stateChanged();
+}
+
+/// The kernel was made to end a round, and bluetoothd goes on.
+void Discovery::revived() {
+    if (listener_.restarted) listener_.restarted();
 }
 
 void Discovery::fail(const Failure& failure) {
@@ -235,10 +323,14 @@ void Discovery::judge() {
     DiscoveryState state = DiscoveryState::well;
     if (failures_ > 0 && isDenial(failure_)) {
         state = DiscoveryState::denied;
+    } else if (dead_.dead()) {
+        state = DiscoveryState::dead;
     } else if (failures_ > 1) {  // one alone is normal: an adapter that has just come may not be ready
         state = DiscoveryState::failing;
     } else if (quiet_) {
         state = denies_ ? DiscoveryState::inactive : DiscoveryState::quiet;
+    } else if (dead_.unproven()) {
+        state = DiscoveryState::unproven;
     }
     if (state == state_) return;
     state_ = state;

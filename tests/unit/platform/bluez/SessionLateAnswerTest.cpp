@@ -82,7 +82,7 @@ TEST_F(SessionLateAnswer, OfAStopDoesNotEndAScanThatIsWantedAgain) {
 
 TEST_F(SessionLateAnswer, ReachesNoSessionThatHasEnded) {
     BluezBench other;
-    auto session = std::make_unique<BluezSession>(other.bluez, other.rfkill, other, "");
+    auto session = std::make_unique<BluezSession>(other.bluez, other.rfkill, other.mgmt, other, "");
     other.bluez.holdAnswers("GetManagedObjects");
     session->want(true);
     session->pass(0s);

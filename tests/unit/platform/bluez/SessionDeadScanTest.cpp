@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "unit/platform/bluez/BluezSessionFixture.h"
+
+#include <algorithm>
+
+namespace nearcast::bluez {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* dead = "the scan is dead";
+constexpr const char* unproven = "the scan was dead and has been begun again";
+
+/// bluetoothd has missed the end of a round, and nobody here may speak to the kernel.
+class SessionDeadScan : public BluezSessionTest {
+protected:
+    SessionDeadScan() {
+        scan();
+        bench.pass(20s);
+    }
+
+    /// Long enough for the watchdog to find it.
+    void die() {
+        bluez().starve("hci0");
+        bench.pass(35s);
+    }
+    [[nodiscard]] bool wasEverWellSince(std::size_t count) const {
+        return std::any_of(bench.conditions.begin() + static_cast<std::ptrdiff_t>(count), bench.conditions.end(),
+                           [](const RadioCondition& told) { return told.why.empty(); });
+    }
+};
+
+TEST_F(SessionDeadScan, IsRecognisedByTheAnswersToAStop) {
+    bluez().starve("hci0");
+    bench.pass(29s);
+    EXPECT_EQ(why(), "");
+    bench.pass(6s);
+    EXPECT_EQ(state(), CBManagerStatePoweredOn);
+    EXPECT_TRUE(says(dead)) << why();
+    EXPECT_TRUE(says("systemctl restart bluetooth") && says("-E") && says("CAP_NET_ADMIN")) << why();
+}
+
+TEST_F(SessionDeadScan, IsNotFoundInQuietAir) {
+    bluez().deafen(true);
+    bench.pass(3600s);
+    EXPECT_TRUE(says("quiet air")) << why();
+}
+
+/// In the moment between two rounds a living one answers the same.
+TEST_F(SessionDeadScan, IsNotFoundByOneStopThatComesAtABadMoment) {
+    bluez().deafen(true);
+    bench.pass(29s);
+    bluez().failNext("StopDiscovery", error::inProgress);
+    bluez().at(bench.now() + 1s + 10ms, [this] { bluez().failNext("StopDiscovery", error::failed); });
+    bench.pass(600s);
+    EXPECT_TRUE(std::none_of(bench.conditions.begin(), bench.conditions.end(),
+                             [](const auto& told) { return told.why.find("dead") != std::string::npos; }));
+}
+
+TEST_F(SessionDeadScan, IsNotFoundWhereBluetoothdIsBusyWhileReportsCome) {
+    bluez().failNext("StopDiscovery", error::inProgress);
+    bench.session.want(false);
+    bench.pass(3s);
+    bluez().failNext("StopDiscovery", error::inProgress);
+    bench.session.want(true);
+    bench.pass(100ms);
+    bench.session.want(false);
+    bench.pass(3s);
+    EXPECT_FALSE(says(dead)) << why();
+}
+
+TEST_F(SessionDeadScan, IsTriedAgainEveryThirtySecondsAndNotEveryEightMinutes) {
+    die();
+    bench.pass(60s);
+    const int before = bluez().count("StartDiscovery");
+    bench.pass(600s);
+    EXPECT_GE(bluez().count("StartDiscovery") - before, 18);
+    EXPECT_LE(bluez().count("StartDiscovery") - before, 21);
+}
+
+TEST_F(SessionDeadScan, DoesNotCountTriesThatBeginNothing) {
+    die();
+    const int before = bench.restarts;
+    bench.pass(600s);
+    EXPECT_EQ(bench.restarts, before);
+}
+
+TEST_F(SessionDeadScan, IsNeverCalledWellThoughTheAdapterIsSwitchedOffAndOn) {
+    die();
+    const std::size_t before = bench.conditions.size();
+    bluez().power("hci0", false);
+    bench.pass(5s);
+    bluez().power("hci0", true);
+    bench.pass(100s);
+    EXPECT_TRUE(says(dead)) << why();
+    EXPECT_FALSE(wasEverWellSince(before));
+}
+
+TEST_F(SessionDeadScan, IsNeverCalledWellThoughTheScanIsStoppedAndStarted) {
+    die();
+    const std::size_t before = bench.conditions.size();
+    bench.session.want(false);
+    bench.pass(10s);
+    bench.session.want(true);
+    bench.pass(100s);
+    EXPECT_TRUE(says(dead)) << why();
+    EXPECT_FALSE(wasEverWellSince(before));
+}
+
+TEST_F(SessionDeadScan, IsOverWithTheFirstReportOfAnotherBluetoothd) {
+    die();
+    bluez().dongle(0).silent = true;
+    bluez().killDaemon();
+    bench.pass(2s);
+    const std::size_t before = bench.conditions.size();
+    bluez().startDaemon();
+    bench.pass(2s);
+    EXPECT_TRUE(says(unproven)) << why();
+    EXPECT_FALSE(wasEverWellSince(before)) << "before anything was heard";
+    bluez().dongle(0).silent = false;
+    bench.pass(1s);
+    EXPECT_EQ(why(), "");
+}
+
+TEST_F(SessionDeadScan, IsOverWhenTheAdapterIsPluggedInAgain) {
+    die();
+    bluez().unplug("hci0");
+    bench.pass(2s);
+    bluez().plug("hci0");
+    EXPECT_GE(bench.reportsIn(2s), 9);
+    EXPECT_EQ(why(), "");
+}
+
+TEST_F(SessionDeadScan, IsOverWhenSomebodyElseMendsIt) {
+    die();
+    bench.pass(3s);
+    bluez().startInKernel("hci0");
+    bluez().stopInKernel("hci0");
+    EXPECT_GE(bench.reportsIn(35s), 1);
+    EXPECT_EQ(why(), "");
+}
+
+TEST_F(SessionDeadScan, AsksTheKernelNothingAgainThatItMayNotAsk) {
+    die();
+    bench.pass(600s);
+    EXPECT_TRUE(bench.mgmt.commands.empty());
+    EXPECT_EQ(bench.mgmt.opened, 1);
+}
+
+/// The same, with CAP_NET_ADMIN.
+class SessionThatMends : public BluezSessionTest {
+protected:
+    SessionThatMends() {
+        bench.mgmt.privileged = true;
+        scan();
+        bench.pass(20s);
+    }
+    [[nodiscard]] bool wasTold(std::string_view words) const {
+        return std::any_of(bench.conditions.begin(), bench.conditions.end(),
+                           [&](const RadioCondition& told) { return told.why.find(words) != std::string::npos; });
+    }
+};
+
+TEST_F(SessionThatMends, HearsAgainWithinTwoSecondsOfTheEndOfTheRound) {
+    bluez().starve("hci0");
+    bench.pass(1500ms);
+    EXPECT_GE(bench.reportsIn(500ms), 4);
+    EXPECT_TRUE(wasTold(dead));
+    EXPECT_EQ(why(), "");
+    EXPECT_EQ(bench.restarts, 1);
+    EXPECT_EQ(bluez().count("StopDiscovery"), 0);
+}
+
+TEST_F(SessionThatMends, GoesOnTryingWhileBluetoothdHangs) {
+    bluez().hang(true);
+    bluez().starve("hci0");
+    bench.pass(20s);
+    EXPECT_TRUE(says(dead)) << why();
+    EXPECT_FALSE(says("CAP_NET_ADMIN")) << why();
+    bluez().hang(false);
+    bench.pass(2500ms);
+    EXPECT_GE(bench.reportsIn(500ms), 4);
+    EXPECT_EQ(why(), "");
+}
+
+TEST_F(SessionThatMends, DoesNotCallItWellBeforeAReportWasHeard) {
+    bluez().dongle(0).silent = true;
+    bluez().starve("hci0");
+    bench.pass(5s);
+    EXPECT_TRUE(says(unproven)) << why();
+    bluez().dongle(0).silent = false;
+    bench.pass(1s);
+    EXPECT_EQ(why(), "");
+}
+
+TEST_F(SessionThatMends, LeavesAScanAloneThatRunsInQuietAir) {
+    bluez().deafen(true);
+    bench.pass(3600s);
+    EXPECT_TRUE(bench.mgmt.commands.empty());
+    EXPECT_FALSE(wasTold(dead));
+}
+
+TEST_F(SessionThatMends, LeavesABluetoothdAloneThatConnectsToADevice) {
+    bench.session.want(false);
+    bench.pass(5s);
+    bench.session.want(true);
+    bench.pass(3s);  // the round is young
+    bluez().starve("hci0");
+    bench.pass(KernelScan::connectPause - 100ms);
+    EXPECT_TRUE(bench.mgmt.commands.empty());
+    bench.pass(1s);
+    EXPECT_FALSE(bench.mgmt.commands.empty());
+}
+
+TEST_F(SessionThatMends, MendsAScanThatWasDeadBeforeItBegan) {
+    bench.session.want(false);
+    bench.pass(5s);
+    bluez().discoverForAnother("hci0");
+    bluez().starve("hci0");
+    bench.session.want(true);
+    bench.pass(2500ms);
+    EXPECT_GE(bench.reportsIn(500ms), 4);
+}
+
+TEST_F(SessionThatMends, EndsTheRoundOfABluetoothdThatDied) {
+    bluez().leaveRounds(10s);
+    bluez().killDaemon();
+    bluez().startDaemon();
+    bench.pass(500ms);
+    EXPECT_GE(bench.reportsIn(500ms), 4);
+    EXPECT_EQ(why(), "");
+}
+
+TEST_F(SessionThatMends, EndsNoRoundWhereBluetoothdHasBeenThereForLong) {
+    bench.session.want(false);
+    bench.pass(5s);
+    bluez().failAlways("StartDiscovery", error::inProgress);
+    bench.session.want(true);
+    bench.pass(20s);
+    EXPECT_TRUE(bench.mgmt.commands.empty() || bench.mgmt.commands.front() != 0x24);
+}
+
+TEST_F(SessionThatMends, HoldsNoSocketWhileNoScanIsWanted) {
+    EXPECT_TRUE(bench.mgmt.descriptor() >= 0);
+    bench.session.want(false);
+    bench.pass(5s);
+    EXPECT_EQ(bench.mgmt.descriptor(), -1);
+}
+
+TEST_F(BluezSessionTest, WaitsForTheRoundOfADeadBluetoothdWithoutTheCapability) {
+    scan();
+    bluez().leaveRounds(9s);
+    bluez().killDaemon();
+    bluez().startDaemon();
+    EXPECT_EQ(bench.reportsIn(8900ms), 0);
+    EXPECT_TRUE(says("the scan cannot be started")) << why();
+    bench.pass(3s);
+    EXPECT_GE(bench.reportsIn(1s), 9);
+}
+
+}  // namespace
+
+}  // namespace nearcast::bluez
