@@ -6,7 +6,7 @@ import json
 import time
 import traceback
 
-MODULES = ("rates", "recovery", "clients", "manager", "states", "facts", "shop")
+MODULES = ("rates", "recovery", "dead_scan", "clients", "manager", "states", "facts", "shop")
 TESTS = []
 
 
