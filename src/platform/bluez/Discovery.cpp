@@ -21,7 +21,10 @@ bool isUndecided(const Failure& failure) {
 }  // namespace
 
 Discovery::Discovery(SystemBus& bus, KernelScan& kernel, Listener listener)
-    : bus_(bus), listener_(std::move(listener)), dead_(kernel, {[this] { deadChanged(); }, [this] { revived(); }}) {}
+    : bus_(bus),
+      listener_(std::move(listener)),
+      monitor_(bus, [this] { step(); }),
+      dead_(kernel, {[this] { deadChanged(); }, [this] { revived(); }}) {}
 
 void Discovery::want(bool wanted) {
     if (wanted == wanted_) return;
@@ -36,7 +39,7 @@ void Discovery::want(bool wanted) {
 }
 
 void Discovery::setAdapter(const std::optional<std::string>& adapter, bool monitors) {
-    monitors_ = monitors;
+    monitor_.setAdapter(adapter.value_or(std::string()), monitors);
     if (adapter.value_or(std::string()) != adapter_) {
         forgetAdapter();
         adapter_ = adapter.value_or(std::string());
@@ -47,7 +50,7 @@ void Discovery::setAdapter(const std::optional<std::string>& adapter, bool monit
 
 void Discovery::forgetAdapter() {
     ++epoch_;
-    calling_ = discovering_ = running_ = filterSet_ = mustStop_ = monitorTried_ = monitorCalling_ = quiet_ = false;
+    calling_ = discovering_ = running_ = filterSet_ = mustStop_ = quiet_ = false;
     dead_.ended();
     failures_ = 0;
     pauseEnds_.reset();
@@ -73,16 +76,8 @@ void Discovery::setDiscovering(bool discovering) {
     judge();
 }
 
-void Discovery::loseMonitor() {
-    monitoredAdapter_.clear();
-    monitorTried_ = false;
-    monitorAt_ = now_ + monitorPause_.next();
-}
-
 void Discovery::forgetDaemon() {
-    monitoredAdapter_.clear();
-    monitorPause_.reset();
-    monitorAt_ = now_;
+    monitor_.forgetDaemon();
     deadLimits_.reset();
     dead_.forgetDaemon();
 }
@@ -115,8 +110,7 @@ std::optional<Time> Discovery::due() const {
     if (!calling_ && !adapter_.empty()) takeEarlier(earliest, pauseEnds_);
     if (endedAt_) takeEarlier(earliest, *endedAt_ + doubt);
     if (beganAt_) takeEarlier(earliest, *beganAt_ + doubt);
-    if (lacksMonitor()) takeEarlier(earliest, monitorAt_);
-    if (monitorCalling_ && isWanted() && !running_ && !calling_ && !pauseEnds_) takeEarlier(earliest, graceEnds_);
+    if (isWanted()) takeEarlier(earliest, monitor_.due(now_));
     takeEarlier(earliest, watchAt_);
     takeEarlier(earliest, dead_.due());
     return earliest;
@@ -174,12 +168,8 @@ Time Discovery::nextPatience() {
 
 void Discovery::watchDead() { dead_.watch(isWanted() ? adapter_ : std::string()); }
 
-bool Discovery::lacksMonitor() const {
-    return isWanted() && monitors_ && monitoredAdapter_ != adapter_ && !monitorTried_ && !monitorCalling_;
-}
-
 void Discovery::step() {
-    stepMonitor();
+    if (isWanted()) monitor_.keep(now_);
     if (calling_ || adapter_.empty() || (pauseEnds_ && now_ < *pauseEnds_)) return;
     pauseEnds_.reset();
     if (isWanted()) {
@@ -189,19 +179,12 @@ void Discovery::step() {
     }
 }
 
-/// Beside the other calls: a bluetoothd that is slow with it keeps no scan from beginning.
-void Discovery::stepMonitor() {
-    if (!lacksMonitor() || now_ < monitorAt_) return;
-    graceEnds_ = now_ + monitorGrace;
-    bus_.registerMonitor(adapter_, thenOfMonitor(&Discovery::monitored));
-}
-
 void Discovery::stepWanted() {
     if (mustStop_) {
         stop();
     } else if (!filterSet_) {
         bus_.setDiscoveryFilter(adapter_, then(&Discovery::filtered));
-    } else if (!running_ && !(monitorCalling_ && now_ < graceEnds_)) {
+    } else if (!running_ && !monitor_.holdsStart(now_)) {
         start();
     }
 }
@@ -209,8 +192,8 @@ void Discovery::stepWanted() {
 void Discovery::stepUnwanted() {
     if (running_ || mustStop_) {
         stop();
-    } else if (monitoredAdapter_ == adapter_ && !monitorCalling_) {
-        bus_.unregisterMonitor(adapter_, thenOfMonitor(&Discovery::unmonitored));
+    } else {
+        monitor_.end();
     }
 }
 
@@ -234,16 +217,6 @@ Done Discovery::then(Answer answer) {
     };
 }
 
-Done Discovery::thenOfMonitor(Answer answer) {
-    monitorCalling_ = true;
-    return [this, answer, epoch = epoch_](const std::optional<Failure>& failure) {
-        if (epoch != epoch_) return;
-        monitorCalling_ = false;
-        (this->*answer)(failure);
-        step();
-    };
-}
-
 /// Any other failure says that nothing was running, which is what was asked for.
 void Discovery::stopped(const std::optional<Failure>& failure) {
     dead_.stopAnswered(failure, now_ - lastHeard_);
@@ -251,17 +224,6 @@ void Discovery::stopped(const std::optional<Failure>& failure) {
     running_ = filterSet_ = mustStop_ = denies_ = false;
     endedAt_.reset();
     beganAt_.reset();
-}
-
-/// A refused monitor is no failure: the discovery runs without one.
-void Discovery::monitored(const std::optional<Failure>& failure) {
-    monitorTried_ = true;
-    if (!failure || failure->name == error::alreadyExists) monitoredAdapter_ = adapter_;
-}
-
-void Discovery::unmonitored(const std::optional<Failure>& /*failure*/) {
-    monitoredAdapter_.clear();
-    monitorTried_ = false;
 }
 
 void Discovery::filtered(const std::optional<Failure>& failure) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/bluez/DeadScan.h"
+#include "platform/bluez/MonitorKeeper.h"
 #include "platform/bluez/SystemBus.h"
 #include "platform/radio/BackOff.h"
 
@@ -48,9 +49,6 @@ public:
     static constexpr Time longestPause = std::chrono::seconds(2);
     static constexpr Time deadLimit = std::chrono::seconds(5);
     static constexpr Time longestDeadLimit = std::chrono::seconds(30);
-    /// For so long a monitor that is being registered has the start wait: a scan that begins after it hears more.
-    static constexpr Time monitorGrace = std::chrono::milliseconds(250);
-    static constexpr Time longestMonitorPause = std::chrono::minutes(1);
 
     /// @param bus, kernel live longer
     Discovery(SystemBus& bus, KernelScan& kernel, Listener listener);
@@ -64,7 +62,7 @@ public:
     /// The adapter's `Discovering`.
     void setDiscovering(bool discovering);
     /// bluetoothd has released the monitor.
-    void loseMonitor();
+    void loseMonitor() { monitor_.lose(now_); }
     /// bluetoothd has come or gone, or the adapter has, and with it the monitor and what was wrong.
     void forgetDaemon();
     /// A report has been heard.
@@ -90,18 +88,13 @@ private:
     using Answer = void (Discovery::*)(const std::optional<Failure>& failure);
 
     [[nodiscard]] bool isWanted() const { return wanted_ || unwantedAt_; }
-    [[nodiscard]] bool lacksMonitor() const;
     void step();
-    void stepMonitor();
     void stepWanted();
     void stepUnwanted();
     void start();
     void stop();
     Done then(Answer answer);
-    Done thenOfMonitor(Answer answer);
     void stopped(const std::optional<Failure>& failure);
-    void monitored(const std::optional<Failure>& failure);
-    void unmonitored(const std::optional<Failure>& failure);
     void filtered(const std::optional<Failure>& failure);
     void started(const std::optional<Failure>& failure);
     void fail(const Failure& failure);
@@ -124,19 +117,12 @@ private:
     bool wanted_ = false;
     std::optional<Time> unwantedAt_;  ///< when the lingering ends
     std::string adapter_;             ///< empty: none
-    bool monitors_ = false;
 
     // What is the case in bluetoothd, as far as we know.
     bool discovering_ = false;  ///< the adapter says so
     bool running_ = false;      ///< we have started a discovery
     bool filterSet_ = false;
-    bool mustStop_ = false;         ///< bluetoothd may have a discovery of ours in a wrong state
-    std::string monitoredAdapter_;  ///< where our monitor is registered; empty: nowhere
-    bool monitorTried_ = false;
-    bool monitorCalling_ = false;  ///< an answer is pending
-    Time monitorAt_{0};            ///< when another may be registered, at the earliest
-    Time graceEnds_{0};            ///< when the start no longer waits for it
-    BackOff monitorPause_{firstPause, longestMonitorPause};
+    bool mustStop_ = false;  ///< bluetoothd may have a discovery of ours in a wrong state
 
     std::optional<Time> beganAt_;  ///< when it was started, while the adapter has not said so
     bool denies_ = false;          ///< the adapter has not said so for too long
@@ -153,6 +139,7 @@ private:
     BackOff quietLimits_{quietLimit, longestQuietLimit};
     BackOff deadLimits_{deadLimit, longestDeadLimit};
     Time patience_ = quietLimit;  ///< how long a silence the watchdog allows now
+    MonitorKeeper monitor_;
     DeadScan dead_;
     DiscoveryState state_ = DiscoveryState::well;
     Failure failure_;

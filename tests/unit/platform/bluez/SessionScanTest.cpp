@@ -211,7 +211,7 @@ TEST_F(SessionWithMonitors, ScansWithoutOneThatIsRefused) {
 TEST_F(SessionWithMonitors, ScansWithoutOneWhoseRegistrationHangs) {
     bluez().holdAnswers("RegisterMonitor");
     bench.session.want(true);
-    bench.pass(Discovery::monitorGrace);
+    bench.pass(MonitorKeeper::grace);
     EXPECT_EQ(bluez().count("StartDiscovery"), 0);
     bench.pass(50ms);
     EXPECT_EQ(bluez().count("StartDiscovery"), 1);
@@ -259,7 +259,7 @@ TEST_F(SessionWithMonitors, KeepsItAcrossPowerOffAndOn) {
 TEST_F(SessionWithMonitors, RegistersAnotherWhenItIsReleased) {
     scan();
     bluez().releaseMonitor();
-    bench.pass(Discovery::firstPause - 1ms);
+    bench.pass(MonitorKeeper::firstPause - 1ms);
     EXPECT_FALSE(bluez().monitored());
     bench.pass(50ms);
     EXPECT_TRUE(bluez().monitored());
