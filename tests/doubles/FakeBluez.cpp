@@ -25,6 +25,7 @@ const Failure nothingStarted{std::string(error::failed), "No discovery started"}
 FakeBluez::FakeBluez() {
     adapters_[pathOf("hci0")];
     at(sweepInterval, [this] { removeSilent(); });
+    at(strictCycle, [this] { endRound(); });
 }
 
 void FakeBluez::runUntil(Time time) {

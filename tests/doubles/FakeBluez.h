@@ -116,6 +116,8 @@ public:
     /// @return the status of doc/mgmt-api.txt
     std::uint8_t startInKernel(const std::string& name);
     std::uint8_t stopInKernel(const std::string& name);
+    /// How many events the controller has sent: reports, and the answers to the commands of each round.
+    [[nodiscard]] std::optional<std::uint32_t> events(const std::string& name) const;
     /// @}
 
     /// @name What the client has done
@@ -152,6 +154,7 @@ private:
         bool probed = false;  ///< somebody else's discovery runs in the kernel
         Time orphanUntil{0};  ///< when the round of a dead bluetoothd ends
         bool kernelTold = false;
+        std::uint32_t events = 0;
     };
     struct Sender {
         FakeDongle dongle;
@@ -175,6 +178,7 @@ private:
     void removeDevices();
     void endDiscovery(const std::string& path, Adapter& adapter);
     bool runsInKernel(const Adapter& adapter) const;
+    void endRound();
     void tellOfKernel();
     void tell(const std::function<void(SystemBusListener&)>& what);
     void signal(const std::function<void(SystemBusListener&)>& what);

@@ -41,10 +41,11 @@ void FakeBluez::describe(const Sender& sender, bool reading) {
 }
 
 void FakeBluez::hear(Sender& sender) {
-    const Adapter* const adapter = find(pathOf(sender.dongle.adapter));
+    Adapter* const adapter = find(pathOf(sender.dongle.adapter));
     if (!daemon_ || hanging_ || adapter == nullptr || !(adapter->ours || adapter->others) || adapter->dead ||
         stalled_ || deaf_)
         return;
+    ++adapter->events;
     if (listener_ == nullptr) return;
     const Time round = round_ + (now_ - round_) / strictCycle * strictCycle;
     if (duplicatesDropped_ && sender.shown && sender.lastReport >= round) return;

@@ -13,6 +13,8 @@ constexpr std::uint8_t rejected = 0x0B;
 constexpr std::uint8_t notPowered = 0x0F;
 constexpr std::uint8_t invalidIndex = 0x11;
 
+constexpr std::uint32_t answersOfRound = 4;
+
 }  // namespace
 
 bool FakeBluez::runsInKernel(const Adapter& adapter) const {
@@ -20,11 +22,22 @@ bool FakeBluez::runsInKernel(const Adapter& adapter) const {
     return adapter.powered && (bluetoothds || adapter.probed || now_ < adapter.orphanUntil);
 }
 
+std::optional<std::uint32_t> FakeBluez::events(const std::string& name) const {
+    const auto place = adapters_.find(pathOf(name));
+    return place == adapters_.end() ? std::nullopt : std::optional(place->second.events);
+}
+
+void FakeBluez::endRound() {
+    for (auto& [path, adapter] : adapters_) adapter.events += runsInKernel(adapter) ? answersOfRound : 0;
+    at(now_ + strictCycle, [this] { endRound(); });
+}
+
 void FakeBluez::tellOfKernel() {
     for (auto& [path, adapter] : adapters_) {
         const bool runs = runsInKernel(adapter);
         if (runs == adapter.kernelTold) continue;
         adapter.kernelTold = runs;
+        adapter.events += answersOfRound;
         if (kernelDiscovers) kernelDiscovers(path.substr(path.rfind('/') + 1), runs);
     }
 }

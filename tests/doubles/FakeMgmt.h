@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <deque>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace nearcast::bluez {
@@ -25,6 +27,7 @@ public:
     bool eventFirst = false;              ///< the news of a beginning comes before the answer to the command
     std::uint8_t otherType = 0;           ///< what runs is of this type: only a stop of the same type ends it
     std::vector<std::uint16_t> commands;  ///< that were sent, but for questions
+    bool counts = true;                   ///< it says how many events there were
     int opened = 0;                       ///< how often
     [[nodiscard]] bool readable() const { return open_ && (receiveError != 0 || !messages_.empty()); }
     /// A message of any kind comes.
@@ -36,6 +39,9 @@ public:
     int send(std::span<const std::uint8_t> command) override;
     Received receive() override;
     [[nodiscard]] int descriptor() const override { return open_ ? 1 : -1; }
+    [[nodiscard]] std::optional<std::uint32_t> events(std::uint16_t adapter) const override {
+        return counts ? bluez_.events("hci" + std::to_string(adapter)) : std::nullopt;
+    }
 
 private:
     std::uint8_t carryOut(std::uint16_t command, const std::string& adapter, std::uint8_t type);

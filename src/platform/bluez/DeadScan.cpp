@@ -37,12 +37,14 @@ void DeadScan::asked() {
     askedAt_ = now_;
     heardAt_.reset();
     lookAt_ = lookAt();
+    if (!stoodStill_) standstill_.begin(now_);
 }
 
 /// Any report proves that the scan lives.
 void DeadScan::heard() {
     heardAt_ = now_;
     signs_ = 0;
+    if (std::exchange(stoodStill_, false)) standstill_.begin(now_);
     if (!unproven_) return;
     dead_ = unproven_ = false;
     pause_.reset();
@@ -85,11 +87,25 @@ void DeadScan::pass(Time now) {
         mend();
     }
     lookAt_ = lookAt();
+    lookForStandstill();
+}
+
+/// Where the kernel tells of its rounds there is no need to count.
+void DeadScan::lookForStandstill() {
+    const std::optional<Time> at = standstill_.due();
+    if (!at || now_ < *at) return;
+    if (!asked_ || dead_ || kernel_.usable()) return standstill_.end();
+    const Time silence = now_ - heardAt_.value_or(askedAt_);
+    stoodStill_ = standstill_.rings(now_, silence, [this] { return kernel_.events(); });
+    if (!stoodStill_) return;
+    standstill_.end();
+    listener_.still();
 }
 
 std::optional<Time> DeadScan::due() const {
     std::optional<Time> earliest = kernel_.due();
     takeEarlier(earliest, lookAt_);
+    takeEarlier(earliest, standstill_.due());
     return earliest;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/bluez/KernelScan.h"
+#include "platform/bluez/Standstill.h"
 #include "platform/bluez/SystemBus.h"
 #include "platform/radio/BackOff.h"
 
@@ -16,7 +17,8 @@ namespace nearcast::bluez {
 /// A bluetoothd that was starved misses the kernel's news that a round has ended, waits for it for good, and begins no
 /// other, whatever its clients do. With `KernelScan` that is seen a second after the end of the round, and mended.
 /// Without it the answers to a stop in silence tell: "busy", and the next time "nothing was started". Both may also
-/// come of chance, in the moment between two rounds, so they count when they come twice.
+/// come of chance, in the moment between two rounds, so they count when they come twice. When to stop it is told by a
+/// `Standstill` of the controller.
 ///
 /// What was dead is not called well again before a report was heard. Not for several threads at once.
 class DeadScan {
@@ -24,6 +26,7 @@ public:
     struct Listener {
         std::function<void()> changed;  ///< `dead` or `unproven`
         std::function<void()> revived;  ///< the discovery goes on, without having been asked for anew
+        std::function<void()> still;    ///< the controller is silent: a stop would tell. Once in a silence
     };
 
     /// After a start the kernel's discovery runs within this time.
@@ -75,6 +78,7 @@ public:
 
 private:
     [[nodiscard]] std::optional<Time> lookAt() const;
+    void lookForStandstill();
     void mend();
     void mended(KernelScan::Outcome outcome);
     void find();
@@ -94,6 +98,8 @@ private:
     Time mendAt_{0};  ///< when the kernel may be asked again, at the earliest
     std::optional<Time> lookAt_;
     BackOff pause_{firstPause, longestPause};
+    Standstill standstill_;
+    bool stoodStill_ = false;  ///< in this silence
     Time orphansUntil_{0};
 };
 

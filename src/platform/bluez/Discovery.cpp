@@ -24,7 +24,7 @@ Discovery::Discovery(SystemBus& bus, KernelScan& kernel, Listener listener)
     : bus_(bus),
       listener_(std::move(listener)),
       monitor_(bus, [this] { step(); }),
-      dead_(kernel, {[this] { deadChanged(); }, [this] { revived(); }}) {}
+      dead_(kernel, {[this] { deadChanged(); }, [this] { revived(); }, [this] { tryAnew(); }}) {}
 
 void Discovery::want(bool wanted) {
     if (wanted == wanted_) return;
@@ -146,6 +146,13 @@ void Discovery::lookForSilence() {
         watchAt_ = lastHeard_ + patience_;
         return;
     }
+    tryAnew();
+}
+
+/// Nothing is heard: ends the discovery, and begins another.
+void Discovery::tryAnew() {
+    if (!running_) return;
+    watchAt_.reset();
     quiet_ = true;
     patience_ = nextPatience();
     mustStop_ = true;

@@ -105,6 +105,7 @@ private:
     void lookForEnd();
     void lookForSilence();
     void lookForBlindness();
+    void tryAnew();
     void watchDead();
     Time nextPatience();
     void deadChanged();

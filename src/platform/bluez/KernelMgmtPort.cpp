@@ -2,11 +2,13 @@
 #include "platform/bluez/KernelMgmtPort.h"
 
 #include <linux/filter.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstddef>
+#include <cstring>
 #include <iterator>
 
 namespace nearcast::bluez {
@@ -14,6 +16,10 @@ namespace nearcast::bluez {
 namespace {
 
 // Numbers of the kernel's Bluetooth sockets (include/net/bluetooth/{bluetooth,hci_sock}.h of Linux).
+constexpr unsigned long getDeviceInfo = _IOR('H', 211, int);  // HCIGETDEVINFO
+// `struct hci_dev_info`, and in it `stat.evt_rx`.
+constexpr std::size_t deviceInfoOctets = 92;
+constexpr std::size_t eventsOffset = 64;
 constexpr int bluetoothFamily = 31;          // AF_BLUETOOTH
 constexpr int hciProtocol = 1;               // BTPROTO_HCI
 constexpr std::uint16_t noDevice = 0xFFFF;   // HCI_DEV_NONE
@@ -84,6 +90,19 @@ MgmtPort::Received KernelMgmtPort::receive() {
     if (octets > 0) return {std::span(buffer_).first(static_cast<std::size_t>(octets)), 0};
     if (octets == 0) return {{}, EPIPE};
     return {{}, errno == EAGAIN ? 0 : errno};
+}
+
+std::optional<std::uint32_t> KernelMgmtPort::events(std::uint16_t adapter) const {
+    const int asking = socket(bluetoothFamily, SOCK_RAW | SOCK_CLOEXEC, hciProtocol);
+    if (asking < 0) return std::nullopt;
+    alignas(4) std::array<std::uint8_t, deviceInfoOctets> info{};
+    std::memcpy(info.data(), &adapter, sizeof adapter);
+    const bool answered = ioctl(asking, getDeviceInfo, info.data()) == 0;
+    ::close(asking);
+    if (!answered) return std::nullopt;
+    std::uint32_t count = 0;
+    std::memcpy(&count, &info[eventsOffset], sizeof count);
+    return count;
 }
 
 }  // namespace nearcast::bluez

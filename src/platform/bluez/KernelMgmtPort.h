@@ -25,6 +25,7 @@ public:
     int send(std::span<const std::uint8_t> command) override;
     Received receive() override;
     [[nodiscard]] int descriptor() const override { return descriptor_; }
+    [[nodiscard]] std::optional<std::uint32_t> events(std::uint16_t adapter) const override;
 
 private:
     void release() noexcept;

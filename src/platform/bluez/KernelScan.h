@@ -56,6 +56,11 @@ public:
     /// From when on one that has ended is missed.
     [[nodiscard]] Time missedFrom() const { return missedFrom_; }
 
+    /// How many events the controller has sent; `usable` or not.
+    [[nodiscard]] std::optional<std::uint32_t> events() const {
+        return adapter_ ? port_.events(*adapter_) : std::nullopt;
+    }
+
     /// Begins a discovery and ends it, where none runs: bluetoothd, which learns of its end, goes on with its own.
     void revive(Done done);
     /// Ends the discovery that runs.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace nearcast::bluez {
@@ -24,6 +25,9 @@ public:
     virtual Received receive() = 0;
     /// What to wait for (`poll`); -1 while it is closed.
     [[nodiscard]] virtual int descriptor() const = 0;
+    /// How many events a controller (0: hci0) has sent since it came, or nothing where the kernel does not say. Anybody
+    /// may ask, and it need not be open.
+    [[nodiscard]] virtual std::optional<std::uint32_t> events(std::uint16_t adapter) const = 0;
 };
 
 }  // namespace nearcast::bluez

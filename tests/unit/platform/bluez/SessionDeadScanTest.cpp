@@ -33,18 +33,38 @@ protected:
 
 TEST_F(SessionDeadScan, IsRecognisedByTheAnswersToAStop) {
     bluez().starve("hci0");
-    bench.pass(29s);
+    bench.pass(Standstill::limit - 1ms);
     EXPECT_EQ(why(), "");
+    EXPECT_EQ(bluez().count("StopDiscovery"), 0);
     bench.pass(6s);
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
     EXPECT_TRUE(says(dead)) << why();
     EXPECT_TRUE(says("systemctl restart bluetooth") && says("-E") && says("CAP_NET_ADMIN")) << why();
 }
 
+TEST_F(SessionDeadScan, IsRecognisedByTheWatchdogWhereEventsCannotBeCounted) {
+    bench.mgmt.counts = false;
+    bluez().starve("hci0");
+    bench.pass(29s);
+    EXPECT_EQ(why(), "");
+    bench.pass(4s);
+    EXPECT_TRUE(says(dead)) << why();
+}
+
 TEST_F(SessionDeadScan, IsNotFoundInQuietAir) {
     bluez().deafen(true);
     bench.pass(3600s);
     EXPECT_TRUE(says("quiet air")) << why();
+    EXPECT_EQ(bench.restarts, 10) << "as often as the watchdog wants";
+}
+
+TEST_F(SessionDeadScan, IsLookedForOnceWhereAnotherClientKeepsItFromBeingRecognised) {
+    bluez().discoverForAnother("hci0");
+    bench.settle();
+    bluez().starve("hci0");
+    bench.pass(30s);
+    EXPECT_EQ(bluez().count("StopDiscovery"), 1) << "which succeeds, for the other one";
+    EXPECT_TRUE(says("nothing at all is heard")) << why();
 }
 
 /// In the moment between two rounds a living one answers the same.
