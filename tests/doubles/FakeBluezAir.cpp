@@ -42,9 +42,10 @@ void FakeBluez::describe(const Sender& sender, bool reading) {
 
 void FakeBluez::hear(Sender& sender) {
     Adapter* const adapter = find(pathOf(sender.dongle.adapter));
-    if (!daemon_ || hanging_ || adapter == nullptr || !(adapter->ours || adapter->others) || adapter->dead ||
-        stalled_ || deaf_)
-        return;
+    if (!daemon_ || hanging_ || adapter == nullptr || !(adapter->ours || adapter->others)) return;
+    // For a monitor the kernel goes on scanning, whatever became of the discovery.
+    if ((adapter->dead && monitored_.empty()) || stalled_ || deaf_) return;
+    if (listener_ == nullptr) return;
     ++adapter->events;
     if (listener_ == nullptr) return;
     const Time round = round_ + (now_ - round_) / strictCycle * strictCycle;

@@ -15,7 +15,6 @@ void MonitorKeeper::setAdapter(const std::string& adapter, bool offered) {
 
 void MonitorKeeper::lose(Time now) {
     place_.clear();
-    refused_ = false;
     at_ = now + pause_.next();
 }
 

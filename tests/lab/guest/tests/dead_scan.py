@@ -87,7 +87,7 @@ def told(lab):
     found = listener.wait("health", 45, since=ended, fits=lambda rest: DEAD in rest, what="the words")
     lab.figure("told", f"{found[0] - ended:.1f} s after the end of the hang: {found[1]}")
     expect("systemctl restart bluetooth" in found[1] and "CAP_NET_ADMIN" in found[1], "without what helps")
-    expect(not listener.reports(now() - 20), "it hears, so that it was not dead")
+    expect(not listener.reports(now() - 10), "it hears, so that it was not dead")
     lab.set_powered(False)
     listener.wait_state("PoweredOff")
     lab.set_powered(True)

@@ -78,16 +78,31 @@ TEST_F(SessionDeadScan, IsNotFoundByOneStopThatComesAtABadMoment) {
                              [](const auto& told) { return told.why.find("dead") != std::string::npos; }));
 }
 
+/// As it is above some hundred reports a second.
 TEST_F(SessionDeadScan, IsNotFoundWhereBluetoothdIsBusyWhileReportsCome) {
-    bluez().failNext("StopDiscovery", error::inProgress);
-    bench.session.want(false);
+    for (int turn = 0; turn < 3; ++turn) {
+        bluez().failNext("StopDiscovery", error::inProgress);
+        bluez().at(bench.now() + 1100ms, [this] { bluez().failNext("StopDiscovery", error::failed); });
+        bench.session.want(false);
+        bench.pass(2s);
+        bench.session.want(true);
+        bench.pass(3s);
+    }
+    EXPECT_GE(bluez().count("StopDiscovery"), 6);
+    EXPECT_TRUE(std::none_of(bench.conditions.begin(), bench.conditions.end(),
+                             [](const auto& told) { return told.why.find("dead") != std::string::npos; }));
+}
+
+TEST_F(SessionDeadScan, IsRecognisedAsSoonTheNextTime) {
+    die();
     bench.pass(3s);
-    bluez().failNext("StopDiscovery", error::inProgress);
-    bench.session.want(true);
-    bench.pass(100ms);
-    bench.session.want(false);
-    bench.pass(3s);
-    EXPECT_FALSE(says(dead)) << why();
+    bluez().startInKernel("hci0");
+    bluez().stopInKernel("hci0");
+    bench.pass(60s);
+    ASSERT_EQ(why(), "");
+    bluez().starve("hci0");
+    bench.pass(Standstill::limit + 6s);
+    EXPECT_TRUE(says(dead)) << why();
 }
 
 TEST_F(SessionDeadScan, IsTriedAgainEveryThirtySecondsAndNotEveryEightMinutes) {
@@ -243,6 +258,39 @@ TEST_F(SessionThatMends, MendsAScanThatWasDeadBeforeItBegan) {
     EXPECT_GE(bench.reportsIn(500ms), 4);
 }
 
+TEST_F(SessionThatMends, AsksOnceWhereAnotherClientsScanRunsInQuietAir) {
+    bench.session.want(false);
+    bench.pass(5s);
+    bluez().deafen(true);
+    bluez().discoverForAnother("hci0");
+    bench.session.want(true);
+    bench.pass(25s);
+    EXPECT_EQ(bench.mgmt.commands, std::vector<std::uint16_t>{0x23}) << "which the kernel refuses: it runs";
+    EXPECT_FALSE(wasTold(dead));
+}
+
+TEST_F(SessionThatMends, AsksNothingWhereAnotherClientsScanWasHeard) {
+    bench.session.want(false);
+    bench.pass(5s);
+    bluez().discoverForAnother("hci0");
+    bench.session.want(true);
+    bench.pass(10s);
+    bluez().deafen(true);
+    bench.pass(25s);
+    EXPECT_TRUE(bench.mgmt.commands.empty());
+}
+
+TEST_F(SessionThatMends, EndsNoRoundOfAnotherClientOfTheNewBluetoothd) {
+    bluez().killDaemon();
+    bluez().startDaemon();
+    bluez().failAlways("StartDiscovery", error::inProgress);
+    bluez().discoverForAnother("hci0");
+    bluez().blink("hci0", 0s);  // it discovers, it says
+    bench.pass(10s);
+    EXPECT_GE(bluez().count("StartDiscovery"), 2);
+    EXPECT_EQ(std::count(bench.mgmt.commands.begin(), bench.mgmt.commands.end(), 0x24), 0);
+}
+
 TEST_F(SessionThatMends, EndsTheRoundOfABluetoothdThatDied) {
     bluez().leaveRounds(10s);
     bluez().killDaemon();
@@ -266,6 +314,19 @@ TEST_F(SessionThatMends, HoldsNoSocketWhileNoScanIsWanted) {
     bench.session.want(false);
     bench.pass(5s);
     EXPECT_EQ(bench.mgmt.descriptor(), -1);
+}
+
+TEST(SessionThatMendsWithMonitors, LeavesAloneWhatIsHeardWithoutADiscovery) {
+    BluezBench bench;
+    bench.mgmt.privileged = true;
+    bench.bluez.plug("hci0", true, true);
+    bench.bluez.place({});
+    bench.session.want(true);
+    bench.pass(20s);
+    bench.bluez.starve("hci0");
+    EXPECT_GE(bench.reportsIn(60s), 590);
+    EXPECT_TRUE(bench.mgmt.commands.empty());
+    EXPECT_EQ(bench.session.why(), "");
 }
 
 TEST_F(BluezSessionTest, WaitsForTheRoundOfADeadBluetoothdWithoutTheCapability) {
