@@ -51,11 +51,13 @@ void DeadScan::heard() {
     listener_.changed();
 }
 
-void DeadScan::stopAnswered(const std::optional<Failure>& failure, Time silence) {
+/// One that succeeds says little of a dead one: another client's discovery lets it.
+void DeadScan::stopAnswered(const std::optional<Failure>& failure) {
     if (!failure) {
-        clear();  // there was one to be stopped
+        refused_ = false;
+        signs_ = 0;
     } else if (failure->name == error::inProgress) {
-        refused_ = silence >= hush;
+        refused_ = true;
     } else if (std::exchange(refused_, false) && failure->name == error::failed && ++signs_ > 1) {
         find();
     }
@@ -129,9 +131,9 @@ void DeadScan::mended(KernelScan::Outcome outcome) {
     mending_ = false;
     mendAt_ = now_ + pause_.next();
     switch (outcome) {
-        case KernelScan::Outcome::mended: return find();  // none ran: so it was dead
-        case KernelScan::Outcome::needless: return clear();
+        case KernelScan::Outcome::mended: return find();                  // none ran: so it was dead
         case KernelScan::Outcome::forbidden: return listener_.changed();  // what helps is another thing now
+        case KernelScan::Outcome::needless:
         case KernelScan::Outcome::failed: return;
     }
 }

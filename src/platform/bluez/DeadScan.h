@@ -16,9 +16,9 @@ namespace nearcast::bluez {
 ///
 /// A bluetoothd that was starved misses the kernel's news that a round has ended, waits for it for good, and begins no
 /// other, whatever its clients do. With `KernelScan` that is seen a second after the end of the round, and mended.
-/// Without it the answers to a stop in silence tell: "busy", and the next time "nothing was started". Both may also
-/// come of chance, in the moment between two rounds, so they count when they come twice. When to stop it is told by a
-/// `Standstill` of the controller.
+/// Without it the answers to a stop tell: "busy", and the next time "nothing was started". Both may also come of
+/// chance, in the moment between two rounds, so they count when they come twice and no report between. When to stop it
+/// is told by a `Standstill` of the controller.
 ///
 /// What was dead is not called well again before a report was heard. Not for several threads at once.
 class DeadScan {
@@ -50,8 +50,7 @@ public:
     /// It has ended, or its end is asked for.
     void ended() { asked_ = false; }
     /// How a stop was answered.
-    /// @param silence how long nothing had been heard
-    void stopAnswered(const std::optional<Failure>& failure, Time silence);
+    void stopAnswered(const std::optional<Failure>& failure);
     void heard();
 
     /// Where bluetoothd has just come and its kernel is busy, it is so with the round of a former one: ends that.

@@ -226,7 +226,7 @@ Done Discovery::then(Answer answer) {
 
 /// Any other failure says that nothing was running, which is what was asked for.
 void Discovery::stopped(const std::optional<Failure>& failure) {
-    dead_.stopAnswered(failure, now_ - lastHeard_);
+    dead_.stopAnswered(failure);
     if (failure && isUndecided(*failure)) return fail(*failure);
     running_ = filterSet_ = mustStop_ = denies_ = false;
     endedAt_.reset();
