@@ -123,7 +123,9 @@ void FakeBluez::failAlways(const std::string& method, std::string_view error) {
 }
 
 void FakeBluez::starve(const std::string& name) {
-    adapters_.at(pathOf(name)).dead = true;
+    Adapter& adapter = adapters_.at(pathOf(name));
+    if (!daemon_ || !runsInKernel(adapter)) return;  // no round ends that it could miss
+    adapter.dead = true;
     tellOfKernel();
 }
 
@@ -198,7 +200,11 @@ void FakeBluez::disconnect() {
     if (listener_ == nullptr) return;
     listener_ = nullptr;
     monitored_.clear();
-    for (auto& [path, adapter] : adapters_) adapter.ours = adapter.discovering = adapter.filtered = false;
+    for (auto& [path, adapter] : adapters_) {
+        adapter.ours = adapter.filtered = false;
+        adapter.discovering = adapter.dead;
+    }
+    tellOfKernel();
 }
 
 /// What a call comes to that was made when bluetoothd had died so many times.

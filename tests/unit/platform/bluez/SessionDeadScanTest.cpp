@@ -82,6 +82,25 @@ TEST_F(SessionDeadScan, IsNotFoundByStopsThatComeAtABadMomentNowAndThen) {
                              [](const auto& told) { return told.why.find("dead") != std::string::npos; }));
 }
 
+TEST_F(SessionDeadScan, IsSuspectedAnewAfterAReport) {
+    const auto untilTwoStops = [this] {
+        const int stops = bluez().count("StopDiscovery");
+        while (bluez().count("StopDiscovery") < stops + 2) bench.pass(10ms);
+        bench.pass(100ms);
+    };
+    bluez().starve("hci0");
+    untilTwoStops();
+    bluez().startInKernel("hci0");
+    bluez().stopInKernel("hci0");
+    bench.pass(20s);
+    ASSERT_EQ(why(), "");
+    bluez().starve("hci0");
+    untilTwoStops();
+    EXPECT_FALSE(says(dead)) << why();
+    untilTwoStops();
+    EXPECT_TRUE(says(dead)) << why();
+}
+
 TEST_F(SessionDeadScan, StaysFoundThoughAnotherClientLetsAStopSucceed) {
     die();
     bluez().discoverForAnother("hci0");
@@ -224,6 +243,7 @@ TEST_F(SessionThatMends, GoesOnTryingWhileBluetoothdHangs) {
     bench.pass(20s);
     EXPECT_TRUE(says(dead)) << why();
     EXPECT_FALSE(says("CAP_NET_ADMIN")) << why();
+    EXPECT_LE(bench.mgmt.commands.size(), 24U) << "two every two seconds";
     bluez().hang(false);
     bench.pass(2500ms);
     EXPECT_GE(bench.reportsIn(500ms), 4);
