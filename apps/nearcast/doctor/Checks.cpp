@@ -22,6 +22,7 @@ constexpr Check all[] = {
     {"power", byBluez, Elsewhere::note, checkPower},
     {"low energy", byBluez, Elsewhere::note, checkLowEnergy},
     {"monitors", byBluez, Elsewhere::nothing, checkMonitors},
+    {"mending", byBluez, Elsewhere::nothing, checkMending},
     {"discovery", byBluez, Elsewhere::nothing, checkDiscovery},
     {"discovery", byBeside, Elsewhere::nothing, checkSomebodyDiscovers},
 };

@@ -73,6 +73,7 @@ std::vector<Finding> checkPolicy(const Machine& machine);
 std::vector<Finding> checkPower(const Machine& machine);
 std::vector<Finding> checkLowEnergy(const Machine& machine);
 std::vector<Finding> checkMonitors(const Machine& machine);
+std::vector<Finding> checkMending(const Machine& machine);  ///< what becomes of a scan that bluetoothd loses
 std::vector<Finding> checkDiscovery(const Machine& machine);
 std::vector<Finding> checkSomebodyDiscovers(const Machine& machine);
 

@@ -116,7 +116,7 @@ std::optional<Time> DeadScan::due() const {
 std::optional<Time> DeadScan::lookAt() const {
     const std::optional<bool> runs = kernel_.runs();
     if (!asked_ || mending_ || !kernel_.usable() || runs == true || (!runs && heardAt_)) return std::nullopt;
-    Time at = std::max(askedAt_ + startLimit, mendAt_);
+    Time at = std::max({askedAt_ + startLimit, mendAt_, kernel_.presumedUntil()});
     if (runs) at = std::max(at, kernel_.missedFrom());
     if (heardAt_) at = std::max(at, *heardAt_ + hush);
     return at;

@@ -89,7 +89,9 @@ MgmtPort::Received KernelMgmtPort::receive() {
     const ssize_t octets = retried([&] { return recv(descriptor_, buffer_.data(), buffer_.size(), MSG_DONTWAIT); });
     if (octets > 0) return {std::span(buffer_).first(static_cast<std::size_t>(octets)), 0};
     if (octets == 0) return {{}, EPIPE};
-    return {{}, errno == EAGAIN ? 0 : errno};
+    const int error = errno;
+    if (error == ENOTSOCK) descriptor_ = -1;  // somebody closed ours, and its number is another file's by now
+    return {{}, error == EAGAIN ? 0 : error};
 }
 
 std::optional<std::uint32_t> KernelMgmtPort::events(std::uint16_t adapter) const {

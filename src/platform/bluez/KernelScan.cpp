@@ -133,7 +133,7 @@ void KernelScan::answered(std::uint16_t command, std::uint8_t status) {
     const bool expected = command == (stage_ == Stage::starting ? startDiscovery : stopDiscovery);
     if (!answerBy_ || stage_ == Stage::awaitingRound || !expected) return;
     if (stage_ == Stage::starting) {
-        if (status == busy) runs_ = true;
+        if (status == busy) presumedUntil_ = now_ + presumption;
         if (status != success) return finish(status == busy ? Outcome::needless : Outcome::failed);
         stage_ = Stage::awaitingRound;
         if (own_) stop(Stage::stopping);
@@ -156,6 +156,7 @@ void KernelScan::discovering(bool on) {
         return;
     }
     runs_ = on;
+    presumedUntil_ = Time(0);
     if (on) {
         begunAt_ = now_;
     } else {

@@ -33,6 +33,8 @@ public:
     /// A round that was ended before its time: bluetoothd connects to a device meanwhile, and that takes a while.
     static constexpr Time connectPause = std::chrono::seconds(6);
     static constexpr Time shortestRound = std::chrono::seconds(10);
+    /// A kernel that is busy most likely discovers; if so, it tells of another round within this time.
+    static constexpr Time presumption = std::chrono::seconds(12);
 
     /// @param port lives longer
     explicit KernelScan(MgmtPort& port) : port_(port) {}
@@ -55,6 +57,8 @@ public:
     [[nodiscard]] std::optional<bool> runs() const { return runs_; }
     /// From when on one that has ended is missed.
     [[nodiscard]] Time missedFrom() const { return missedFrom_; }
+    /// Until when one is presumed to run, for the kernel was busy.
+    [[nodiscard]] Time presumedUntil() const { return presumedUntil_; }
 
     /// How many events the controller has sent; `usable` or not.
     [[nodiscard]] std::optional<std::uint32_t> events() const {
@@ -87,6 +91,7 @@ private:
     std::optional<Time> begunAt_;
     bool own_ = false;  ///< the round that ends next is one that we began or end
     Time missedFrom_{0};
+    Time presumedUntil_{0};
     Stage stage_ = Stage::idle;
     std::uint8_t type_ = 0;  ///< of the discovery that is to end
     std::optional<Time> answerBy_;

@@ -133,6 +133,19 @@ TEST_F(KernelScanTest, TouchesNoDiscoveryThatRuns) {
     EXPECT_EQ(kernel.runs(), true);
 }
 
+TEST_F(KernelScanTest, PresumesThatABusyKernelDiscovers) {
+    discover();
+    kernel.watch(std::nullopt);
+    kernel.watch(0);
+    const Time asked = bluez.now();
+    EXPECT_EQ(after(&KernelScan::revive), Outcome::needless);
+    EXPECT_EQ(kernel.runs(), std::nullopt);
+    EXPECT_GE(kernel.presumedUntil(), asked + KernelScan::presumption);
+    bluez.starve("hci0");
+    pass(5ms);
+    EXPECT_EQ(kernel.presumedUntil(), Time(0));
+}
+
 TEST_F(KernelScanTest, EndsTheRoundOfADeadBluetoothd) {
     bluez.leaveRounds(10s);
     discover();
