@@ -37,7 +37,7 @@ public:
         const std::optional<std::uint32_t> before = whole ? count_ : std::nullopt;
         count_.reset();
         if (silence >= hush) count_ = count();
-        at_ = now + (count_ ? limit : hush);
+        at_ = now + (silence >= hush ? limit : hush);
         return before && count_ == before;
     }
 
