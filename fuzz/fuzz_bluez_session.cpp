@@ -114,6 +114,10 @@ private:
             case 2: return bluez.deafen(toggle(deaf_));
             case 3: return bluez.beStrict();
             case 4: return bluez.forgetToTell(toggle(forgetful_));
+            case 7: return starve(anyAdapter());
+            case 8: return static_cast<void>(toggle(bench_.mgmt.privileged));
+            case 9: return static_cast<void>(toggle(bench_.mgmt.mute));
+            case 10: return bluez.leaveRounds(1s * (input_.u8() % 11));
             case 5:
                 if (dongles_ > 0) bluez.showUnheard(input_.u8() % dongles_);
                 return;
@@ -122,6 +126,11 @@ private:
                 return;
             default: return;
         }
+    }
+    void starve(const std::string& adapter) {
+        if (!plugged_.contains(adapter)) return;
+        starved_ = true;
+        bench_.bluez.starve(adapter);
     }
     void setDaemon(bool there) {
         if (there == daemon_) return;
@@ -158,6 +167,7 @@ private:
         FakeBluez& bluez = bench_.bluez;
         for (const char* const method : methods) bluez.failAlways(method, "");
         bluez.mendBus();
+        if (starved_) setDaemon(false);  // nothing else helps without CAP_NET_ADMIN
         setDaemon(true);
         bluez.hang(false);
         bluez.answerAfter(FakeBluez::latency);
@@ -194,6 +204,7 @@ private:
     bool hanging_ = false;
     bool deaf_ = false;
     bool forgetful_ = false;
+    bool starved_ = false;
 };
 
 }  // namespace

@@ -26,7 +26,8 @@ public:
     }
 
     std::unique_ptr<CBCentralManager> centralManager(CBCentralManagerDelegate& delegate) override {
-        auto radio = std::make_unique<bluez::BluezRadio>(delegate, console_, monitor(), bluez_, rfkill_, "", [] {});
+        auto radio =
+            std::make_unique<bluez::BluezRadio>(delegate, console_, monitor(), bluez_, rfkill_, mgmt_, "", [] {});
         for (Time time{0}; time < headStart; time += turnInterval) turn(*radio, time);
         turns_ = scheduledTimer(turnInterval,
                                 [this, &radio = *radio](NSTimer&) { turn(radio, headStart + date().sinceStart()); });
@@ -43,6 +44,7 @@ private:
     Console& console_;
     bluez::FakeBluez bluez_;
     bluez::FakeRfkill rfkill_;
+    bluez::FakeMgmt mgmt_{bluez_};
     std::shared_ptr<NSTimer> turns_;
 };
 

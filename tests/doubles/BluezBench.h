@@ -2,6 +2,7 @@
 #pragma once
 
 #include "doubles/FakeBluez.h"
+#include "doubles/FakeMgmt.h"
 #include "platform/bluez/BluezSession.h"
 
 #include <algorithm>
@@ -23,7 +24,7 @@ public:
 class BluezBench : public SessionListener {
 public:
     /// @param adapter as the session takes it
-    explicit BluezBench(std::string adapter = {}) : session(bluez, rfkill, *this, std::move(adapter)) {}
+    explicit BluezBench(std::string adapter = {}) : session(bluez, rfkill, mgmt, *this, std::move(adapter)) {}
 
     void pass(Time duration) {
         const Time target = now_ + duration;
@@ -52,6 +53,7 @@ public:
 
     FakeBluez bluez;
     FakeRfkill rfkill;
+    FakeMgmt mgmt{bluez};
     int reports = 0;
     int restarts = 0;
     int forgeries = 0;
@@ -67,6 +69,7 @@ private:
         now_ = time;
         session.pass(time);
         bluez.runUntil(time);
+        while (mgmt.readable()) session.pass(time);
     }
 
     Time now_{0};

@@ -25,6 +25,7 @@ const Failure nothingStarted{std::string(error::failed), "No discovery started"}
 FakeBluez::FakeBluez() {
     adapters_[pathOf("hci0")];
     at(sweepInterval, [this] { removeSilent(); });
+    at(strictCycle, [this] { endRound(); });
 }
 
 void FakeBluez::runUntil(Time time) {
@@ -66,7 +67,11 @@ void FakeBluez::killDaemon() {
     daemon_ = hanging_ = stalled_ = false;
     ++deaths_;
     monitored_.clear();
-    for (auto& [path, adapter] : adapters_) adapter.ours = adapter.discovering = adapter.filtered = false;
+    for (auto& [path, adapter] : adapters_) {
+        if (runsInKernel(adapter)) adapter.orphanUntil = std::max(adapter.orphanUntil, now_ + rest_);
+        adapter.ours = adapter.discovering = adapter.filtered = adapter.dead = false;
+    }
+    at(now_ + rest_, [this] { tellOfKernel(); });
     for (Sender& sender : dongles_) sender.shown = false;
     tell([](auto& listener) { listener.daemonChanged(false); });
 }
@@ -106,8 +111,11 @@ void FakeBluez::power(const std::string& name, bool on, PowerState state) {
     adapter.powerState = state;
     if (!on) {
         removeDevices();
-        adapter.ours = adapter.discovering = adapter.filtered = stalled_ = false;
+        adapter.ours = adapter.filtered = adapter.probed = stalled_ = false;
+        adapter.discovering = adapter.dead;
+        adapter.orphanUntil = now_;
     }
+    tellOfKernel();
     signal([this, path = pathOf(name), adapter](auto& listener) { listener.adapterChanged(path, newsOf(adapter)); });
 }
 
@@ -124,6 +132,18 @@ void FakeBluez::failAlways(const std::string& method, std::string_view error) {
     } else {
         alwaysFailing_[method] = {std::string(error), "always"};
     }
+}
+
+void FakeBluez::starve(const std::string& name) {
+    Adapter& adapter = adapters_.at(pathOf(name));
+    if (!daemon_ || !runsInKernel(adapter)) return;  // no round ends that it could miss
+    adapter.dead = true;
+    tellOfKernel();
+}
+
+void FakeBluez::discoverForAnother(const std::string& name) {
+    adapters_.at(pathOf(name)).others = true;
+    tellOfKernel();
 }
 
 void FakeBluez::loseDiscovery(const std::string& name) {
@@ -198,7 +218,11 @@ void FakeBluez::disconnect() {
     if (listener_ == nullptr) return;
     listener_ = nullptr;
     monitored_.clear();
-    for (auto& [path, adapter] : adapters_) adapter.ours = adapter.discovering = adapter.filtered = false;
+    for (auto& [path, adapter] : adapters_) {
+        adapter.ours = adapter.filtered = false;
+        adapter.discovering = adapter.dead;
+    }
+    tellOfKernel();
 }
 
 /// What a call comes to that was made when bluetoothd had died so many times.
@@ -222,6 +246,7 @@ void FakeBluez::call(const std::string& method, Done done, Work work) {
     at(now_ + latency_, [this, answer, method, work = std::move(work), deaths = deaths_, connection = connections_] {
         if (listener_ == nullptr || connection != connections_) return;
         const auto failure = outcome(method, work, deaths);
+        tellOfKernel();
         if (!held_.contains(method)) return answer(failure);
         heldAnswers_.push_back(
             [this, answer, failure, deaths] { answer(deaths == deaths_ ? failure : std::optional(left)); });
@@ -280,8 +305,9 @@ void FakeBluez::startDiscovery(const std::string& adapter, Done done) {
         Adapter* const found = find(adapter);
         if (found == nullptr) return unknownObject;
         if (!found->powered) return notReady;
-        if (found->ours) return inProgress;
+        if (found->ours || now_ < found->orphanUntil) return inProgress;
         found->ours = true;
+        if (found->dead) return std::nullopt;
         found->discovering = !denies_;
         stalled_ = false;
         round_ = now_;
@@ -300,6 +326,8 @@ void FakeBluez::stopDiscovery(const std::string& adapter, Done done) {
         if (!found->powered) return notReady;
         if (!found->ours) return nothingStarted;
         found->ours = found->filtered = false;
+        if (found->dead && !found->others) return inProgress;
+        if (found->dead) return std::nullopt;
         endDiscovery(adapter, *found);
         return std::nullopt;
     });

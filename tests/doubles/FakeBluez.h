@@ -95,13 +95,19 @@ public:
     /// Every call of that method fails until nothing is said.
     void failAlways(const std::string& method, std::string_view error);
     /// Another client's discovery of duplicates runs on the adapter; the client is told of its reports too.
-    void discoverForAnother(const std::string& name) { adapters_.at(pathOf(name)).others = true; }
+    void discoverForAnother(const std::string& name);
     /// It stops hearing, and does not know; a new discovery mends it.
     void stall() { stalled_ = true; }
     /// A discovery that is begun is never said to run.
     void denyDiscovering() { denies_ = true; }
     /// It hears nothing, whatever is done.
     void deafen(bool deaf) { deaf_ = deaf; }
+    /// bluetoothd was starved and has missed the end of a round: it takes its discovery for running, whatever its
+    /// clients do, until it is started anew, the adapter comes anew, or the kernel tells it of another end.
+    void starve(const std::string& name);
+    /// From now on a bluetoothd that dies leaves the kernel's round behind for so long. Another one cannot begin its
+    /// own meanwhile.
+    void leaveRounds(Time rest) { rest_ = rest; }
     /// Another client has ended our discovery.
     void loseDiscovery(const std::string& name);
     /// The adapter says for so long that it does not discover, though it does.
@@ -113,6 +119,17 @@ public:
     void beStrict() { strict_ = true; }
     /// The reports go on, of devices that the client has never been told of.
     void forgetToTell(bool forgetful) { forgetful_ = forgetful; }
+    /// @}
+
+    /// @name The kernel beneath, as others than bluetoothd may speak to it
+    /// @{
+    /// What is called when the discovery of an adapter begins and ends there.
+    std::function<void(const std::string& name, bool on)> kernelDiscovers;
+    /// @return the status of doc/mgmt-api.txt
+    std::uint8_t startInKernel(const std::string& name);
+    std::uint8_t stopInKernel(const std::string& name);
+    /// How many events the controller has sent: reports, and the answers to the commands of each round.
+    [[nodiscard]] std::optional<std::uint32_t> events(const std::string& name) const;
     /// @}
 
     /// @name What the client has done
@@ -147,6 +164,11 @@ private:
         PowerState powerState = PowerState::unknown;
         std::string address;  ///< empty: it is not said
         std::optional<bool> lowEnergy;
+        bool dead = false;    ///< bluetoothd has missed the end of its discovery
+        bool probed = false;  ///< somebody else's discovery runs in the kernel
+        Time orphanUntil{0};  ///< when the round of a dead bluetoothd ends
+        bool kernelTold = false;
+        std::uint32_t events = 0;
     };
     struct Sender {
         FakeDongle dongle;
@@ -172,6 +194,9 @@ private:
     void removeSilent();
     void removeDevices();
     void endDiscovery(const std::string& path, Adapter& adapter);
+    bool runsInKernel(const Adapter& adapter) const;
+    void endRound();
+    void tellOfKernel();
     void tell(const std::function<void(SystemBusListener&)>& what);
     void signal(const std::function<void(SystemBusListener&)>& what);
 
@@ -181,6 +206,7 @@ private:
     int connections_ = 0;
     std::optional<Failure> busFailure_;
     bool daemon_ = true;
+    Time rest_{0};    ///< of a round, that a bluetoothd leaves when it dies
     int deaths_ = 0;  ///< of bluetoothd: which one took a call
     Time latency_ = latency;
     std::set<std::string> held_;  ///< methods whose answers wait

@@ -73,9 +73,12 @@ bool FakeBluez::reaches(const Sender& sender, const Adapter& adapter) const {
 }
 
 void FakeBluez::hear(Sender& sender) {
-    const Adapter* const adapter = find(pathOf(sender.dongle.adapter));
-    if (!daemon_ || hanging_ || adapter == nullptr || !(adapter->ours || adapter->others) || stalled_ || deaf_) return;
-    if (listener_ == nullptr || !reaches(sender, *adapter)) return;
+    Adapter* const adapter = find(pathOf(sender.dongle.adapter));
+    if (!daemon_ || hanging_ || adapter == nullptr || !(adapter->ours || adapter->others)) return;
+    // For a monitor the kernel goes on scanning, whatever became of the discovery.
+    if ((adapter->dead && monitored_.empty()) || stalled_ || deaf_ || listener_ == nullptr) return;
+    ++adapter->events;
+    if (!reaches(sender, *adapter)) return;
     const Time round = round_ + (now_ - round_) / strictCycle * strictCycle;
     if (duplicatesDropped_ && sender.shown && sender.lastReport >= round) return;
     sender.lastHeard = sender.lastReport = now_;

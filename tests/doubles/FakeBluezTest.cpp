@@ -178,6 +178,81 @@ TEST_F(FakeBluezTest, ReadsOctetsItself) {
     EXPECT_FALSE(manufacturer);
 }
 
+TEST_F(FakeBluezTest, BeginsNoScanAgainThatItHasLost) {
+    connect();
+    discover();
+    bluez.starve("hci0");
+    added = changed = 0;
+    for (int i = 0; i < 2; ++i) bluez.stopDiscovery(adapter, note());
+    pass(1s);
+    discover();
+    EXPECT_EQ(answers, (Words{"", "", "org.bluez.Error.InProgress", "org.bluez.Error.Failed", "", ""}));
+    EXPECT_EQ(added + changed, 0);
+    EXPECT_EQ(told.back(), "discovers") << "it never says otherwise";
+}
+
+TEST_F(FakeBluezTest, DoesNotFindALostScanAgainByPowerOffAndOn) {
+    connect();
+    discover();
+    bluez.starve("hci0");
+    bluez.power("hci0", false);
+    bluez.power("hci0", true);
+    pass(1s);
+    added = changed = 0;
+    discover();
+    EXPECT_EQ(answers.back(), "");
+    EXPECT_EQ(added + changed, 0);
+}
+
+TEST_F(FakeBluezTest, GoesOnWithALostScanWhenTheKernelEndsAnother) {
+    connect();
+    discover();
+    bluez.starve("hci0");
+    EXPECT_EQ(bluez.startInKernel("hci0"), 0x00);
+    EXPECT_EQ(bluez.stopInKernel("hci0"), 0x00);
+    changed = 0;
+    pass(1s);
+    EXPECT_GE(changed, 9);
+    EXPECT_EQ(bluez.startInKernel("hci0"), 0x0A) << "busy";
+}
+
+TEST_F(FakeBluezTest, StopsNothingInTheKernelWhereNothingRuns) {
+    EXPECT_EQ(bluez.stopInKernel("hci0"), 0x0B);
+    bluez.power("hci0", false);
+    EXPECT_EQ(bluez.startInKernel("hci0"), 0x0F);
+    EXPECT_EQ(bluez.startInKernel("hci7"), 0x11);
+}
+
+TEST_F(FakeBluezTest, FindsTheRoundOfADeadOneInItsWay) {
+    bluez.leaveRounds(8s);
+    connect();
+    discover();
+    bluez.killDaemon();
+    bluez.startDaemon();
+    pass(7s);
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    EXPECT_EQ(answers.back(), "org.bluez.Error.InProgress");
+    bluez.startDiscovery(adapter, note());
+    pass(1s);
+    EXPECT_EQ(answers.back(), "");
+}
+
+TEST_F(FakeBluezTest, TellsWhatTheKernelDiscovers) {
+    std::vector<bool> news;
+    bluez.kernelDiscovers = [&](const std::string& name, bool on) {
+        EXPECT_EQ(name, "hci0");
+        news.push_back(on);
+    };
+    connect();
+    discover();
+    bluez.starve("hci0");
+    bluez.startInKernel("hci0");
+    bluez.stopInKernel("hci0");
+    pass(1s);
+    EXPECT_EQ(news, (std::vector<bool>{true, false, true, false, true}));
+}
+
 TEST_F(FakeBluezTest, RemovesADeviceThatIsSilentForThirtySeconds) {
     connect();
     discover();

@@ -154,6 +154,19 @@ std::vector<Finding> checkMonitors(const Machine& machine) {
     });
 }
 
+std::vector<Finding> checkMending(const Machine& machine) {
+    if (machine.bus().adapters.empty()) return {};
+    if (anyAdapter(machine, &BusAdapter::advertisementMonitors)) {
+        return {{Level::good, "a monitor keeps the kernel scanning, whatever becomes of bluetoothd's scan", ""}};
+    }
+    if (machine.capabilities().netAdmin) {
+        return {{Level::good, "a scan that bluetoothd loses is begun again in the kernel", ""}};
+    }
+    return {{Level::note, "a scan that bluetoothd loses, because it hung or was flooded, stays dead",
+             "start bluetoothd with -E, which prevents it, or give the service AmbientCapabilities=CAP_NET_ADMIN, with "
+             "which 'bluez' mends it; else sudo systemctl restart bluetooth when it happens"}};
+}
+
 std::vector<Finding> checkDiscovery(const Machine& machine) {
     if (!anyAdapter(machine, &BusAdapter::discovering)) return {};
     return {{Level::note, "another program is discovering too; bluetoothd serves both", ""}};

@@ -24,6 +24,7 @@ constexpr Check all[] = {
     {"choice", byBluez, Elsewhere::nothing, checkChoice},
     {"addresses", anyWay, Elsewhere::note, checkAddresses},
     {"monitors", byBluez, Elsewhere::nothing, checkMonitors},
+    {"mending", byBluez, Elsewhere::nothing, checkMending},
     {"discovery", byBluez, Elsewhere::nothing, checkDiscovery},
     {"discovery", byBeside, Elsewhere::nothing, checkSomebodyDiscovers},
 };

@@ -75,6 +75,7 @@ std::vector<Finding> checkLowEnergy(const Machine& machine);
 std::vector<Finding> checkChoice(const Machine& machine);     ///< which adapter is best, and why
 std::vector<Finding> checkAddresses(const Machine& machine);  ///< whether an address names one adapter
 std::vector<Finding> checkMonitors(const Machine& machine);
+std::vector<Finding> checkMending(const Machine& machine);  ///< what becomes of a scan that bluetoothd loses
 std::vector<Finding> checkDiscovery(const Machine& machine);
 std::vector<Finding> checkSomebodyDiscovers(const Machine& machine);
 

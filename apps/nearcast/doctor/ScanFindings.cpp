@@ -13,10 +13,12 @@ Finding radioFinding(const Hearing& hearing, const RadioHealth& health) {
         return {Level::fault, "the radio is " + stateInWords(health), "see what is wrong above"};
     }
     if (hearing.reports == 0) {
-        return {
-            Level::fault, "nothing at all was heard in " + decimals(hearing.seconds) + " s",
-            "bring a dongle or a phone close and try again; if still nothing is heard the radio is blind: unplug it "
-            "and plug it in again"};
+        return {Level::fault,
+                "nothing at all was heard in " + decimals(hearing.seconds) + " s" +
+                    (health.why.empty() ? "" : ": " + health.why),
+                "bring a dongle or a phone close and try again; if still nothing is heard the radio is blind, or "
+                "bluetoothd "
+                "has lost its scan: sudo systemctl restart bluetooth, or unplug the adapter and plug it in again"};
     }
     const double rate = hearing.seconds > 0 ? static_cast<double>(hearing.reports) / hearing.seconds : 0;
     const std::string text = counted(hearing.reports, "report") + ", " + decimals(rate) +

@@ -12,10 +12,10 @@
 namespace nearcast::bluez {
 
 BluezRadio::BluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, SystemBus& bus,
-                       const Rfkill& rfkill, std::string adapter, std::function<void()> wake)
+                       const Rfkill& rfkill, MgmtPort& mgmt, std::string adapter, std::function<void()> wake)
     : Radio(delegate, console, monitor, BluezSession::beginning().state, BluezSession::beginning().why),
       wake_(std::move(wake)),
-      session_(bus, rfkill, *this, std::move(adapter)) {}
+      session_(bus, rfkill, mgmt, *this, std::move(adapter)) {}
 
 void BluezRadio::pass(Time now, bool due) {
     session_.setTime(now);
@@ -27,7 +27,7 @@ void BluezRadio::pass(Time now, bool due) {
 ThreadedBluezRadio::ThreadedBluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
                                        std::string adapter)
     : RadioParts(console),
-      BluezRadio(delegate, console, monitor, bus, rfkill, std::move(adapter), [this] { wakeUp.wake(); }) {
+      BluezRadio(delegate, console, monitor, bus, rfkill, mgmt, std::move(adapter), [this] { wakeUp.wake(); }) {
     const SignalsBlocked blocked;
     thread_ = std::thread([this] { run(); });
     pthread_setname_np(thread_.native_handle(), "nearcast-bluez");
@@ -48,7 +48,7 @@ void ThreadedBluezRadio::run() noexcept {
         if (more) continue;
         const WakeUp::Found found = wait();
         if (!take(found)) return end(WakeUp::closed);
-        needed = found.wake || found.alarm;
+        needed = found.wake || found.alarm || found.another;
     }
 }
 
@@ -63,7 +63,7 @@ bool ThreadedBluezRadio::turn(bool needed) {
     return taken.more;
 }
 
-/// Waits for the bus, or for a short while where it is busy, and for the alarm and `wake`.
+/// Waits for the bus, or for a short while where it is busy, for the kernel's news, the alarm and `wake`.
 WakeUp::Found ThreadedBluezRadio::wait() noexcept {
     std::optional<Time> next = due();
     if (const auto left = bus.left()) {
@@ -72,7 +72,8 @@ WakeUp::Found ThreadedBluezRadio::wait() noexcept {
     }
     if (next != alarm_) wakeUp.setAlarm(next);
     alarm_ = next;
-    return crowding_.pausing() ? wakeUp.pause(Crowding::interval) : wakeUp.wait(bus.descriptor(), bus.events());
+    if (crowding_.pausing()) return wakeUp.pause(Crowding::interval);
+    return wakeUp.wait(bus.descriptor(), bus.events(), mgmt.descriptor());
 }
 
 /// Forgets what was found. What needs no system call has none, for there are a thousand reports a second: an alarm that

@@ -3,6 +3,7 @@
 
 #include "platform/bluez/BluezSession.h"
 #include "platform/bluez/Crowding.h"
+#include "platform/bluez/KernelMgmtPort.h"
 #include "platform/bluez/SdBus.h"
 #include "platform/radio/Radio.h"
 #include "platform/system/WakeUp.h"
@@ -23,11 +24,11 @@ namespace nearcast::bluez {
 /// delivered goes on.
 class BluezRadio : public Radio {
 public:
-    /// @param delegate, console, monitor, bus, rfkill live longer
+    /// @param delegate, console, monitor, bus, rfkill, mgmt live longer
     /// @param adapter "hci1" or an address; empty: the best one
     /// @param wake    makes `pass` be called soon; from any thread
     BluezRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, SystemBus& bus,
-               const Rfkill& rfkill, std::string adapter, std::function<void()> wake);
+               const Rfkill& rfkill, MgmtPort& mgmt, std::string adapter, std::function<void()> wake);
 
     /// @name For the one thread that runs it
     /// @{
@@ -51,6 +52,7 @@ struct RadioParts {
 
     SdBus bus;
     Rfkill rfkill;
+    KernelMgmtPort mgmt;
     WakeUp wakeUp;
 };
 

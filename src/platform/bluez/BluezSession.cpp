@@ -23,12 +23,14 @@ bool takeDue(std::optional<Time>& moment, Time now) {
 
 }  // namespace
 
-BluezSession::BluezSession(SystemBus& bus, const Rfkill& rfkill, SessionListener& listener, std::string adapter)
+BluezSession::BluezSession(SystemBus& bus, const Rfkill& rfkill, MgmtPort& mgmt, SessionListener& listener,
+                           std::string adapter)
     : bus_(bus),
       rfkill_(rfkill),
       listener_(listener),
       adapters_(std::move(adapter)),
-      discovery_(bus, {[this] { tell(); }, [this] { listener_.scanRestarted(); }}) {}
+      kernel_(mgmt),
+      discovery_(bus, kernel_, {[this] { tell(); }, [this] { listener_.scanRestarted(); }}) {}
 
 void BluezSession::pass(Time now) {
     now_ = now;
@@ -84,7 +86,7 @@ void BluezSession::forgetDaemon() {
     settledAt_.reset();
     adapters_.clear();
     devices_.clear();
-    discovery_.loseMonitor();
+    discovery_.forgetDaemon();
 }
 
 void BluezSession::list() {
@@ -117,8 +119,9 @@ void BluezSession::adapterChanged(std::string_view path, const AdapterNews& news
 }
 
 void BluezSession::adapterRemoved(std::string_view path) {
-    if (path == adapters_.chosen()) discovery_.loseMonitor();
+    const bool ours = path == adapters_.chosen();
     adapters_.remove(path);
+    if (ours) discovery_.forgetDaemon();
     update();
 }
 
@@ -258,6 +261,15 @@ RadioCondition BluezSession::conditionOfScan() const {
         case DiscoveryState::inactive:
             return {CBManagerStatePoweredOn,
                     "nothing at all is heard, and bluetoothd says that it does not scan: the radio is blind"};
+        case DiscoveryState::dead:
+            return {CBManagerStatePoweredOn,
+                    discovery_.cannotMend()
+                        ? "the scan is dead: bluetoothd takes it for running, and the kernel has ended it (systemctl "
+                          "restart bluetooth; bluetoothd -E prevents it, and with CAP_NET_ADMIN it is mended from here)"
+                        : "the scan is dead: bluetoothd takes it for running, and the kernel has ended it; it is being "
+                          "mended (if that does not help: systemctl restart bluetooth)"};
+        case DiscoveryState::unproven:
+            return {CBManagerStatePoweredOn, "the scan was dead and has been begun again; nothing is heard yet"};
     }
     return {CBManagerStatePoweredOn, ""};
 }

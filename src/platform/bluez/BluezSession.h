@@ -4,6 +4,7 @@
 #include "platform/bluez/Adapters.h"
 #include "platform/bluez/DeviceTable.h"
 #include "platform/bluez/Discovery.h"
+#include "platform/bluez/KernelScan.h"
 #include "platform/bluez/SystemBus.h"
 #include "platform/radio/BackOff.h"
 #include "platform/radio/Radio.h"
@@ -29,9 +30,9 @@ public:
     static constexpr Time firstPause = std::chrono::milliseconds(250);
     static constexpr Time longestPause = std::chrono::seconds(2);
 
-    /// @param bus, rfkill, listener live longer
+    /// @param bus, rfkill, mgmt, listener live longer
     /// @param adapter "hci1" or an address; empty: the best one
-    BluezSession(SystemBus& bus, const Rfkill& rfkill, SessionListener& listener, std::string adapter);
+    BluezSession(SystemBus& bus, const Rfkill& rfkill, MgmtPort& mgmt, SessionListener& listener, std::string adapter);
     ~BluezSession() override { bus_.disconnect(); }
     BluezSession(const BluezSession&) = delete;
     BluezSession& operator=(const BluezSession&) = delete;
@@ -110,6 +111,7 @@ private:
     bool asking_ = false;
     Time askAfter_{0};
 
+    KernelScan kernel_;
     Discovery discovery_;
     RadioCondition told_ = beginning();
 };

@@ -2,6 +2,7 @@
 #include "platform/bluez/Discovery.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace nearcast::bluez {
 
@@ -19,6 +20,12 @@ bool isUndecided(const Failure& failure) {
 
 }  // namespace
 
+Discovery::Discovery(SystemBus& bus, KernelScan& kernel, Listener listener)
+    : bus_(bus),
+      listener_(std::move(listener)),
+      monitor_(bus, [this] { step(); }),
+      dead_(kernel, {[this] { deadChanged(); }, [this] { revived(); }, [this] { tryAnew(); }}) {}
+
 void Discovery::want(bool wanted) {
     if (wanted == wanted_) return;
     wanted_ = wanted;
@@ -27,21 +34,24 @@ void Discovery::want(bool wanted) {
     } else {
         unwantedAt_ = now_ + linger;
     }
+    watchDead();
     step();
 }
 
 void Discovery::setAdapter(const std::optional<std::string>& adapter, bool monitors) {
-    monitors_ = monitors;
+    monitor_.setAdapter(adapter.value_or(std::string()), monitors);
     if (adapter.value_or(std::string()) != adapter_) {
         forgetAdapter();
         adapter_ = adapter.value_or(std::string());
+        watchDead();
     }
     step();
 }
 
 void Discovery::forgetAdapter() {
     ++epoch_;
-    calling_ = discovering_ = running_ = filterSet_ = mustStop_ = monitorTried_ = quiet_ = false;
+    calling_ = discovering_ = running_ = filterSet_ = mustStop_ = quiet_ = false;
+    dead_.ended();
     failures_ = 0;
     pauseEnds_.reset();
     endedAt_.reset();
@@ -66,13 +76,19 @@ void Discovery::setDiscovering(bool discovering) {
     judge();
 }
 
-void Discovery::loseMonitor() { monitoredAdapter_.clear(); }
+void Discovery::forgetDaemon() {
+    monitor_.forgetDaemon();
+    deadLimits_.reset();
+    dead_.forgetDaemon();
+}
 
 void Discovery::heard() {
     lastHeard_ = now_;
     pause_.reset();
-    if (!quiet_) return;
-    quiet_ = false;
+    const bool wasQuiet = std::exchange(quiet_, false);
+    dead_.heard();
+    if (!wasQuiet) return;
+    deadLimits_.reset();
     quietLimits_.reset();
     patience_ = quietLimits_.next();
     if (watchAt_) watchAt_ = now_ + patience_;
@@ -85,6 +101,7 @@ void Discovery::pass(Time now) {
     lookForEnd();
     lookForSilence();
     lookForBlindness();
+    dead_.pass(now);
     step();
 }
 
@@ -93,7 +110,9 @@ std::optional<Time> Discovery::due() const {
     if (!calling_ && !adapter_.empty()) takeEarlier(earliest, pauseEnds_);
     if (endedAt_) takeEarlier(earliest, *endedAt_ + doubt);
     if (beganAt_) takeEarlier(earliest, *beganAt_ + doubt);
+    if (isWanted()) takeEarlier(earliest, monitor_.due(now_));
     takeEarlier(earliest, watchAt_);
+    takeEarlier(earliest, dead_.due());
     return earliest;
 }
 
@@ -104,6 +123,7 @@ void Discovery::forgetWish() {
     pauseEnds_.reset();
     hasRun_ = quiet_ = false;
     failures_ = 0;
+    watchDead();
     judge();
 }
 
@@ -113,6 +133,7 @@ void Discovery::lookForEnd() {
     endedAt_.reset();
     if (!running_) return;
     running_ = false;
+    dead_.ended();
     mustStop_ = true;
     pause();
 }
@@ -125,8 +146,15 @@ void Discovery::lookForSilence() {
         watchAt_ = lastHeard_ + patience_;
         return;
     }
+    tryAnew();
+}
+
+/// Nothing is heard: ends the discovery, and begins another.
+void Discovery::tryAnew() {
+    if (!running_) return;
+    watchAt_.reset();
     quiet_ = true;
-    patience_ = quietLimits_.next();
+    patience_ = nextPatience();
     mustStop_ = true;
     judge();
 }
@@ -139,10 +167,19 @@ void Discovery::lookForBlindness() {
     judge();
 }
 
+/// What was seen of a dead scan is looked at again at once; a dead one soon, for others may mend it.
+Time Discovery::nextPatience() {
+    if (dead_.suspected()) return doubt;
+    return dead_.dead() ? deadLimits_.next() : quietLimits_.next();
+}
+
+void Discovery::watchDead() { dead_.watch(isWanted() ? adapter_ : std::string()); }
+
 void Discovery::step() {
+    if (isWanted()) monitor_.keep(now_);
     if (calling_ || adapter_.empty() || (pauseEnds_ && now_ < *pauseEnds_)) return;
     pauseEnds_.reset();
-    if (wanted_ || unwantedAt_) {
+    if (isWanted()) {
         stepWanted();
     } else {
         stepUnwanted();
@@ -151,22 +188,30 @@ void Discovery::step() {
 
 void Discovery::stepWanted() {
     if (mustStop_) {
-        bus_.stopDiscovery(adapter_, then(&Discovery::stopped));
-    } else if (monitors_ && monitoredAdapter_ != adapter_ && !monitorTried_) {
-        bus_.registerMonitor(adapter_, then(&Discovery::monitored));
+        stop();
     } else if (!filterSet_) {
         bus_.setDiscoveryFilter(adapter_, then(&Discovery::filtered));
-    } else if (!running_) {
-        bus_.startDiscovery(adapter_, then(&Discovery::started));
+    } else if (!running_ && !monitor_.holdsStart(now_)) {
+        start();
     }
 }
 
 void Discovery::stepUnwanted() {
     if (running_ || mustStop_) {
-        bus_.stopDiscovery(adapter_, then(&Discovery::stopped));
-    } else if (monitoredAdapter_ == adapter_) {
-        bus_.unregisterMonitor(adapter_, then(&Discovery::unmonitored));
+        stop();
+    } else {
+        monitor_.end();
     }
+}
+
+void Discovery::start() {
+    dead_.asked();
+    bus_.startDiscovery(adapter_, then(&Discovery::started));
+}
+
+void Discovery::stop() {
+    dead_.ended();
+    bus_.stopDiscovery(adapter_, then(&Discovery::stopped));
 }
 
 Done Discovery::then(Answer answer) {
@@ -181,21 +226,11 @@ Done Discovery::then(Answer answer) {
 
 /// Any other failure says that nothing was running, which is what was asked for.
 void Discovery::stopped(const std::optional<Failure>& failure) {
+    dead_.stopAnswered(failure);
     if (failure && isUndecided(*failure)) return fail(*failure);
     running_ = filterSet_ = mustStop_ = denies_ = false;
     endedAt_.reset();
     beganAt_.reset();
-}
-
-/// A refused monitor is no failure: the discovery runs without one.
-void Discovery::monitored(const std::optional<Failure>& failure) {
-    monitorTried_ = true;
-    if (!failure || failure->name == error::alreadyExists) monitoredAdapter_ = adapter_;
-}
-
-void Discovery::unmonitored(const std::optional<Failure>& /*failure*/) {
-    monitoredAdapter_.clear();
-    monitorTried_ = false;
 }
 
 void Discovery::filtered(const std::optional<Failure>& failure) {
@@ -204,19 +239,41 @@ void Discovery::filtered(const std::optional<Failure>& failure) {
 }
 
 void Discovery::started(const std::optional<Failure>& failure) {
-    if (failure) return fail(*failure);
+    if (failure) return failBusy(*failure);
     running_ = true;
     if (!discovering_) beganAt_ = now_;
     failures_ = 0;
     lastHeard_ = now_;
-    if (!quiet_) {
-        quietLimits_.reset();
-        patience_ = quietLimits_.next();
-    }
+    if (!quiet_) quietLimits_.reset();
+    if (!quiet_ || dead_.suspected()) patience_ = nextPatience();
     watchAt_ = now_ + patience_;
     judge();
-    if (hasRun_ && listener_.restarted) listener_.restarted();
+    if (hasRun_ && !dead_.dead() && listener_.restarted) listener_.restarted();
     hasRun_ = true;
+}
+
+/// What a start fails with, unless another bluetoothd's round was in its way and has been ended.
+void Discovery::failBusy(const Failure& failure) {
+    dead_.ended();
+    const auto released = [this, failure, epoch = epoch_](bool ended) {
+        if (epoch != epoch_) return;
+        calling_ = false;
+        if (!ended) fail(failure);
+        step();
+    };
+    calling_ = dead_.release(failure, discovering_, released);
+    if (!calling_) fail(failure);
+}
+
+/// Also where the state stays: what helps may be another thing now.
+void Discovery::deadChanged() {
+    judge();
+    if (listener_.stateChanged) listener_.stateChanged();
+}
+
+/// The kernel was made to end a round, and bluetoothd goes on.
+void Discovery::revived() {
+    if (listener_.restarted) listener_.restarted();
 }
 
 void Discovery::fail(const Failure& failure) {
@@ -235,10 +292,14 @@ void Discovery::judge() {
     DiscoveryState state = DiscoveryState::well;
     if (failures_ > 0 && isDenial(failure_)) {
         state = DiscoveryState::denied;
+    } else if (dead_.dead()) {
+        state = DiscoveryState::dead;
     } else if (failures_ > 1) {  // one alone is normal: an adapter that has just come may not be ready
         state = DiscoveryState::failing;
     } else if (quiet_) {
         state = denies_ ? DiscoveryState::inactive : DiscoveryState::quiet;
+    } else if (dead_.unproven()) {
+        state = DiscoveryState::unproven;
     }
     if (state == state_) return;
     state_ = state;

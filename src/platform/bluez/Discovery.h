@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/bluez/DeadScan.h"
+#include "platform/bluez/MonitorKeeper.h"
 #include "platform/bluez/SystemBus.h"
 #include "platform/radio/BackOff.h"
 
@@ -18,6 +20,8 @@ enum class DiscoveryState {
     failing,   ///< bluetoothd does not start it
     quiet,     ///< it runs, and nothing is heard: the air is quiet, or the radio blind
     inactive,  ///< nothing is heard, and the adapter says that it does not discover: the radio is blind
+    dead,      ///< bluetoothd takes a scan for running that the kernel has ended, and begins no other
+    unproven,  ///< it was dead and has been begun again; nothing is heard yet
 };
 
 /// Keeps a discovery running on one adapter for as long as it is wanted, and restarts it when it ended.
@@ -27,7 +31,7 @@ enum class DiscoveryState {
 /// `due` says when it next needs it. Not for several threads at once.
 ///
 /// A watchdog restarts a discovery that heard nothing for 30 s, and then after pauses that double up to 8 minutes:
-/// BlueZ can stall while it says that it discovers.
+/// BlueZ can stall while it says that it discovers. A dead one (`DeadScan`) is tried more often.
 class Discovery {
 public:
     struct Listener {
@@ -43,9 +47,11 @@ public:
     static constexpr Time doubt = std::chrono::seconds(1);
     static constexpr Time firstPause = std::chrono::milliseconds(250);
     static constexpr Time longestPause = std::chrono::seconds(2);
+    static constexpr Time deadLimit = std::chrono::seconds(5);
+    static constexpr Time longestDeadLimit = std::chrono::seconds(30);
 
-    /// @param bus lives longer
-    Discovery(SystemBus& bus, Listener listener) : bus_(bus), listener_(std::move(listener)) {}
+    /// @param bus, kernel live longer
+    Discovery(SystemBus& bus, KernelScan& kernel, Listener listener);
 
     /// Whether a discovery is wanted.
     void want(bool wanted);
@@ -55,13 +61,18 @@ public:
     void setAdapter(const std::optional<std::string>& adapter, bool monitors);
     /// The adapter's `Discovering`.
     void setDiscovering(bool discovering);
-    /// bluetoothd has released the monitor, or is gone and with it the monitor.
-    void loseMonitor();
+    /// bluetoothd has released the monitor.
+    void loseMonitor() { monitor_.lose(now_); }
+    /// bluetoothd has come or gone, or the adapter has, and with it the monitor and what was wrong.
+    void forgetDaemon();
     /// A report has been heard.
     void heard();
 
     /// Sets the time of what happens next and does nothing that is due; the time never goes back.
-    void setTime(Time now) noexcept { now_ = now; }
+    void setTime(Time now) noexcept {
+        now_ = now;
+        dead_.setTime(now);
+    }
     /// Does everything that is due; the time never goes back.
     void pass(Time now);
     /// When `pass` is needed, at the latest.
@@ -70,26 +81,35 @@ public:
     [[nodiscard]] DiscoveryState state() const noexcept { return state_; }
     /// The last failure: the reason of the states `denied` and `failing`.
     [[nodiscard]] const Failure& failure() const noexcept { return failure_; }
+    /// Whether a dead scan is left to others, for want of CAP_NET_ADMIN.
+    [[nodiscard]] bool cannotMend() const { return dead_.cannotMend(); }
 
 private:
     using Answer = void (Discovery::*)(const std::optional<Failure>& failure);
 
+    [[nodiscard]] bool isWanted() const { return wanted_ || unwantedAt_; }
     void step();
     void stepWanted();
     void stepUnwanted();
+    void start();
+    void stop();
     Done then(Answer answer);
     void stopped(const std::optional<Failure>& failure);
-    void monitored(const std::optional<Failure>& failure);
-    void unmonitored(const std::optional<Failure>& failure);
     void filtered(const std::optional<Failure>& failure);
     void started(const std::optional<Failure>& failure);
     void fail(const Failure& failure);
+    void failBusy(const Failure& failure);
     void pause();
     void forgetAdapter();
     void forgetWish();
     void lookForEnd();
     void lookForSilence();
     void lookForBlindness();
+    void tryAnew();
+    void watchDead();
+    Time nextPatience();
+    void deadChanged();
+    void revived();
     void judge();
 
     SystemBus& bus_;
@@ -98,15 +118,12 @@ private:
     bool wanted_ = false;
     std::optional<Time> unwantedAt_;  ///< when the lingering ends
     std::string adapter_;             ///< empty: none
-    bool monitors_ = false;
 
     // What is the case in bluetoothd, as far as we know.
     bool discovering_ = false;  ///< the adapter says so
     bool running_ = false;      ///< we have started a discovery
     bool filterSet_ = false;
-    bool mustStop_ = false;         ///< bluetoothd may have a discovery of ours in a wrong state
-    std::string monitoredAdapter_;  ///< where our monitor is registered; empty: nowhere
-    bool monitorTried_ = false;
+    bool mustStop_ = false;  ///< bluetoothd may have a discovery of ours in a wrong state
 
     std::optional<Time> beganAt_;  ///< when it was started, while the adapter has not said so
     bool denies_ = false;          ///< the adapter has not said so for too long
@@ -121,7 +138,10 @@ private:
     int failures_ = 0;             ///< since the last success
     BackOff pause_{firstPause, longestPause};
     BackOff quietLimits_{quietLimit, longestQuietLimit};
+    BackOff deadLimits_{deadLimit, longestDeadLimit};
     Time patience_ = quietLimit;  ///< how long a silence the watchdog allows now
+    MonitorKeeper monitor_;
+    DeadScan dead_;
     DiscoveryState state_ = DiscoveryState::well;
     Failure failure_;
 };

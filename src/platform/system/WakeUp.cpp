@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <system_error>
 
 namespace nearcast {
@@ -54,18 +55,19 @@ void WakeUp::wake() noexcept { eventfd_write(wake_.get(), 1); }
 
 const short WakeUp::readable = POLLIN;
 
-WakeUp::Found WakeUp::wait(int other, short events) noexcept {
-    pollfd waiting[] = {{alarm_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}, {other, events, 0}};
-    while (poll(waiting, 3, -1) < 0) {
+WakeUp::Found WakeUp::wait(int other, short events, int another) noexcept {
+    pollfd waiting[] = {{alarm_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}, {other, events, 0}, {another, POLLIN, 0}};
+    while (poll(waiting, std::size(waiting), -1) < 0) {
         if (errno != EINTR) return {.broken = true};
     }
-    return {waiting[0].revents != 0, waiting[1].revents != 0, waiting[2].revents != 0, anyClosed(waiting)};
+    return {waiting[0].revents != 0, waiting[1].revents != 0, waiting[2].revents != 0, anyClosed(waiting),
+            waiting[3].revents != 0};
 }
 
 WakeUp::Found WakeUp::pause(std::chrono::milliseconds longest) noexcept {
     pollfd waiting[] = {{alarm_.get(), POLLIN, 0}, {wake_.get(), POLLIN, 0}};
     if (poll(waiting, 2, static_cast<int>(longest.count())) <= 0) return {};
-    return {waiting[0].revents != 0, waiting[1].revents != 0, false, anyClosed(waiting)};
+    return {waiting[0].revents != 0, waiting[1].revents != 0, false, anyClosed(waiting), false};
 }
 
 // Nothing to be taken is no sign: another thread may have set the alarm anew.

@@ -41,13 +41,14 @@ public:
         bool wake = false;   ///< there until `takeWake`
         bool other = false;
         bool broken = false;  ///< it cannot wait: somebody closed a descriptor, or the system failed
+        bool another = false;
     };
     /// What is said where a thread ends because a wait found what is broken, or not its own.
     static constexpr const char* closed = "its descriptors were closed";
 
-    /// Waits for either, and for `other` where it is not negative. One thread at a time.
+    /// Waits for either, and for `other` and `another` where they are not negative. One thread at a time.
     /// @param events what of `other` is waited for: `POLLIN`, where nothing is said
-    Found wait(int other = -1, short events = readable) noexcept;
+    Found wait(int other = -1, short events = readable, int another = -1) noexcept;
     /// Waits for either, so long at most; a signal may end it early. One thread at a time.
     Found pause(std::chrono::milliseconds longest) noexcept;
     /// Forgets what a wait has found.

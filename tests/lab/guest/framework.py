@@ -6,8 +6,8 @@ import json
 import time
 import traceback
 
-MODULES = ("rates", "recovery", "clients", "manager", "states", "adapters", "forged", "facts", "one_report",
-           "shop")
+MODULES = ("rates", "recovery", "dead_scan", "clients", "manager", "states", "adapters", "forged", "facts",
+           "one_report", "shop")
 TESTS = []
 
 

@@ -32,6 +32,9 @@ class Process:
             os.kill(self.pid, number)
         self.process.wait(10)
 
+    def signal(self, number):
+        os.kill(self.pid, number)
+
     def say(self, line):
         self.process.stdin.write(line.encode() + b"\n")
         self.process.stdin.flush()

@@ -154,6 +154,19 @@ TEST_F(BluezChecks, MissingAdvertisementMonitorsAreANote) {
     EXPECT_TRUE(says(checkMonitors(machine_).at(0), Level::note, "no advertisement monitors", "bluetoothd with -E"));
 }
 
+TEST_F(BluezChecks, AScanThatBluetoothdLosesStaysDeadWithoutMonitorsAndWithoutTheCapability) {
+    adapter().advertisementMonitors = false;
+    machine_.allowed.netAdmin = false;
+    EXPECT_TRUE(says(checkMending(machine_).at(0), Level::note, "stays dead", "bluetoothd with -E"));
+    machine_.allowed.netAdmin = true;
+    EXPECT_TRUE(says(checkMending(machine_).at(0), Level::good, "begun again in the kernel"));
+    machine_.allowed.netAdmin = false;
+    adapter().advertisementMonitors = true;
+    EXPECT_TRUE(says(checkMending(machine_).at(0), Level::good, "a monitor keeps"));
+    withoutDaemon();
+    EXPECT_TRUE(checkMending(machine_).empty());
+}
+
 TEST_F(BluezChecks, SomebodyElsesDiscoveryIsANoteAndWhatBesideNeeds) {
     EXPECT_TRUE(checkDiscovery(machine_).empty());
     EXPECT_TRUE(says(checkSomebodyDiscovers(machine_).at(0), Level::remark, "nobody discovers", "bluetoothctl scan"));

@@ -69,6 +69,13 @@ TEST_F(DiagnosisTest, ARadioThatHearsNothingIsNoScan) {
     EXPECT_TRUE(finds(Level::fault, "nothing at all was heard in 10.0 s"));
 }
 
+TEST_F(DiagnosisTest, ARadioThatHearsNothingAndKnowsWhySaysSo) {
+    hearing_ = Hearing();
+    hearing_.seconds = 10;
+    health_.why = "the scan is dead";
+    EXPECT_TRUE(finds(Level::fault, "nothing at all was heard in 10.0 s: the scan is dead"));
+}
+
 TEST_F(DiagnosisTest, ARadioThatCannotBeOpenedIsNoScan) {
     Diagnosis closed = diagnosis();
     closed.hearing.reset();

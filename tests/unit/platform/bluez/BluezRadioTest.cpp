@@ -42,7 +42,8 @@ protected:
     RadioMonitor monitor{console, [this] { return NSDate(now_); }};
     FakeBluez bluez;
     FakeRfkill rfkill;
-    BluezRadio radio{delegate, console, monitor, bluez, rfkill, "", [] {}};
+    FakeMgmt mgmt{bluez};
+    BluezRadio radio{delegate, console, monitor, bluez, rfkill, mgmt, "", [] {}};
 
 private:
     Time now_{0};

@@ -68,6 +68,21 @@ TEST_F(SessionLateAnswer, OfAnAdapterThatIsGoneDoesNotCountForTheNextOne) {
     EXPECT_EQ(bluez().count("SetDiscoveryFilter"), 2) << "once on each";
 }
 
+TEST_F(SessionLateAnswer, ToAMonitorOfAnAdapterThatIsGoneDoesNotCountForTheNextOne) {
+    bluez().plug("hci0", true, true);
+    bluez().plug("hci1", true, true);
+    bluez().holdAnswers("RegisterMonitor");
+    scan();
+    bluez().failAlways("RegisterMonitor", error::failed);
+    bluez().power("hci0", false);
+    bench.settle();
+    ASSERT_EQ(bluez().count("RegisterMonitor"), 2);
+    bluez().releaseOldestAnswer();
+    bench.session.want(false);
+    bench.pass(5s);
+    EXPECT_EQ(bluez().count("UnregisterMonitor"), 0) << "there is none on hci1";
+}
+
 TEST_F(SessionLateAnswer, OfAStopDoesNotEndAScanThatIsWantedAgain) {
     scan();
     bluez().holdAnswers("StopDiscovery");
@@ -82,7 +97,7 @@ TEST_F(SessionLateAnswer, OfAStopDoesNotEndAScanThatIsWantedAgain) {
 
 TEST_F(SessionLateAnswer, ReachesNoSessionThatHasEnded) {
     BluezBench other;
-    auto session = std::make_unique<BluezSession>(other.bluez, other.rfkill, other, "");
+    auto session = std::make_unique<BluezSession>(other.bluez, other.rfkill, other.mgmt, other, "");
     other.bluez.holdAnswers("GetManagedObjects");
     session->want(true);
     session->pass(0s);

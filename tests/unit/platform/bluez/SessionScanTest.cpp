@@ -208,6 +208,28 @@ TEST_F(SessionWithMonitors, ScansWithoutOneThatIsRefused) {
     EXPECT_EQ(bluez().count("RegisterMonitor"), 1);
 }
 
+TEST_F(SessionWithMonitors, ScansWithoutOneWhoseRegistrationHangs) {
+    bluez().holdAnswers("RegisterMonitor");
+    bench.session.want(true);
+    bench.pass(MonitorKeeper::grace);
+    EXPECT_EQ(bluez().count("StartDiscovery"), 0);
+    bench.pass(50ms);
+    EXPECT_EQ(bluez().count("StartDiscovery"), 1);
+    EXPECT_GE(bench.reportsIn(1s), 9);
+    bluez().releaseAnswers();
+    bench.session.want(false);
+    bench.pass(2s);
+    EXPECT_FALSE(bluez().monitored());
+}
+
+TEST_F(SessionWithMonitors, BeginsAfterARegistrationThatDoesNotHang) {
+    scan();
+    const auto& calls = bluez().calls();
+    const auto place = [&](const char* method) { return std::find(calls.begin(), calls.end(), method); };
+    EXPECT_LT(place("RegisterMonitor"), place("StartDiscovery"));
+    EXPECT_NE(place("StartDiscovery"), calls.end());
+}
+
 TEST_F(SessionWithMonitors, TakesItBackWithTheScan) {
     scan();
     bench.session.want(false);
@@ -234,16 +256,34 @@ TEST_F(SessionWithMonitors, KeepsItAcrossPowerOffAndOn) {
     EXPECT_TRUE(bluez().monitored());
 }
 
-TEST_F(SessionWithMonitors, RegistersAnotherWithTheNextScanWhenItIsReleased) {
+TEST_F(SessionWithMonitors, RegistersAnotherWhenItIsReleased) {
     scan();
     bluez().releaseMonitor();
-    bench.settle();
+    bench.pass(MonitorKeeper::firstPause - 1ms);
     EXPECT_FALSE(bluez().monitored());
-    bluez().power("hci0", false);
-    bench.settle();
-    bluez().power("hci0", true);
-    bench.settle();
+    bench.pass(50ms);
     EXPECT_TRUE(bluez().monitored());
+    EXPECT_EQ(bluez().count("StartDiscovery"), 1);
+}
+
+TEST_F(SessionWithMonitors, RegistersLessAndLessOftenWhatIsAlwaysReleased) {
+    scan();
+    for (int second = 0; second < 600; ++second) {
+        if (bluez().monitored()) bluez().releaseMonitor();
+        bench.pass(1s);
+    }
+    // After 1/4, 1/2, 1, ... 32 and then every 60 seconds.
+    EXPECT_GE(bluez().count("RegisterMonitor"), 15);
+    EXPECT_LE(bluez().count("RegisterMonitor"), 19);
+}
+
+TEST_F(SessionWithMonitors, RegistersNoOtherWhileNoScanIsWanted) {
+    scan();
+    bluez().releaseMonitor();
+    bench.session.want(false);
+    bench.pass(60s);
+    EXPECT_LE(bluez().count("RegisterMonitor"), 2);
+    EXPECT_FALSE(bluez().monitored());
 }
 
 }  // namespace

@@ -70,6 +70,20 @@ TEST(WakeUp, IsWokenByAnotherThread) {
     other.join();
 }
 
+TEST(WakeUp, TellsWhichOfTwoDescriptorsHasSomething) {
+    WakeUp wakeUp;
+    WakeUp quiet;
+    WakeUp loud;
+    loud.setAlarm(SystemClock::Time(1));
+    const auto first = wakeUp.wait(loud.alarmDescriptor(), POLLIN, quiet.alarmDescriptor());
+    EXPECT_TRUE(first.other);
+    EXPECT_FALSE(first.another);
+    const auto second = wakeUp.wait(quiet.alarmDescriptor(), POLLIN, loud.alarmDescriptor());
+    EXPECT_FALSE(second.other);
+    EXPECT_TRUE(second.another);
+    EXPECT_FALSE(second.alarm || second.wake || second.broken);
+}
+
 TEST(WakeUp, EndsAPauseWithAnAlarm) {
     WakeUp wakeUp;
     wakeUp.setAlarm(SystemClock::Time(1));
