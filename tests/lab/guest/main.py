@@ -16,8 +16,8 @@ RESULTS = pathlib.Path("/run/results")
 
 def chosen(boot, pattern):
     """The tests of a boot whose names fit."""
-    belongs = {"quick": ("quick",), "full": ("quick", "full"), "long": ("long",),
-               "any": ("quick", "full", "long")}[boot]
+    belongs = {"quick": ("quick",), "full": ("quick", "full"), "long": ("long",), "deaf": ("deaf",),
+               "any": ("quick", "full", "long", "deaf")}[boot]
     return [one for one in framework.load() if one.boot in belongs and re.search(pattern, one.name)]
 
 
