@@ -51,20 +51,37 @@ long_mutants() {
     run_stage "mutants" tools/mutants.py --keep-going "$@"
 }
 
-# long_lab [--minutes N]: for how long the shop is open.
+# long_lab [--minutes N] [--seed N]: for how long the shop is open, and what happens in it.
 long_lab() {
-    local minutes=30
-    if [[ ${1-} == --minutes && $# -eq 2 ]]; then
-        minutes=$2
-    elif [[ $# -ne 0 ]]; then
-        fail "usage: ./dev test-long lab [--minutes N]"
-    fi
+    local minutes=30 seed=() system
+    while [[ $# -ge 2 ]]; do
+        case $1 in
+            --minutes) minutes=$2 ;;
+            --seed) seed=(--seed "$2") ;;
+            *) break ;;
+        esac
+        shift 2
+    done
+    [[ $# -eq 0 ]] || fail "usage: ./dev test-long lab [--minutes N] [--seed N]"
     need_to_test
     need_for_lab
     run_stage "build for the lab" build_lab
-    run_stage "set up the lab" prepare_lab
-    run_stage "the lab, all but the longest" boot_lab full ""
-    run_stage "the lab, $minutes minutes of shop" boot_lab long "" --minutes "$minutes"
+    for system in today next; do
+        run_stage "set up the lab, Debian of $system" prepare_lab "$system"
+        run_stage "the lab, all but the longest, Debian of $system" boot_lab "$system" full ""
+    done
+    run_stage "the lab, $minutes minutes of shop, Debian of today and of next" open_shops "$minutes" "${seed[@]}"
+}
+
+# open_shops MINUTES [OPTION...]: one machine of each system, both at once.
+open_shops() {
+    local system status=0 shops=()
+    for system in today next; do
+        boot_lab "$system" long "" --machines 1 --minutes "$@" &
+        shops+=($!)
+    done
+    for system in "${shops[@]}"; do wait "$system" || status=$?; done
+    return "$status"
 }
 
 # Tests in which several threads meet, by name.

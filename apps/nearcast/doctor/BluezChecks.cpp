@@ -147,10 +147,10 @@ std::vector<Finding> checkAddresses(const Machine& machine) {
 std::vector<Finding> checkMonitors(const Machine& machine) {
     return eachAdapter(machine, [](const BusAdapter& adapter) -> Finding {
         if (adapter.advertisementMonitors) return {Level::good, adapter.name + " offers advertisement monitors", ""};
-        return {
-            Level::note, adapter.name + " offers no advertisement monitors",
-            "needed only where the controller keeps repeated reports to itself, about one of a dongle in ten seconds: "
-            "then start bluetoothd with -E"};
+        return {Level::note, adapter.name + " offers no advertisement monitors: bluetoothd was started without -E",
+                "advisable on every till: sudo systemctl edit bluetooth, and there: [Service] / ExecStart= / "
+                "ExecStart=/usr/libexec/bluetooth/bluetoothd -E; no report is then kept back, and the scan outlives "
+                "a bluetoothd that hangs"};
     });
 }
 
@@ -169,7 +169,9 @@ std::vector<Finding> checkMending(const Machine& machine) {
 
 std::vector<Finding> checkDiscovery(const Machine& machine) {
     if (!anyAdapter(machine, &BusAdapter::discovering)) return {};
-    return {{Level::note, "another program is discovering too; bluetoothd serves both", ""}};
+    return {{Level::note, "another program is discovering too; bluetoothd merges what both want",
+             "where dongles are missing: a filter of its with Pattern, or with Transport bredr, hides them; end it and "
+             "try again"}};
 }
 
 std::vector<Finding> checkSomebodyDiscovers(const Machine& machine) {

@@ -97,6 +97,8 @@ private:
         }
         listen(listening);
         for (Finding& one : scanFindings(*diagnosis_.hearing, diagnosis_.health)) add({"scan", std::move(one)});
+        if (wayOf(diagnosis_.radio) == noWay) return;
+        if (auto duplicates = duplicatesFinding(*diagnosis_.hearing)) add({"duplicates", std::move(*duplicates)});
     }
 
     void listen(Listening& listening) {

@@ -56,6 +56,8 @@ void HearingCounter::heard(const AdvertisingReport& report, Time at) {
     const auto said = addressSaidIn(report);
     const MutexLock lock(mutex_);
     ++reports_;
+    // The answer to a scan request is a report of its own, and a filter lets each of the two through.
+    if (report.address && !report.scanResponse) repeats_.heard(*report.address, at);
     const auto address = dongleOf(report, said ? std::optional(said->text) : std::nullopt, service);
     const bool room = address && (dongles_.size() < mostDongles || dongles_.count(*address) != 0);
     if (!room) {
@@ -80,6 +82,8 @@ Hearing HearingCounter::result(Time end) const {
     result.seconds = secondsOf(end);
     result.reports = reports_;
     result.foreign = foreign_;
+    result.senders = repeats_.senders();
+    result.repeats = repeats_.seen();
     for (const auto& [address, dongle] : dongles_) {
         DongleHearing hearing = dongle.hearing;
         hearing.address = address;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "doctor/Repeats.h"
 #include "platform/radio/AdvertisingReport.h"
 #include "support/Mutex.h"
 
@@ -32,6 +33,8 @@ struct Hearing {
     double seconds = 0;
     std::uint64_t reports = 0;
     std::uint64_t foreign = 0;           ///< of these: of no dongle
+    std::uint64_t senders = 0;           ///< that have an address
+    bool repeats = false;                ///< repeated reports of a sender came through
     std::vector<DongleHearing> dongles;  ///< those with the most reports first
 };
 
@@ -61,6 +64,7 @@ private:
     std::map<std::string, Dongle> dongles_ NEARCAST_GUARDED_BY(mutex_);
     /// Which dongle a sender is: not every report says.
     std::map<DeviceAddress, std::string> senders_ NEARCAST_GUARDED_BY(mutex_);
+    Repeats repeats_ NEARCAST_GUARDED_BY(mutex_);
 };
 
 /// An address as the manager reads it.

@@ -4,6 +4,8 @@
 #include "common/Words.h"
 #include "common/radio/Readiness.h"
 
+#include <chrono>
+
 namespace nearcast::cli {
 
 namespace {
@@ -48,12 +50,22 @@ void addDongleFindings(const DongleHearing& dongle, std::vector<Finding>& findin
         findings.push_back({Level::remark,
                             address + " was not heard for " + decimals(dongle.longestGap) + " s, and after " +
                                 decimals(silence) + " s the manager takes it for gone",
-                            "bring it closer; where all dongles show one report in about ten seconds the controller "
-                            "keeps repeated reports to itself: start bluetoothd with -E, or listen by 'hci:N'"});
+                            "bring it closer"});
     }
 }
 
 }  // namespace
+
+std::optional<Finding> duplicatesFinding(const Hearing& hearing) {
+    if (hearing.repeats) return Finding{Level::good, "repeated reports of a sender come through", ""};
+    const std::chrono::duration<double> enough = Repeats::close;
+    if (hearing.seconds < enough.count() || hearing.dongles.empty() || hearing.senders == 0) return std::nullopt;
+    return Finding{Level::remark,
+                   "no sender was heard three times within five seconds, as where the controller keeps repeated "
+                   "reports to itself",
+                   "start bluetoothd with -E, which asks the controller for all reports, or listen by 'hci:N'; where "
+                   "only distant dongles were heard, bring one close and try again"};
+}
 
 Finding missingFinding(const RadioHealth& health) {
     return {Level::fault, "not tried: " + reasonOf(health),

@@ -6,6 +6,7 @@
 #include "doctor/Checks.h"
 #include "doctor/Hearing.h"
 
+#include <optional>
 #include <vector>
 
 namespace nearcast::cli {
@@ -20,5 +21,7 @@ bool scanWorks(const Hearing& hearing, const RadioHealth& health);
 Finding missingFinding(const RadioHealth& health);
 /// What a trial scan says of the radio and the dongles.
 std::vector<Finding> scanFindings(const Hearing& hearing, const RadioHealth& health);
+/// What the controller, or whoever asks it, does with repeated reports; nothing where it cannot be told.
+std::optional<Finding> duplicatesFinding(const Hearing& hearing);
 
 }  // namespace nearcast::cli

@@ -3,11 +3,10 @@
 
 import importlib
 import json
+import pathlib
 import time
 import traceback
 
-MODULES = ("rates", "recovery", "dead_scan", "clients", "manager", "states", "adapters", "forged", "facts",
-           "one_report", "shop")
 TESTS = []
 
 
@@ -23,7 +22,7 @@ class Test:
 
 
 def test(name, boot="full"):
-    """Registers a test. Boot `quick` also belongs to `full`; `long` runs alone."""
+    """Registers a test. Boot `quick` also belongs to `full`; `long` and `deaf` run alone."""
 
     def register(function):
         assert all(one.name != name for one in TESTS), name
@@ -34,8 +33,9 @@ def test(name, boot="full"):
 
 
 def load():
-    for module in MODULES:
-        importlib.import_module("tests." + module)
+    """All files of tests/."""
+    for path in sorted((pathlib.Path(__file__).parent / "tests").glob("[a-z]*.py")):
+        importlib.import_module("tests." + path.stem)
     return TESTS
 
 

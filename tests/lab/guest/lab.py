@@ -13,21 +13,26 @@ import dbus
 from framework import Failure, expect, wait_for
 from other_client import OtherClient
 from processes import Controller, Diary, Listener, Process
+from service_root import ServiceRoot
 
 NOBODY = 65534
 GROUPS = pathlib.Path("/etc/group")
 BUS = pathlib.Path("/run/dbus/system_bus_socket")
 WORK = pathlib.Path("/run/lab")
 POLICY = pathlib.Path("/etc/dbus-1/system.d/bluetooth.conf")
+POLICIES = (POLICY, pathlib.Path("/usr/share/dbus-1/system.d/bluetooth.conf"))
+SETTINGS = pathlib.Path("/etc/bluetooth/main.conf")
 
 bus_daemon = None
 
 
 def start_bus(config):
     """The system bus, with the policy that Debian ships for bluetoothd."""
-    for file in (POLICY, pathlib.Path("/etc/bluetooth/main.conf")):
+    root = ServiceRoot(config)
+    for file, places in ((POLICY, POLICIES), (SETTINGS, (SETTINGS,))):
         file.parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy(config["debian"] + str(file), file)
+        shutil.copy(root.find(*places), file)
+    root.enter()
     if not any(line.startswith("bluetooth:") for line in GROUPS.read_text().splitlines()):
         GROUPS.write_text(GROUPS.read_text() + "bluetooth:x:997:\n")  # as the package's installation does
     WORK.mkdir(exist_ok=True)
@@ -78,8 +83,8 @@ class Lab:
         return self.start_bluetoothd(*options, adapters=adapters)
 
     def start_bluetoothd(self, *options, adapters=("hci0",)):
-        program = self.config["debian"] + "/usr/libexec/bluetooth/bluetoothd"
-        self.bluetoothd_process = self.add(Process, "bluetoothd", [program, "-n", *options])
+        command = ServiceRoot(self.config).command("/usr/libexec/bluetooth/bluetoothd", "-n", *options)
+        self.bluetoothd_process = self.add(Process, "bluetoothd", command)
         wait_for("bluetoothd on the bus", 20, self.bluetoothd_owned)
         for adapter in adapters:
             self.wait_powered(adapter)
@@ -138,9 +143,10 @@ class Lab:
 
     # Ours.
 
-    def listen(self, radio, services="dongles", user=None, program=None):
+    def listen(self, radio, services="dongles", user=None, program=None, capabilities=()):
+        """As root, or as a user with these capabilities alone."""
         command = [program or self.config["programs"]["listener"], radio, services]
-        return self.add(Listener, "listener", command, user=user)
+        return self.add(Listener, "listener", command, user=user, capabilities=capabilities)
 
     def other_client(self, adapter="hci0"):
         client = OtherClient(adapter)
@@ -175,6 +181,14 @@ class Lab:
         self.policy(text.replace('<policy context="default">\n    <allow send_destination="org.bluez"/>',
                                  '<policy context="default">\n    <deny send_destination="org.bluez"/>'))
         expect(POLICY.read_text() != text, "Debian's policy does not read as it did")
+
+    @staticmethod
+    def freeze(seconds):
+        """Everything that a suspension of the machine does but the switching off of its devices, which this machine's
+        files would not survive: Bluetooth is told, and all programs stand still."""
+        pathlib.Path("/sys/module/suspend/parameters/pm_test_delay").write_text(str(seconds))
+        pathlib.Path("/sys/power/pm_test").write_text("freezer")
+        pathlib.Path("/sys/power/state").write_text("freeze")
 
     @staticmethod
     def restart_bus():

@@ -16,8 +16,10 @@ RESULTS = pathlib.Path("/run/results")
 
 def chosen(boot, pattern):
     """The tests of a boot whose names fit."""
-    belongs = {"quick": ("quick",), "full": ("quick", "full"), "long": ("long",),
+    belongs = {"quick": ("quick",), "full": ("quick", "full"), "long": ("long",), "deaf": ("deaf",),
                "any": ("quick", "full", "long")}[boot]
+    if boot == "any" and "Deaf" in pattern:  # the names of its cells have many words that others have too
+        belongs = ("deaf",)
     return [one for one in framework.load() if one.boot in belongs and re.search(pattern, one.name)]
 
 

@@ -12,13 +12,22 @@ from framework import Failure, expect, now, wait_for
 OUT_OF_ORDER = 5  # seconds, far more than a thread waits between looking at the clock and writing
 
 
-class Process:
-    """A program with its output in a file."""
+def with_capabilities(command, user, capabilities):
+    """The command for a user that is given these, and no others, for this program."""
+    given = ",".join("+" + name for name in capabilities)
+    return ["setpriv", f"--reuid={user}", f"--regid={user}", "--clear-groups", f"--inh-caps=-all,{given}",
+            f"--ambient-caps=-all,{given}", f"--bounding-set=-all,{given}", "--", *command]
 
-    def __init__(self, log, command, user=None, **options):
+
+class Process:
+    """A program with its output in a file. With capabilities its user has these alone, without them none."""
+
+    def __init__(self, log, command, user=None, capabilities=(), **options):
         self.log = log
         self.output = open(log, "wb")
-        if user is not None:
+        if capabilities:
+            command = with_capabilities(command, user, capabilities)
+        elif user is not None:
             options.update(user=user, group=user, extra_groups=[])
         self.process = subprocess.Popen(command, stdout=options.pop("stdout", self.output), stderr=self.output,
                                         stdin=subprocess.PIPE, **options)
@@ -34,6 +43,10 @@ class Process:
 
     def signal(self, number):
         os.kill(self.pid, number)
+
+    def hang(self, hung):
+        """It stands still, as where the machine has no time for it; or goes on."""
+        os.kill(self.pid, signal.SIGSTOP if hung else signal.SIGCONT)
 
     def say(self, line):
         self.process.stdin.write(line.encode() + b"\n")
@@ -93,8 +106,8 @@ class Controller(Process):
 class Diary(Process):
     """A program of ours that writes down what happens, a line each: time, kind, rest."""
 
-    def __init__(self, log, command, user=None):
-        super().__init__(log, command, user)
+    def __init__(self, log, command, user=None, capabilities=()):
+        super().__init__(log, command, user, capabilities)
         self.lines = {}  # of each kind (time, rest), in the order in which they were written
         self.reader = open(log, "r", encoding="utf-8", errors="replace")
         self.rest = ""

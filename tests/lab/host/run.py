@@ -2,11 +2,12 @@
 # SPDX-License-Identifier: Apache-2.0
 """Boots the lab and runs its tests.
 
-    run.py --cache FOLDER --controller P --listener P --proximity P --nearcast P [--boot quick|full|long|any] [--machines N]
-           [--minutes N] [REGEX]
+    run.py --cache FOLDER --controller P --listener P --proximity P --nearcast P [--boot quick|full|long|deaf|any]
+           [--system today|next] [--machines N] [--icount auto|on|off] [--minutes N] [--seed N] [REGEX]
     run.py --list
 
-`--minutes` is for how long the shop of the long boot is open.
+`--minutes` is for how long the shop of the long boot is open, `--seed` chooses what happens in it. With `--icount` a
+machine's time is that of its instructions: what it measures does not depend on what else runs here, but it takes longer.
 
 Exit status 77 where it cannot run at all, which it says loudly.
 """
@@ -15,6 +16,7 @@ import argparse
 import json
 import os
 import pathlib
+import random
 import re
 import shutil
 import subprocess
@@ -22,16 +24,23 @@ import sys
 import tempfile
 import time
 
+from deaf_table import DeafTable
+
 LAB = pathlib.Path(__file__).resolve().parents[1]
 PROGRAMS = ("controller", "listener", "proximity", "nearcast")
-LONGEST = {"quick": 240, "full": 900, "long": 1800, "any": 1800}  # seconds, without those that the shop is open
+# Seconds, without those that the shop is open.
+LONGEST = {"quick": 240, "full": 900, "long": 1800, "deaf": 3000, "any": 3000}
+SLOWER = 4  # times, by the count of instructions
 MINUTES = 30
-FEWEST, MOST = 10, 240  # minutes: memory is compared from the fifth on
+FEWEST, MOST = 20, 240  # minutes: memory is compared from when everything has happened once
+BUSY = 2  # programs for each processor that want to run
 KERNEL = ("console=ttyS0 panic=-1 quiet cryptomgr.notests mitigations=off nokaslr random.trust_cpu=on tsc=reliable "
+          "no_timer_check "  # which fails where the host is busy
           "lab={lab} machine={machine}")
 SHARE = "local,path={path},mount_tag={tag},security_model=none,readonly={readonly},multidevs=remap"
 
 TEST = re.compile(r'^@test\("(\w+)"(?:, boot="(\w+)")?\)$', re.MULTILINE)
+FAULT = re.compile(r'^@fault\("(\w+)"', re.MULTILINE)
 
 
 def skip(why):
@@ -39,9 +48,21 @@ def skip(why):
     sys.exit(77)
 
 
-def qemu(cache, results, machine):
+def pace(icount):
+    """By what the machine's clocks go: this one's, or its own instructions."""
+    if not icount:
+        return ["-accel", "tcg,thread=multi"]
+    return ["-accel", "tcg,thread=single", "-icount", "shift=0,sleep=on"]
+
+
+def busy():
+    """So much else runs here that a machine would not keep up with the clock."""
+    return os.getloadavg()[0] > BUSY * (os.cpu_count() or 1)
+
+
+def qemu(cache, results, machine, icount):
     """The command of a machine that sees this one's files."""
-    return ["qemu-system-x86_64", "-accel", "tcg,thread=multi", "-cpu", "Nehalem", "-smp", "1", "-m", "768",
+    return ["qemu-system-x86_64", *pace(icount), "-cpu", "Nehalem", "-smp", "1", "-m", "768",
             "-nodefaults", "-display", "none", "-serial", "stdio", "-no-reboot",
             "-kernel", str(cache / "vmlinuz"), "-initrd", str(cache / "initrd"),
             "-append", KERNEL.format(lab=LAB, machine=machine),
@@ -49,16 +70,18 @@ def qemu(cache, results, machine):
             "-virtfs", SHARE.format(path=results, tag="results", readonly="off")]
 
 
-def longest(boot, minutes):
+def longest(arguments):
     """Seconds after which the machines are stopped."""
-    return LONGEST[boot] + (60 * minutes if boot in ("long", "any") else 0)
+    shop = 60 * arguments.minutes if arguments.boot in ("long", "any") else 0
+    return (LONGEST[arguments.boot] + shop) * (SLOWER if arguments.icount else 1)
 
 
 class Machine:
     """One machine, and what its guest has written so far, printed as it comes."""
 
-    def __init__(self, cache, results, number):
+    def __init__(self, arguments, results, number):
         self.number = number
+        self.table = DeafTable()
         self.folder = results / f"machine{number}"
         self.folder.mkdir()
         self.read = 0
@@ -66,8 +89,8 @@ class Machine:
         self.bad = []
         self.running = None
         with open(self.folder / "console", "wb") as console:
-            self.process = subprocess.Popen(qemu(cache, results, number), stdin=subprocess.DEVNULL, stdout=console,
-                                            stderr=subprocess.STDOUT)
+            self.process = subprocess.Popen(qemu(arguments.cache, results, number, arguments.icount),
+                                            stdin=subprocess.DEVNULL, stdout=console, stderr=subprocess.STDOUT)
 
     def stop(self):
         self.process.kill()
@@ -106,7 +129,7 @@ class Machine:
             self.bad.append(event["test"])
         print(f"{'PASS' if event['good'] else 'FAIL'}  {event['test']}  ({event['seconds']:.1f} s)")
         for name, value in event["figures"]:
-            print(f"          {name}: {value}")
+            print(f"          {name}: {self.table.take(value) if name == 'deaf' else value}")
         if event["why"]:
             print("          " + event["why"].rstrip().replace("\n", "\n          "))
         sys.stdout.flush()
@@ -121,14 +144,15 @@ class Machine:
 
 def boot(arguments, results):
     """Runs the tests on machines that share them, to their end."""
-    config = {"debian": str(arguments.cache / "root"), "boot": arguments.boot, "pattern": arguments.pattern,
-              "minutes": arguments.minutes, "programs": {name: str(getattr(arguments, name)) for name in PROGRAMS}}
+    config = {"debian": str(arguments.cache / "root"), "system": arguments.system, "boot": arguments.boot,
+              "pattern": arguments.pattern, "minutes": arguments.minutes, "seed": arguments.seed,
+              "programs": {name: str(getattr(arguments, name)) for name in PROGRAMS}}
     (results / "config.json").write_text(json.dumps(config), encoding="utf-8")
-    end = time.monotonic() + longest(arguments.boot, arguments.minutes)
+    end = time.monotonic() + longest(arguments)
     machines = []
     try:
         for number in range(1, arguments.machines + 1):
-            machines.append(Machine(arguments.cache, results, number))
+            machines.append(Machine(arguments, results, number))
         while any(one.process.poll() is None for one in machines) and time.monotonic() < end:
             time.sleep(0.2)
             for one in machines:
@@ -142,6 +166,7 @@ def boot(arguments, results):
 def judge(machines, results):
     """The exit status."""
     good, bad = sum(one.good for one in machines), [name for one in machines for name in one.bad]
+    print(DeafTable.of(one.table for one in machines), end="")
     print(f"\n{good} passed, {len(bad)} failed")
     for name in bad:
         print(f"  failed: {name}")
@@ -160,6 +185,8 @@ def list_tests():
     for path in sorted((LAB / "guest" / "tests").glob("*.py")):
         for name, boot in TEST.findall(path.read_text(encoding="utf-8")):
             print(f"{boot or 'full':5}  {name}")
+    for name in FAULT.findall((LAB / "guest" / "faults.py").read_text(encoding="utf-8")):
+        print(f"deaf   DeafWhen{name}Through...")
     return 0
 
 
@@ -175,7 +202,10 @@ def parse(argv):
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--cache", type=lambda text: pathlib.Path(text).resolve())
     parser.add_argument("--boot", choices=tuple(LONGEST), default="full")
+    parser.add_argument("--system", choices=("today", "next"), default="today")
     parser.add_argument("--machines", type=int, default=min(2, os.cpu_count() or 1))
+    parser.add_argument("--icount", choices=("auto", "on", "off"), default="auto")
+    parser.add_argument("--seed", type=int, default=random.SystemRandom().randrange(1_000_000))
     parser.add_argument("--minutes", type=minutes, default=MINUTES)
     for name in PROGRAMS:
         parser.add_argument(f"--{name}", type=lambda text: pathlib.Path(text).resolve())
@@ -191,6 +221,9 @@ def main(argv):
         skip("there is no qemu-system-x86_64 here; ./dev lab installs it")
     if not (arguments.cache / "initrd").exists():
         skip(f"nothing to boot in {arguments.cache}; ./dev lab fetches it")
+    arguments.icount = busy() if arguments.icount == "auto" else arguments.icount == "on"
+    print(f"Debian of {'today' if arguments.system == 'today' else 'the next release'}, "
+          f"time by {'instructions' if arguments.icount else 'the clock'}", flush=True)
     results = pathlib.Path(tempfile.mkdtemp(prefix="nearcast-lab-"))
     status = judge(boot(arguments, results), results)
     if status == 0:

@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """What the radios are built on: how this kernel and this bluetoothd behave. Where one of these changes, so must they."""
 
+import pathlib
+
 from framework import expect, test, wait_for
 from lab import sleep
 
@@ -80,3 +82,16 @@ def rounds(lab):
     rounds_ = controller.counters()["scanEnables"] - enables
     lab.figure("scan enables in 32 s", rounds_)
     expect(2 <= rounds_ <= 4, "not every ten seconds")
+
+
+@test("BluetoothdKeepsAFileForEachDeviceThatTellsAName")
+def cache(lab):
+    controller = lab.controller()
+    controller.dongle(address="C0:00:00:00:00:01", name="unasked")
+    controller.dongle(address="C0:00:00:00:00:02", type="scannable", answers="yes", name="Front")
+    discovering(lab, controller)
+    wait_for("both dongles", 10, lambda: len(lab.devices()) == 2)
+    sleep(2)
+    kept = sorted(path.name for path in pathlib.Path("/var/lib/bluetooth").glob("*/cache/*"))
+    lab.figure("files in the cache", kept)
+    expect(kept == ["C0:00:00:00:00:02"], f"other files: {kept}")

@@ -148,10 +148,12 @@ TEST_F(BluezChecks, AnAdapterWithoutAnAddressIsANote) {
     EXPECT_EQ(checkPower(machine_).at(0).text, "hci0 is powered on");
 }
 
-TEST_F(BluezChecks, MissingAdvertisementMonitorsAreANote) {
+TEST_F(BluezChecks, MissingAdvertisementMonitorsAreANoteThatSaysHowTheyAreHad) {
     EXPECT_EQ(checkMonitors(machine_).at(0).level, Level::good);
     adapter().advertisementMonitors = false;
-    EXPECT_TRUE(says(checkMonitors(machine_).at(0), Level::note, "no advertisement monitors", "bluetoothd with -E"));
+    const Finding missing = checkMonitors(machine_).at(0);
+    EXPECT_TRUE(says(missing, Level::note, "no advertisement monitors", "systemctl edit bluetooth"));
+    EXPECT_TRUE(says(missing, Level::note, "started without -E", "/usr/libexec/bluetooth/bluetoothd -E"));
 }
 
 TEST_F(BluezChecks, AScanThatBluetoothdLosesStaysDeadWithoutMonitorsAndWithoutTheCapability) {

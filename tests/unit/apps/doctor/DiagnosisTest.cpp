@@ -128,6 +128,28 @@ TEST_F(DiagnosisTest, ForgeriesAreRemarkedUponAlsoWhereNothingIsHeard) {
     EXPECT_TRUE(finds(Level::remark, "2 messages in bluetoothd's name came from another program"));
 }
 
+TEST_F(DiagnosisTest, RepeatedReportsThatComeThroughAreWell) {
+    hearing_.repeats = true;
+    EXPECT_EQ(duplicatesFinding(hearing_).value().level, Level::good);
+}
+
+TEST_F(DiagnosisTest, RepeatedReportsThatDoNotComeInFiveSecondsAreRemarkedUpon) {
+    hearing_.senders = 1;
+    hearing_.seconds = 4.9;
+    EXPECT_FALSE(duplicatesFinding(hearing_));
+    hearing_.seconds = 5;
+    const Finding found = duplicatesFinding(hearing_).value();
+    EXPECT_EQ(found.level, Level::remark);
+    EXPECT_NE(found.advice.find("bluetoothd with -E"), std::string::npos);
+}
+
+TEST_F(DiagnosisTest, NothingIsSaidOfRepeatedReportsWithoutADongleOrASender) {
+    EXPECT_FALSE(duplicatesFinding(hearing_));
+    hearing_.senders = 3;
+    hearing_.dongles.clear();
+    EXPECT_FALSE(duplicatesFinding(hearing_));
+}
+
 TEST_F(DiagnosisTest, FaultsThatDoNotKeepTheScanFromWorkingAreRemarks) {
     Diagnosis one = diagnosis();
     one.findings.push_back({"rfkill", {Level::note, "", ""}});

@@ -139,6 +139,33 @@ TEST_F(HearingTest, TheLongestGapReachesToTheEnd) {
     EXPECT_DOUBLE_EQ(result(2400).dongles.at(0).longestGap, 2);
 }
 
+TEST_F(HearingTest, ThreeReportsOfASenderWithinFiveSecondsAreRepeats) {
+    AdvertisingReport report = withPayload();
+    report.address = sender;
+    hear(report, 0);
+    hear(report, 100);
+    EXPECT_FALSE(result().repeats);
+    hear(report, 5000);
+    EXPECT_FALSE(result().repeats);
+    hear(report, 5099);
+    EXPECT_TRUE(result().repeats);
+    EXPECT_EQ(result().senders, 1U);
+}
+
+TEST_F(HearingTest, ReportsOfSeveralSendersAndAnswersToScanRequestsAreNoRepeats) {
+    AdvertisingReport report = withPayload();
+    for (std::uint8_t last = 0; last < 3; ++last) {
+        report.address = DeviceAddress{0xC4, 0xF7, 0xC1, 0x4C, 0xC1, last};
+        report.scanResponse = false;
+        hear(report, last);
+        report.scanResponse = true;
+        hear(report, last + 10);
+        hear(report, last + 20);
+    }
+    EXPECT_FALSE(result().repeats);
+    EXPECT_EQ(result().senders, 3U);
+}
+
 TEST_F(HearingTest, ThoseWithTheMostReportsComeFirst) {
     hear(withPayload(1));
     hear(withPayload(2));
