@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <nearcast/Export.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -16,6 +18,10 @@ enum CBManagerState : std::int64_t {
     CBManagerStatePoweredOff = 4,
     CBManagerStatePoweredOn = 5,
 };
+
+/// The state's name: "unknown", "resetting", "unsupported", "unauthorized", "powered off", "powered on"; of another
+/// value its number.
+NEARCAST_EXPORT std::string nameOf(CBManagerState state);
 
 /// How the radio itself is, whatever the dongles do: it tells "the dongle is silent" from "the radio is blind". A plain
 /// value; see `Platform::radioHealth`.
