@@ -34,12 +34,16 @@ public:
     /// @throws std::invalid_argument naming the text where it is none of these
     explicit Address(std::string_view text);
 
+    /// Its letters.
     [[nodiscard]] const std::string& text() const noexcept { return text_; }
     /// Whether it is spelt as dongles are heard: "00:11:22:AA:BB:CC".
     [[nodiscard]] bool isUsual() const noexcept;
 
+    /// By the letters: of two spellings of one address each is its own.
     friend bool operator==(const Address&, const Address&) = default;
+    /// By the letters.
     friend std::strong_ordering operator<=>(const Address&, const Address&) = default;
+    /// Writes the letters.
     friend std::ostream& operator<<(std::ostream& out, const Address& address) { return out << address.text_; }
 
 private:

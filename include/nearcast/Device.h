@@ -21,6 +21,7 @@ namespace nearcast {
 ///                               .threshold = -65, .nickName = "Front desk"});
 /// @endcode
 struct Device {
+    /// What it is.
     enum class Kind {
         printer,     ///< `QXDeviceTypeDesktopPrinter`
         cashDrawer,  ///< `QXDeviceTypeTFTillfox`, which always has its drawer
@@ -28,7 +29,7 @@ struct Device {
 
     std::string portName;                          ///< by which the printing layer opens it
     Address address;                               ///< of the dongle beside it
-    Kind kind = Kind::printer;                     //
+    Kind kind = Kind::printer;                     ///< what it is
     bool useDrawer = false;                        ///< a cash drawer is attached to the printer
     std::optional<std::string> portSettings = {};  ///< what the printing layer passes on opening
     std::optional<double> threshold = {};          ///< signal of the action area in dBm

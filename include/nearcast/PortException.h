@@ -20,11 +20,15 @@ public:
     /// @param portName as it was given; empty where it was absent
     /// @param MACAddr  as it was given; empty where it was absent
     PortException(std::string name, std::string reason, std::string portName = {}, std::string MACAddr = {});
+    /// Says the same.
     PortException(const PortException&) = default;
+    /// Says the same.
     PortException& operator=(const PortException&) = default;
     ~PortException() override;
 
+    /// What was thrown: "PortException".
     [[nodiscard]] const std::string& name() const noexcept { return name_; }
+    /// Why the device was refused, in words.
     [[nodiscard]] const std::string& reason() const noexcept { return reason_; }
     /// The port name of the device that was refused; empty where it was absent.
     [[nodiscard]] const std::string& portName() const noexcept { return portName_; }

@@ -41,7 +41,9 @@ public:
     Proximity(const Proximity&) = delete;
     Proximity& operator=(const Proximity&) = delete;
 
+    /// The one manager of the process.
     [[nodiscard]] QXNearcastManager& manager() const noexcept;
+    /// The decision.
     [[nodiscard]] Nearest& nearest() const noexcept;
 
     /// Sets the application's own delegate, which hears all that the manager tells; or none. Not by
@@ -50,12 +52,14 @@ public:
 
     /// Whether a scan has been started, and why not.
     struct Started {
-        bool running = false;
-        std::string why;  ///< for people; empty where it runs
+        bool running = false;  ///< whether it was started
+        std::string why;       ///< for people; empty where it runs
+        /// As `running`.
         explicit operator bool() const noexcept { return running; }
     };
     /// Starts listening: `QXNearcastManager::startScan`.
     [[nodiscard]] Started start() const;
+    /// Stops listening: `QXNearcastManager::stopScan`.
     void stop() const;
 
     /// Registers a device: see `nearcast::addDevice`.

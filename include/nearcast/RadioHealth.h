@@ -26,9 +26,9 @@ NEARCAST_EXPORT std::string nameOf(CBManagerState state);
 /// How the radio itself is, whatever the dongles do: it tells "the dongle is silent" from "the radio is blind". A plain
 /// value; see `Platform::radioHealth`.
 struct RadioHealth {
-    CBManagerState state = CBManagerStateUnknown;
-    double since = 0;  ///< when that state began, in seconds of `Platform::now`
-    std::string why;   ///< the reason in words, for people; empty where the state says all
+    CBManagerState state = CBManagerStateUnknown;  ///< as it is now
+    double since = 0;                              ///< when that state began, in seconds of `Platform::now`
+    std::string why;                               ///< the reason in words, for people; empty where the state says all
     /// What the radio heard in the last ten seconds (or since it was opened, if that is less), a second: every
     /// advertisement of every sender, wanted or not.
     double reportsPerSecond = 0;

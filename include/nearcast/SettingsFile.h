@@ -48,6 +48,7 @@ public:
     /// @param path of the file, which need not be there yet; its folder must
     explicit SettingsFile(std::string path);
 
+    /// As it was given.
     [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
     /// Reads the registry; nothing where there is no file. Others may change the file meanwhile.
