@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
 
+#include <nearcast/Version.h>
+
 #include "common/Arguments.h"
 #include "common/radio/RadioOption.h"
 #include "help/HelpText.h"
 #include "help/Mistakes.h"
+#include "platform/system/TemporaryName.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -84,7 +87,7 @@ class CommandLine {
 public:
     /// @param command becomes the name of the command, as soon as it is known
     explicit CommandLine(std::string& command) : command_(command) {
-        program_.set_version_flag("-V,--version", "nearcast " NEARCAST_VERSION, "Print the version and exit");
+        program_.set_version_flag("-V,--version", "nearcast " + std::string(version()), "Print the version and exit");
         program_.require_subcommand(1);
         addCommands(program_, chosen_);
     }
@@ -164,6 +167,7 @@ int statusOf(const std::string& command, const std::exception_ptr& thrown) {
 int runCommandLine(int argc, char** argv) {
     std::string command;
     try {
+        TemporaryName::removeOnSignals();
         const Words words(argv + std::min(argc, 1), argv + argc);
         return CommandLine(command).run(words);
     } catch (const std::exception&) {

@@ -29,13 +29,13 @@ enum QXLogType : std::int32_t {
 
 /// One trace record, as a sink receives it. The views hold during the call only.
 struct LogRecord {
-    QXLogType logType = QXLogTypeProcess;
-    std::int32_t logLevel = 0;
-    const void* objectAddress = nullptr;  ///< the object that speaks; for class operations the class
-    std::string_view fileName;            ///< relative to the source tree
-    std::uint32_t lineNumber = 0;
-    std::string_view methodName;  ///< for example "-[QXNearcastManager setSettings:]"
-    std::string_view anyString;   ///< what happened, in words and values
+    QXLogType logType = QXLogTypeProcess;  ///< what kind of line it is
+    std::int32_t logLevel = 0;             ///< 0 for what is public, higher for what lies deeper
+    const void* objectAddress = nullptr;   ///< the object that speaks; for class operations the class
+    std::string_view fileName;             ///< relative to the source tree
+    std::uint32_t lineNumber = 0;          ///< in that file
+    std::string_view methodName;           ///< for example "-[QXNearcastManager setSettings:]"
+    std::string_view anyString;            ///< what happened, in words and values
 };
 
 /// The trace facility: off until started, and then one record for every entry, decision and exit of the manager.
@@ -54,8 +54,10 @@ struct LogRecord {
 /// and threads may go on calling it.
 class NEARCAST_EXPORT LogWriter {
 public:
+    /// Takes one record.
     using Sink = std::function<void(const LogRecord&)>;
 
+    /// What `start` is given.
     struct Options {
         Sink sink;                      ///< where records go; see also `standardErrorSink` and `fileSink`
         std::int32_t maximumLevel = 0;  ///< records of this level and below are wanted

@@ -32,8 +32,8 @@ NEARCAST_EXPORT std::string_view nameOf(NearestRule rule) noexcept;
 
 /// A device in an answer of `Nearest`.
 struct NearestCandidate {
-    std::string portName;
-    std::string MACAddr;
+    std::string portName;  ///< as registered
+    std::string MACAddr;   ///< of its dongle, as registered
     double signal = 0;     ///< its level in dBm
     double threshold = 0;  ///< of its action area, in dBm
 };
@@ -56,21 +56,21 @@ struct NEARCAST_EXPORT NearestChoice {
 
 /// A change of the choice: of its device, or of whether it is stale.
 struct NearestChange {
-    NearestChoice before;
-    NearestChoice now;
-    double at = 0;  ///< seconds of the clock
+    NearestChoice before;  ///< the change
+    NearestChoice now;     ///< after it
+    double at = 0;         ///< seconds of the clock
 };
 
 /// What `Nearest` knows of one registered device.
 struct NearestExplanation {
-    std::string portName;
-    std::string MACAddr;
+    std::string portName;                  ///< as registered
+    std::string MACAddr;                   ///< of its dongle, as registered
     std::optional<std::int32_t> raw;       ///< the last raw reading in dBm; only with a tap
     std::optional<std::int32_t> smoothed;  ///< the manager's last report in dBm
     std::optional<double> level;           ///< what the decision compares, in dBm
     double threshold = 0;                  ///< in dBm
-    bool chosen = false;
-    std::string met;      ///< what speaks for it: "inside for 3.5 s, leads by 4 dB (2.5 of 6 dB s)"
+    bool chosen = false;                   ///< the user stands next to it
+    std::string met;                       ///< what speaks for it: "inside for 3.5 s, leads by 4 dB (2.5 of 6 dB s)"
     std::string missing;  ///< what it lacks to be chosen: "7 dB to its threshold"; empty for the chosen one
 };
 
@@ -108,7 +108,9 @@ public:
     using Changed = std::function<void(const NearestChange& change)>;
     /// Seconds from an arbitrary start that never go back.
     using Clock = std::function<double()>;
+    /// How the radio is.
     using Health = std::function<RadioHealth()>;
+    /// The devices.
     using Registry = std::function<std::shared_ptr<const Settings>()>;
 
     /// What it stands on, where that is not the manager and the platform.
@@ -144,6 +146,7 @@ public:
     [[nodiscard]] NearestChoice choice();
     /// For every registered device, in the registry's order, what is known of it and why it is chosen or not.
     [[nodiscard]] std::vector<NearestExplanation> explain();
+    /// As they were given.
     [[nodiscard]] const NearestSettings& settings() const noexcept;
 
 private:

@@ -65,17 +65,18 @@ struct NEARCAST_EXPORT NearestSettings {
     /// @throws std::invalid_argument naming the setting, its value and what it may be
     void validate() const;
 
+    /// By every setting.
     friend bool operator==(const NearestSettings&, const NearestSettings&) = default;
 };
 
 /// One of the settings, to be read and written by its name; for command lines and configuration files.
 struct NearestSetting {
-    std::string_view name;
-    std::string_view unit;  ///< "dBm", "dB", "s", "dB s", or "" for a ratio
-    double NearestSettings::*value;
-    double least;
-    double most;
-    bool leastIncluded;
+    std::string_view name;           ///< as the member is called
+    std::string_view unit;           ///< "dBm", "dB", "s", "dB s", or "" for a ratio
+    double NearestSettings::*value;  ///< the member
+    double least;                    ///< where what it may be begins
+    double most;                     ///< the largest that it may be
+    bool leastIncluded;              ///< whether it may be `least` itself
 };
 
 /// All settings, in the order in which they are declared.

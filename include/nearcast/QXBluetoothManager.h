@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <nearcast/Export.h>
+
 #include <cstdint>
 
 namespace nearcast {

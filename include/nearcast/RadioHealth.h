@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <nearcast/Export.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -17,12 +19,16 @@ enum CBManagerState : std::int64_t {
     CBManagerStatePoweredOn = 5,
 };
 
+/// The state's name: "unknown", "resetting", "unsupported", "unauthorized", "powered off", "powered on"; of another
+/// value its number.
+NEARCAST_EXPORT std::string nameOf(CBManagerState state);
+
 /// How the radio itself is, whatever the dongles do: it tells "the dongle is silent" from "the radio is blind". A plain
 /// value; see `Platform::radioHealth`.
 struct RadioHealth {
-    CBManagerState state = CBManagerStateUnknown;
-    double since = 0;  ///< when that state began, in seconds of `Platform::now`
-    std::string why;   ///< the reason in words, for people; empty where the state says all
+    CBManagerState state = CBManagerStateUnknown;  ///< as it is now
+    double since = 0;                              ///< when that state began, in seconds of `Platform::now`
+    std::string why;                               ///< the reason in words, for people; empty where the state says all
     /// What the radio heard in the last ten seconds (or since it was opened, if that is less), a second: every
     /// advertisement of every sender, wanted or not.
     double reportsPerSecond = 0;

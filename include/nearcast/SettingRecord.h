@@ -26,15 +26,22 @@ namespace nearcast {
 /// `std::string` is.
 class NEARCAST_EXPORT SettingValue {
 public:
+    /// A list.
     using Array = std::vector<SettingValue>;
+    /// Values by their keys.
     using Dictionary = std::map<std::string, SettingValue, std::less<>>;
+    /// What JSON cannot express.
     using Bytes = std::vector<std::byte>;
     /// Integers up to 2^63 - 1 are held signed, larger ones unsigned, so that equal numbers are equal values.
     using Storage =
         std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string, Array, Dictionary, Bytes>;
 
+    /// Null.
     SettingValue() : storage_(nullptr) {}
+    /// @name From a plain value
+    /// @{
     // NOLINTBEGIN(google-explicit-constructor): a record is written as a list of keys and plain values
+    /// Holds the value; of a `const char*` a copy.
     SettingValue(std::nullptr_t) : storage_(nullptr) {}
     SettingValue(bool value) : storage_(value) {}
     SettingValue(int value) : storage_(std::int64_t{value}) {}
@@ -50,8 +57,10 @@ public:
     SettingValue(Array value) : storage_(std::move(value)) {}
     SettingValue(Dictionary value) : storage_(std::move(value)) {}
     SettingValue(Bytes value) : storage_(std::move(value)) {}
+    /// @}
     // NOLINTEND(google-explicit-constructor)
 
+    /// What is held.
     [[nodiscard]] const Storage& storage() const noexcept { return storage_; }
 
     /// The value when it is of type `T`, one of the alternatives of `Storage`; otherwise null.
@@ -70,6 +79,7 @@ public:
     /// anything else is 0.
     [[nodiscard]] std::int32_t intValue() const noexcept;
 
+    /// By kind and value.
     friend bool operator==(const SettingValue& left, const SettingValue& right) {
         return left.storage_ == right.storage_;
     }

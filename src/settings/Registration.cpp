@@ -103,7 +103,8 @@ bool Manager::holdsPortName(std::string_view portName) {
 void Manager::refuse(const Trace& trace, const Registration& registration, const std::string& consoleText,
                      std::string_view reason) {
     console(consoleText);
-    PortException exception("PortException", std::string(reason));
+    PortException exception("PortException", std::string(reason), std::string(registration.portName.value_or("")),
+                            std::string(registration.MACAddr.value_or("")));
     trace.end("", [&] { return registration.arguments(); });
     throw exception;
 }

@@ -33,18 +33,6 @@ std::optional<QXDeviceType> typeOf(std::string_view word) {
     return std::nullopt;
 }
 
-SettingRecord savedRecord(const SettingRecord& record) {
-    SettingRecord copy = record;
-    const auto deviceType = copy.find(kQXDeviceType);
-    if (deviceType == copy.end()) return copy;
-    if (const auto word = wordOf(deviceType->second)) {
-        deviceType->second = *word;
-    } else {
-        copy.erase(deviceType);
-    }
-    return copy;
-}
-
 [[noreturn]] void misshapen(const std::string& where, const char* what) {
     throw std::invalid_argument("settings: " + where + " is not " + what);
 }
@@ -64,6 +52,20 @@ SettingRecord loadedRecord(const std::string& portName, SettingValue value) {
     return std::move(*record);
 }
 
+}  // namespace
+
+SettingRecord savedRecord(const SettingRecord& record) {
+    SettingRecord copy = record;
+    const auto deviceType = copy.find(kQXDeviceType);
+    if (deviceType == copy.end()) return copy;
+    if (const auto word = wordOf(deviceType->second)) {
+        deviceType->second = *word;
+    } else {
+        copy.erase(deviceType);
+    }
+    return copy;
+}
+
 Settings settingsOf(SettingValue value) {
     auto* members = value.as<SettingValue::Dictionary>();
     if (members == nullptr) misshapen("the whole", "an object");
@@ -74,8 +76,6 @@ Settings settingsOf(SettingValue value) {
     }
     return settings;
 }
-
-}  // namespace
 
 SettingValue savedValue(const Settings& settings) {
     SettingValue::Dictionary copies;

@@ -14,6 +14,9 @@ namespace nearcast {
 // A registry as it is saved (docs/settings-format.md): JSON in which device types are words. The manager saves and
 // loads its own by these functions; they need no manager, keep no state and may be called from any thread.
 
+/// A record as it is saved: its device type is a word, or left out where it has none.
+SettingRecord savedRecord(const SettingRecord& record);
+
 /// The registry as the value that is saved. A device type without a word is left out; records that are null count as
 /// empty ones.
 SettingValue savedValue(const Settings& settings);
@@ -25,6 +28,10 @@ std::optional<std::string> savedSettings(const Settings& settings, const NSJSONS
 
 /// Whether a device type is saved under this word.
 bool isDeviceType(std::string_view word);
+
+/// The registry that a value says which was saved. A device type whose word is not known is left out.
+/// @throws std::invalid_argument naming the record that is wrong, where the value has another shape
+Settings settingsOf(SettingValue value);
 
 /// The registry that the text holds. A device type whose word is not known is left out.
 /// @return nothing where the text is not JSON

@@ -5,8 +5,11 @@
 
 namespace nearcast {
 
-PortException::PortException(std::string name, std::string reason)
-    : name_(std::move(name)), reason_(std::move(reason)) {}
+PortException::PortException(std::string name, std::string reason, std::string portName, std::string MACAddr)
+    : name_(std::move(name)),
+      reason_(std::move(reason)),
+      portName_(std::move(portName)),
+      MACAddr_(std::move(MACAddr)) {}
 
 PortException::~PortException() = default;
 

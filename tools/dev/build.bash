@@ -58,6 +58,19 @@ run_package() {
     ls build/package/*.deb
 }
 
+# Warnings are errors.
+make_docs() {
+    mkdir -p build/docs
+    NEARCAST_DOCS_OUTPUT=build/docs NEARCAST_DOCS_VERSION=$(sed -n 's/^#define NEARCAST_VERSION_M.* //p; s/^#define NEARCAST_VERSION_PATCH //p' \
+        include/nearcast/Version.h | paste -sd.) doxygen docs/Doxyfile
+}
+
+run_docs() {
+    need doxygen
+    run_stage "reference" make_docs
+    echo "build/docs/html/index.html"
+}
+
 run_clean() {
     rm -rf build
 }

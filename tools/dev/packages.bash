@@ -13,7 +13,7 @@ need_to_test() {
 }
 
 need_to_check() {
-    need_to_test clang libclang-rt-dev llvm clang-tidy
+    need_to_test clang libclang-rt-dev llvm clang-tidy doxygen
 }
 
 # need PACKAGE...: installs those that are missing. Where all are there it needs neither root nor a network.

@@ -47,6 +47,7 @@ run_test() {
 run_check() {
     need_to_check
     need_plot
+    run_stage "reference" make_docs
     run_stage "build with clang and the address and undefined-behaviour sanitizers" build asan
     run_stage "clang-tidy" tools/tidy.py build/asan src/ apps/ examples/
     run_stage "build with clang and the thread sanitizer" build tsan

@@ -45,24 +45,12 @@ std::string addressText(std::span<const std::uint8_t> octets) {
     return text;
 }
 
-std::string stateName(CBManagerState state) {
-    switch (state) {
-        case CBManagerStateUnknown: return "unknown";
-        case CBManagerStateResetting: return "resetting";
-        case CBManagerStateUnsupported: return "unsupported";
-        case CBManagerStateUnauthorized: return "unauthorized";
-        case CBManagerStatePoweredOff: return "powered off";
-        case CBManagerStatePoweredOn: return "powered on";
-    }
-    return std::to_string(static_cast<std::int64_t>(state));
-}
-
 std::string stateInWords(const RadioHealth& health) {
-    return stateName(health.state) + (health.why.empty() ? "" : " (" + health.why + ")");
+    return nameOf(health.state) + (health.why.empty() ? "" : " (" + health.why + ")");
 }
 
 std::string healthInWords(const RadioHealth& health, double now) {
-    std::string text = stateName(health.state) + " for " + decimals(std::max(0.0, now - health.since)) + " s, ";
+    std::string text = nameOf(health.state) + " for " + decimals(std::max(0.0, now - health.since)) + " s, ";
     text += decimals(health.reportsPerSecond) + " reports/s, ";
     text += health.lastReportAge ? "last " + decimals(*health.lastReportAge) + " s ago" : "nothing heard yet";
     text += ", " + counted(health.restarts, "restart");

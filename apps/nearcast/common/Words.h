@@ -23,8 +23,6 @@ std::string counted(std::uint64_t count, std::string_view what);
 /// "02:4E:43:00:00:01".
 std::string addressText(std::span<const std::uint8_t> octets);
 
-/// "powered on", "unauthorized", ...; of a state that this version does not know, its number.
-std::string stateName(CBManagerState state);
 /// The state and its reason: "powered off (the adapter is blocked by rfkill)".
 std::string stateInWords(const RadioHealth& health);
 /// How the radio is, on one line: what it hears tells a radio that is blind from dongles that are silent.

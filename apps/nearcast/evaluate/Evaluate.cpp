@@ -4,7 +4,6 @@
 #include "common/Progress.h"
 #include "common/UsageError.h"
 #include "common/Words.h"
-#include "common/files/AtomicFile.h"
 #include "common/files/OwnInput.h"
 #include "common/files/PlaybackFile.h"
 #include "common/files/SettingsFile.h"
@@ -13,6 +12,7 @@
 #include "evaluate/EvaluationOutput.h"
 #include "help/HelpText.h"
 #include "lab/Rule.h"
+#include "platform/system/AtomicFile.h"
 #include "web/Page.h"
 
 #include <CLI/CLI.hpp>

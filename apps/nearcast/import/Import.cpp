@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Command.h"
 #include "common/Progress.h"
-#include "common/files/AtomicFile.h"
 #include "common/files/OwnInput.h"
 #include "common/files/PlaybackFile.h"
 #include "common/files/RecordingOutput.h"
 #include "help/HelpText.h"
 #include "platform/files/ByteSource.h"
 #include "platform/replay/JsonLines.h"
+#include "platform/system/AtomicFile.h"
 
 #include <CLI/CLI.hpp>
 #include <chrono>

@@ -3,12 +3,12 @@
 #include "common/Arguments.h"
 #include "common/Output.h"
 #include "common/Progress.h"
-#include "common/files/AtomicFile.h"
 #include "common/files/OwnInput.h"
 #include "common/files/PlaybackFile.h"
 #include "common/files/SettingsFile.h"
 #include "help/HelpText.h"
 #include "lines/Truth.h"
+#include "platform/system/AtomicFile.h"
 #include "report/ReportData.h"
 #include "web/Page.h"
 

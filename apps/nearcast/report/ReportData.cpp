@@ -160,7 +160,7 @@ public:
 private:
     ReportDongle& dongle(const PlaybackEvent& event) { return data_.dongles.at(event.dongle); }
     void addRadio(std::int64_t at, CBManagerState state) {
-        data_.radio.push_back({at, state == CBManagerStatePoweredOn, stateName(state)});
+        data_.radio.push_back({at, state == CBManagerStatePoweredOn, nameOf(state)});
     }
 
     ReportData& data_;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "web/Page.h"
 
+#include <nearcast/Version.h>
+
 #include "common/Words.h"
 
 #include <algorithm>
@@ -53,7 +55,7 @@ std::string policy(std::span<const Asset> assets, const std::string& kind) {
 
 }  // namespace
 
-std::string programName() { return "nearcast " NEARCAST_VERSION; }
+std::string programName() { return "nearcast " + std::string(version()); }
 
 void requirePlot(std::span<const Asset> assets) {
     for (const std::string_view name : {plotScript, plotStyle, plotLicence}) {

@@ -23,7 +23,7 @@ bool isSettled(const RadioHealth& health, bool hasTold) {
 }
 
 std::string reasonOf(const RadioHealth& health) {
-    return health.why.empty() ? "the radio is " + stateName(health.state) : health.why;
+    return health.why.empty() ? "the radio is " + nameOf(health.state) : health.why;
 }
 
 RadioMissing::RadioMissing(const RadioHealth& health)

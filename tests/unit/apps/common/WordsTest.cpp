@@ -48,8 +48,6 @@ TEST(RadioWords, TellWhyTheRadioIsBlind) {
               "powered off for 3.0 s, 0.0 reports/s, nothing heard yet, 1 restart: blocked by rfkill");
 }
 
-TEST(RadioWords, AStateOfTheFutureIsItsNumber) { EXPECT_EQ(stateName(static_cast<CBManagerState>(17)), "17"); }
-
 TEST(Words, CountOneThingAndMore) {
     EXPECT_EQ(counted(1, "dongle"), "1 dongle");
     EXPECT_EQ(counted(0, "dongle"), "0 dongles");

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/files/AtomicFile.h"
+#include "platform/system/AtomicFile.h"
+
+#include "platform/system/Companion.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,22 +12,11 @@
 #include <system_error>
 #include <utility>
 
-namespace nearcast::cli {
+namespace nearcast {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Where the links of a path lead, also where nothing is there.
-std::string followed(const std::string& path) {
-    constexpr int mostLinks = 40;  // as the kernel's
-    std::error_code none;
-    fs::path place = path;
-    for (int links = 0; links < mostLinks && fs::is_symlink(place, none); ++links) {
-        place = place.parent_path() / fs::read_symlink(place, none);
-    }
-    return place.string();
-}
 
 std::optional<struct stat> statusOf(const std::string& path) {
     struct stat status {};
@@ -41,7 +32,17 @@ mode_t ordinaryMode() {
 
 }  // namespace
 
-AtomicFile::AtomicFile(std::string path) : path_(std::move(path)), target_(followed(path_)) {
+std::string AtomicFile::followed(const std::string& path) {
+    constexpr int mostLinks = 40;  // as the kernel's
+    std::error_code none;
+    fs::path place = path;
+    for (int links = 0; links < mostLinks && fs::is_symlink(place, none); ++links) {
+        place = place.parent_path() / fs::read_symlink(place, none);
+    }
+    return place.string();
+}
+
+AtomicFile::AtomicFile(std::string path, Foreign foreign) : path_(std::move(path)), target_(followed(path_)) {
     std::error_code none;
     if (fs::is_symlink(target_, none)) {
         errno = ELOOP;
@@ -51,7 +52,7 @@ AtomicFile::AtomicFile(std::string path) : path_(std::move(path)), target_(follo
     if (before && !S_ISREG(before->st_mode)) {
         openInPlace();
     } else {
-        openBeside();
+        openBeside(foreign);
     }
 }
 
@@ -60,7 +61,7 @@ void AtomicFile::openInPlace() {
     if (!file_) fail("cannot be opened");
 }
 
-void AtomicFile::openBeside() {
+void AtomicFile::openBeside(Foreign foreign) {
     try {
         temporary_.emplace(target_);
     } catch (const std::system_error& error) {
@@ -73,6 +74,10 @@ void AtomicFile::openBeside() {
         fail("cannot be opened");
     }
     copied_ = !takeOver(temporary_->descriptor());
+    if (copied_ && foreign == Foreign::refused) {
+        errno = EPERM;
+        fail("belongs to somebody else, which it would not afterwards");
+    }
     if (copied_ && access(target_.c_str(), W_OK) != 0) fail("cannot be written");
 }
 
@@ -90,6 +95,13 @@ bool AtomicFile::takeOver(int descriptor) const {
     return fchmod(descriptor, before->st_mode & 07777U) == 0;  // after the owner, whose change takes bits away
 }
 
+void AtomicFile::alike(const std::string& other) noexcept {
+    struct stat status {};
+    if (stat(other.c_str(), &status) != 0) return;
+    giveToOwnerOf(other, fileno(file_.get()));
+    fchmod(fileno(file_.get()), status.st_mode & 0777U);
+}
+
 void AtomicFile::write(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), file_.get()) != text.size()) fail("cannot be written");
 }
@@ -102,6 +114,7 @@ void AtomicFile::commit() {
     } else {
         finish(std::move(file_), temporary_.has_value());
         if (temporary_ && std::rename(temporary_->path().c_str(), target_.c_str()) != 0) fail("cannot be replaced");
+        if (temporary_) keepName();
     }
     temporary_.reset();
 }
@@ -124,8 +137,21 @@ void AtomicFile::copyInto() const {
     finish(std::move(to), true);
 }
 
+/// The folder holds the name. Some file systems cannot write a folder out, and need not.
+void AtomicFile::keepName() const {
+    const std::string folder = fs::path(target_).parent_path().string();
+    const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return;  // a folder that may be written and not read
+    const int result = fsync(descriptor);
+    const int error = errno;
+    close(descriptor);
+    if (result == 0 || error == EINVAL || error == ENOTSUP) return;
+    errno = error;
+    fail("cannot be written");
+}
+
 void AtomicFile::fail(const char* what) const {
     throw std::system_error(errno, std::generic_category(), path_ + ": " + what);
 }
 
-}  // namespace nearcast::cli
+}  // namespace nearcast

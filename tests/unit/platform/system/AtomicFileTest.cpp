@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/files/AtomicFile.h"
+#include "platform/system/AtomicFile.h"
 #include "doubles/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <system_error>
 
-namespace nearcast::cli {
+namespace nearcast {
 namespace {
 
 TEST(AtomicFile, AppearsOnlyWhenItIsCommitted) {
@@ -191,6 +191,7 @@ TEST(AtomicFile, LeavesNothingBesideWhenASignalEndsTheProcess) {
         const std::string path = folder.write("out", "before");
         EXPECT_EXIT(
             {
+                TemporaryName::removeOnSignals();
                 AtomicFile file(path);
                 AtomicFile another(folder.file("another"));
                 file.write("after");
@@ -207,6 +208,7 @@ TEST(AtomicFile, LeavesASignalIgnoredThatWasIgnored) {
     EXPECT_EXIT(
         {
             std::signal(SIGHUP, SIG_IGN);  // NOLINT(cert-err33-c)
+            TemporaryName::removeOnSignals();
             AtomicFile file(folder.file("out"));
             file.write("content");
             raise(SIGHUP);
@@ -218,4 +220,4 @@ TEST(AtomicFile, LeavesASignalIgnoredThatWasIgnored) {
 }
 
 }  // namespace
-}  // namespace nearcast::cli
+}  // namespace nearcast

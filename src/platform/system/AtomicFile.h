@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "common/files/TemporaryName.h"
+#include "platform/system/TemporaryName.h"
 
 #include <cstdio>
 #include <memory>
@@ -9,24 +9,34 @@
 #include <string>
 #include <string_view>
 
-namespace nearcast::cli {
+namespace nearcast {
 
 /// A file that appears under its name whole or not at all: it is written beside its place and moved there by `commit`.
 /// Without a commit what was there before stays.
 ///
 /// The name may be a symbolic link: what it leads to is written, and the link stays. A file that was there before keeps
-/// its mode and its owner. Where the user may not give the new file that owner, its content is copied into the old one
-/// when all of it is there. What is no regular file (a terminal, a pipe) is written in place.
+/// its mode and its owner. What is no regular file (a terminal, a pipe) is written in place.
 class AtomicFile {
 public:
-    /// @throws std::system_error naming the file
-    explicit AtomicFile(std::string path);
+    /// What becomes of a file that belongs to somebody else, where the user may not give the new one that owner.
+    enum class Foreign {
+        copied,   ///< the content is copied into it when all of it is there, so not in one step
+        refused,  ///< it is left alone
+    };
 
     /// @throws std::system_error naming the file
+    explicit AtomicFile(std::string path, Foreign foreign = Foreign::copied);
+
+    /// Gives it the mode of another file, and where the user may, its owner; before `commit`.
+    void alike(const std::string& other) noexcept;
+    /// @throws std::system_error naming the file
     void write(std::string_view text);
-    /// Makes sure that the content has reached the disk, then gives it its name.
+    /// Makes sure that the content has reached the disk, then gives it its name, and that on the disk too.
     /// @throws std::system_error naming the file
     void commit();
+
+    /// Where the links of a path lead, also where nothing is there.
+    static std::string followed(const std::string& path);
 
 private:
     struct Closer {
@@ -34,11 +44,12 @@ private:
     };
     using File = std::unique_ptr<std::FILE, Closer>;
 
-    void openBeside();
+    void openBeside(Foreign foreign);
     void openInPlace();
     [[nodiscard]] bool takeOver(int descriptor) const;
     void finish(File file, bool toTheDisk) const;
     void copyInto() const;
+    void keepName() const;
     [[noreturn]] void fail(const char* what) const;
 
     const std::string path_;                  ///< as it was given, for messages
@@ -48,4 +59,4 @@ private:
     File file_;
 };
 
-}  // namespace nearcast::cli
+}  // namespace nearcast
