@@ -40,6 +40,7 @@ void HciSession::pass(Time now) {
     if (socket_) read(now);
     if (socket_) follow(now);
     if (socket_) watch(now);
+    if (socket_) probe(now);
 }
 
 void HciSession::takeWish(Time now) {
@@ -60,6 +61,7 @@ std::optional<Time> HciSession::due() const {
     takeEarlier(earliest, endScan_);
     if (!socket_) return earliest;
     if (alone()) takeEarlier(earliest, controller_.due());
+    if (mayBeDead()) takeEarlier(earliest, probeAt_);
     takeEarlier(earliest, quiet_.due());
     return earliest;
 }
@@ -114,6 +116,7 @@ void HciSession::read(Time now) {
 }
 
 void HciSession::take(std::span<const std::uint8_t> packet, Time now) {
+    probeAt_ = now + probeAfter;
     if (packet[0] != eventPacket) return;
     const auto event = packet.subspan(1);
     const auto outcome = events_.read(event, [&](const RawReport& raw) { report(raw, now); });
@@ -155,7 +158,15 @@ void HciSession::follow(Time now) {
 
 void HciSession::listening(Time now) {
     listeningSince_ = now;
+    probeAt_ = now + probeAfter;
     become({CBManagerStatePoweredOn, ""});
+}
+
+/// After the watch: what that begins against silence shows as well whether the controller lives.
+void HciSession::probe(Time now) {
+    if (!mayBeDead() || now < probeAt_) return;
+    probeAt_ = now + probeAfter;
+    controller_.probe(now);
 }
 
 /// Against silence the scan is started again, and where that did not help, the whole controller. Beside others neither

@@ -34,6 +34,9 @@ public:
     static constexpr Time longestPause = std::chrono::seconds(1);
     /// A socket that was open for so long, or has brought a report, is opened again at once when it is lost.
     static constexpr Time provenAfter = std::chrono::seconds(5);
+    /// After so long without a word of the controller it is asked whether it lives: quiet air and a dead controller sound
+    /// alike.
+    static constexpr Time probeAfter = std::chrono::seconds(5);
     /// After so long without a call of `pass` the machine has slept: the controller may have lost its settings.
     static constexpr Time longestGap = std::chrono::seconds(5);
     /// For so long a scan that is no longer wanted goes on, because an application often renews its scan that way. Its
@@ -73,11 +76,14 @@ private:
     void take(std::span<const std::uint8_t> packet, Time now);
     void report(const RawReport& raw, Time now);
     void follow(Time now);
+    void probe(Time now);
     void watch(Time now);
     void listening(Time now);
     void lose(Time now, const RadioCondition& condition);
     void become(const RadioCondition& condition);
     [[nodiscard]] bool listens() const { return listeningSince_.has_value(); }
+    /// Its silence may be its death.
+    [[nodiscard]] bool mayBeDead() const { return alone() && listens(); }
 
     HciPort& port_;
     const HciTarget target_;
@@ -97,6 +103,7 @@ private:
     BackOff pause_{firstPause, longestPause};
     std::optional<Time> openAt_;  ///< nothing: at once
     Time askAt_{0};
+    Time probeAt_{0};
     Time lastPass_{0};
 };
 
