@@ -6,7 +6,7 @@ import json
 import time
 import traceback
 
-MODULES = ("rates", "recovery", "clients", "manager", "states", "facts", "shop")
+MODULES = ("rates", "recovery", "clients", "manager", "states", "facts", "shop", "user_channel")
 TESTS = []
 
 
