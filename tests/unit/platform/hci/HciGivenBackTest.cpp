@@ -51,9 +51,8 @@ TEST_F(HciGivenBack, StaysOnWhereSomebodyUsesItAtItsRelease) {
 TEST_F(HciGivenBack, IsTakenBackFromTheServiceThatWasQuicker) {
     scan();
     loseToService();
-    const RadioCondition told{
-        CBManagerStateResetting,
-        "hci0 was switched on by the Bluetooth service, as it does by itself; it is taken back"};
+    const RadioCondition told{CBManagerStateResetting,
+                              "hci0 was switched on by the Bluetooth service, as it does by itself; it is taken back"};
     EXPECT_NE(std::find(conditions.begin(), conditions.end(), told), conditions.end());
     EXPECT_EQ(state(), CBManagerStatePoweredOn);
     EXPECT_TRUE(machine.scans());
