@@ -79,7 +79,7 @@ void HciController::restartScan(Time now) {
 
 void HciController::probe(Time now) {
     // A step that is pending shows as well whether it lives.
-    if (phase_ != Phase::ready || !steps_.empty()) return;
+    if (!steps_.empty()) return;
     add({readLocalVersion, {}}, true);
     advance(now);
 }

@@ -92,9 +92,10 @@ void HciSession::open(Time now) {
     controller_.start(now);
 }
 
-/// Asked before it is taken: afterwards the service does not know it.
+/// Asked before it is taken: afterwards the service does not know it. One that is up is not to be had, or (beside
+/// others) not to be taken.
 bool HciSession::turnsOn(const HciAdapter& adapter) {
-    return service_ != nullptr && alone() && !leaveOff_ && !adapter.up && service_->turnsOn(target_.device());
+    return service_ != nullptr && !leaveOff_ && !adapter.up && service_->turnsOn(target_.device());
 }
 
 /// It was off when it was taken. If the service has it now, because it was lost or given up for a moment, and nobody
@@ -184,7 +185,6 @@ void HciSession::follow(Time now) {
 
 void HciSession::listening(Time now) {
     listeningSince_ = now;
-    probeAt_ = now + probeAfter;
     become({CBManagerStatePoweredOn, ""});
 }
 

@@ -160,11 +160,9 @@ TEST_F(BluezAdapterServiceTest, DoesNotWaitForeverForWhatStaysOff) {
 }
 
 TEST(BluezAdapterService, DoesNothingWithoutABus) {
-    FakeSystemBus system;
-    system.hangUp();
-    int pauses = 0;
-    // Nobody serves the bus, which is not even there: its address is that of a folder's file that is gone.
+    const FakeSystemBus system;  // which puts the address back at its end
     setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
+    int pauses = 0;
     BluezAdapterService service("", {.pause = [&](std::chrono::milliseconds) { ++pauses; }});
     EXPECT_FALSE(service.turnsOn("hci0"));
     EXPECT_FALSE(service.turnOff("hci0"));

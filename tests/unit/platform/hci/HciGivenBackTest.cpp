@@ -98,6 +98,26 @@ TEST_F(HciGivenBack, WasNotOursWhereItCouldNotBeTaken) {
     EXPECT_EQ(state(), CBManagerStateUnauthorized);
 }
 
+TEST_F(HciGivenBack, IsNotTakenWhileTheKernelSetsItUp) {
+    scan();
+    machine.failNextOpen(EBUSY);
+    machine.breakSockets(EPIPE);
+    settle();
+    pass(HciSession::longestPause);
+    const RadioCondition told{CBManagerStateResetting, "hci0 is being set up by the kernel"};
+    EXPECT_NE(std::find(conditions.begin(), conditions.end(), told), conditions.end());
+}
+
+TEST_F(HciGivenBack, IsLeftToTheServiceWhereItWasLostBeforeTheRelease) {
+    scan();
+    machine.unplug();
+    settle();
+    machine.plug();
+    machine.serve();
+    session.release();
+    EXPECT_TRUE(machine.up());
+}
+
 TEST_F(HciGivenBack, IsAskedForOnlyUntilItIsKnown) {
     scan();
     for (int i = 0; i < 3; ++i) {
