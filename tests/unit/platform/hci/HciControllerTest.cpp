@@ -158,6 +158,16 @@ TEST_F(HciControllerTest, BeginsAScanAgainByEndingItFirst) {
     EXPECT_TRUE(fake.scans());
 }
 
+TEST_F(HciControllerTest, DoesNotBeginAScanAgainThatIsNotWanted) {
+    start();
+    EXPECT_EQ(commandsOf([&] {
+                  controller.restartScan(now);
+                  talk();
+              }),
+              Opcodes{});
+    EXPECT_FALSE(fake.scans());
+}
+
 TEST_F(HciControllerTest, BeginsAScanAgainWhileItIsAskedWhetherItLives) {
     start();
     scan(true);
