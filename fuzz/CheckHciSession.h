@@ -65,6 +65,11 @@ public:
         adapter.up = machine_.up;
         return {adapter, 0};
     }
+    hci::HciAdapterList adapters() override {
+        const Asked asked = adapter(0);
+        return asked.adapter ? hci::HciAdapterList{{*asked.adapter}, 0} : hci::HciAdapterList{};
+    }
+    bool hasLinks(int /*index*/) override { return false; }
     [[nodiscard]] hci::Capabilities capabilities() const override { return {}; }
 
 private:

@@ -18,7 +18,8 @@ namespace nearcast {
 /// be among those. Either end the tap and set no callbacks on such objects, or never destroy them.
 struct PlatformOptions {
     /// Which radio, as a radio string: `auto`, `bluez`, `bluez:00:1A:7D:DA:71:13` or `bluez:hci1` (one adapter of
-    /// several), `hci:0` (a controller for this process alone), `hci:0?beside` (beside the Bluetooth service), `none`,
+    /// several), `hci:0` (a controller for this process alone), `hci:00:1A:7D:DA:71:13` (the same, named by its
+    /// address), `hci:0?beside` (beside the Bluetooth service), `none`,
     /// `simulator`, `simulator:SCENE.json`, `replay:FILE`, and what docs/radios.md, docs/recordings.md and
     /// docs/simulator.md say of their options (`replay:FILE?speed=8`).
     std::string radio = "auto";

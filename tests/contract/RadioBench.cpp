@@ -122,8 +122,9 @@ class TimelineHciRadio : private hci::RadioParts, public hci::HciRadio, public T
 public:
     TimelineHciRadio(CBCentralManagerDelegate& delegate, Console& console, TimelinePlatform& platform,
                      const hci::FakeHci& machine, hci::HciAccess access)
-        : RadioParts{machine.port(), {}},
-          HciRadio(delegate, console, platform.monitor(), *port, hci::HciTarget{.access = access}, [this] { wake(); }),
+        : RadioParts{machine.port(), {}, {}},
+          HciRadio(delegate, console, platform.monitor(), *port, nullptr, hci::HciTarget{.access = access},
+                   [this] { wake(); }),
           machine_(machine),
           timeline_(platform.timeline()) {
         timeline_.setSource(this);

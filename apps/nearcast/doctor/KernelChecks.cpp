@@ -2,6 +2,7 @@
 #include "common/Words.h"
 #include "doctor/Checks.h"
 #include "machine/Facts.h"
+#include "platform/bluez/BluezAdapterService.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -27,6 +28,14 @@ bool hasLowEnergy(const HciAdapter& adapter) { return adapter.lowEnergy.value_or
 std::string nameOf(const HciAdapter& adapter) {
     const bool asked = adapter.address != DeviceAddress{};  // the kernel asks a controller when it first wakes it
     return adapter.name + " (" + (asked ? addressText(adapter.address) + ", " : "") + std::string(adapter.bus) + ")";
+}
+
+constexpr const char* keepOff =
+    "sudo systemctl disable --now bluetooth; or, if it serves others, AutoEnable=false below [Policy] in "
+    "/etc/bluetooth/main.conf and sudo systemctl restart bluetooth";
+
+bool bluetoothdSwitchesOn(const Machine& machine) {
+    return machine.bus().bluetoothd && bluez::isAutoEnable(machine.file(bluez::configurationFile).value_or(""));
 }
 
 Finding missing(const Machine& machine, const std::string& capability, const std::string& use) {
@@ -109,8 +118,17 @@ std::vector<Finding> checkListening(const Machine& machine) {
 
 std::vector<Finding> checkUse(const Machine& machine) {
     std::vector<Finding> findings;
+    const bool switchedOn = bluetoothdSwitchesOn(machine);
     for (const HciAdapter& adapter : machine.controllers().adapters) {
-        if (const auto fault = inUse(adapter)) findings.push_back(*fault);
+        if (const auto fault = inUse(adapter)) {
+            findings.push_back(*fault);
+        } else if (switchedOn) {
+            findings.push_back({Level::remark,
+                                "bluetoothd switches " + adapter.name +
+                                    " on by itself when it starts or the adapter is plugged in, and then it cannot be "
+                                    "taken",
+                                keepOff});
+        }
     }
     return findings;
 }
@@ -118,7 +136,7 @@ std::vector<Finding> checkUse(const Machine& machine) {
 std::optional<Finding> inUse(const HciAdapter& adapter) {
     if (!adapter.up) return std::nullopt;
     return Finding{Level::fault, adapter.name + " is in use, most likely by bluetoothd",
-                   "bluetoothctl power off, or sudo systemctl stop bluetooth; or listen by 'bluez'"};
+                   std::string(keepOff) + "; or listen by 'bluez'"};
 }
 
 }  // namespace nearcast::cli

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/factory/PlatformFactory.h"
 
+#include "platform/bluez/BluezAdapterService.h"
 #include "platform/bluez/BluezRadio.h"
 #include "platform/factory/AutomaticRadio.h"
 #include "platform/hci/HciKernel.h"
@@ -75,7 +76,8 @@ OpenedRadio openRadio(const RadioString& radio, const char* without, CBCentralMa
         hci::HciTarget target = hci::parseHciTarget(radio);
         target.program = hci::ownProgram();
         return std::make_unique<hci::ThreadedHciRadio>(delegate, console, monitor,
-                                                       std::make_unique<hci::KernelHciPort>(), target);
+                                                       std::make_unique<hci::KernelHciPort>(),
+                                                       std::make_unique<bluez::BluezAdapterService>(), target);
     }
     return std::make_unique<NoRadio>(delegate, console, monitor, without);
 }

@@ -126,6 +126,13 @@ std::optional<HciAdapter> hciAdapter(int index, int& error) {
     return adapter;
 }
 
+bool hciHasLinks(int index) {
+    AskingSocket kernelSocket;
+    kernel::LinkList list;
+    list.device = static_cast<std::uint16_t>(index);
+    return kernelSocket.ask(kernel::getLinkList, &list) && list.count > 0;
+}
+
 Capabilities ownCapabilities(const std::string& status) {
     std::ifstream file(status);
     std::string word;

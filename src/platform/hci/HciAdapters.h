@@ -42,6 +42,9 @@ HciAdapterList hciAdapters();
 /// @param error as in `HciAdapterList`; ENODEV when there is none of that number
 std::optional<HciAdapter> hciAdapter(int index, int& error);
 
+/// Whether other devices are connected by way of a controller.
+bool hciHasLinks(int index);
+
 /// Whether a controller is blocked.
 /// @param controllers the folder of the kernel's controllers
 HciBlock hciBlock(std::string_view name, const std::string& controllers = "/sys/class/bluetooth");

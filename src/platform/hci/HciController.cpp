@@ -71,9 +71,16 @@ void HciController::setScan(bool wanted, Time now) {
 }
 
 void HciController::restartScan(Time now) {
-    if (!scanning()) return;
+    if (phase_ != Phase::ready || !scans_) return;
     queueDisable();
     queueScan();
+    advance(now);
+}
+
+void HciController::probe(Time now) {
+    // A step that is pending shows as well whether it lives.
+    if (!steps_.empty()) return;
+    add({readLocalVersion, {}}, true);
     advance(now);
 }
 

@@ -43,6 +43,9 @@ public:
     void setScan(bool wanted, Time now);
     /// Restarts a running scan.
     void restartScan(Time now);
+    /// Asks one that is ready something that every controller answers, and that changes nothing, to see whether it
+    /// lives.
+    void probe(Time now);
     /// Takes an event: event code, parameter length, parameters. Those that are no answers are ignored.
     void received(std::span<const std::uint8_t> event, Time now);
     /// Checks the deadline.

@@ -49,8 +49,21 @@ struct DeviceList {
 };
 static_assert(offsetof(DeviceList, devices) == 4 && sizeof(DeviceList::Device) == 8);
 
+inline constexpr std::size_t mostLinks = 16;
+/// `struct hci_conn_list_req`.
+struct LinkList {
+    std::uint16_t device = 0;
+    std::uint16_t count = mostLinks;
+    struct Link {
+        std::uint8_t octets[12] = {};  // its handle, the address, the kind, the state
+        std::uint32_t mode = 0;
+    } links[mostLinks];
+};
+static_assert(offsetof(LinkList, links) == 4 && sizeof(LinkList::Link) == 16);
+
 inline constexpr unsigned long getDeviceList = _IOR('H', 210, int);  // HCIGETDEVLIST
 inline constexpr unsigned long getDeviceInfo = _IOR('H', 211, int);  // HCIGETDEVINFO
+inline constexpr unsigned long getLinkList = _IOR('H', 212, int);    // HCIGETCONNLIST
 
 }  // namespace nearcast::hci::kernel
 
@@ -61,6 +74,8 @@ class KernelHciPort : public HciPort {
 public:
     Opened open(int index, HciAccess access) override;
     Asked adapter(int index) override;
+    HciAdapterList adapters() override { return hciAdapters(); }
+    bool hasLinks(int index) override { return hciHasLinks(index); }
     [[nodiscard]] Capabilities capabilities() const override { return ownCapabilities(); }
 };
 

@@ -25,6 +25,7 @@ inline constexpr std::uint8_t leMetaEvent = 0x3E;
 inline constexpr std::uint16_t setEventMask = 0x0C01;
 inline constexpr std::uint16_t reset = 0x0C03;
 inline constexpr std::uint16_t writeLEHostSupport = 0x0C6D;
+inline constexpr std::uint16_t readLocalVersion = 0x1001;
 inline constexpr std::uint16_t readLocalSupportedCommands = 0x1002;
 inline constexpr std::uint16_t readLocalSupportedFeatures = 0x1003;
 inline constexpr std::uint16_t leSetEventMask = 0x2001;

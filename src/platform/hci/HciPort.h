@@ -55,6 +55,10 @@ public:
         int error = 0;
     };
     virtual Asked adapter(int index) = 0;
+    /// All controllers.
+    virtual HciAdapterList adapters() = 0;
+    /// Whether other devices are connected by way of a controller.
+    virtual bool hasLinks(int index) = 0;
 
     [[nodiscard]] virtual Capabilities capabilities() const = 0;
 };

@@ -2,11 +2,15 @@
 #pragma once
 
 #include "platform/hci/HciSession.h"
+#include "platform/radio/AdapterService.h"
 #include "platform/radio/Radio.h"
+#include "platform/system/ProcessEnd.h"
 #include "platform/system/WakeUp.h"
 
 #include <atomic>
+#include <chrono>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -18,10 +22,11 @@ namespace nearcast::hci {
 /// on the thread that calls `pass`.
 class HciRadio : public Radio {
 public:
-    /// @param delegate, console, monitor, port live longer
-    /// @param wake makes `pass` be called soon; from any thread
+    /// @param delegate, console, monitor, port, service live longer
+    /// @param service null: there is none
+    /// @param wake    makes `pass` be called soon; from any thread
     HciRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor, HciPort& port,
-             const HciTarget& target, std::function<void()> wake);
+             AdapterService* service, const HciTarget& target, std::function<void()> wake);
 
     /// @name For the one thread that runs it
     /// @{
@@ -31,7 +36,11 @@ public:
     [[nodiscard]] std::optional<Time> due() const { return session_.due(); }
     /// @copydoc HciSession::descriptor
     [[nodiscard]] int descriptor() const { return session_.descriptor(); }
+    /// @copydoc HciSession::release
+    void release() { session_.release(); }
     /// @}
+    /// @copydoc HciSession::owesRest
+    [[nodiscard]] bool owesRest() const noexcept { return session_.owesRest(); }
 
 private:
     void scanChanged(const std::optional<Scan>& /*scan*/) override { wake_(); }
@@ -43,6 +52,7 @@ private:
 /// What the radio uses; constructed before it and destroyed after it.
 struct RadioParts {
     std::unique_ptr<HciPort> port;
+    std::unique_ptr<AdapterService> service;  ///< null: there is none
     WakeUp wakeUp;
 };
 
@@ -54,16 +64,26 @@ public:
     /// @param delegate, console, monitor live longer
     /// @throws std::system_error when the system gives no descriptors or no thread
     ThreadedHciRadio(CBCentralManagerDelegate& delegate, Console& console, RadioMonitor& monitor,
-                     std::unique_ptr<HciPort> kernel, const HciTarget& target);
-    /// Releases the controller and waits for a callback that is running; so not from inside one.
+                     std::unique_ptr<HciPort> kernel, std::unique_ptr<AdapterService> service, const HciTarget& target);
+    /// Releases the controller and waits for a callback that is running; so not from inside one. A radio that is never
+    /// destroyed releases it when the process ends, if it can be left as it was only by waiting for somebody.
     ~ThreadedHciRadio() override;
     ThreadedHciRadio(const ThreadedHciRadio&) = delete;
     ThreadedHciRadio& operator=(const ThreadedHciRadio&) = delete;
 
 private:
+    /// More than it takes to leave a controller as it was.
+    static constexpr std::chrono::seconds longestRelease{10};
+
     void run() noexcept;
+    bool loop() noexcept;
+    void processEnds() noexcept;
 
     std::atomic<bool> ending_{false};
+    std::atomic<std::thread::id> runner_{};
+    std::promise<void> released_;
+    std::future<void> release_ = released_.get_future();
+    std::optional<ProcessEnd> processEnd_;
     std::thread thread_;
 };
 

@@ -19,10 +19,11 @@ constexpr const char* quietBeside =
 
 }  // namespace
 
-HciSession::HciSession(HciPort& port, HciTarget target, SessionListener& listener)
+HciSession::HciSession(HciPort& port, HciTarget target, SessionListener& listener, AdapterService* service)
     : port_(port),
       target_(std::move(target)),
       listener_(listener),
+      service_(service),
       condition_(beginning(target_)),
       controller_(
           [this](std::span<const std::uint8_t> packet) { return socket_ ? socket_->write(packet) : ENOTCONN; }) {}
@@ -40,6 +41,7 @@ void HciSession::pass(Time now) {
     if (socket_) read(now);
     if (socket_) follow(now);
     if (socket_) watch(now);
+    if (socket_) probe(now);
 }
 
 void HciSession::takeWish(Time now) {
@@ -60,20 +62,24 @@ std::optional<Time> HciSession::due() const {
     takeEarlier(earliest, endScan_);
     if (!socket_) return earliest;
     if (alone()) takeEarlier(earliest, controller_.due());
+    if (mayBeDead()) takeEarlier(earliest, probeAt_);
     takeEarlier(earliest, quiet_.due());
     return earliest;
 }
 
 void HciSession::open(Time now) {
     openAt_ = now + pause_.next();  // before anything can throw
-    const HciPort::Asked asked = port_.adapter(target_.index);
-    if (const auto reason = obstacle(target_, asked)) {
+    const HciAdapterList machine = port_.adapters();
+    const HciPort::Asked asked = find(target_, machine);
+    if (const auto reason = obstacle(target_, asked, machine)) {
         unsuited_ = false;
         return become(*reason);
     }
     if (unsuited_) return;
+    const bool leaveOff = turnsOn(*asked.adapter);
     HciPort::Opened opened = port_.open(target_.index, target_.access);
-    if (!opened.socket) return become(refusal(target_, *asked.adapter, port_.capabilities(), opened.error));
+    if (!opened.socket) return become(refused(*asked.adapter, opened.error));
+    if (leaveOff) leaveOff_ = true;
     socket_ = std::move(opened.socket);
     askAt_ = now + askInterval;
     events_ = HciEvents();
@@ -84,6 +90,29 @@ void HciSession::open(Time now) {
         become({CBManagerStateResetting, target_.name() + " is being started"});
     }
     controller_.start(now);
+}
+
+/// Asked before it is taken: afterwards the service does not know it. One that is up is not to be had, or (beside
+/// others) not to be taken.
+bool HciSession::turnsOn(const HciAdapter& adapter) {
+    return service_ != nullptr && !leaveOff_ && !adapter.up && service_->turnsOn(target_.device());
+}
+
+/// It was off when it was taken. If the service has it now, because it was lost or given up for a moment, and nobody
+/// has found a use for it, then only because the service switches on what it gets.
+RadioCondition HciSession::refused(const HciAdapter& adapter, int error) {
+    const bool lostToService = leaveOff_ && error == EBUSY && adapter.up && !port_.hasLinks(target_.index);
+    if (lostToService && service_->turnOff(target_.device())) {
+        return {CBManagerStateResetting,
+                target_.name() + " was switched on by the Bluetooth service, as it does by itself; it is taken back"};
+    }
+    return refusal(target_, adapter, port_.capabilities(), error);
+}
+
+void HciSession::release() {
+    if (!socket_) return;
+    socket_.reset();
+    if (leaveOff_.exchange(false)) service_->leaveOff(target_.device());
 }
 
 void HciSession::wakeUp(Time now) {
@@ -114,6 +143,7 @@ void HciSession::read(Time now) {
 }
 
 void HciSession::take(std::span<const std::uint8_t> packet, Time now) {
+    probeAt_ = now + probeAfter;
     if (packet[0] != eventPacket) return;
     const auto event = packet.subspan(1);
     const auto outcome = events_.read(event, [&](const RawReport& raw) { report(raw, now); });
@@ -156,6 +186,13 @@ void HciSession::follow(Time now) {
 void HciSession::listening(Time now) {
     listeningSince_ = now;
     become({CBManagerStatePoweredOn, ""});
+}
+
+/// After the watch: what that begins against silence shows as well whether the controller lives.
+void HciSession::probe(Time now) {
+    if (!mayBeDead() || now < probeAt_) return;
+    probeAt_ = now + probeAfter;
+    controller_.probe(now);
 }
 
 /// Against silence the scan is started again, and where that did not help, the whole controller. Beside others neither

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/hci/HciTarget.h"
 
+#include "platform/radio/AdapterAddress.h"
+
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <stdexcept>
@@ -16,24 +19,80 @@ constexpr unsigned mostIndex = 0xFFFE;  // 0xFFFF is the kernel's word for none
     throw std::invalid_argument("radio '" + radio.text + "': " + why);
 }
 
-int parseIndex(const RadioString& radio) {
-    std::string_view text = radio.argument;
-    if (text.empty()) return 0;
+std::optional<int> readIndex(std::string_view text) {
     if (text.starts_with("hci")) text.remove_prefix(3);
     unsigned index = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
-    if (error != std::errc() || end != text.data() + text.size() || index > mostIndex) {
-        refuse(radio, "'" + radio.argument + "' is no controller's number, as in hci:0");
-    }
+    if (error != std::errc() || end != text.data() + text.size() || index > mostIndex) return std::nullopt;
     return static_cast<int>(index);
+}
+
+void parseController(const RadioString& radio, HciTarget& target) {
+    if (radio.argument.empty()) return;
+    if (const auto index = readIndex(radio.argument)) {
+        target.index = *index;
+        return;
+    }
+    const auto address = readAdapterAddress(radio.argument);
+    if (!address) {
+        refuse(radio, "'" + radio.argument +
+                          "' is neither a controller's number, as in hci:0, nor its address, as in "
+                          "hci:00:1A:7D:DA:71:13");
+    }
+    if (!namesAdapter(*address)) {
+        refuse(radio, "an address of zeros names no controller; name it by its number, as in hci:0");
+    }
+    target.address = *address;
+    target.byAddress = true;
+    target.index = HciTarget::notFound;
 }
 
 std::string textOf(int error) { return std::generic_category().message(error); }
 
-RadioCondition unanswered(const HciTarget& target, int error) {
+/// "hci0 (00:1A:7D:DA:71:13)".
+std::string nameOf(const HciAdapter& adapter) {
+    return adapter.name + " (" +
+           (namesAdapter(adapter.address) ? adapterAddressText(adapter.address) : "its address is not known") + ")";
+}
+
+template <class Fits>
+std::string namesOf(const HciAdapterList& machine, const char* between, Fits fits) {
+    std::string names;
+    for (const HciAdapter& adapter : machine.adapters) {
+        if (fits(adapter)) names += (names.empty() ? "" : between) + nameOf(adapter);
+    }
+    return names;
+}
+
+RadioCondition missing(const HciTarget& target, const HciAdapterList& machine) {
+    const std::string address = adapterAddressText(target.address);
+    if (target.byAddress) {
+        const std::string others = namesOf(machine, ", ", [](const HciAdapter&) { return true; });
+        return {CBManagerStateUnsupported, "there is no controller with the address " + address + ": plug it in" +
+                                               (others.empty() ? "" : "; there is " + others)};
+    }
+    const auto now = std::find_if(machine.adapters.begin(), machine.adapters.end(), [&](const HciAdapter& one) {
+        return namesAdapter(target.address) && one.address == target.address;
+    });
+    if (now == machine.adapters.end()) {
+        return {CBManagerStateUnsupported, "there is no " + target.name() + ": plug a Bluetooth adapter in"};
+    }
+    return {CBManagerStateUnsupported, "there is no " + target.name() + ": the controller that had this number is " +
+                                           now->name + " now; the radio hci:" + address +
+                                           " finds it under every number"};
+}
+
+RadioCondition ambiguous(const HciTarget& target, const HciAdapterList& machine) {
+    const auto same = [&](const HciAdapter& adapter) { return adapter.address == target.address; };
+    return {CBManagerStateUnsupported, "several controllers have the address " + adapterAddressText(target.address) +
+                                           ": " + namesOf(machine, ", ", same) +
+                                           "; name the one that is meant by its number, as in hci:0"};
+}
+
+RadioCondition unanswered(const HciTarget& target, int error, const HciAdapterList& machine = {}) {
     switch (error) {
-        case ENODEV:
-            return {CBManagerStateUnsupported, "there is no " + target.name() + ": plug a Bluetooth adapter in"};
+        case ENODEV: return missing(target, machine);
+        case ENOTUNIQ: return ambiguous(target, machine);
         case EAFNOSUPPORT:
         case EPROTONOSUPPORT:
             return {CBManagerStateUnsupported,
@@ -71,17 +130,29 @@ RadioCondition busy(const HciTarget& target, const HciAdapter& adapter) {
     if (!adapter.up) return {CBManagerStateResetting, target.name() + " is being set up by the kernel"};
     return {CBManagerStateUnauthorized,
             target.name() +
-                " is in use by the Bluetooth service or another program: stop the service with `sudo systemctl stop "
-                "bluetooth`, or switch the controller off with `bluetoothctl power off` (without a service: `sudo "
+                " is in use by the Bluetooth service or another program: stop the service with `sudo systemctl "
+                "disable --now bluetooth`, or keep it from switching controllers on with AutoEnable=false below "
+                "[Policy] in /etc/bluetooth/main.conf and `sudo systemctl restart bluetooth` (`bluetoothctl power off` "
+                "alone lasts until the service starts or the controller is plugged in again; without a service: `sudo "
                 "hciconfig " +
-                target.name() + " down`), or listen beside them with hci:" + std::to_string(target.index) + "?beside"};
+                target.device() + " down`), or listen beside them with " + target.radio() + "?beside"};
 }
 
 }  // namespace
 
+std::string HciTarget::name() const {
+    if (!byAddress) return device();
+    const std::string text = adapterAddressText(address);
+    return index == notFound ? "the controller " + text : device() + " (" + text + ")";
+}
+
+std::string HciTarget::radio() const {
+    return "hci:" + (byAddress ? adapterAddressText(address) : std::to_string(index));
+}
+
 HciTarget parseHciTarget(const RadioString& radio) {
     HciTarget target;
-    target.index = parseIndex(radio);
+    parseController(radio, target);
     if (const auto beside = radio.options.find("beside"); beside != radio.options.end()) {
         if (!beside->second.empty()) refuse(radio, "'beside' takes no value");
         target.access = HciAccess::beside;
@@ -89,8 +160,23 @@ HciTarget parseHciTarget(const RadioString& radio) {
     return target;
 }
 
-std::optional<RadioCondition> obstacle(const HciTarget& target, const HciPort::Asked& asked) {
-    if (!asked.adapter) return unanswered(target, asked.error);
+HciPort::Asked find(HciTarget& target, const HciAdapterList& machine) {
+    if (machine.error != 0) return {std::nullopt, machine.error};
+    const HciAdapter* found = nullptr;
+    for (const HciAdapter& adapter : machine.adapters) {
+        if (target.byAddress ? adapter.address != target.address : adapter.index != target.index) continue;
+        if (found != nullptr) return {std::nullopt, ENOTUNIQ};
+        found = &adapter;
+    }
+    if (found == nullptr) return {std::nullopt, ENODEV};
+    target.index = found->index;
+    if (namesAdapter(found->address)) target.address = found->address;
+    return {*found, 0};
+}
+
+std::optional<RadioCondition> obstacle(const HciTarget& target, const HciPort::Asked& asked,
+                                       const HciAdapterList& machine) {
+    if (!asked.adapter) return unanswered(target, asked.error, machine);
     const HciAdapter& adapter = *asked.adapter;
     // The kernel refuses a blocked controller only after it has told all programs that the controller is gone.
     if (adapter.blocked) return blocked(target, adapter.blocked);

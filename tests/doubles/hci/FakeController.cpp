@@ -70,6 +70,7 @@ std::uint8_t FakeController::perform(std::uint16_t opcode, std::span<const std::
     const auto two = [&](std::size_t place) { return octet(place) | static_cast<unsigned>(octet(place + 1)) << 8; };
     switch (opcode) {
         case hci::reset: reset(); return 0;
+        case readLocalVersion: return 0;
         case setEventMask: eventMask_ = maskOf(parameters); return 0;
         case leSetEventMask: lowEnergyMask_ = maskOf(parameters); return 0;
         case writeLEHostSupport: hostHasLowEnergy_ = octet(0) == 1; return classic ? 0 : unknownCommand;

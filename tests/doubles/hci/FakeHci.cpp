@@ -4,11 +4,14 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <condition_variable>
 #include <deque>
 #include <stdexcept>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace nearcast::hci {
 
@@ -26,6 +29,10 @@ struct FakeHci::State {
         packets.push_back(std::move(packet));
         eventfd_write(descriptor, 1);
     }
+    void serve() NEARCAST_REQUIRES(mutex) {
+        if (service && switchesOn && given && plugged && !open && !blocked) up = true;
+        given = false;
+    }
     void lose(int error) NEARCAST_REQUIRES(mutex) {
         if (!open) return;
         lost = error;
@@ -37,7 +44,16 @@ struct FakeHci::State {
     std::condition_variable done;
     FakeController controller NEARCAST_GUARDED_BY(mutex);
     bool plugged NEARCAST_GUARDED_BY(mutex) = true;
+    int index NEARCAST_GUARDED_BY(mutex) = 0;
+    int nextIndex NEARCAST_GUARDED_BY(mutex) = 0;
+    std::vector<HciAdapter> others NEARCAST_GUARDED_BY(mutex);
     bool up NEARCAST_GUARDED_BY(mutex) = false;
+    bool service NEARCAST_GUARDED_BY(mutex) = false;
+    bool switchesOn NEARCAST_GUARDED_BY(mutex) = false;
+    bool given NEARCAST_GUARDED_BY(mutex) = false;  ///< the service has got the controller, and not yet looked at it
+    bool linked NEARCAST_GUARDED_BY(mutex) = false;
+    bool discovers NEARCAST_GUARDED_BY(mutex) = false;
+    int serviceAsked NEARCAST_GUARDED_BY(mutex) = 0;
     bool otherScans NEARCAST_GUARDED_BY(mutex) = false;
     HciBlock blocked NEARCAST_GUARDED_BY(mutex);
     Capabilities capabilities NEARCAST_GUARDED_BY(mutex){true, true};
@@ -61,6 +77,7 @@ public:
     ~FakeSocket() override {
         const MutexLock lock(state_->mutex);
         state_->open = false;
+        state_->given = state_->plugged && state_->access == HciAccess::alone;
         state_->packets.clear();
         state_->done.notify_all();
     }
@@ -116,14 +133,22 @@ public:
         const MutexLock lock(state_->mutex);
         state_->done.notify_all();
         if (const int error = std::exchange(state_->askError, 0)) return {std::nullopt, error};
-        if (index != 0 || !state_->plugged) return {std::nullopt, ENODEV};
-        HciAdapter adapter;
-        adapter.name = "hci0";
-        adapter.address = alice;
-        adapter.bus = "USB";
-        adapter.up = state_->up;
-        adapter.blocked = state_->blocked;
-        return {adapter, 0};
+        for (HciAdapter& adapter : all()) {
+            if (adapter.index == index) return {std::move(adapter), 0};
+        }
+        return {std::nullopt, ENODEV};
+    }
+
+    HciAdapterList adapters() override {
+        const MutexLock lock(state_->mutex);
+        state_->done.notify_all();
+        if (const int error = std::exchange(state_->askError, 0)) return {{}, error};
+        return {all(), 0};
+    }
+
+    bool hasLinks(int index) override {
+        const MutexLock lock(state_->mutex);
+        return index == state_->index && state_->linked;
     }
 
     [[nodiscard]] Capabilities capabilities() const override {
@@ -132,15 +157,64 @@ public:
     }
 
 private:
+    [[nodiscard]] std::vector<HciAdapter> all() const NEARCAST_REQUIRES(state_->mutex) {
+        std::vector<HciAdapter> adapters = state_->others;
+        if (!state_->plugged) return adapters;
+        HciAdapter& adapter = adapters.emplace_back();
+        adapter.index = state_->index;
+        adapter.name = "hci" + std::to_string(state_->index);
+        adapter.address = alice;
+        adapter.bus = "USB";
+        adapter.up = state_->up;
+        adapter.blocked = state_->blocked;
+        return adapters;
+    }
+    [[nodiscard]] bool hasOther(int index) const NEARCAST_REQUIRES(state_->mutex) {
+        return std::any_of(state_->others.begin(), state_->others.end(),
+                           [index](const HciAdapter& other) { return other.index == index; });
+    }
+
     /// In the kernel's order (`hci_sock_bind` of Linux 6.1).
     [[nodiscard]] int refusal(int index, HciAccess access) const NEARCAST_REQUIRES(state_->mutex) {
         if (const int error = std::exchange(state_->openError, 0)) return error;
         const bool alone = access == HciAccess::alone;
         if (!(alone ? state_->capabilities.netAdmin : state_->capabilities.netRaw)) return EPERM;
-        if (index != 0 || !state_->plugged) return ENODEV;
+        if (hasOther(index)) return EBUSY;
+        if (index != state_->index || !state_->plugged) return ENODEV;
         if (!alone) return 0;
         if (state_->up) return EBUSY;
         return state_->blocked ? ERFKILL : 0;
+    }
+
+    const StatePointer state_;
+};
+
+class FakeService : public AdapterService {
+public:
+    explicit FakeService(StatePointer state) : state_(std::move(state)) {}
+
+    bool turnsOn(const std::string& adapter) override {
+        const MutexLock lock(state_->mutex);
+        ++state_->serviceAsked;
+        return shows(adapter) && !state_->up && state_->switchesOn;
+    }
+    bool turnOff(const std::string& adapter) override {
+        const MutexLock lock(state_->mutex);
+        if (!shows(adapter) || state_->discovers) return false;
+        state_->up = false;
+        return true;
+    }
+    void leaveOff(const std::string& adapter) override {
+        {
+            const MutexLock lock(state_->mutex);
+            state_->serve();
+        }
+        turnOff(adapter);
+    }
+
+private:
+    [[nodiscard]] bool shows(const std::string& adapter) const NEARCAST_REQUIRES(state_->mutex) {
+        return state_->service && state_->plugged && !state_->open && adapter == "hci" + std::to_string(state_->index);
     }
 
     const StatePointer state_;
@@ -152,9 +226,13 @@ FakeHci::FakeHci() : state_(std::make_shared<State>()) {}
 
 std::unique_ptr<HciPort> FakeHci::port() const { return std::make_unique<FakePort>(state_); }
 
+std::unique_ptr<AdapterService> FakeHci::service() const { return std::make_unique<FakeService>(state_); }
+
 void FakeHci::plug() {
     const MutexLock lock(state_->mutex);
+    if (!state_->plugged) state_->index = state_->nextIndex;
     state_->plugged = true;
+    state_->given = true;
     state_->controller.reset();
 }
 
@@ -193,6 +271,39 @@ void FakeHci::allow(Capabilities capabilities) {
 void FakeHci::breakSockets(int error) {
     const MutexLock lock(state_->mutex);
     state_->lose(error);
+}
+
+void FakeHci::number(int index) {
+    const MutexLock lock(state_->mutex);
+    state_->nextIndex = index;
+}
+
+void FakeHci::addOther(HciAdapter adapter) {
+    const MutexLock lock(state_->mutex);
+    adapter.name = "hci" + std::to_string(adapter.index);
+    adapter.up = true;
+    state_->others.push_back(std::move(adapter));
+}
+
+void FakeHci::runService(bool switchesOn) {
+    const MutexLock lock(state_->mutex);
+    state_->service = true;
+    state_->switchesOn = switchesOn;
+}
+
+void FakeHci::serve() {
+    const MutexLock lock(state_->mutex);
+    state_->serve();
+}
+
+void FakeHci::link(bool linked) {
+    const MutexLock lock(state_->mutex);
+    state_->linked = linked;
+}
+
+void FakeHci::discover(bool active) {
+    const MutexLock lock(state_->mutex);
+    state_->discovers = active;
 }
 
 void FakeHci::failNextOpen(int error) {
@@ -253,6 +364,16 @@ bool FakeHci::opened() const {
 int FakeHci::opens() const {
     const MutexLock lock(state_->mutex);
     return state_->opens;
+}
+
+bool FakeHci::up() const {
+    const MutexLock lock(state_->mutex);
+    return state_->up;
+}
+
+int FakeHci::serviceAsked() const {
+    const MutexLock lock(state_->mutex);
+    return state_->serviceAsked;
 }
 
 bool FakeHci::waits() const {

@@ -3,6 +3,7 @@
 
 #include "doubles/hci/FakeController.h"
 #include "platform/hci/HciPort.h"
+#include "platform/radio/AdapterService.h"
 #include "support/Mutex.h"
 
 #include <functional>
@@ -10,13 +11,16 @@
 
 namespace nearcast::hci {
 
-/// A machine with one controller, hci0, and a kernel that treats it as Linux does. From any thread.
+/// A machine with one controller that can be opened, at first hci0 with the address of `alice`, and a kernel that
+/// treats it as Linux does. From any thread.
 class FakeHci {
 public:
     FakeHci();
 
     /// The machine as a radio sees it. It may outlive this.
     [[nodiscard]] std::unique_ptr<HciPort> port() const;
+    /// The machine's Bluetooth service, as a radio sees it. It may outlive this.
+    [[nodiscard]] std::unique_ptr<AdapterService> service() const;
 
     /// @name What happens to the machine
     /// @{
@@ -27,6 +31,14 @@ public:
     void cutOff();                 ///< a switch of the machine blocks it, whoever uses it; `block({})` ends that
     void allow(Capabilities capabilities);  ///< both are there from the begin
     void breakSockets(int error);           ///< the next read of an open socket fails with this
+    void number(int index);                 ///< of the controller, from its next plugging in
+    /// The kernel also has this controller, which another program uses. Once for each.
+    void addOther(HciAdapter adapter);
+    /// A Bluetooth service runs. It switches on each controller that it gets, if it is set to, once `serve` is called.
+    void runService(bool switchesOn);
+    void serve();
+    void link(bool linked);      ///< another device is connected by way of the controller
+    void discover(bool active);  ///< by way of the service
     void failNextOpen(int error);
     void failNextQuestion(int error);  ///< about the controller
     void failWrites(int error);        ///< 0: no more
@@ -45,9 +57,11 @@ public:
     void controller(const std::function<void(FakeController&)>& change);
     [[nodiscard]] bool scans();
     [[nodiscard]] int count(std::uint16_t opcode);
-    [[nodiscard]] bool opened() const;  ///< a socket is open
-    [[nodiscard]] int opens() const;    ///< how often one was
-    [[nodiscard]] bool waits() const;   ///< something is to be read
+    [[nodiscard]] bool opened() const;       ///< a socket is open
+    [[nodiscard]] int opens() const;         ///< how often one was
+    [[nodiscard]] bool up() const;           ///< the controller is switched on
+    [[nodiscard]] int serviceAsked() const;  ///< how often the service was asked whether it switches it on
+    [[nodiscard]] bool waits() const;        ///< something is to be read
     /// Returns when `condition` holds; it is asked after everything that a radio does.
     void await(const std::function<bool(FakeController&)>& condition);
 

@@ -150,7 +150,7 @@ def busy(lab):
     listener = lab.listen("hci:0")
     why = listener.wait_state("Unauthorized")
     lab.figure("hci:0 while bluetoothd has it", why)
-    expect("systemctl stop bluetooth" in why and "power off" in why, "it does not say what to do")
+    expect("systemctl disable --now bluetooth" in why and "AutoEnable=false" in why, "it does not say what to do")
     lab.set_powered(False)
     listener.wait_state("PoweredOn")
     listener.wait_reports(10)

@@ -193,19 +193,6 @@ def block_refused(lab):
     expect(controller.counters()["scanning"], "the scan has ended")
 
 
-@test("ADeadControllerOnTheUserChannelIsResetUntilItAnswers")
-def dead_alone(lab):
-    controller, listener = hearing(lab, "hci:0")
-    controller.do("mute on")
-    began = now()
-    wait_for("the loss told", 60, lambda: listener.state()[0] != "PoweredOn")
-    lab.figure("a dead controller is told", f"after {now() - began:.1f} s: {listener.state()} {listener.why()}")
-    controller.do("mute off")
-    returned = now()
-    first = listener.wait_reports(5, within=30, since=returned)[0][0] - returned
-    lab.figure("heard again", f"{first:.2f} s after it answers")
-
-
 @test("BesideBluetoothdIsHeardAgainAfterAReplugAndARestart")
 def beside(lab):
     controller, other = hearing(lab)  # somebody has to discover

@@ -100,9 +100,25 @@ TEST_F(KernelChecks, EachCapabilityIsAskedForByItself) {
 }
 
 TEST_F(KernelChecks, AControllerThatIsInUseCannotBeTaken) {
-    EXPECT_TRUE(checkUse(machine_).empty());
     machine_.kernel.adapters[0].up = true;
-    EXPECT_TRUE(says(checkUse(machine_).at(0), Level::fault, "hci0 is in use", "power off"));
+    const auto findings = checkUse(machine_);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_TRUE(says(findings[0], Level::fault, "hci0 is in use", "systemctl disable --now bluetooth"));
+    EXPECT_TRUE(says(findings[0], Level::fault, "hci0 is in use", "AutoEnable=false below [Policy]"));
+}
+
+TEST_F(KernelChecks, AControllerThatBluetoothdSwitchesOnCanBeTakenForAWhileOnly) {
+    const auto findings = checkUse(machine_);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_TRUE(says(findings[0], Level::remark, "bluetoothd switches hci0 on by itself", "AutoEnable=false"));
+}
+
+TEST_F(KernelChecks, AControllerIsFreeWhereBluetoothdDoesNotSwitchItOn) {
+    machine_.files["/etc/bluetooth/main.conf"] = "[Policy]\nAutoEnable=false\n";
+    EXPECT_TRUE(checkUse(machine_).empty());
+    machine_.files.clear();
+    machine_.reading.bluetoothd = false;
+    EXPECT_TRUE(checkUse(machine_).empty());
 }
 
 }  // namespace

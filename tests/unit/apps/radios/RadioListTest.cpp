@@ -94,7 +94,7 @@ TEST_F(RadioList, BluezOpensInAContainerThatHasTheBusAlone) {
 
 TEST_F(RadioList, AControllerThatIsInUseOrBlockedDoesNotOpen) {
     machine_.kernel.adapters[0].up = true;
-    EXPECT_TRUE(refuses(entry(machine_, "hci:0"), "in use", "power off"));
+    EXPECT_TRUE(refuses(entry(machine_, "hci:0"), "in use", "systemctl disable --now bluetooth"));
     machine_.kernel.adapters[0].blocked.soft = true;
     EXPECT_TRUE(refuses(entry(machine_, "hci:0"), "hci0 is blocked", "rfkill unblock"));
     machine_.kernel.adapters[0].blocked.hard = true;

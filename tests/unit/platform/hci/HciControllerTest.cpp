@@ -158,6 +158,49 @@ TEST_F(HciControllerTest, BeginsAScanAgainByEndingItFirst) {
     EXPECT_TRUE(fake.scans());
 }
 
+TEST_F(HciControllerTest, DoesNotBeginAScanAgainThatIsNotWanted) {
+    start();
+    EXPECT_EQ(commandsOf([&] {
+                  controller.restartScan(now);
+                  talk();
+              }),
+              Opcodes{});
+    EXPECT_FALSE(fake.scans());
+}
+
+TEST_F(HciControllerTest, BeginsAScanAgainWhileItIsAskedWhetherItLives) {
+    start();
+    scan(true);
+    EXPECT_EQ(commandsOf([&] {
+                  controller.probe(now);
+                  controller.restartScan(now);
+                  talk();
+              }),
+              (Opcodes{readLocalVersion, leSetScanEnable, leSetScanParameters, leSetScanEnable}));
+    EXPECT_TRUE(fake.scans());
+}
+
+TEST_F(HciControllerTest, IsNotAskedWhetherItLivesWhileAnotherAnswerShowsIt) {
+    controller.start(now);
+    controller.probe(now);
+    talk();
+    controller.setScan(true, now);
+    controller.probe(now);
+    talk();
+    EXPECT_EQ(fake.count(readLocalVersion), 0);
+    EXPECT_TRUE(fake.scans());
+}
+
+TEST_F(HciControllerTest, FailsWhenItDoesNotAnswerWhetherItLives) {
+    start();
+    fake.mute = true;
+    controller.probe(now);
+    at(102s - 1ns);
+    EXPECT_EQ(controller.phase(), Phase::ready);
+    at(102s);
+    EXPECT_EQ(controller.failure(), "did not answer command 0x1001");
+}
+
 TEST_F(HciControllerTest, DoesNotMindAScanThatHadEndedAlready) {
     start();
     scan(true);

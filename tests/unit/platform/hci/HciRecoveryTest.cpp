@@ -82,7 +82,7 @@ TEST_F(HciRecovery, WaitsForAnotherProgramToLeaveTheAdapter) {
     machine.use(true);
     scan();
     EXPECT_EQ(state(), CBManagerStateUnauthorized);
-    EXPECT_TRUE(says("systemctl stop bluetooth"));
+    EXPECT_TRUE(says("systemctl disable --now bluetooth"));
     pass(60s);
     machine.use(false);
     pass(HciSession::longestPause);

@@ -15,8 +15,9 @@ namespace nearcast::hci {
 /// A session on a machine with a controller, on a clock that moves when told to.
 class HciSessionFixture : public testing::Test, protected SessionListener {
 protected:
-    explicit HciSessionFixture(HciAccess access = HciAccess::alone)
-        : port_(machine.port()), session(*port_, HciTarget{.access = access}, *this) {}
+    explicit HciSessionFixture(HciAccess access = HciAccess::alone) : HciSessionFixture(HciTarget{.access = access}) {}
+    explicit HciSessionFixture(const HciTarget& target)
+        : port_(machine.port()), service_(machine.service()), session(*port_, target, *this, service_.get()) {}
 
     /// Runs the session as its thread would, as long as there is something to do at this moment.
     void settle() {
@@ -63,6 +64,7 @@ private:
     void deliver(const AdvertisingReport& report) override { reports.push_back(report); }
 
     const std::unique_ptr<HciPort> port_;
+    const std::unique_ptr<AdapterService> service_;
 
 protected:
     HciSession session;

@@ -20,6 +20,26 @@ TEST(ParseHciTarget, NameAController) {
     EXPECT_EQ(read("hci:65534").index, 65534);
 }
 
+TEST(ParseHciTarget, NameAControllerByItsAddress) {
+    constexpr DeviceAddress address{0x00, 0x1A, 0x7D, 0xDA, 0x71, 0x0F};
+    for (const char* text : {"hci:00:1A:7D:DA:71:0F", "hci:00:1a:7d:da:71:0f", "hci:00:1a:7D:DA:71:0F?beside"}) {
+        EXPECT_EQ(read(text).address, address) << text;
+        EXPECT_TRUE(read(text).byAddress) << text;
+        EXPECT_EQ(read(text).index, HciTarget::notFound) << text;
+    }
+    EXPECT_EQ(read("hci:00:1A:7D:DA:71:0F?beside").access, HciAccess::beside);
+    EXPECT_FALSE(read("hci:0").byAddress);
+}
+
+TEST(ParseHciTarget, SayWhyAnAddressOfZerosWillNotDo) {
+    try {
+        read("hci:00:00:00:00:00:00");
+        FAIL() << "it is taken";
+    } catch (const std::invalid_argument& error) {
+        EXPECT_NE(std::string(error.what()).find("names no controller"), std::string::npos) << error.what();
+    }
+}
+
 TEST(ParseHciTarget, SayWhetherToListenBesideOthers) {
     EXPECT_EQ(read("hci:0").access, HciAccess::alone);
     EXPECT_EQ(read("hci:0?beside").access, HciAccess::beside);
@@ -27,7 +47,8 @@ TEST(ParseHciTarget, SayWhetherToListenBesideOthers) {
 }
 
 TEST(ParseHciTarget, RefuseWhatIsNoController) {
-    for (const char* text : {"hci:x", "hci:-1", "hci:1x", "hci: 1", "hci:hci", "hci:65535", "hci:99999999999"}) {
+    for (const char* text : {"hci:x", "hci:-1", "hci:1x", "hci: 1", "hci:hci", "hci:65535", "hci:99999999999",
+                             "hci:00:1A:7D:DA:71", "hci:00:1A:7D:DA:71:0F:", "hci:00:1A:7D:DA:71:0G"}) {
         EXPECT_THROW(read(text), std::invalid_argument) << text;
     }
 }
@@ -110,7 +131,8 @@ TEST(HciRefusal, IsToldWithWhatToDoAboutIt) {
         {beside, true, {true, false}, EPERM, CBManagerStateUnauthorized, "without CAP_NET_RAW"},
         {alone, false, all, EPERM, CBManagerStateUnauthorized, "a container"},
         {beside, true, all, EPERM, CBManagerStateUnauthorized, "a container"},
-        {alone, true, all, EBUSY, CBManagerStateUnauthorized, "`sudo systemctl stop bluetooth`"},
+        {alone, true, all, EBUSY, CBManagerStateUnauthorized, "`sudo systemctl disable --now bluetooth`"},
+        {alone, true, all, EBUSY, CBManagerStateUnauthorized, "AutoEnable=false below [Policy]"},
         {alone, true, all, EBUSY, CBManagerStateUnauthorized, "hci:1?beside"},
         {alone, false, all, EBUSY, CBManagerStateResetting, "is being set up"},
         {alone, false, all, EUSERS, CBManagerStateUnauthorized, "another program has hci1 for itself"},

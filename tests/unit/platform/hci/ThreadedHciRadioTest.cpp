@@ -9,9 +9,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <condition_variable>
+#include <cstdlib>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -62,7 +64,8 @@ private:
 class ThreadedHciRadioTest : public testing::Test {
 protected:
     void open() {
-        radio = std::make_unique<ThreadedHciRadio>(listener, console, monitor, machine.port(), HciTarget{});
+        radio = std::make_unique<ThreadedHciRadio>(listener, console, monitor, machine.port(), machine.service(),
+                                                   HciTarget{});
         listener.await([this](int) { return radio->state() == CBManagerStatePoweredOn; });
     }
     void scan() {
@@ -187,6 +190,42 @@ TEST_F(ThreadedHciRadioTest, GivesTheControllerBackAtItsEnd) {
     EXPECT_TRUE(machine.opened());
     radio.reset();
     EXPECT_FALSE(machine.opened());
+}
+
+TEST_F(ThreadedHciRadioTest, LeavesTheControllerOffAtItsEndAsItWas) {
+    machine.runService(true);
+    open();
+    radio.reset();
+    EXPECT_EQ(machine.serviceAsked(), 1);
+    machine.serve();
+    EXPECT_FALSE(machine.up());
+}
+
+/// The radio of a manager is never destroyed. The process is one of its own, and tells by its status.
+TEST_F(ThreadedHciRadioTest, LeavesTheControllerOffAtTheEndOfTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto end = [this] {
+        machine.runService(true);
+        open();
+        // The radio's is older, so it has been called before.
+        new ProcessEnd([this] { _exit(machine.opened() || machine.up() ? 1 : 42); });
+        std::exit(0);
+    };
+    EXPECT_EXIT(end(), testing::ExitedWithCode(42), "");
+}
+
+TEST_F(ThreadedHciRadioTest, LeavesTheControllerOffWhereAHandlerEndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto end = [this] {
+        machine.runService(true);
+        listener.onReport = [](CBCentralManager&) { std::exit(0); };
+        open();
+        new ProcessEnd([this] { _exit(machine.opened() || machine.up() ? 1 : 42); });
+        scan();
+        machine.advertise({});
+        pause();
+    };
+    EXPECT_EXIT(end(), testing::ExitedWithCode(42), "");
 }
 
 TEST_F(ThreadedHciRadioTest, AgreesWithItsLastWishAfterManyFromSeveralThreads) {
