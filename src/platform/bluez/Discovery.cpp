@@ -24,7 +24,7 @@ Discovery::Discovery(SystemBus& bus, KernelScan& kernel, Listener listener)
     : bus_(bus),
       listener_(std::move(listener)),
       monitor_(bus, [this] { step(); }),
-      dead_(kernel, {[this] { deadChanged(); }, [this] { revived(); }, [this] { tryAnew(); }}) {}
+      dead_(kernel, {[this] { deadChanged(); }, [this] { tellRestart(); }, [this] { tryAnew(); }}) {}
 
 void Discovery::want(bool wanted) {
     if (wanted == wanted_) return;
@@ -248,7 +248,7 @@ void Discovery::started(const std::optional<Failure>& failure) {
     if (!quiet_ || dead_.suspected()) patience_ = nextPatience();
     watchAt_ = now_ + patience_;
     judge();
-    if (hasRun_ && !dead_.dead() && listener_.restarted) listener_.restarted();
+    if (hasRun_ && !dead_.dead()) tellRestart();
     hasRun_ = true;
 }
 
@@ -269,11 +269,6 @@ void Discovery::failBusy(const Failure& failure) {
 void Discovery::deadChanged() {
     judge();
     if (listener_.stateChanged) listener_.stateChanged();
-}
-
-/// The kernel was made to end a round, and bluetoothd goes on.
-void Discovery::revived() {
-    if (listener_.restarted) listener_.restarted();
 }
 
 void Discovery::fail(const Failure& failure) {

@@ -109,7 +109,9 @@ private:
     void watchDead();
     Time nextPatience();
     void deadChanged();
-    void revived();
+    void tellRestart() const {
+        if (listener_.restarted) listener_.restarted();
+    }
     void judge();
 
     SystemBus& bus_;
