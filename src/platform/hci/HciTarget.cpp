@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/hci/HciTarget.h"
 
-#include "platform/radio/AdapterAddress.h"
+#include "platform/radio/AdapterName.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/radio/AdapterAddress.h"
+#include "platform/radio/AdapterName.h"
 #include "unit/platform/hci/HciSessionFixture.h"
 
 namespace nearcast::hci {
