@@ -71,7 +71,7 @@ Reports hearSocket(const std::vector<AirRow>& rows, hci::HciAccess access) {
     const bool beside = access == hci::HciAccess::beside;
     machine.use(beside);
     const auto port = machine.port();
-    hci::HciRadio radio(ears, console, monitor, *port, hci::HciTarget{.access = access}, [] {});
+    hci::HciRadio radio(ears, console, monitor, *port, nullptr, hci::HciTarget{.access = access}, [] {});
     radio.scanForPeripheralsWithServices(std::nullopt, {.allowDuplicates = true});
     ears.listen(monitor);
     Time now = 0s;
@@ -138,7 +138,8 @@ Reports hearBluez(const std::vector<AirRow>& rows) {
                      .asked = row.type != AirRow::Type::nonConnectable,
                      .response = row.response});
     }
-    bluez::BluezRadio radio(ears, console, monitor, bluez, rfkill, "", [] {});
+    bluez::FakeMgmt mgmt(bluez);
+    bluez::BluezRadio radio(ears, console, monitor, bluez, rfkill, mgmt, "", [] {});
     radio.scanForPeripheralsWithServices(std::nullopt, {.allowDuplicates = true});
     ears.listen(monitor);
     for (Time now = 0s; now < 1s; now += step) {

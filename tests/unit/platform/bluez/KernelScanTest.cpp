@@ -33,6 +33,7 @@ public:
     void deviceChanged(std::string_view /*path*/, const DeviceNews& /*news*/) override {}
     void deviceRemoved(std::string_view /*path*/) override {}
     void monitorReleased() override {}
+    void forged() override {}
 };
 
 class KernelScanTest : public testing::Test {
