@@ -39,6 +39,7 @@ RULES = {
     "src/settings": set(),
     "src/proximity": set(),
     "src/nearest": set(),
+    "src/application": set(),
     "src/lines": set(),
     "src/lab": set(),
     "src/platform": set(),

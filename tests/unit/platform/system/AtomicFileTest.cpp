@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/system/AtomicFile.h"
 #include "doubles/TemporaryFolder.h"
+#include "platform/system/AtomicFile.h"
 
 #include <gtest/gtest.h>
 
