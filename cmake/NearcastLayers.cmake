@@ -29,10 +29,11 @@ endfunction()
 
 set(nearcast_layers "")
 
-# nearcast_layer(FOLDER [SEES FOLDERS...] [LINKS LIBRARIES...]): the target nearcast_NAME of src/FOLDER, where NAME is
-# the last part of the folder. Its name is appended to nearcast_layers.
+# nearcast_layer(FOLDER [COLD] [SEES FOLDERS...] [LINKS LIBRARIES...]): the target nearcast_NAME of src/FOLDER, where NAME
+# is the last part of the folder. Its name is appended to nearcast_layers. What is cold is built for its size where it
+# ships: of a program that runs for months, memory is what its text costs.
 function(nearcast_layer folder)
-    cmake_parse_arguments(PARSE_ARGV 1 layer "" "" "SEES;LINKS")
+    cmake_parse_arguments(PARSE_ARGV 1 layer "COLD" "" "SEES;LINKS")
     get_filename_component(name ${folder} NAME)
     set(target nearcast_${name})
     set(origin ${PROJECT_SOURCE_DIR}/src/${folder})
@@ -49,6 +50,9 @@ function(nearcast_layer folder)
     target_link_libraries(${target} PRIVATE nearcast_options ${layer_LINKS})
     set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
+    if(layer_COLD)
+        target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-Os>)
+    endif()
     if(NEARCAST_FUZZ)
         # What a fuzzer looks into: not the tests, which share the build.
         target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
