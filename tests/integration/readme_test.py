@@ -42,6 +42,23 @@ class ReadmeTest(ProgramTest):
         self.assertEqual(shown, {command.name for command in commands()})
 
 
+class ScenarioPageTest(ProgramTest):
+    def test_its_example_prints_what_it_says(self):
+        page = (ROOT / "docs" / "scenarios.md").read_text(encoding="utf-8")
+        scenario, printed = re.findall(r"```\n(.*?)```", page, re.DOTALL)[:2]
+        self.write("front.jsonl", scenario)
+        done = subprocess.run([PROGRAM, "run", "front.jsonl"], capture_output=True, text=True, timeout=DEADLINE,
+                              cwd=self.folder, check=True)
+        self.assertEqual(done.stdout, printed)
+
+    def test_it_lists_every_line_that_there_is(self):
+        page = (ROOT / "docs" / "scenarios.md").read_text(encoding="utf-8")
+        listed = re.findall(r"^\| `(\w+)` \|", page.split("## The lines")[1].split("## Time")[0], re.MULTILINE)
+        kinds = re.findall(r'Kind\{"(\w+)"', (ROOT / "src" / "lines" / "Line.cpp").read_text(encoding="utf-8"))
+        self.assertGreater(len(kinds), 10)
+        self.assertEqual(sorted(listed[1:]), sorted(kinds))  # without the head
+
+
 class SamplesTest(ProgramTest):
     def test_they_can_be_made_anew(self):
         """What the page of the samples says makes files of the same content."""
