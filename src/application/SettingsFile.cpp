@@ -102,7 +102,7 @@ void SettingsFile::save(const Settings& settings) const {
 bool SettingsFile::undo() const {
     const std::string path = AtomicFile::followed(path_);
     const FileLock lock(path);
-    FileVersions versions(path, mostVersions);
+    const FileVersions versions(path, mostVersions);
     const auto present = readWholeFile(path, largestFile);
     const auto kept = versions.list();
     // A change that was cut off before the file was replaced has left what the file still holds.

@@ -87,7 +87,7 @@ void FileVersions::add(std::string_view content) {
     }
 }
 
-void FileVersions::removeFrom(std::uint64_t number) {
+void FileVersions::removeFrom(std::uint64_t number) const {
     for (const Version& version : list()) {
         if (version.number < number || unlink(version.path.c_str()) == 0) continue;
         fail(errno, version.path + ": cannot be removed");

@@ -30,7 +30,7 @@ public:
     void add(std::string_view content);
     /// Forgets the versions from `number` on.
     /// @throws std::system_error naming what cannot be removed
-    void removeFrom(std::uint64_t number);
+    void removeFrom(std::uint64_t number) const;
 
 private:
     void makeFolder() const;
