@@ -6,20 +6,10 @@ import subprocess
 import time
 
 from nearcast_program import DEADLINE, PROGRAM, ProgramTest, events, main, nearcast
-from private_bus import Bluezd, PrivateBus
+from private_bus import OnABus
 
 
-class ByBluez(ProgramTest):
-    def setUp(self):
-        super().setUp()
-        self.bus = PrivateBus(self.folder)
-        self.addCleanup(self.bus.stop)
-
-    def bluezd(self, *options):
-        daemon = Bluezd(self.bus, *options)
-        self.addCleanup(daemon.close)
-        return daemon
-
+class ByBluez(OnABus, ProgramTest):
     def test_the_doctor_finds_a_scan_that_works(self):
         self.bluezd("--devices", 4, "--rate", 40)
         result = nearcast("doctor", "--radio", "bluez", "--for", 2, "--json", env=self.bus.environment)

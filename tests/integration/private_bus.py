@@ -77,3 +77,17 @@ class Bluezd:
         self.process.stdin.close()
         self.process.wait()
         self.process.stdout.close()
+
+
+class OnABus:
+    """What a test has that has a folder of its own, and in it a bus of its own."""
+
+    def setUp(self):
+        super().setUp()
+        self.bus = PrivateBus(self.folder)
+        self.addCleanup(self.bus.stop)
+
+    def bluezd(self, *options):
+        daemon = Bluezd(self.bus, *options)
+        self.addCleanup(daemon.close)
+        return daemon

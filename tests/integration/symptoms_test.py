@@ -6,7 +6,7 @@ import re
 import subprocess
 
 from nearcast_program import PROGRAM, ProgramTest, main, nearcast
-from private_bus import Bluezd, PrivateBus
+from private_bus import OnABus
 
 PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs" / "radios.md"
 LEVELS = ("ok", "note", "remark", "FAULT")
@@ -32,17 +32,7 @@ def pattern(line):
     return re.compile("^" + re.sub(r"\d+\\\.\d+", r"\\d+\\.\\d+", text) + "$", re.MULTILINE)
 
 
-class Symptoms(ProgramTest):
-    def setUp(self):
-        super().setUp()
-        self.bus = PrivateBus(self.folder)
-        self.addCleanup(self.bus.stop)
-
-    def bluezd(self, *options):
-        daemon = Bluezd(self.bus, *options)
-        self.addCleanup(daemon.close)
-        return daemon
-
+class Symptoms(OnABus, ProgramTest):
     def doctor(self, seconds, **environment):
         return nearcast("doctor", "--radio", "bluez", "--for", seconds,
                         env={**self.bus.environment, **environment}).stdout

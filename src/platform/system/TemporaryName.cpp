@@ -24,8 +24,8 @@ static_assert(Name::is_always_lock_free, "a handler of signals reads them");
 
 std::array<Name, 4> names{};
 
-/// Reset to what it was when it is called, so that the signal ends the process then.
 extern "C" {
+/// Reset to what it was when it is called, so that the signal ends the process then.
 static void removeAndEnd(int signal) {
     for (const Name& name : names) {
         if (const char* path = name.load(); path != nullptr) unlink(path);
